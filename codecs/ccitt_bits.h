@@ -1,0 +1,84 @@
+// The careful bit reader: never more than eight bits ahead of what is decoded, one byte at a
+// time. When it refills the code buffer decides what a damaged file reports, so the look-ahead
+// is a contract and not an implementation detail.
+#pragma once
+
+#include "codecs/codec_context.h"
+
+#include <bit>
+
+namespace tiff::ccitt {
+
+using Refill = Status (*)(CodecContext* context);
+
+struct BitReader {
+    CodecContext* context;
+    Refill refill;
+    uint32_t window = 0;        // left-aligned; zeros behind the last bit
+    uint32_t held = 0;          // bits that exist in the window
+    Status ended = error::None; // what the refill said when there was no more
+    bool refilled = false;      // since it was last cleared
+};
+
+// Takes bytes until eight bits are held or the data end.
+inline void LookAhead(BitReader& bits)
+{
+    while (bits.held < 8 && bits.ended == error::None) {
+        CodecContext* context = bits.context;
+        if (context->codeBytesLeft == 0) {
+            bits.ended = bits.refill(context);
+            bits.refilled = true;
+            continue;
+        }
+        bits.window |= uint32_t{*context->codeCursor++} << (24 - bits.held);
+        --context->codeBytesLeft;
+        bits.held += 8;
+    }
+}
+
+// The next eight bits; those that do not exist read as zeros.
+inline uint32_t PeekByte(BitReader& bits)
+{
+    LookAhead(bits);
+    return bits.window >> 24;
+}
+
+// Takes bits, or none when they are not all there: the reader has ended then.
+[[nodiscard]] inline bool Take(BitReader& bits, uint32_t count)
+{
+    if (count > bits.held)
+        return false;
+    bits.window <<= count;
+    bits.held -= count;
+    return true;
+}
+
+// Goes on at the next byte of the data.
+inline void AlignToByte(BitReader& bits)
+{
+    const uint32_t partial = bits.held % 8;
+    bits.window <<= partial;
+    bits.held -= partial;
+}
+
+// The cursor has been moved elsewhere, perhaps back from the end of the data.
+inline void Restart(BitReader& bits)
+{
+    bits.window = 0;
+    bits.held = 0;
+    bits.ended = error::None;
+}
+
+// Skips zero bits and takes the 1 bit behind them.
+[[nodiscard]] inline bool TakeThroughOne(BitReader& bits)
+{
+    for (;;) {
+        const uint32_t byte = PeekByte(bits);
+        if (byte != 0)
+            return Take(bits, static_cast<uint32_t>(std::countl_zero(static_cast<uint8_t>(byte))) + 1);
+        if (!Take(bits, 8))
+            return false;
+    }
+}
+
+} // namespace tiff::ccitt

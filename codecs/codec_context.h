@@ -1,0 +1,68 @@
+// What codecs share of a CodecContext, and the proof of its layout: companion libraries and
+// applications are compiled against it.
+#pragma once
+
+#include "core/vocabulary.h"
+#include "tiff/codecs.h"
+
+#include <cstddef>
+
+namespace tiff {
+
+static_assert(offsetof(CodecContext, codeCursor) == 0);
+static_assert(offsetof(CodecContext, lineCursor) == 8);
+static_assert(offsetof(CodecContext, codeBytesLeft) == 16);
+static_assert(offsetof(CodecContext, lineBytes) == 20);
+static_assert(offsetof(CodecContext, linePixels) == 24);
+static_assert(offsetof(CodecContext, userData) == 32);
+static_assert(offsetof(CodecContext, lastLineOfStrip) == 40);
+static_assert(offsetof(CodecContext, lineFormat) == 44);
+static_assert(offsetof(CodecContext, bytesPerLine) == 84);
+static_assert(offsetof(CodecContext, compression) == 88);
+static_assert(offsetof(CodecContext, row) == 92);
+static_assert(offsetof(CodecContext, bufferBlock) == 96);
+static_assert(offsetof(CodecContext, stream) == 104);
+static_assert(offsetof(CodecContext, fillOrder) == 112);
+static_assert(offsetof(CodecContext, byteOrder) == 116);
+static_assert(offsetof(CodecContext, bufferFilePos) == 120);
+static_assert(offsetof(CodecContext, codeBufferSize) == 124);
+static_assert(offsetof(CodecContext, dataEnd) == 128);
+static_assert(offsetof(CodecContext, strip) == 132);
+static_assert(offsetof(CodecContext, stripPos) == 136);
+static_assert(offsetof(CodecContext, stripCount) == 140);
+static_assert(offsetof(CodecContext, rowsPerStrip) == 144);
+static_assert(offsetof(CodecContext, stripLastRow) == 148);
+static_assert(offsetof(CodecContext, stripOffsets) == 152);
+static_assert(offsetof(CodecContext, stripOffsetsType) == 160);
+static_assert(offsetof(CodecContext, stripByteCounts) == 168);
+static_assert(offsetof(CodecContext, lineCallback) == 176);
+static_assert(offsetof(CodecContext, lineBuffer) == 184);
+static_assert(offsetof(CodecContext, lineBufferSize) == 192);
+
+inline uint32_t Width(const CodecContext* context)
+{
+    return static_cast<uint32_t>(context->lineFormat.biWidth);
+}
+
+inline uint32_t Rows(const CodecContext* context)
+{
+    return static_cast<uint32_t>(context->lineFormat.biHeight);
+}
+
+inline uint32_t SampleBits(const CodecContext* context)
+{
+    return context->bitsPerSample ? context->bitsPerSample : context->lineFormat.biBitCount;
+}
+
+inline bool HasSwappedSamples(const CodecContext* context)
+{
+    return context->byteOrder == TIFF_MOTOROLA && SampleBits(context) == 16;
+}
+
+// All rows done is how a codec ends, not what its caller hears.
+inline Status CodecResult(Status status)
+{
+    return status == ALL_ROWS_DONE ? error::None : status;
+}
+
+} // namespace tiff

@@ -1,0 +1,81 @@
+#include "codecs/jpeg_bridge.h"
+
+#include "core/global_block.h"
+#include "core/sibling_library.h"
+#include "core/tag_block.h"
+#include "tiff/directory.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace tiff {
+
+namespace {
+
+constexpr uint32_t UNKNOWN_PROCESS = UINT32_MAX;
+constexpr uint32_t LAST_PROCESS = 1; // 0 and 1 are known
+constexpr uint32_t blackWhiteDefault[12] = {0, 1, 255, 1, 128, 1, 255, 1, 128, 1, 255, 1};
+
+uint32_t TilesAlong(uint32_t pixels, uint32_t tilePixels)
+{
+    return tilePixels ? static_cast<uint32_t>((uint64_t{pixels} + tilePixels - 1) / tilePixels) : 1;
+}
+
+void ReadColourTags(CodecContext* context, const PageTags& tags)
+{
+    for (uint32_t axis = 0; axis < 2; ++axis)
+        context->subSampling[axis] = tags.Value(tag::YCbCrSubSampling, 2, axis);
+    for (uint32_t index = 0; index < std::size(blackWhiteDefault); ++index)
+        context->referenceBlackWhite[index] =
+            tags.Value(tag::ReferenceBlackWhite, blackWhiteDefault[index], index);
+}
+
+} // namespace
+
+Status ReadOldJpegTags(CodecContext* context, HGLOBAL file, uint32_t page)
+{
+    const PageTags tags(file, page);
+    if (!tags.Find(tag::JpegProc) || !tags.Find(tag::TileWidth) || !tags.Find(tag::TileLength))
+        return error::TagsMissing;
+    context->jpegProcess = tags.Value(tag::JpegProc, UNKNOWN_PROCESS);
+    if (context->jpegProcess > LAST_PROCESS)
+        return error::UnknownCompression;
+    context->tileWidth = tags.Value(tag::TileWidth, 0);
+    context->tileLength = tags.Value(tag::TileLength, 0);
+    context->tilesAcross = TilesAlong(Width(context), context->tileWidth);
+    context->tilesDown = TilesAlong(Rows(context), context->tileLength);
+    context->rowsPerStrip = context->tileLength;
+
+    uint32_t offsetCount = 0;
+    const bool complete =
+        GetTiffImageInfoBuffer(file, page, tag::TileOffsets, &context->stripOffsets,
+                               &context->stripOffsetsType, &offsetCount) &&
+        GetTiffImageInfoBuffer(file, page, tag::TileByteCounts, &context->stripByteCounts, nullptr,
+                               nullptr) &&
+        GetTiffImageInfoBuffer(file, page, tag::JpegQTables, &context->quantisationTables, nullptr,
+                               nullptr) &&
+        GetTiffImageInfoBuffer(file, page, tag::JpegAcTables, &context->acTables, nullptr, nullptr) &&
+        GetTiffImageInfoBuffer(file, page, tag::JpegDcTables, &context->dcTables, nullptr, nullptr);
+    if (!complete)
+        return error::TagsMissing;
+    // Never more tiles than there are offsets, whatever the page's size says.
+    context->stripCount = static_cast<uint32_t>(
+        std::min<uint64_t>(uint64_t{context->tilesAcross} * context->tilesDown, offsetCount));
+    context->planarConfiguration = tags.Value(tag::PlanarConfiguration, 1);
+    context->restartInterval = tags.Value(tag::JpegRestartInterval, 0);
+    if (context->lineFormat.biBitCount > 8)
+        ReadColourTags(context, tags);
+    return error::None;
+}
+
+Status DecodeOldJpeg(CodecContext* context)
+{
+    Status status = error::None;
+    const FARPROC function = FindJpegFunction("JPEGDecoder", status);
+    if (!function)
+        return status;
+    using JpegDecoder = uint32_t (*)(CodecContext*);
+    return reinterpret_cast<JpegDecoder>(reinterpret_cast<void*>(function))(context);
+}
+
+} // namespace tiff

@@ -1,0 +1,15 @@
+// Old-style JPEG pages: their tags, and the library that codes them.
+#pragma once
+
+#include "codecs/codec_context.h"
+#include "core/win32.h"
+
+namespace tiff {
+
+// Reads the tile layout and the tables' offsets of a loaded page into the context.
+[[nodiscard]] Status ReadOldJpegTags(CodecContext* context, HGLOBAL file, uint32_t page);
+
+// Hands the whole context to the JPEG library.
+[[nodiscard]] Status DecodeOldJpeg(CodecContext* context);
+
+} // namespace tiff

@@ -1,0 +1,14 @@
+// Group 4 code in records: FE 92, the length as a 16-bit big-endian number, so many bytes.
+#pragma once
+
+#include "codecs/codec_context.h"
+
+namespace tiff {
+
+// Loads the next record; 5 when there is none.
+[[nodiscard]] Status FillFromRecord(CodecContext* context);
+
+// The buffers, with the first record loaded.
+[[nodiscard]] Status InitRecordBuffers(CodecContext* context);
+
+} // namespace tiff

@@ -1,0 +1,31 @@
+#include "codecs/stored.h"
+
+#include "codecs/buffers.h"
+
+#include <cstring>
+
+namespace tiff {
+
+Status DecodeStored(CodecContext* context)
+{
+    Status status = InitDecodeBuffers(context);
+    uint32_t missing = context->lineBytes;
+    while (status == error::None) {
+        const bool complete = context->codeBytesLeft >= missing;
+        const uint32_t bytes = complete ? missing : context->codeBytesLeft;
+        std::memcpy(context->lineCursor, context->codeCursor, bytes);
+        context->codeCursor += bytes;
+        context->codeBytesLeft -= bytes;
+        if (complete) {
+            status = HandOverSamples(context);
+            missing = context->lineBytes;
+        } else {
+            context->lineCursor += bytes;
+            missing -= bytes;
+            status = FillCodeBuffer(context);
+        }
+    }
+    return CodecResult(status);
+}
+
+} // namespace tiff

@@ -1,0 +1,10 @@
+// Rows that are not compressed.
+#pragma once
+
+#include "codecs/codec_context.h"
+
+namespace tiff {
+
+[[nodiscard]] Status DecodeStored(CodecContext* context);
+
+} // namespace tiff

@@ -1,0 +1,193 @@
+#include "core/chain_walk.h"
+
+#include "core/errors.h"
+#include "core/records.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace tiff {
+
+namespace {
+
+constexpr uint32_t FIRST_LINK = 4;
+constexpr uint32_t FIRST_ROOM = 16;
+constexpr uint32_t NO_PAGE = UINT32_MAX;
+
+// Answers which page, if any, has a directory at an offset. Offsets mostly grow along a chain,
+// and a new largest one is unknown without looking; the hash table, of page numbers plus one,
+// is built only when an offset turns back.
+struct SeenOffsets {
+    GlobalBlock slots;
+    uint32_t slotCount = 0;
+    uint32_t entered = 0; // pages that the table holds
+    uint32_t largest = 0;
+};
+
+uint32_t SlotOf(uint32_t offset, uint32_t slotCount)
+{
+    return (offset * 0x9E3779B1u) >> 7 & (slotCount - 1);
+}
+
+bool EnterPages(SeenOffsets& seen, const WalkedPage* pages, uint32_t pageCount)
+{
+    if (pageCount * 2 > seen.slotCount) {
+        const uint32_t slotCount = std::bit_ceil(pageCount * 4);
+        seen.slots = GlobalBlock(uint64_t{slotCount} * sizeof(uint32_t));
+        if (!seen.slots)
+            return false;
+        seen.slotCount = slotCount;
+        seen.entered = 0;
+    }
+    Locked<uint32_t> slots(seen.slots.Get());
+    for (; seen.entered < pageCount; ++seen.entered) {
+        uint32_t slot = SlotOf(pages[seen.entered].directoryOffset, seen.slotCount);
+        while (slots[slot] != 0)
+            slot = (slot + 1) & (seen.slotCount - 1);
+        slots[slot] = seen.entered + 1;
+    }
+    return true;
+}
+
+// False only when memory is missing; found is NO_PAGE for an offset not seen before.
+bool FindSeen(SeenOffsets& seen, const WalkedPage* pages, uint32_t pageCount, uint32_t offset,
+              uint32_t& found)
+{
+    found = NO_PAGE;
+    if (pageCount == 0 || offset > seen.largest) {
+        seen.largest = offset;
+        return true;
+    }
+    if (!EnterPages(seen, pages, pageCount))
+        return false;
+    Locked<uint32_t> slots(seen.slots.Get());
+    for (uint32_t slot = SlotOf(offset, seen.slotCount); slots[slot] != 0;
+         slot = (slot + 1) & (seen.slotCount - 1))
+        if (pages[slots[slot] - 1].directoryOffset == offset)
+            found = slots[slot] - 1;
+    return true;
+}
+
+// Adds up what the page's tags will need and finds its kind; no values are fetched.
+bool ScanDirectory(DirectoryWindow& window, WalkedPage& page)
+{
+    const uint8_t* counted = Fetch(window, page.directoryOffset, 2);
+    if (!counted)
+        return false;
+    const uint32_t entryCount = Load16(counted, window.byteOrder);
+    uint64_t bytes = 0;
+    page.kind = 0;
+    for (uint32_t index = 0; index < entryCount; ++index) {
+        DirectoryEntry entry;
+        if (!FetchEntry(window, page.directoryOffset, index, entry))
+            return false;
+        bytes += sizeof(TagRecord) + KeptBytes(entry);
+        const uint32_t value = entry.type == fieldtype::Byte    ? entry.field[0]
+                               : entry.type == fieldtype::Short ? entry.Field() & 0xFFFF
+                                                                : entry.Field();
+        if (entry.tag == tag::NewSubfileType)
+            page.kind = value;
+        else if (entry.tag == tag::SubfileType)
+            page.kind = value - 1;
+    }
+    page.tagBlockBytes = static_cast<uint32_t>(std::min<uint64_t>(bytes, UINT32_MAX));
+    // The file does not get to say that a page is loaded.
+    page.kind &= 0xFFFFu & ~uint32_t{PAGE_REGISTERED};
+    const uint64_t nextLink = page.directoryOffset + uint64_t{2} + uint64_t{entryCount} * ENTRY_BYTES;
+    page.nextLink = static_cast<uint32_t>(nextLink);
+    return nextLink <= UINT32_MAX;
+}
+
+// From the page that the chain came back to, everything repeats.
+void RepeatCycle(WalkedPage* pages, uint32_t pageCount, uint32_t target)
+{
+    const uint32_t period = pageCount - target;
+    uint32_t linkPosition = pages[pageCount - 1].nextLink;
+    for (uint32_t page = pageCount; page < TIFF_MAX_PAGES; ++page) {
+        pages[page] = pages[page - period];
+        pages[page].linkPosition = linkPosition;
+        linkPosition = pages[page].nextLink;
+    }
+}
+
+bool MakeRoom(ChainWalk& walk, uint32_t& room, uint32_t wanted)
+{
+    if (wanted <= room)
+        return true;
+    const uint32_t larger = std::min(std::bit_ceil(wanted), TIFF_MAX_PAGES);
+    const uint64_t bytes = uint64_t{larger} * sizeof(WalkedPage);
+    if (room == 0)
+        walk.pages = GlobalBlock(bytes);
+    if (room == 0 ? !walk.pages : !walk.pages.Resize(bytes)) {
+        SetTiffError(error::NotEnoughMemory);
+        return false;
+    }
+    room = larger;
+    return true;
+}
+
+enum class Step { Page, End, Broken, Cycle, Failed };
+
+// Follows one link and scans the directory behind it into the page's place.
+Step FollowLink(DirectoryWindow& window, ChainWalk& walk, SeenOffsets& seen, uint32_t& target)
+{
+    Locked<WalkedPage> pages(walk.pages.Get());
+    WalkedPage& page = pages[walk.pageCount];
+    const uint8_t* link = Fetch(window, walk.linkPosition, 4);
+    if (!link)
+        return Step::Broken;
+    page.linkPosition = walk.linkPosition;
+    page.directoryOffset = Load32(link, window.byteOrder);
+    if (page.directoryOffset == 0)
+        return Step::End;
+    if (!FindSeen(seen, pages.Get(), walk.pageCount, page.directoryOffset, target)) {
+        SetTiffError(error::NotEnoughMemory);
+        return Step::Failed;
+    }
+    if (target != NO_PAGE)
+        return Step::Cycle;
+    return ScanDirectory(window, page) ? Step::Page : Step::Broken;
+}
+
+} // namespace
+
+bool WalkChain(DirectoryWindow& window, ChainWalk& walk)
+{
+    SeenOffsets seen;
+    uint32_t room = 0;
+    walk.linkPosition = FIRST_LINK;
+    while (walk.pageCount < TIFF_MAX_PAGES) {
+        if (!MakeRoom(walk, room, std::max(walk.pageCount + 1, FIRST_ROOM)))
+            return false;
+        uint32_t target = NO_PAGE;
+        switch (FollowLink(window, walk, seen, target)) {
+        case Step::End:
+            return true;
+        case Step::Failed:
+            return false;
+        case Step::Broken:
+            SetTiffError(error::InputOutput);
+            walk.broken = true;
+            return walk.pageCount > 0;
+        case Step::Cycle: {
+            if (!MakeRoom(walk, room, TIFF_MAX_PAGES))
+                return false;
+            Locked<WalkedPage> pages(walk.pages.Get());
+            RepeatCycle(pages.Get(), walk.pageCount, target);
+            walk.pageCount = TIFF_MAX_PAGES;
+            walk.linkPosition = pages[TIFF_MAX_PAGES - 1].linkPosition;
+            return true;
+        }
+        case Step::Page: {
+            Locked<WalkedPage> pages(walk.pages.Get());
+            const WalkedPage& page = pages[walk.pageCount++];
+            // The last page allowed is not followed further: its leading link stays the last.
+            if (walk.pageCount < TIFF_MAX_PAGES)
+                walk.linkPosition = page.nextLink;
+        }
+        }
+    }
+    return true;
+}
+
+} // namespace tiff

@@ -1,0 +1,174 @@
+// Loads a page's directory: every value is fetched once, put into the processor's order and
+// never looked for in the file again.
+#include "core/directory_window.h"
+#include "core/errors.h"
+#include "core/open_file.h"
+#include "core/registry.h"
+#include "tiff/directory.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tiff {
+
+namespace {
+
+constexpr uint16_t requiredTags[] = {
+    tag::NewSubfileType,      tag::ImageWidth,      tag::ImageLength,
+    tag::BitsPerSample,       tag::Compression,     tag::PhotometricInterpretation,
+    tag::StripOffsets,        tag::SamplesPerPixel, tag::RowsPerStrip,
+    tag::StripByteCounts,     tag::XResolution,     tag::YResolution,
+    tag::PlanarConfiguration, tag::ResolutionUnit,  tag::ColorMap,
+    tag::TileWidth,           tag::TileLength,      tag::TileOffsets,
+    tag::TileByteCounts,      tag::JpegProc,        tag::JpegQTables,
+    tag::JpegDcTables,        tag::JpegAcTables,    tag::ReferenceBlackWhite,
+};
+static_assert(std::size(requiredTags) == 24);
+
+// Values that lie elsewhere and together need more than this are not in the file, whatever the
+// directory says: the room for them would be the file's to choose. A file that was merely cut
+// short keeps all its entries.
+constexpr uint64_t VALUE_SLACK = 65536;
+
+struct DirectoryLoad {
+    DirectoryWindow window;
+    uint64_t directory;
+    uint32_t entryCount;
+    uint64_t valueBudget;
+};
+
+enum class Value { Here, Elsewhere, Impossible };
+
+// Takes an entry's value bytes off the budget. An impossible value becomes a single zero.
+Value Admit(DirectoryLoad& load, DirectoryEntry& entry)
+{
+    if (!entry.elsewhere)
+        return Value::Here;
+    if (entry.valueBytes <= load.valueBudget) {
+        load.valueBudget -= entry.valueBytes;
+        return Value::Elsewhere;
+    }
+    entry.count = 1;
+    entry.valueBytes = std::max(4u, ElementBytes(entry.type));
+    return Value::Impossible;
+}
+
+// The bytes that all records of the directory take. Entries that cannot be read end it.
+uint64_t MeasureRecords(DirectoryLoad load)
+{
+    uint64_t bytes = 0;
+    DirectoryEntry entry;
+    for (uint32_t index = 0; index < load.entryCount && FetchEntry(load.window, load.directory, index, entry);
+         ++index) {
+        Admit(load, entry);
+        bytes += sizeof(TagRecord) + KeptBytes(entry);
+    }
+    return bytes;
+}
+
+// False when the page cannot do without the value, or there is no getting to it.
+bool ReadValue(const DirectoryLoad& load, const DirectoryEntry& entry, Value value, uint8_t* target)
+{
+    if (value == Value::Here) {
+        std::memcpy(target, entry.field.data(), entry.field.size());
+        return true;
+    }
+    if (value == Value::Elsewhere) {
+        const TiffStream stream = load.window.stream;
+        if (mSeek(stream, entry.Field(), 0) == STREAM_FAILED)
+            return false;
+        if (LongRead(stream, entry.type, entry.count, target, load.window.byteOrder, 0))
+            return true;
+    }
+    return !IsRequiredTag(entry.tag);
+}
+
+// Fills the block as far as the directory can be read; error 6 when that is not all of it.
+void ReadRecords(DirectoryLoad& load, TagBlock* block)
+{
+    auto* target = reinterpret_cast<uint8_t*>(block + 1);
+    for (uint32_t index = 0; index < load.entryCount; ++index) {
+        DirectoryEntry entry;
+        bool readable = FetchEntry(load.window, load.directory, index, entry);
+        if (readable) {
+            const Value value = Admit(load, entry);
+            const TagRecord record = {static_cast<uint32_t>(sizeof(TagRecord) + KeptBytes(entry)), entry.tag,
+                                      entry.type, entry.count};
+            std::memcpy(target, &record, sizeof(record));
+            readable = ReadValue(load, entry, value, target + sizeof(record));
+            if (readable) {
+                target += record.length;
+                block->used += record.length;
+                ++block->tagCount;
+            }
+        }
+        if (!readable) {
+            SetTiffError(error::InputOutput);
+            return;
+        }
+    }
+}
+
+// The page's tags in a block of their own; null with the error set when there are none.
+GlobalBlock LoadTags(TiffStream stream, uint32_t byteOrder, uint32_t directory)
+{
+    DirectoryLoad load{{.stream = stream, .byteOrder = byteOrder, .bytes{}}, directory, 0, 0};
+    const uint32_t fileBytes = mSize(stream);
+    const uint8_t* counted = fileBytes == STREAM_FAILED ? nullptr : Fetch(load.window, directory, 2);
+    if (!counted) {
+        SetTiffError(error::InputOutput);
+        return {};
+    }
+    load.entryCount = Load16(counted, byteOrder);
+    load.valueBudget = uint64_t{fileBytes} * 2 + VALUE_SLACK;
+
+    const uint64_t recordBytes = MeasureRecords(load);
+    GlobalBlock block(recordBytes > UINT32_MAX ? UINT64_MAX : sizeof(TagBlock) + recordBytes + 1);
+    Locked<TagBlock> tags(block.Get());
+    if (!tags) {
+        SetTiffError(error::NotEnoughMemory);
+        return {};
+    }
+    tags->capacity = static_cast<uint32_t>(recordBytes + 1);
+    ReadRecords(load, tags.Get());
+    if (tags->tagCount == 0) {
+        tags.Unlock();
+        SetTiffError(error::InputOutput);
+        return {};
+    }
+    tags.Unlock();
+    return block;
+}
+
+} // namespace
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t IsRequiredTag(uint32_t tag) noexcept
+{
+    return std::find(std::begin(requiredTags), std::end(requiredTags), tag) != std::end(requiredTags);
+}
+
+extern "C" int32_t GetTiffImage(HGLOBAL file, uint32_t page) noexcept
+{
+    if (!file || IsRegistered(file, page))
+        return file != nullptr;
+    const auto entry = FindPage(file, page);
+    if (!entry) {
+        SetTiffError(error::IndexOutOfRange);
+        return 0;
+    }
+    GlobalBlock block;
+    {
+        Locked<TiffFileRecord> record(file);
+        Stream stream(OpenRecord(*record));
+        block = LoadTags(stream.Get(), record->byteOrder, entry->directoryOffset);
+    }
+    if (!block)
+        return 0;
+    RegisterPage(file, page, block.Release());
+    SetTiffError(error::None);
+    return 1;
+}

@@ -1,0 +1,30 @@
+// The last error as the library itself sets it.
+#pragma once
+
+#include "core/vocabulary.h"
+#include "tiff/errors.h"
+
+namespace tiff {
+
+// Sets the last error to any value: line routines may stop a codec with a status of their own,
+// and the JPEG signals lie above the range that SetTiffError takes from callers.
+void StoreLastError(Status status);
+
+// Puts the last error that stood at its construction back, for questions asked in passing.
+class KeepLastError {
+public:
+    KeepLastError() : kept(TiffError())
+    {
+    }
+    KeepLastError(const KeepLastError&) = delete;
+    KeepLastError& operator=(const KeepLastError&) = delete;
+    ~KeepLastError()
+    {
+        StoreLastError(kept);
+    }
+
+private:
+    Status kept;
+};
+
+} // namespace tiff

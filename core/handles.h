@@ -1,0 +1,43 @@
+// Guards for the system's handles.
+#pragma once
+
+#include "core/win32.h"
+
+#include <utility>
+
+namespace tiff {
+
+class FileHandle {
+public:
+    FileHandle() = default;
+    FileHandle(const char* path, DWORD access, DWORD disposition)
+        : handle(CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                             FILE_ATTRIBUTE_NORMAL, nullptr))
+    {
+    }
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+    ~FileHandle()
+    {
+        if (*this)
+            CloseHandle(handle);
+    }
+
+    explicit operator bool() const
+    {
+        return handle != INVALID_HANDLE_VALUE;
+    }
+    HANDLE Get() const
+    {
+        return handle;
+    }
+    HANDLE Release()
+    {
+        return std::exchange(handle, INVALID_HANDLE_VALUE);
+    }
+
+private:
+    HANDLE handle = INVALID_HANDLE_VALUE;
+};
+
+} // namespace tiff

@@ -1,0 +1,326 @@
+// What a page's tags say: single values, arrays, size, resolution, colours.
+#include "core/desktop.h"
+#include "core/errors.h"
+#include "core/tag_block.h"
+#include "tiff/directory.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tiff {
+
+namespace {
+
+constexpr uint32_t LENGTH_OF_UNMEASURED_PAGE = 1000;
+constexpr uint32_t UNIT_INCH = 2;
+constexpr uint32_t UNIT_CENTIMETRE = 3;
+constexpr double INCHES_PER_METRE = 39.37;
+constexpr double CENTIMETRES_PER_METRE = 100.0;
+constexpr double CENTIMETRES_PER_INCH = 2.54;
+
+struct Resolution {
+    float horizontal, vertical; // dots per unit
+    uint32_t unit;
+};
+
+float Ratio(const PageTags& tags, uint32_t tag, uint32_t screen)
+{
+    const auto found = tags.Find(tag);
+    if (!found)
+        return static_cast<float>(screen);
+    const uint32_t denominator = found->type == fieldtype::Rational ? found->Number(1).value_or(1) : 1;
+    return static_cast<float>(found->Number(0).value_or(0)) /
+           static_cast<float>(denominator ? denominator : 1);
+}
+
+Resolution ResolutionOf(const PageTags& tags)
+{
+    DotsPerInch screen{};
+    if (!tags.Find(tag::XResolution) || !tags.Find(tag::YResolution))
+        screen = ScreenResolution();
+    return {Ratio(tags, tag::XResolution, screen.horizontal), Ratio(tags, tag::YResolution, screen.vertical),
+            tags.Value(tag::ResolutionUnit, UNIT_INCH)};
+}
+
+int32_t Round(double value)
+{
+    return static_cast<int32_t>(std::min(value + 0.5, 2147483647.0));
+}
+
+int32_t DotsPerMetre(float resolution, uint32_t unit)
+{
+    return Round(resolution * (unit == UNIT_CENTIMETRE ? CENTIMETRES_PER_METRE : INCHES_PER_METRE));
+}
+
+uint32_t RoundedDotsPerInch(float resolution, uint32_t unit)
+{
+    const double dots = unit == UNIT_CENTIMETRE ? resolution * CENTIMETRES_PER_INCH : double{resolution};
+    return static_cast<uint32_t>(std::min(dots + 0.5, 4294967295.0)) & 0xFFFF;
+}
+
+// Colours that a header announces; 16-bit grey is shown in 256 greys.
+uint32_t ColourCount(uint32_t bitCount, uint32_t photometric)
+{
+    if (bitCount <= 8)
+        return 1u << bitCount;
+    return bitCount == 16 && photometric <= photometric::BlackIsZero ? 256 : 0;
+}
+
+bool IsBitCount(uint64_t bits)
+{
+    return bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32;
+}
+
+Status Describe(const PageTags& tags, BITMAPINFOHEADER& header)
+{
+    const auto width = tags.Find(tag::ImageWidth);
+    const auto length = tags.Find(tag::ImageLength);
+    if (!width || !length)
+        return error::TagsMissing;
+    header.biWidth = static_cast<int32_t>(width->Number(0).value_or(0));
+    header.biHeight = static_cast<int32_t>(length->Number(0).value_or(0));
+    if (header.biHeight == 0)
+        header.biHeight = LENGTH_OF_UNMEASURED_PAGE; // some fax software leaves it open
+    if (tags.Value(tag::PlanarConfiguration, 1) != 1)
+        return error::ColourFormat;
+
+    const uint64_t bits = uint64_t{tags.Value(tag::BitsPerSample, 1)} * tags.Value(tag::SamplesPerPixel, 1);
+    if (!IsBitCount(bits))
+        return error::ColourFormat;
+    header.biBitCount = static_cast<uint16_t>(bits);
+    header.biClrUsed = header.biClrImportant =
+        ColourCount(header.biBitCount, tags.Value(tag::PhotometricInterpretation, 0));
+
+    const Resolution resolution = ResolutionOf(tags);
+    header.biXPelsPerMeter = DotsPerMetre(resolution.horizontal, resolution.unit);
+    header.biYPelsPerMeter = DotsPerMetre(resolution.vertical, resolution.unit);
+    return error::None;
+}
+
+RGBQUAD Grey(uint32_t level)
+{
+    const auto byte = static_cast<uint8_t>(level);
+    return {byte, byte, byte, 0};
+}
+
+void FillGreys(std::span<RGBQUAD> colours, uint32_t important, bool whiteFirst)
+{
+    const auto count = static_cast<uint32_t>(colours.size());
+    const uint32_t step = count == 2 ? 255 : important / count * (256 / important);
+    for (uint32_t index = 0; index < count; ++index)
+        colours[index] = Grey(whiteFirst ? 255 - index * step : index * step);
+}
+
+// Colours beyond a map that is too short stay black.
+bool FillFromMap(std::span<RGBQUAD> colours, const PageTags& tags)
+{
+    const auto map = tags.Find(tag::ColorMap);
+    if (!map || map->type != fieldtype::Short)
+        return false;
+    const uint32_t mapped = std::min(static_cast<uint32_t>(colours.size()), map->count / 3);
+    const auto level = [&](uint32_t index) {
+        return static_cast<uint8_t>(map->Number(index).value_or(0) >> 8);
+    };
+    for (uint32_t index = 0; index < mapped; ++index)
+        colours[index] = {level(2 * mapped + index), level(mapped + index), level(index), 0};
+    return true;
+}
+
+bool FillColours(std::span<RGBQUAD> colours, uint32_t important, uint32_t photometric, const PageTags& tags)
+{
+    switch (photometric) {
+    case photometric::Rgb:
+    case photometric::Separated:
+    case photometric::YCbCr:
+        return true;
+    case photometric::WhiteIsZero:
+    case photometric::Mask:
+        FillGreys(colours, important, true);
+        return true;
+    case photometric::BlackIsZero:
+        FillGreys(colours, important, false);
+        return true;
+    case photometric::Palette:
+        // Wanted: two colours are white and black whatever the map says, but there must be one.
+        if (!FillFromMap(colours, tags))
+            return false;
+        if (colours.size() == 2)
+            FillGreys(colours, important, true);
+        return true;
+    default:
+        if (colours.size() == 2)
+            FillGreys(colours, important, true);
+        return true;
+    }
+}
+
+Status Fail(Status status)
+{
+    SetTiffError(status);
+    return status;
+}
+
+// The list of tags as 32-bit numbers.
+GlobalBlock ListTags(const PageTags& tags)
+{
+    GlobalBlock block(uint64_t{tags.Count()} * sizeof(uint32_t));
+    Locked<uint32_t> numbers(block.Get());
+    if (!numbers)
+        return {};
+    uint32_t position = 0;
+    for (uint32_t index = 0; index < tags.Count(); ++index)
+        if (const auto record = tags.Next(position))
+            numbers[index] = record->tag;
+    numbers.Unlock();
+    return block;
+}
+
+GlobalBlock CopyValues(std::span<const uint8_t> values)
+{
+    GlobalBlock block(values.size());
+    Locked<uint8_t> target(block.Get());
+    if (!target)
+        return {};
+    std::memcpy(target.Get(), values.data(), values.size());
+    target.Unlock();
+    return block;
+}
+
+} // namespace
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t GetTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, void* out) noexcept
+{
+    const PageTags tags(file, page);
+    if (!tags)
+        return 0;
+    const auto found = tags.Find(tag);
+    if (!found) {
+        SetTiffError(error::TagNotDefined);
+        return 0;
+    }
+    if (!out)
+        return 1;
+    const uint32_t first = found->Number(0).value_or(0), second = found->Number(1).value_or(0);
+    auto* target = static_cast<uint8_t*>(out);
+    switch (found->type) {
+    case fieldtype::Byte:
+        *target = static_cast<uint8_t>(first);
+        break;
+    case fieldtype::Rational:
+        std::memcpy(target + sizeof(first), &second, sizeof(second));
+        [[fallthrough]];
+    case fieldtype::Short:
+    case fieldtype::Long:
+        std::memcpy(target, &first, sizeof(first));
+        break;
+    default:
+        break;
+    }
+    return 1;
+}
+
+extern "C" int32_t GetTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, HGLOBAL* outBlock,
+                                          uint32_t* outType, uint32_t* outCount) noexcept
+{
+    const PageTags tags(file, page);
+    if (!tags)
+        return 0;
+    const auto found = tag ? tags.Find(tag) : std::nullopt;
+    if (tag && !found) {
+        SetTiffError(error::TagNotDefined);
+        return 0;
+    }
+    if (outBlock) {
+        GlobalBlock block = found ? CopyValues(found->values) : ListTags(tags);
+        if (!block) {
+            SetTiffError(error::NotEnoughMemory);
+            return 0;
+        }
+        *outBlock = block.Release();
+    }
+    if (outType)
+        *outType = !found ? fieldtype::Long : tag == tag::JpegTables ? fieldtype::Undefined : found->type;
+    if (outCount)
+        *outCount = found ? found->count : tags.Count();
+    return 1;
+}
+
+extern "C" uint32_t GetTiffDimensions(HGLOBAL file, uint32_t page, BITMAPINFOHEADER* header) noexcept
+{
+    if (!header)
+        return Fail(error::InvalidParameters);
+    header->biSize = sizeof(*header);
+    header->biPlanes = 1;
+    header->biCompression = 0;
+    header->biSizeImage = 0;
+    const PageTags tags(file, page);
+    if (!tags)
+        return file ? TiffError() : Fail(error::InvalidHandle);
+    return Fail(Describe(tags, *header));
+}
+
+extern "C" uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) noexcept
+{
+    if (!out)
+        return Fail(error::InvalidParameters);
+    *out = 0;
+    const PageTags tags(file, page);
+    if (!tags)
+        return file ? TiffError() : Fail(error::InvalidHandle);
+    const Resolution resolution = ResolutionOf(tags);
+    *out = RoundedDotsPerInch(resolution.vertical, resolution.unit) << 16 |
+           RoundedDotsPerInch(resolution.horizontal, resolution.unit);
+    return Fail(error::None);
+}
+
+extern "C" HGLOBAL GetTiffRGBQuad(HGLOBAL file, uint32_t page) noexcept
+{
+    BITMAPINFOHEADER header{};
+    if (GetTiffDimensions(file, page, &header) != error::None)
+        return nullptr;
+    GlobalBlock block(sizeof(header) + uint64_t{header.biClrUsed} * sizeof(RGBQUAD));
+    Locked<BITMAPINFOHEADER> built(block.Get());
+    if (!built) {
+        SetTiffError(error::NotEnoughMemory);
+        return nullptr;
+    }
+    *built = header;
+
+    const PageTags tags(file, page);
+    uint32_t photometric = tags.Value(tag::PhotometricInterpretation, UINT32_MAX);
+    if (header.biBitCount == 32 && photometric != photometric::Separated) {
+        SetTiffError(error::ColourFormat);
+        return nullptr;
+    }
+    if (header.biClrUsed == 0 && photometric != photometric::Separated && photometric != photometric::YCbCr)
+        photometric = photometric::Rgb;
+    const std::span colours(reinterpret_cast<RGBQUAD*>(built.Get() + 1), header.biClrUsed);
+    if (!FillColours(colours, header.biClrImportant, photometric, tags)) {
+        SetTiffError(error::TagsMissing);
+        return nullptr;
+    }
+    built.Unlock();
+    return block.Release();
+}
+
+extern "C" uint32_t GetTiffRowsPerStrip(HGLOBAL file, uint32_t page) noexcept
+{
+    const PageTags tags(file, page);
+    const auto length = tags ? tags.Find(tag::ImageLength) : std::nullopt;
+    if (!length)
+        return 0;
+    const uint32_t rows = length->Number(0).value_or(0);
+    const uint32_t rowsPerStrip = tags.Value(tag::RowsPerStrip, rows);
+    return rowsPerStrip == 0 || rowsPerStrip > rows ? rows : rowsPerStrip;
+}
+
+extern "C" uint32_t GetTiffStripCount(HGLOBAL file, uint32_t page) noexcept
+{
+    const PageTags tags(file, page);
+    const auto offsets = tags ? tags.Find(tag::StripOffsets) : std::nullopt;
+    return offsets ? offsets->count : 0;
+}

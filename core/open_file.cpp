@@ -1,0 +1,228 @@
+// Opening, describing and closing files. Nothing is kept open on disk between calls.
+#include "core/open_file.h"
+
+#include "core/chain_walk.h"
+#include "core/errors.h"
+#include "core/global_block.h"
+#include "core/handles.h"
+#include "core/registry.h"
+#include "core/sibling_library.h"
+
+#include <cstring>
+
+namespace tiff {
+
+static constexpr char VERSION_TEXT[] = "Version 12.08";
+static constexpr uint32_t TIFF_VERSION = 42;
+static constexpr uint32_t NEW_FILE_LINK = 4;
+static constexpr uint32_t ON_DISK = 0xFFFFFFFF;
+
+TiffStream OpenRecord(const TiffFileRecord& record)
+{
+    return record.path[0] ? OpenForReading(record.path)
+                          : OpenMemoryStream(record.memoryBlock, record.memoryBytes);
+}
+
+static bool SetPath(TiffFileRecord& record, const char* path)
+{
+    if (strnlen(path, sizeof(record.path)) == sizeof(record.path)) {
+        SetTiffError(error::PathTooLong);
+        return false;
+    }
+    std::strcpy(record.path, path);
+    return true;
+}
+
+// The byte-order mark and the version number; error 6 stands when they cannot be read.
+static bool ReadHeader(DirectoryWindow& window)
+{
+    const uint8_t* header = Fetch(window, 0, 2);
+    if (!header) {
+        SetTiffError(error::InputOutput);
+        return false;
+    }
+    window.byteOrder = Load16(header, TIFF_INTEL);
+    if (window.byteOrder != TIFF_INTEL && window.byteOrder != TIFF_MOTOROLA) {
+        SetTiffError(error::BadByteOrder);
+        return false;
+    }
+    header = Fetch(window, 2, 2);
+    if (!header || Load16(header, window.byteOrder) != TIFF_VERSION) {
+        SetTiffError(header ? error::NotTiff : error::InputOutput);
+        return false;
+    }
+    return true;
+}
+
+static void TakePages(TiffFileRecord* record, const ChainWalk& walk)
+{
+    Locked<WalkedPage> walked(walk.pages.Get());
+    PageEntry* pages = Pages(record);
+    for (uint32_t page = 0; page < walk.pageCount; ++page) {
+        const WalkedPage& found = walked[page];
+        pages[page] = {found.directoryOffset, found.tagBlockBytes, nullptr,
+                       static_cast<uint16_t>(found.kind)};
+    }
+    record->pageCount = walk.pageCount;
+    record->linkPosition = walk.linkPosition;
+}
+
+// Reads the file that a record without pages names and puts its pages in.
+static bool ReadPages(GlobalBlock& block)
+{
+    ChainWalk walk;
+    {
+        Locked<TiffFileRecord> record(block.Get());
+        Stream stream(OpenRecord(*record));
+        DirectoryWindow window{.stream = stream.Get(), .bytes{}};
+        if (!ReadHeader(window) || !WalkChain(window, walk))
+            return false;
+        record->byteOrder = static_cast<uint16_t>(window.byteOrder);
+    }
+    if (!block.Resize(FileRecordBytes(PageRoom(walk.pageCount)))) {
+        SetTiffError(error::NotEnoughMemory);
+        return false;
+    }
+    Locked<TiffFileRecord> record(block.Get());
+    TakePages(record.Get(), walk);
+    return true;
+}
+
+// An empty record for a new file.
+static GlobalBlock MakeRecord(const char* path, HGLOBAL memoryBlock, uint32_t memoryBytes)
+{
+    GlobalBlock block(FileRecordBytes(PageRoom(0)));
+    Locked<TiffFileRecord> record(block.Get());
+    if (!record) {
+        SetTiffError(error::NotEnoughMemory);
+        return {};
+    }
+    if (!SetPath(*record, path))
+        return {};
+    record->byteOrder = TIFF_INTEL;
+    record->openFlags = openflag::New;
+    record->linkPosition = NEW_FILE_LINK;
+    record->memoryBlock = memoryBlock;
+    record->memoryBytes = memoryBytes;
+    return block;
+}
+
+static HGLOBAL OpenExisting(GlobalBlock block, uint32_t openFlags)
+{
+    {
+        Locked<TiffFileRecord> record(block.Get());
+        if (!record)
+            return nullptr;
+        record->openFlags = openFlags;
+    }
+    return ReadPages(block) ? block.Release() : nullptr;
+}
+
+static bool ExistsWithContent(const char* path)
+{
+    FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
+    return file && GetFileSize(file.Get(), nullptr) != 0;
+}
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" HGLOBAL OpenTiffFile(const char* path, uint32_t mode) noexcept
+{
+    SetTiffError(error::None);
+    if (!path) {
+        SetTiffError(error::InvalidParameters);
+        return nullptr;
+    }
+    if (mode == T_APPEND && !ExistsWithContent(path))
+        mode = T_CREAT;
+    GlobalBlock block = MakeRecord(path, nullptr, ON_DISK);
+    switch (mode) {
+    case T_READ:
+        return OpenExisting(std::move(block), openflag::Read);
+    case T_APPEND:
+        return OpenExisting(std::move(block), openflag::Append);
+    default:
+        return block.Release();
+    }
+}
+
+extern "C" HGLOBAL OpenTiffInMemory(HGLOBAL memory, uint32_t size, uint32_t mode) noexcept
+{
+    SetTiffError(error::None);
+    GlobalBlock block = MakeRecord("", memory, size);
+    // Wanted: reading in memory always allows pages to be added, and a new TIFF is made only
+    // when it is asked for, never in place of an empty one.
+    return mode == T_READ || mode == T_APPEND ? OpenExisting(std::move(block), openflag::Append)
+                                              : block.Release();
+}
+
+extern "C" HGLOBAL GetMemoryTiffHandle(HGLOBAL file) noexcept
+{
+    Locked<TiffFileRecord> record(file);
+    return record ? record->memoryBlock : nullptr;
+}
+
+extern "C" int32_t CloseTiffFile(HGLOBAL file) noexcept
+{
+    if (!file)
+        return 0;
+    const uint32_t pageCount = NumberOfTiffImages(file, TIFF_ALL_PAGES);
+    for (uint32_t page = 0; page < pageCount; ++page)
+        DropTiffImage(file, page);
+    GlobalFree(file);
+    UnloadJpegLibrary();
+    return 1;
+}
+
+extern "C" uint32_t GetNumberOfImagesInTiffFile(const char* path) noexcept
+{
+    HGLOBAL file = OpenTiffFile(path, T_READ);
+    if (!file)
+        return 0xFFFFFFFF;
+    const uint32_t pageCount = NumberOfTiffImages(file, TIFF_ALL_PAGES);
+    CloseTiffFile(file);
+    return pageCount;
+}
+
+extern "C" int32_t GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) noexcept
+{
+    Locked<TiffFileRecord> record(file);
+    if (!record || !info) {
+        SetTiffError(record ? error::InvalidParameters : error::InvalidHandle);
+        return 0;
+    }
+    std::memcpy(info->path, record->path, sizeof(info->path));
+    info->byteOrder = record->byteOrder;
+    info->pageCount = record->pageCount;
+    info->firstDirectoryOffset = record->pageCount ? Pages(record.Get())[0].directoryOffset : 0;
+    return 1;
+}
+
+extern "C" int32_t ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byteOrder) noexcept
+{
+    Locked<TiffFileRecord> record(file);
+    if (!record) {
+        SetTiffError(error::InvalidHandle);
+        return 0;
+    }
+    if (path && !SetPath(*record, path))
+        return 0;
+    if (byteOrder == 0)
+        return 1;
+    if (byteOrder != TIFF_INTEL && byteOrder != TIFF_MOTOROLA) {
+        SetTiffError(error::BadByteOrder);
+        return 0;
+    }
+    record->byteOrder = static_cast<uint16_t>(byteOrder);
+    return 1;
+}
+
+extern "C" void GetTiffVersion(char* buffer, int32_t size) noexcept
+{
+    if (size <= 0)
+        return;
+    // Wanted: the count is taken at its word, so a short buffer gets no terminator.
+    std::memcpy(buffer, VERSION_TEXT, std::min(static_cast<size_t>(size), sizeof(VERSION_TEXT)));
+}

@@ -1,0 +1,20 @@
+// What the process holds: the slot of the thread states, the module, the JPEG library.
+#pragma once
+
+#include "core/win32.h"
+
+namespace tiff {
+
+struct ProcessState {
+    DWORD threadSlot = TLS_OUT_OF_INDEXES;
+    HMODULE module = nullptr;      // this library, for its dialogs
+    HMODULE jpegLibrary = nullptr; // loaded by the first page that needs it
+};
+
+extern ProcessState processState;
+
+// False when no thread slot is to be had; the library must not load then.
+[[nodiscard]] bool AttachProcess(HMODULE module);
+void DetachProcess();
+
+} // namespace tiff

@@ -1,0 +1,85 @@
+#include "core/registry.h"
+
+#include "core/errors.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace tiff {
+
+static constexpr uint32_t LEAST_ROOM = 8;
+
+uint32_t PageRoom(uint32_t pageCount)
+{
+    return std::min(std::max(std::bit_ceil(pageCount), LEAST_ROOM), TIFF_MAX_PAGES);
+}
+
+std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page)
+{
+    Locked<TiffFileRecord> record(file);
+    if (!record || page >= record->pageCount)
+        return std::nullopt;
+    return Pages(record.Get())[page];
+}
+
+bool IsRegistered(HGLOBAL file, uint32_t page)
+{
+    const auto entry = FindPage(file, page);
+    return entry && (entry->kind & PAGE_REGISTERED);
+}
+
+void RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock)
+{
+    Locked<TiffFileRecord> record(file);
+    PageEntry& entry = Pages(record.Get())[page];
+    entry.tagBlock = tagBlock;
+    entry.kind |= PAGE_REGISTERED;
+}
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t IsTiffImageRegistered(HGLOBAL file, uint32_t page) noexcept
+{
+    if (!file)
+        return 0;
+    const auto entry = FindPage(file, page);
+    if (entry && (entry->kind & PAGE_REGISTERED))
+        return 1;
+    SetTiffError(entry ? error::NotRegistered : error::IndexOutOfRange);
+    return 0;
+}
+
+extern "C" int32_t DropTiffImage(HGLOBAL file, uint32_t page) noexcept
+{
+    Locked<TiffFileRecord> record(file);
+    if (!record || page >= record->pageCount) {
+        SetTiffError(error::IndexOutOfRange);
+        return 0;
+    }
+    PageEntry& entry = Pages(record.Get())[page];
+    if (entry.kind & PAGE_REGISTERED) {
+        // Wanted: the handle's value stays in the entry, so that a new page never takes the
+        // slot of one that was in use.
+        GlobalFree(entry.tagBlock);
+        entry.kind &= static_cast<uint16_t>(~PAGE_REGISTERED);
+    }
+    return 1;
+}
+
+extern "C" uint32_t NumberOfTiffImages(HGLOBAL file, uint32_t kind) noexcept
+{
+    Locked<TiffFileRecord> record(file);
+    if (!record)
+        return 0;
+    const uint32_t pageCount = record->pageCount;
+    if (kind & TIFF_ALL_PAGES)
+        return pageCount;
+    const PageEntry* pages = Pages(record.Get());
+    const auto matches = std::count_if(pages, pages + pageCount,
+                                       [kind](const PageEntry& entry) { return entry.kind == kind; });
+    // Wanted: entries not in use count as pages of kind 0.
+    const uint32_t unused = kind == 0 ? TIFF_MAX_PAGES - pageCount : 0;
+    return static_cast<uint32_t>(matches) + unused;
+}

@@ -1,0 +1,34 @@
+// The page table behind an open file's record.
+#pragma once
+
+#include "core/global_block.h"
+#include "core/records.h"
+
+#include <optional>
+
+namespace tiff {
+
+// The table grows with the page count, so that its room never needs a field of its own.
+uint32_t PageRoom(uint32_t pageCount);
+
+constexpr uint64_t FileRecordBytes(uint32_t room)
+{
+    return sizeof(TiffFileRecord) + uint64_t{room} * sizeof(PageEntry);
+}
+
+// Valid below PageRoom(pageCount), while the record is locked.
+inline PageEntry* Pages(TiffFileRecord* record)
+{
+    return reinterpret_cast<PageEntry*>(record + 1);
+}
+
+// A copy of a page's entry, whatever its state; nothing for a page outside the file.
+std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page);
+
+// As IsTiffImageRegistered, without touching the last error.
+bool IsRegistered(HGLOBAL file, uint32_t page);
+
+// A page is registered from here on, with this block of tags.
+void RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock);
+
+} // namespace tiff

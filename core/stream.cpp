@@ -1,0 +1,180 @@
+#include "core/stream.h"
+
+#include "core/global_block.h"
+#include "core/handles.h"
+#include "core/thread_state.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace tiff {
+
+static bool IsFile(TiffStream stream)
+{
+    return stream > 0;
+}
+
+static HANDLE FileOf(TiffStream stream)
+{
+    return reinterpret_cast<HANDLE>(static_cast<intptr_t>(stream));
+}
+
+static bool IsFree(const MemoryFileSlot& slot)
+{
+    return !slot.block && slot.size == MEMORY_FILE_FREE;
+}
+
+// The open slot behind a memory handle, or null.
+static MemoryFileSlot* MemoryFile(TiffStream stream)
+{
+    if (stream > -FIRST_MEMORY_SLOT || stream < -LAST_MEMORY_SLOT)
+        return nullptr;
+    MemoryFileSlot& slot = ThreadState().memoryFiles[static_cast<size_t>(-stream)];
+    return IsFree(slot) ? nullptr : &slot;
+}
+
+TiffStream OpenMemoryStream(HGLOBAL block, uint32_t size)
+{
+    if (size > INT32_MAX)
+        return NO_STREAM;
+    // A size beyond the block would let reads run out of it.
+    if (block && size > GlobalSize(block))
+        size = static_cast<uint32_t>(GlobalSize(block));
+    auto& slots = ThreadState().memoryFiles;
+    for (int32_t index = FIRST_MEMORY_SLOT; index <= LAST_MEMORY_SLOT; ++index) {
+        MemoryFileSlot& slot = slots[static_cast<size_t>(index)];
+        if (IsFree(slot)) {
+            slot = {block, 0, static_cast<int32_t>(size)};
+            return -index;
+        }
+    }
+    return NO_STREAM;
+}
+
+HGLOBAL MemoryStreamBlock(TiffStream stream)
+{
+    const MemoryFileSlot* slot = MemoryFile(stream);
+    return slot ? slot->block : nullptr;
+}
+
+TiffStream OpenForReading(const char* path)
+{
+    FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
+    return file ? static_cast<TiffStream>(reinterpret_cast<intptr_t>(file.Release())) : NO_STREAM;
+}
+
+static uint32_t ReadMemory(MemoryFileSlot& slot, void* buffer, uint32_t count)
+{
+    const auto available = static_cast<uint32_t>(slot.size - slot.position);
+    const uint32_t bytes = count < available ? count : available;
+    Locked<uint8_t> block(slot.block);
+    if (!block)
+        return STREAM_FAILED;
+    std::memcpy(buffer, block.Get() + slot.position, bytes);
+    slot.position += static_cast<int32_t>(bytes);
+    return bytes;
+}
+
+static uint32_t WriteMemory(MemoryFileSlot& slot, const void* buffer, uint32_t count)
+{
+    const int64_t end = int64_t{slot.position} + count;
+    if (end > INT32_MAX)
+        return STREAM_FAILED;
+    if (end > slot.size) {
+        const auto bytes = static_cast<SIZE_T>(end);
+        slot.size = static_cast<int32_t>(end);
+        slot.block = slot.block ? GlobalReAlloc(slot.block, bytes, GMEM_ZEROINIT)
+                                : GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, bytes);
+    }
+    Locked<uint8_t> block(slot.block);
+    if (!block)
+        return STREAM_FAILED;
+    std::memcpy(block.Get() + slot.position, buffer, count);
+    slot.position += static_cast<int32_t>(count);
+    return count;
+}
+
+static uint32_t SeekFile(TiffStream stream, uint32_t offset, int32_t origin)
+{
+    LARGE_INTEGER distance, position;
+    distance.QuadPart = offset;
+    if (!SetFilePointerEx(FileOf(stream), distance, &position, static_cast<DWORD>(origin)))
+        return STREAM_FAILED;
+    return position.QuadPart > UINT32_MAX ? STREAM_FAILED : static_cast<uint32_t>(position.QuadPart);
+}
+
+static uint32_t SeekMemory(MemoryFileSlot& slot, uint32_t offset, int32_t origin)
+{
+    int64_t position = slot.position;
+    if (origin == 0)
+        position = offset;
+    else if (origin == 1)
+        position += offset;
+    else if (origin == 2)
+        position = int64_t{slot.size} - offset;
+    if (position < 0 || position > slot.size)
+        return STREAM_FAILED;
+    slot.position = static_cast<int32_t>(position);
+    return static_cast<uint32_t>(position);
+}
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" uint32_t mRead(TiffStream stream, void* buffer, uint32_t count) noexcept
+{
+    if (IsFile(stream)) {
+        DWORD transferred = 0;
+        return ReadFile(FileOf(stream), buffer, count, &transferred, nullptr) ? transferred : 0;
+    }
+    MemoryFileSlot* slot = MemoryFile(stream);
+    return slot ? ReadMemory(*slot, buffer, count) : STREAM_FAILED;
+}
+
+extern "C" uint32_t mWrite(TiffStream stream, const void* buffer, uint32_t count) noexcept
+{
+    if (IsFile(stream)) {
+        DWORD transferred = 0;
+        return WriteFile(FileOf(stream), buffer, count, &transferred, nullptr) ? transferred : 0;
+    }
+    MemoryFileSlot* slot = MemoryFile(stream);
+    return slot ? WriteMemory(*slot, buffer, count) : STREAM_FAILED;
+}
+
+extern "C" uint32_t mSeek(TiffStream stream, uint32_t offset, int32_t origin) noexcept
+{
+    if (IsFile(stream))
+        return SeekFile(stream, offset, origin);
+    MemoryFileSlot* slot = MemoryFile(stream);
+    return slot ? SeekMemory(*slot, offset, origin) : STREAM_FAILED;
+}
+
+extern "C" uint32_t mTell(TiffStream stream) noexcept
+{
+    return mSeek(stream, 0, 1);
+}
+
+extern "C" uint32_t mSize(TiffStream stream) noexcept
+{
+    if (IsFile(stream)) {
+        const uint32_t position = SeekFile(stream, 0, 1);
+        const uint32_t size = SeekFile(stream, 0, 2);
+        if (position == STREAM_FAILED || SeekFile(stream, position, 0) == STREAM_FAILED)
+            return STREAM_FAILED;
+        return size;
+    }
+    const MemoryFileSlot* slot = MemoryFile(stream);
+    return slot ? static_cast<uint32_t>(slot->size) : STREAM_FAILED;
+}
+
+extern "C" uint32_t mClose(TiffStream stream) noexcept
+{
+    if (IsFile(stream))
+        return CloseHandle(FileOf(stream)) ? 0 : STREAM_FAILED;
+    MemoryFileSlot* slot = MemoryFile(stream);
+    if (!slot)
+        return STREAM_FAILED;
+    *slot = {nullptr, MEMORY_FILE_FREE, MEMORY_FILE_FREE};
+    return 0;
+}

@@ -1,0 +1,57 @@
+#include "core/tag_block.h"
+
+#include "core/registry.h"
+
+namespace tiff {
+
+std::optional<uint32_t> TagView::Number(uint32_t index) const
+{
+    const uint32_t bytes = type == fieldtype::Rational ? 4 : ElementBytes(type);
+    const uint64_t at = uint64_t{index} * bytes;
+    if (type == fieldtype::Ascii || type > fieldtype::Rational || at + bytes > values.size())
+        return std::nullopt;
+    const uint8_t* value = values.data() + at;
+    return bytes == 1 ? *value : bytes == 2 ? Load16(value, TIFF_INTEL) : Load32(value, TIFF_INTEL);
+}
+
+static HGLOBAL TagBlockOf(HGLOBAL file, uint32_t page)
+{
+    if (!IsTiffImageRegistered(file, page))
+        return nullptr;
+    return FindPage(file, page)->tagBlock;
+}
+
+PageTags::PageTags(HGLOBAL file, uint32_t page) : block(TagBlockOf(file, page))
+{
+}
+
+std::optional<TagView> PageTags::Next(uint32_t& position) const
+{
+    if (position + uint64_t{sizeof(TagRecord)} > block->used)
+        return std::nullopt;
+    const uint8_t* at = reinterpret_cast<const uint8_t*>(block.Get() + 1) + position;
+    TagRecord record;
+    std::memcpy(&record, at, sizeof(record));
+    position += record.length;
+    return TagView{
+        record.tag, record.type, record.count, {at + sizeof(record), record.length - sizeof(record)}};
+}
+
+std::optional<TagView> PageTags::Find(uint32_t tag) const
+{
+    uint32_t position = 0;
+    for (uint32_t left = block->tagCount; left > 0; --left) {
+        const auto record = Next(position);
+        if (!record || record->tag == tag)
+            return record;
+    }
+    return std::nullopt;
+}
+
+uint32_t PageTags::Value(uint32_t tag, uint32_t fallback, uint32_t index) const
+{
+    const auto found = Find(tag);
+    return found ? found->Number(index).value_or(fallback) : fallback;
+}
+
+} // namespace tiff

@@ -1,0 +1,44 @@
+#include "core/thread_state.h"
+
+#include "core/process_state.h"
+
+namespace tiff {
+
+static constexpr uint32_t DEFAULT_K_FACTOR = 2;
+
+bool CreateThreadState()
+{
+    auto* state =
+        static_cast<TiffThreadState*>(GlobalAlloc(GMEM_FIXED | GMEM_ZEROINIT, sizeof(TiffThreadState)));
+    if (!state)
+        return false;
+    state->memoryFiles.fill({nullptr, MEMORY_FILE_FREE, MEMORY_FILE_FREE});
+    state->kFactor = DEFAULT_K_FACTOR;
+    if (!TlsSetValue(processState.threadSlot, state)) {
+        GlobalFree(state);
+        return false;
+    }
+    return true;
+}
+
+TiffThreadState& ThreadState()
+{
+    void* state = TlsGetValue(processState.threadSlot);
+    if (!state) {
+        if (!CreateThreadState())
+            ExitThread(1);
+        state = TlsGetValue(processState.threadSlot);
+    }
+    return *static_cast<TiffThreadState*>(state);
+}
+
+void FreeThreadState()
+{
+    void* state = TlsGetValue(processState.threadSlot);
+    if (!state)
+        return;
+    GlobalFree(state);
+    TlsSetValue(processState.threadSlot, nullptr);
+}
+
+} // namespace tiff

@@ -1,0 +1,37 @@
+// Everything that changes and belongs to no file: one record per thread, reached through one
+// slot. There are no locks because nothing here is shared.
+#pragma once
+
+#include "core/win32.h"
+
+#include <array>
+
+namespace tiff {
+
+struct MemoryFileSlot {
+    HGLOBAL block; // never owned by the slot
+    int32_t position;
+    int32_t size; // MEMORY_FILE_FREE marks a slot that is not in use
+};
+
+inline constexpr int32_t MEMORY_FILE_FREE = -1;
+
+// Slots 0 and 1 stay unused: their negated numbers would look like no handle and like the
+// system's invalid handle.
+inline constexpr int32_t FIRST_MEMORY_SLOT = 2;
+inline constexpr int32_t LAST_MEMORY_SLOT = 30;
+
+struct TiffThreadState {
+    uint32_t lastError;
+    std::array<MemoryFileSlot, LAST_MEMORY_SLOT + 1> memoryFiles;
+    uint32_t kFactor; // of Group 3 two-dimensional coding
+};
+
+// The calling thread's record, made on first use. A thread that cannot have one is ended: no
+// function could report anything to it.
+TiffThreadState& ThreadState();
+// False when the memory is missing; the first use tries again.
+bool CreateThreadState();
+void FreeThreadState();
+
+} // namespace tiff

@@ -1,0 +1,117 @@
+// The numbers that TIFF files and callers of the library speak in, by name.
+#pragma once
+
+#include <cstdint>
+
+namespace tiff {
+
+using Status = uint32_t; // 0 is success, anything else an error code
+
+namespace tag {
+inline constexpr uint16_t NewSubfileType = 254;
+inline constexpr uint16_t SubfileType = 255;
+inline constexpr uint16_t ImageWidth = 256;
+inline constexpr uint16_t ImageLength = 257;
+inline constexpr uint16_t BitsPerSample = 258;
+inline constexpr uint16_t Compression = 259;
+inline constexpr uint16_t PhotometricInterpretation = 262;
+inline constexpr uint16_t FillOrder = 266;
+inline constexpr uint16_t StripOffsets = 273;
+inline constexpr uint16_t Orientation = 274;
+inline constexpr uint16_t SamplesPerPixel = 277;
+inline constexpr uint16_t RowsPerStrip = 278;
+inline constexpr uint16_t StripByteCounts = 279;
+inline constexpr uint16_t MaxSampleValue = 281;
+inline constexpr uint16_t XResolution = 282;
+inline constexpr uint16_t YResolution = 283;
+inline constexpr uint16_t PlanarConfiguration = 284;
+inline constexpr uint16_t T4Options = 292;
+inline constexpr uint16_t ResolutionUnit = 296;
+inline constexpr uint16_t Predictor = 317;
+inline constexpr uint16_t ColorMap = 320;
+inline constexpr uint16_t TileWidth = 322;
+inline constexpr uint16_t TileLength = 323;
+inline constexpr uint16_t TileOffsets = 324;
+inline constexpr uint16_t TileByteCounts = 325;
+inline constexpr uint16_t JpegTables = 347;
+inline constexpr uint16_t JpegProc = 512;
+inline constexpr uint16_t JpegRestartInterval = 515;
+inline constexpr uint16_t JpegQTables = 519;
+inline constexpr uint16_t JpegDcTables = 520;
+inline constexpr uint16_t JpegAcTables = 521;
+inline constexpr uint16_t YCbCrSubSampling = 530;
+inline constexpr uint16_t ReferenceBlackWhite = 532;
+} // namespace tag
+
+namespace fieldtype {
+inline constexpr uint16_t Byte = 1;
+inline constexpr uint16_t Ascii = 2;
+inline constexpr uint16_t Short = 3;
+inline constexpr uint16_t Long = 4;
+inline constexpr uint16_t Rational = 5;
+inline constexpr uint16_t Undefined = 7;
+} // namespace fieldtype
+
+namespace error {
+inline constexpr uint32_t None = 0;
+inline constexpr uint32_t NotEnoughMemory = 1;
+inline constexpr uint32_t IndexOutOfRange = 3;
+inline constexpr uint32_t UnexpectedEndOfFile = 5;
+inline constexpr uint32_t InputOutput = 6;
+inline constexpr uint32_t PathTooLong = 7;
+inline constexpr uint32_t NotTiff = 8;
+inline constexpr uint32_t TagsMissing = 10;
+inline constexpr uint32_t UnknownCompression = 11;
+inline constexpr uint32_t BadCode = 12;
+inline constexpr uint32_t TagNotDefined = 13;
+inline constexpr uint32_t BadByteOrder = 14;
+inline constexpr uint32_t BadBitOrder = 15;
+inline constexpr uint32_t ColourFormat = 16;
+inline constexpr uint32_t EofbMissing = 19;
+inline constexpr uint32_t EofbUnexpected = 20;
+inline constexpr uint32_t JpegLibraryMissing = 22;
+inline constexpr uint32_t JpegFunctionMissing = 23;
+inline constexpr uint32_t NotRegistered = 27;
+inline constexpr uint32_t DialogLibraryMissing = 28;
+inline constexpr uint32_t InvalidParameters = 29;
+inline constexpr uint32_t InvalidHandle = 34;
+inline constexpr uint32_t LastCode = 37;
+inline constexpr uint32_t OldJpegPage =
+    9990; // JPEG pages that the line drivers leave to the whole-file loaders
+inline constexpr uint32_t JpegPage = 9991;
+} // namespace error
+
+// What FlushDataBuffer says after the last row; never leaves a codec.
+inline constexpr Status ALL_ROWS_DONE = 3;
+
+namespace compression {
+inline constexpr uint32_t Stored = 1;
+inline constexpr uint32_t ModifiedHuffman = 2;
+inline constexpr uint32_t Group3 = 3;
+inline constexpr uint32_t Group4 = 4;
+inline constexpr uint32_t Lzw = 5;
+inline constexpr uint32_t OldJpeg = 6;
+inline constexpr uint32_t Jpeg = 7;
+inline constexpr uint32_t PackBits = 32773;
+inline constexpr uint32_t TwoDimensional = 0x10000; // variants in the high 16 bits
+inline constexpr uint32_t ByteAligned = 0x40000;
+inline constexpr uint32_t NoPredictor = 0x10000;
+inline constexpr uint32_t HorizontalDifferencing = 0x20000;
+} // namespace compression
+
+namespace photometric {
+inline constexpr uint32_t WhiteIsZero = 0;
+inline constexpr uint32_t BlackIsZero = 1;
+inline constexpr uint32_t Rgb = 2;
+inline constexpr uint32_t Palette = 3;
+inline constexpr uint32_t Mask = 4;
+inline constexpr uint32_t Separated = 5;
+inline constexpr uint32_t YCbCr = 6;
+inline constexpr uint32_t FirstColourSpace = 7; // handed to callers unconverted
+inline constexpr uint32_t LastColourSpace = 17;
+} // namespace photometric
+
+inline constexpr uint32_t ORIENTATION_BOTTOM_LEFT = 4;
+inline constexpr uint32_t MAX_PATH_BYTES = 260; // with the terminating zero
+
+} // namespace tiff

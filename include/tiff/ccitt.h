@@ -1,0 +1,42 @@
+/* CCITT code over bare streams, without a TIFF directory. */
+#ifndef TIFF_CCITT_H
+#define TIFF_CCITT_H
+
+#include "tiff/codecs.h"
+
+TIFF_BEGIN
+
+/* Decodes from the stream's current position as one strip, fill order 1.
+ *
+ * width, rows  pixels.
+ * compression  any code of the decode drivers: 4 Group 4, 2 modified Huffman, 3 Group 3, with
+ *              0x10000 two-dimensional, 0x40000 byte-aligned; also 1, 5 and 32773.
+ *
+ * Returns 1, or 0 with the last error set (6 when the stream has no size).
+ */
+int32_t DecodeCcittImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_t compression,
+                         void* userData, TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+
+/* The same from a given offset.
+ *
+ * offset     bytes from the start; 0, or a value beyond the data, decodes from the stream's
+ *            current position.
+ * fillOrder  2 for least significant bit first; anything else is 1.
+ * byteOrder  TIFF_MOTOROLA, or anything else for Intel.
+ *
+ * Returns 1 or 0; width or rows of 0 give 0 and set no error.
+ */
+int32_t DecodeCcittImageFrom(TiffStream stream, uint32_t offset, uint32_t width, uint32_t rows,
+                             uint32_t compression, uint32_t fillOrder, uint32_t byteOrder, void* userData,
+                             TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+
+/* The same for Group 4 code in records: FE 92, a 16-bit big-endian length, then the code.
+ * compression and the fill order of the code are ignored.
+ */
+int32_t DecodeMMRImage(TiffStream stream, uint32_t offset, uint32_t width, uint32_t rows,
+                       uint32_t compression, uint32_t fillOrder, uint32_t byteOrder, void* userData,
+                       TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

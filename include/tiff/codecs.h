@@ -1,0 +1,112 @@
+/* Codecs: the drivers that take a page through its compression, line by line, and the buffers
+ * that any other container can run the same codecs over.
+ */
+#ifndef TIFF_CODECS_H
+#define TIFF_CODECS_H
+
+#include "tiff/streams.h"
+
+TIFF_BEGIN
+
+/* A line routine. On decoding it receives a finished line, on encoding it fills one.
+ *
+ * line      the line buffer, bytesPerLine bytes and 256 spare ones; bilevel lines are packed
+ *           most significant bit first, 1 for black.
+ * row       counted from 0 at the first row that the page stores.
+ * userData  what the caller of the driver passed.
+ *
+ * Returns 0 to go on. Any other value in the low 32 bits stops the codec with that status.
+ */
+typedef intptr_t (*TiffLineCallback)(void* line, uint32_t row, void* userData);
+
+/* The state of one decoding or encoding call. Zero-fill it before use. */
+typedef struct CodecContext {
+    uint8_t* codeCursor;         /* next byte to read or write in the code buffer */
+    uint8_t* lineCursor;         /* start of the line in hand */
+    uint32_t codeBytesLeft;      /* decoding: unread bytes; encoding: free bytes */
+    uint32_t lineBytes;          /* bytesPerLine, refreshed before every line */
+    uint32_t linePixels;         /* the width, refreshed before every line */
+    void* userData;              /* third argument of the line routine */
+    uint32_t lastLineOfStrip;    /* the line just handed over ends its strip */
+    BITMAPINFOHEADER lineFormat; /* biWidth the width, biHeight the rows to process */
+    uint32_t bytesPerLine;
+    uint32_t compression; /* Compression in the low 16 bits, a variant above */
+    uint32_t row;         /* next row to hand over or pull */
+    HGLOBAL bufferBlock;  /* line buffer, then code buffer */
+    TiffStream stream;
+    uint32_t fillOrder;     /* 1 or 2 */
+    uint32_t byteOrder;     /* TIFF_INTEL or TIFF_MOTOROLA */
+    uint32_t bufferFilePos; /* decoding: file position of the code buffer, 0xFFFFFF before
+                               the first fill; encoding: bytes of the strip written */
+    uint32_t codeBufferSize;
+    uint32_t dataEnd; /* decoding: end of the data; encoding: start of the strip */
+    uint32_t strip;
+    uint32_t stripPos; /* decoding: position of the next fill; encoding: bytes so far */
+    uint32_t stripCount;
+    uint32_t rowsPerStrip;
+    uint32_t stripLastRow;
+    HGLOBAL stripOffsets; /* 16-bit entries when stripOffsetsType is 3, else 32-bit */
+    uint32_t stripOffsetsType;
+    HGLOBAL stripByteCounts;
+    TiffLineCallback lineCallback;
+    uint8_t* lineBuffer;
+    uint32_t lineBufferSize; /* bytesPerLine + 256 */
+
+    /* Bits of one sample; 0 takes a pixel for one sample. */
+    uint32_t bitsPerSample;
+
+    /* Old-style JPEG pages only: read by the JPEG library. Strips are tiles there. */
+    uint32_t jpegProcess; /* JPEGProc, 0 or 1 */
+    uint32_t tileWidth, tileLength;
+    uint32_t tilesAcross, tilesDown;
+    uint32_t planarConfiguration;
+    uint32_t restartInterval;
+    HGLOBAL quantisationTables;       /* JPEGQTables, offsets */
+    HGLOBAL acTables;                 /* JPEGACTables */
+    HGLOBAL dcTables;                 /* JPEGDCTables */
+    uint32_t subSampling[2];          /* horizontal, vertical */
+    uint32_t referenceBlackWhite[12]; /* numerator and denominator of six values */
+} CodecContext;
+
+/* Prepares a context for decoding: allocates the buffers, then positions on the current strip
+ * if there is an array of strip offsets, else fills the code buffer at the stream's position.
+ * lineFormat, bytesPerLine, stream, dataEnd, fillOrder, rowsPerStrip and the line routine must
+ * be set. The buffers are freed with GlobalFree(bufferBlock) after GlobalUnlock.
+ *
+ * Returns 0, 1 (memory) or 6 (the first load failed). The last error is not set for 1.
+ */
+uint32_t InitDecodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
+
+/* Loads the next bytes of the stream into the code buffer.
+ *
+ * Returns 0, 5 (no more data) or 6.
+ */
+uint32_t FillCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
+
+/* Hands the finished line to the line routine and prepares for the next one, moving on to the
+ * next strip after the last line of a strip.
+ *
+ * Returns 0; 3 when all rows are done; 6 when the next strip cannot be reached; or what the
+ * line routine returned.
+ */
+uint32_t FlushDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
+
+/* Decodes rows of a loaded page.
+ *
+ * firstStrip  the strip to begin with.
+ * rowCount    rows from there; 0, or more than the page has, goes to the end of the page.
+ * userData    passed to the line routine.
+ *
+ * Returns 1, or 0 with the last error set; lines handed over before a failure stand.
+ * Errors: 1; 3 no such strip; 5 the data end early; 6; 10 tags missing; 11 compression not
+ *         known; 12 damaged code; 15 fill order; 20 early end of facsimile block; 22 and 23
+ *         JPEG library; 9990 and 9991 JPEG pages that are not decoded line by line; whatever
+ *         the line routine returned.
+ * For a page that is not loaded nothing happens, and the result is 1 if the last error was 0.
+ */
+int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount, void* userData,
+                        TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

@@ -1,0 +1,78 @@
+/* A page's tags and what follows from them. A page must be loaded with GetTiffImage first. */
+#ifndef TIFF_DIRECTORY_H
+#define TIFF_DIRECTORY_H
+
+#include "tiff/base.h"
+
+TIFF_BEGIN
+
+/* Loads the tags of a page. A value that cannot be read is fatal for the tags that describe
+ * the picture (IsRequiredTag); the tags after it are then not loaded.
+ *
+ * Returns 1, also when the page was loaded already, or 0.
+ * Errors: 1 memory; 3 no such page; 6 unreadable. The last error is 0 after loading.
+ */
+int32_t GetTiffImage(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+
+/* Gets the first value of a tag.
+ *
+ * out    receives, by the tag's type: BYTE one byte; SHORT and LONG a uint32_t; RATIONAL two
+ *        uint32_t, numerator and denominator; nothing for other types. May be null.
+ *
+ * Returns 1 if the page has the tag, else 0 with error 3, 13 (no such tag) or 27.
+ */
+int32_t GetTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, void* out) TIFF_NOEXCEPT;
+
+/* Gets all values of a tag, or the list of tags.
+ *
+ * tag       0 asks for the tag numbers of the page as an array of uint32_t, type 4.
+ * outBlock  receives a movable block with the values in the processor's order, at least 4
+ *           bytes for a tag that was read from a file. The caller frees it.
+ * outType   receives the field type; JPEGTables (347) is always reported as 7.
+ * outCount  receives the number of values. Each of the three may be null.
+ *
+ * Returns 1, or 0 with error 1, 3, 13 or 27.
+ */
+int32_t GetTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, HGLOBAL* outBlock,
+                               uint32_t* outType, uint32_t* outCount) TIFF_NOEXCEPT;
+
+/* Describes the page as a DIB header: size, bits per pixel, colours, resolution in pixels per
+ * metre. A page without a resolution gets the screen's.
+ *
+ * Returns 0 or the error code, which is also the last error: 3, 27; 10 no width or length;
+ * 16 planes stored apart or a bit count other than 1, 4, 8, 16, 24 and 32.
+ */
+uint32_t GetTiffDimensions(HGLOBAL file, uint32_t page, BITMAPINFOHEADER* header) TIFF_NOEXCEPT;
+
+/* Gets the resolution in dots per inch: horizontal in the low 16 bits, vertical in the high.
+ *
+ * Returns 0 or the error code (3, 27), out being 0 then.
+ */
+uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) TIFF_NOEXCEPT;
+
+/* Builds the DIB header and colour table of a page.
+ *
+ * Returns a movable block with a BITMAPINFOHEADER and biClrUsed RGBQUADs, or null with the
+ * errors of GetTiffDimensions, 1, 10 (palette page without ColorMap) or 16 (32 bits per pixel
+ * that are not CMYK). The caller frees it.
+ */
+HGLOBAL GetTiffRGBQuad(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+
+/* Returns the rows in a strip, never more than the page has; 0 without an ImageLength. */
+uint32_t GetTiffRowsPerStrip(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+
+/* Returns the number of strips; 0 without StripOffsets. */
+uint32_t GetTiffStripCount(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+
+/* Returns 1 for a tag whose value a page cannot be loaded without, else 0. */
+int32_t IsRequiredTag(uint32_t tag) TIFF_NOEXCEPT;
+
+/* Returns the colour space (PhotometricInterpretation 7 to 17) that LoadNonRGBTiffIntoDIB
+ * finds in a page, 0 for an ordinary one, or 0xFFFFFFFF when the path is null, the file cannot
+ * be opened, it has no such page, or the page cannot be loaded.
+ */
+uint32_t GetTiffColorSpace(const char* path, int32_t page) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

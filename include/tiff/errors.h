@@ -1,0 +1,33 @@
+#ifndef TIFF_ERRORS_H
+#define TIFF_ERRORS_H
+
+#include "tiff/base.h"
+
+TIFF_BEGIN
+
+/* Sets the calling thread's last error when the code, taken as signed, lies in 0 to 37;
+ * any other code changes nothing.
+ *
+ * Returns the previous last error in both cases.
+ */
+uint32_t SetTiffError(uint32_t code) TIFF_NOEXCEPT;
+
+/* Returns the calling thread's last error and leaves it standing. Most functions leave an
+ * earlier code alone when they succeed: read it after a failure.
+ */
+uint32_t TiffError(void) TIFF_NOEXCEPT;
+
+/* Gives the English text of an error code.
+ *
+ * buffer   receives the text and its terminating zero; 64 bytes hold every text. Null shows
+ *          the text in a message box captioned "TIFF error" instead.
+ * code     0 to 37; any other value stands for the calling thread's last error. A last error
+ *          without a text of its own reads as code 37, "Unknown error."
+ *
+ * Returns buffer.
+ */
+char* TiffErrorString(char* buffer, int32_t code) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

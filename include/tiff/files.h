@@ -1,0 +1,108 @@
+/* Open files and their pages. A TIFF file handle is what OpenTiffFile or OpenTiffInMemory
+ * returns; a page is named by that handle and its number.
+ */
+#ifndef TIFF_FILES_H
+#define TIFF_FILES_H
+
+#include "tiff/base.h"
+
+#define T_READ 0
+#define T_APPEND 2
+#define T_CREAT 3
+
+#define TIFF_MAX_PAGES 100000u
+#define TIFF_ALL_PAGES 0x8000u /* for NumberOfTiffImages */
+
+TIFF_BEGIN
+
+#pragma pack(push, 1)
+typedef struct TiffFileInformation {
+    char path[260];     /* zero-terminated; empty for a TIFF in memory */
+    uint16_t byteOrder; /* TIFF_INTEL or TIFF_MOTOROLA */
+    uint32_t pageCount;
+    uint32_t firstDirectoryOffset; /* 0 without pages */
+} TiffFileInformation;
+#pragma pack(pop)
+
+/* Opens a TIFF file on disk and walks its chain of directories. Nothing is kept open.
+ *
+ * mode   T_READ reads an existing file. T_APPEND reads a file to add pages to it; a missing or
+ *        empty one is treated as new. T_CREAT, and every other value, starts a new file, which
+ *        is created or truncated when its first page is written.
+ *
+ * Returns a TIFF file handle for CloseTiffFile, or null. A chain that breaks after the first
+ * page still opens, with the good pages and error 6 standing.
+ * Errors: 1 memory; 6 unreadable; 7 path too long; 8 version is not 42; 14 not "II" or "MM";
+ *         29 null path. The last error is 0 otherwise.
+ */
+HGLOBAL OpenTiffFile(const char* path, uint32_t mode) TIFF_NOEXCEPT;
+
+/* Opens a TIFF that lies in a block of movable global memory.
+ *
+ * block  stays the caller's, also after CloseTiffFile; writing pages may replace it, and
+ *        GetMemoryTiffHandle then tells the new one.
+ * size   bytes of the TIFF in the block.
+ * mode   0 and T_APPEND read the TIFF in the block, with pages to be added in both cases; any
+ *        other value starts a new TIFF. An empty block fails in mode 2 too.
+ *
+ * Returns as OpenTiffFile.
+ */
+HGLOBAL OpenTiffInMemory(HGLOBAL block, uint32_t size, uint32_t mode) TIFF_NOEXCEPT;
+
+/* Returns the block of a TIFF in memory as last reallocated; null for a disk file. */
+HGLOBAL GetMemoryTiffHandle(HGLOBAL file) TIFF_NOEXCEPT;
+
+/* Drops every page, frees the handle and unloads the JPEG library if it is loaded.
+ *
+ * Returns 1, or 0 for a null handle.
+ */
+int32_t CloseTiffFile(HGLOBAL file) TIFF_NOEXCEPT;
+
+/* Frees the tags that GetTiffImage loaded for a page; the page stays in the file.
+ *
+ * Returns 1, also for a page that is not loaded; 0 with error 3 for a page outside the file.
+ */
+int32_t DropTiffImage(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+
+/* Returns 1 if the page's tags are loaded or defined; else 0 with error 3 (no such page) or
+ * 27 (not loaded). A null handle gives 0 and sets no error.
+ */
+int32_t IsTiffImageRegistered(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+
+/* Counts pages.
+ *
+ * kind   with bit 0x8000 (TIFF_ALL_PAGES): the page count. Otherwise the number of entries,
+ *        among all 100,000 that a file can have, whose kind word equals it: the low bits are
+ *        the page's NewSubfileType, 0x4000 is added while the page is loaded, and entries not
+ *        in use count as kind 0.
+ */
+uint32_t NumberOfTiffImages(HGLOBAL file, uint32_t kind) TIFF_NOEXCEPT;
+
+/* Returns the number of pages of a file on disk, or 0xFFFFFFFF if it cannot be opened, with
+ * the error of OpenTiffFile.
+ */
+uint32_t GetNumberOfImagesInTiffFile(const char* path) TIFF_NOEXCEPT;
+
+/* Fills the information record. Returns 1; 0 with error 34 for a handle that is not valid. */
+int32_t GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) TIFF_NOEXCEPT;
+
+/* Changes the path or the byte order kept for an open file.
+ *
+ * path       null leaves it.
+ * byteOrder  0 leaves it.
+ *
+ * Returns 1, or 0 with error 7 (path of 260 characters or more) or 14 (byte order neither
+ * TIFF_INTEL nor TIFF_MOTOROLA; the path has then been replaced already).
+ */
+int32_t ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byteOrder) TIFF_NOEXCEPT;
+
+/* Copies the library's version text.
+ *
+ * size   1 to 14 copies exactly so many bytes of the text and its terminating zero, so that
+ *        a size below 14 gives no terminator; 15 or more copies all of it; 0 or less nothing.
+ */
+void GetTiffVersion(char* buffer, int32_t size) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

@@ -1,0 +1,83 @@
+/* Streams: one set of operations over disk files and over growable blocks of global memory.
+ *
+ * A stream handle above 0 is a Win32 file handle; -2 to -30 name memory files of the calling
+ * thread; everything else is invalid and fails. Counts and positions are 32-bit.
+ */
+#ifndef TIFF_STREAMS_H
+#define TIFF_STREAMS_H
+
+#include "tiff/base.h"
+
+#define STREAM_FAILED 0xFFFFFFFFu
+
+#define TIFF_INTEL 0x4949u    /* "II", little-endian */
+#define TIFF_MOTOROLA 0x4D4Du /* "MM", big-endian */
+
+TIFF_BEGIN
+
+typedef int64_t TiffStream;
+
+/* Reads up to count bytes at the current position.
+ *
+ * Returns the number of bytes read, which is smaller at the end of the file and 0 when the
+ * system's read fails; STREAM_FAILED for an invalid handle or a block that cannot be locked.
+ */
+uint32_t mRead(TiffStream stream, void* buffer, uint32_t count) TIFF_NOEXCEPT;
+
+/* Writes count bytes at the current position. A memory file grows to exactly what is needed,
+ * which may replace its block.
+ *
+ * Returns the number of bytes written (0 when the system's write fails) or STREAM_FAILED.
+ */
+uint32_t mWrite(TiffStream stream, const void* buffer, uint32_t count) TIFF_NOEXCEPT;
+
+/* Moves the position.
+ *
+ * offset   bytes, never negative. Origin 2 differs: a memory file goes offset bytes back from
+ *          its end, a disk file forward from it.
+ * origin   0 from the start, 1 from the current position, 2 from the end. A memory file stays
+ *          where it is for any other origin.
+ *
+ * Returns the new position, or STREAM_FAILED: outside a memory file (its end is inside), at or
+ * beyond 4 GiB on disk. A failed memory seek leaves the position alone.
+ */
+uint32_t mSeek(TiffStream stream, uint32_t offset, int32_t origin) TIFF_NOEXCEPT;
+
+/* Returns the current position or STREAM_FAILED. */
+uint32_t mTell(TiffStream stream) TIFF_NOEXCEPT;
+
+/* Returns the size in bytes or STREAM_FAILED. The position stays. */
+uint32_t mSize(TiffStream stream) TIFF_NOEXCEPT;
+
+/* Closes a disk file, or forgets a memory file without freeing its block.
+ *
+ * Returns 0; STREAM_FAILED for an invalid handle.
+ */
+uint32_t mClose(TiffStream stream) TIFF_NOEXCEPT;
+
+/* Reads count values of a TIFF field type.
+ *
+ * type       3 SHORT, 4 and 9 LONG, 5 RATIONAL (two LONGs); any other type is bytes.
+ * buffer     receives count elements in the processor's order.
+ * byteOrder  TIFF_MOTOROLA swaps each element; any other value is Intel.
+ * fillOrder  2 reverses the bits of every byte, after the swap.
+ *
+ * Returns 1, or 0 with error 6 when fewer bytes arrived.
+ */
+int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, void* buffer, uint32_t byteOrder,
+                 uint32_t fillOrder) TIFF_NOEXCEPT;
+
+/* Writes count values of a TIFF field type; arguments as LongRead. The caller's buffer keeps
+ * its content, except that it is converted in place when no scratch copy can be had.
+ *
+ * Returns 1, or 0 with error 6.
+ */
+int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, void* buffer, uint32_t byteOrder,
+                  uint32_t fillOrder) TIFF_NOEXCEPT;
+
+/* Passes count to the system's SetHandleCount and returns its result. Kept for old callers. */
+uint32_t SetTiffDllFileHandle(uint32_t count) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

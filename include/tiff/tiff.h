@@ -1,0 +1,26 @@
+/* TIFF.DLL: multi-page TIFF and fax images for Windows programs.
+ *
+ * What holds everywhere, unless a function says otherwise:
+ *
+ * - Strings are ANSI; a path has at most 259 characters.
+ * - Pages are counted from 0.
+ * - A function returns 1 or a handle for success, 0 or null for failure, and leaves the cause
+ *   in the calling thread's last error, TiffError(). A success may leave an earlier code there.
+ * - A TIFF file handle may move between threads but serves one thread at a time. A memory
+ *   stream belongs to the thread that opened it.
+ * - Blocks that cross the interface are movable global memory. What a function hands out is
+ *   the caller's to free with GlobalFree.
+ */
+#ifndef TIFF_TIFF_H
+#define TIFF_TIFF_H
+
+#include "tiff/ccitt.h"
+#include "tiff/codecs.h"
+#include "tiff/directory.h"
+#include "tiff/errors.h"
+#include "tiff/files.h"
+#include "tiff/lines.h"
+#include "tiff/load.h"
+#include "tiff/streams.h"
+
+#endif

@@ -1,0 +1,57 @@
+#include "raster/colour.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace tiff {
+
+void SwapRedAndBlue(uint8_t* row, uint32_t bytes)
+{
+    for (uint8_t* end = row + bytes / 3 * 3; row != end; row += 3)
+        std::swap(row[0], row[2]);
+}
+
+void ReduceSamples(uint8_t* target, const uint8_t* samples, uint32_t bytes, uint32_t shift)
+{
+    for (uint32_t at = 0; at + 2 <= bytes; at += 2) {
+        uint16_t sample;
+        std::memcpy(&sample, samples + at, sizeof(sample));
+        *target++ = static_cast<uint8_t>(sample >> shift);
+    }
+}
+
+static uint8_t LightFrom(uint32_t ink, uint32_t black, double scale)
+{
+    return static_cast<uint8_t>(255 - static_cast<int32_t>(ink * scale + black + 0.5));
+}
+
+void ConvertCmyk(uint8_t* target, const uint8_t* source, uint32_t pixels)
+{
+    for (; pixels > 0; --pixels, source += 4, target += 3) {
+        const uint32_t cyan = source[0], magenta = source[1], yellow = source[2], black = source[3];
+        const double scale = 1.0 - black / 255.0;
+        target[0] = LightFrom(yellow, black, scale);
+        target[1] = LightFrom(magenta, black, scale);
+        target[2] = LightFrom(cyan, black, scale);
+    }
+}
+
+static uint8_t Clamped(double level)
+{
+    return static_cast<uint8_t>(std::clamp(level, 0.0, 255.0));
+}
+
+// Wanted: the four-digit constants and the trace of Cr in blue are those that pages have always
+// been converted with.
+void ConvertYCbCr(uint8_t* target, const uint8_t* source, uint32_t pixels)
+{
+    for (; pixels > 0; --pixels, source += 3, target += 3) {
+        const double y = source[0] / 255.0 - 0.5, cb = source[1] / 255.0 - 0.5, cr = source[2] / 255.0 - 0.5;
+        target[0] = Clamped((y + 1.772 * cb - 0.0001 * cr + 0.5) * 255);
+        target[1] = Clamped((y - 0.3441 * cb - 0.7141 * cr + 0.5) * 255);
+        target[2] = Clamped((y + 1.402 * cr + 0.5) * 255);
+    }
+}
+
+} // namespace tiff

@@ -1,0 +1,19 @@
+// Colour conversions over one row, in the arithmetic that decides the last bit of each pixel.
+#pragma once
+
+#include <cstdint>
+
+namespace tiff {
+
+// Swaps the first and third byte of every whole 3-byte pixel, in place: RGB to a DIB's BGR and
+// back. One or two bytes left over stay.
+void SwapRedAndBlue(uint8_t* row, uint32_t bytes);
+
+// Bytes of 16-bit samples in the processor's order, reduced by a right shift.
+void ReduceSamples(uint8_t* target, const uint8_t* samples, uint32_t bytes, uint32_t shift);
+
+// Whole pixels only: C, M, Y, K to B, G, R and Y, Cb, Cr to B, G, R.
+void ConvertCmyk(uint8_t* target, const uint8_t* source, uint32_t pixels);
+void ConvertYCbCr(uint8_t* target, const uint8_t* source, uint32_t pixels);
+
+} // namespace tiff

@@ -1,0 +1,214 @@
+// Pages to packed DIBs: the page's header and colour table, grown by its rows, and the decode
+// driver with the line routine that suits the samples.
+#include "core/desktop.h"
+#include "core/errors.h"
+#include "core/global_block.h"
+#include "core/tag_block.h"
+#include "raster/dib.h"
+#include "raster/dib_lines.h"
+#include "tiff/codecs.h"
+#include "tiff/directory.h"
+#include "tiff/files.h"
+#include "tiff/load.h"
+
+namespace tiff {
+
+namespace {
+
+constexpr uint32_t TWELVE_BIT_SAMPLES = 4096; // grey levels below this are reduced by 4 bits
+
+// How a page's rows become DIB rows.
+struct DibPlan {
+    BITMAPINFOHEADER header;
+    TiffLineCallback routine = nullptr;
+    uint32_t lineBytes = 0;
+    uint32_t sampleShift = 0;
+    uint32_t orientation = 1;
+};
+
+bool IsColourSpace(uint32_t photometric)
+{
+    return photometric >= photometric::FirstColourSpace && photometric <= photometric::LastColourSpace;
+}
+
+// 16-bit samples are reduced; of two 8-bit samples the first, the grey, is taken.
+uint32_t GreyShift(const PageTags& tags)
+{
+    if (tags.Value(tag::BitsPerSample, 1) != 16)
+        return 0;
+    return tags.Value(tag::MaxSampleValue, 0) < TWELVE_BIT_SAMPLES ? 4 : 8;
+}
+
+// Lines of shared chroma cannot be converted pixel by pixel.
+bool SharesChroma(const PageTags& tags)
+{
+    return tags.Value(tag::YCbCrSubSampling, 1, 0) != 1 || tags.Value(tag::YCbCrSubSampling, 1, 1) != 1;
+}
+
+Status PlanRows(const PageTags& tags, bool keepColourSpace, DibPlan& plan)
+{
+    BITMAPINFOHEADER& header = plan.header;
+    if (header.biWidth <= 0)
+        return error::TagsMissing;
+    plan.lineBytes =
+        static_cast<uint32_t>((uint64_t{static_cast<uint32_t>(header.biWidth)} * header.biBitCount + 7) / 8);
+    plan.orientation = tags.Value(tag::Orientation, 1);
+
+    uint32_t photometric = tags.Value(tag::PhotometricInterpretation, 0);
+    if (keepColourSpace && IsColourSpace(photometric)) {
+        header.biCompression = photometric;
+        photometric = photometric::Rgb;
+    }
+    if (header.biBitCount == 16 && photometric <= photometric::BlackIsZero) {
+        header.biBitCount = 8;
+        plan.routine = DllFlushTiffLine16DIB;
+        plan.sampleShift = GreyShift(tags);
+        return error::None;
+    }
+    if (header.biBitCount == 32)
+        header.biBitCount = 24;
+    if (header.biBitCount <= 8)
+        plan.routine = DllFlushTiffLineDIB;
+    else if (photometric == photometric::Separated)
+        plan.routine = DllFlushTiffLineCMYKDIB;
+    else if (photometric == photometric::YCbCr)
+        plan.routine = DllFlushTiffLineYCbCrDIB;
+    else
+        plan.routine = DllFlushTiffLine24DIB;
+    return photometric == photometric::YCbCr && SharesChroma(tags) ? error::ColourFormat : error::None;
+}
+
+// Room for the rows behind the header and colours. The picture's size is a 32-bit field.
+bool GrowByRows(GlobalBlock& block, DibPlan& plan)
+{
+    BITMAPINFOHEADER& header = plan.header;
+    const uint64_t imageBytes = DibStride(static_cast<uint32_t>(header.biWidth), header.biBitCount) *
+                                static_cast<uint32_t>(header.biHeight);
+    if (imageBytes > UINT32_MAX)
+        return false;
+    header.biSizeImage = static_cast<uint32_t>(imageBytes);
+    return block.Resize(header.biSize + DibColours(header) * sizeof(RGBQUAD) + imageBytes);
+}
+
+bool KeepsPicture(Status status)
+{
+    return status == error::None || status == error::UnexpectedEndOfFile || status == error::EofbMissing ||
+           status == error::EofbUnexpected;
+}
+
+// Decodes into the grown block; what the driver reports is the last error.
+Status DecodeRows(HGLOBAL file, uint32_t page, GlobalBlock& block, const DibPlan& plan)
+{
+    Locked<uint8_t> dib(block.Get());
+    if (!dib)
+        return error::NotEnoughMemory;
+    *reinterpret_cast<BITMAPINFOHEADER*>(dib.Get()) = plan.header;
+    TiffDecodeLineContext context{};
+    context.dib = block.Get();
+    context.pixelBits = dib.Get() + plan.header.biSize + DibColours(plan.header) * sizeof(RGBQUAD);
+    context.height = static_cast<uint32_t>(plan.header.biHeight);
+    context.lineBytes = plan.lineBytes;
+    context.strideOrColourUse =
+        static_cast<uint32_t>(DibStride(static_cast<uint32_t>(plan.header.biWidth), plan.header.biBitCount));
+    context.sampleShift = plan.sampleShift;
+    context.orientation = plan.orientation;
+    DecodeTiffImage(file, page, 0, 0, &context, plan.routine);
+    return TiffError();
+}
+
+// A loaded page as a DIB, or null; the last error tells how it went.
+HGLOBAL LoadPage(HGLOBAL file, uint32_t page, bool keepColourSpace)
+{
+    const BusyCursor busy;
+    GlobalBlock block;
+    block.Adopt(GetTiffRGBQuad(file, page));
+    if (!block)
+        return nullptr;
+    DibPlan plan{.header = *Locked<BITMAPINFOHEADER>(block.Get())};
+    Status status = PlanRows(PageTags(file, page), keepColourSpace, plan);
+    if (status == error::None && !GrowByRows(block, plan))
+        status = error::NotEnoughMemory;
+    if (status == error::None)
+        status = DecodeRows(file, page, block, plan);
+    StoreLastError(status);
+    return KeepsPicture(status) ? block.Release() : nullptr;
+}
+
+// JPEG pages are for a codec that loads them whole; without one their compression is not known.
+void ReportMissingJpegCodec()
+{
+    if (TiffError() == error::OldJpegPage || TiffError() == error::JpegPage)
+        SetTiffError(error::UnknownCompression);
+}
+
+// The dialogs library is asked for, not required.
+bool PassLoadDialog(int32_t dialog)
+{
+    if (dialog)
+        SetTiffError(error::DialogLibraryMissing);
+    return !dialog;
+}
+
+// An open file for a scope; closing it leaves the last error alone.
+class OpenedFile {
+public:
+    explicit OpenedFile(const char* path) : file(OpenTiffFile(path, T_READ))
+    {
+    }
+    OpenedFile(const OpenedFile&) = delete;
+    OpenedFile& operator=(const OpenedFile&) = delete;
+    ~OpenedFile()
+    {
+        if (file)
+            CloseTiffFile(file);
+    }
+    HGLOBAL Get() const
+    {
+        return file;
+    }
+
+private:
+    HGLOBAL file;
+};
+
+} // namespace
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" HGLOBAL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) noexcept
+{
+    const OpenedFile opened(path);
+    if (!opened.Get() || !GetTiffImage(opened.Get(), page) || !PassLoadDialog(dialog))
+        return nullptr;
+    HGLOBAL dib = LoadPage(opened.Get(), page, false);
+    ReportMissingJpegCodec();
+    return dib;
+}
+
+extern "C" HGLOBAL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) noexcept
+{
+    if (!file || !GetTiffImage(file, page))
+        return nullptr;
+    HGLOBAL dib = LoadPage(file, page, false);
+    ReportMissingJpegCodec();
+    return dib;
+}
+
+extern "C" HGLOBAL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) noexcept
+{
+    const OpenedFile opened(path);
+    return opened.Get() && GetTiffImage(opened.Get(), page) ? LoadPage(opened.Get(), page, true) : nullptr;
+}
+
+extern "C" uint32_t GetTiffColorSpace(const char* path, int32_t page) noexcept
+{
+    static constexpr uint32_t UNKNOWN = 0xFFFFFFFF;
+    if (!path || page < 0)
+        return UNKNOWN;
+    GlobalBlock block;
+    block.Adopt(LoadNonRGBTiffIntoDIB(path, static_cast<uint32_t>(page)));
+    Locked<BITMAPINFOHEADER> header(block.Get());
+    return header ? header->biCompression : UNKNOWN;
+}

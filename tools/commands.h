@@ -1,0 +1,83 @@
+/* What the commands of tifftool share: the command table's row, exit codes, error lines and
+ * a guard for an open file. A new command is a row in tifftool.cpp and a file of its own.
+ */
+#ifndef TOOLS_COMMANDS_H
+#define TOOLS_COMMANDS_H
+
+#include "tiff/tiff.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace tifftool {
+
+enum ExitCode : int { ALL_FINE = 0, FAILED = 1, WRONG_USAGE = 2 };
+
+using Arguments = std::span<char* const>;
+
+struct Command {
+    const char* name;
+    const char* arguments; // as shown in the usage line
+    const char* summary;   // one line, for the list of commands
+    const char* details;   // the rest of `tifftool COMMAND --help`
+    int (*run)(Arguments arguments);
+};
+
+extern const Command infoCommand;
+extern const Command renderCommand;
+
+// Owns an open TIFF file until the end of the scope.
+struct OpenFile {
+    HGLOBAL handle;
+
+    explicit OpenFile(HGLOBAL opened) : handle(opened)
+    {
+    }
+    ~OpenFile()
+    {
+        CloseTiffFile(handle);
+    }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+};
+
+// Owns a block that the library handed out and keeps it locked until the end of the scope.
+struct OwnedBlock {
+    HGLOBAL handle;
+    const uint8_t* bytes;
+    size_t size;
+
+    explicit OwnedBlock(HGLOBAL block)
+        : handle(block), bytes(block ? static_cast<const uint8_t*>(GlobalLock(block)) : nullptr),
+          size(bytes ? GlobalSize(block) : 0)
+    {
+    }
+    ~OwnedBlock()
+    {
+        if (bytes) {
+            GlobalUnlock(handle);
+        }
+        if (handle) {
+            GlobalFree(handle);
+        }
+    }
+    OwnedBlock(const OwnedBlock&) = delete;
+    OwnedBlock& operator=(const OwnedBlock&) = delete;
+};
+
+// Prints "tifftool: command: what" and where to find help; returns WRONG_USAGE.
+int UsageError(const Command& command, const std::string& what);
+
+// Prints "tifftool: where: text (error N)" with the library's text; returns FAILED.
+int ReportError(const std::string& where, uint32_t code);
+
+// Prints "tifftool: where: sentence"; returns FAILED.
+int ReportSentence(const std::string& where, const std::string& sentence);
+
+// Reports why OpenTiffFile failed, in a sentence of its own for BigTIFF; returns FAILED.
+int ReportOpenFailure(const char* path, uint32_t code);
+
+} // namespace tifftool
+
+#endif

@@ -1,0 +1,60 @@
+/* Words for what stands in a TIFF file as numbers. */
+#ifndef TOOLS_DESCRIBE_H
+#define TOOLS_DESCRIBE_H
+
+#include "tiff/tiff.h"
+
+#include <cstdint>
+#include <string>
+
+namespace tifftool {
+
+// Tags that the commands ask for by name.
+namespace tag {
+inline constexpr uint32_t NewSubfileType = 254;
+inline constexpr uint32_t BitsPerSample = 258;
+inline constexpr uint32_t Compression = 259;
+inline constexpr uint32_t PhotometricInterpretation = 262;
+inline constexpr uint32_t FillOrder = 266;
+inline constexpr uint32_t StripOffsets = 273;
+inline constexpr uint32_t Orientation = 274;
+inline constexpr uint32_t SamplesPerPixel = 277;
+inline constexpr uint32_t ImageWidth = 256;
+inline constexpr uint32_t ImageLength = 257;
+inline constexpr uint32_t XResolution = 282;
+inline constexpr uint32_t PlanarConfiguration = 284;
+inline constexpr uint32_t Group3Options = 292;
+inline constexpr uint32_t Predictor = 317;
+inline constexpr uint32_t TileWidth = 322;
+} // namespace tag
+
+// What a page says of itself, with the format's defaults for tags that it leaves out.
+struct PageFacts {
+    uint32_t width, length;
+    uint32_t bitsPerSample, samplesPerPixel;
+    uint32_t compression, group3Options, predictor;
+    uint32_t photometric;
+    uint32_t planarConfiguration;
+    uint32_t fillOrder, orientation, newSubfileType;
+    bool hasPhotometric, hasResolution, isTiled, hasStrips;
+};
+
+// The page must be loaded.
+PageFacts ReadPageFacts(HGLOBAL file, uint32_t page);
+
+std::string TagName(uint32_t tag);
+std::string FieldTypeName(uint32_t type);
+std::string DescribeCompression(const PageFacts& facts);
+std::string DescribePhotometric(uint32_t photometric);
+std::string DescribeOrientation(uint32_t orientation);
+std::string DescribeSubfileType(uint32_t newSubfileType);
+
+// Why this library cannot decode the page, in a few words; empty when nothing speaks against it.
+std::string WhyNotSupported(const PageFacts& facts);
+
+// The library's text, and the code in brackets.
+std::string DescribeError(uint32_t code);
+
+} // namespace tifftool
+
+#endif

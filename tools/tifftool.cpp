@@ -1,0 +1,127 @@
+/* tifftool: looks into TIFF files and takes pages out of them, through the public interface
+ * of the library alone. This file has the command table and what all commands report alike.
+ */
+#include "commands.h"
+#include "describe.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace tifftool {
+
+namespace {
+
+const Command* const commands[] = {
+    &infoCommand,
+    &renderCommand,
+};
+
+void PrintHelp()
+{
+    printf("Usage: tifftool COMMAND [ARGUMENT...]\n\nCommands:\n");
+    for (const Command* command : commands) {
+        printf("  %-8s %s\n", command->name, command->summary);
+    }
+    printf("\n"
+           "tifftool COMMAND --help  explains one command\n"
+           "tifftool --version       shows the version of the library\n"
+           "\n"
+           "Exit codes: 0 all fine; 1 a file or page failed, or is not whole; 2 wrong usage.\n");
+}
+
+int PrintCommandHelp(const Command& command)
+{
+    printf("Usage: tifftool %s %s\n\n%s\n\n%s", command.name, command.arguments, command.summary,
+           command.details);
+    return ALL_FINE;
+}
+
+int PrintVersion()
+{
+    char version[64] = {};
+    GetTiffVersion(version, sizeof version);
+    printf("%s\n", version);
+    return ALL_FINE;
+}
+
+// Only arguments ahead of "--" are looked at, so that a file may have any name.
+bool AsksForHelp(Arguments arguments)
+{
+    for (const char* argument : arguments) {
+        if (strcmp(argument, "--") == 0) {
+            return false;
+        }
+        if (strcmp(argument, "--help") == 0 || strcmp(argument, "-h") == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+int Run(Arguments arguments)
+{
+    if (arguments.empty()) {
+        fprintf(stderr, "tifftool: no command given; tifftool --help lists them\n");
+        return WRONG_USAGE;
+    }
+    const char* const name = arguments[0];
+    if (strcmp(name, "--help") == 0 || strcmp(name, "-h") == 0) {
+        PrintHelp();
+        return ALL_FINE;
+    }
+    if (strcmp(name, "--version") == 0) {
+        return PrintVersion();
+    }
+    for (const Command* command : commands) {
+        if (strcmp(name, command->name) == 0) {
+            const Arguments rest = arguments.subspan(1);
+            return AsksForHelp(rest) ? PrintCommandHelp(*command) : command->run(rest);
+        }
+    }
+    fprintf(stderr, "tifftool: unknown command \"%s\"; tifftool --help lists them\n", name);
+    return WRONG_USAGE;
+}
+
+} // namespace
+
+int UsageError(const Command& command, const std::string& what)
+{
+    fprintf(stderr, "tifftool: %s: %s; see tifftool %s --help\n", command.name, what.c_str(), command.name);
+    return WRONG_USAGE;
+}
+
+int ReportSentence(const std::string& where, const std::string& sentence)
+{
+    // Both streams may lead to one place; what was printed before must stand before.
+    fflush(stdout);
+    fprintf(stderr, "tifftool: %s: %s\n", where.c_str(), sentence.c_str());
+    return FAILED;
+}
+
+int ReportError(const std::string& where, uint32_t code)
+{
+    return ReportSentence(where, DescribeError(code));
+}
+
+int ReportOpenFailure(const char* path, uint32_t code)
+{
+    if (FILE* const file = fopen(path, "rb")) {
+        uint8_t start[4] = {};
+        const size_t got = fread(start, 1, sizeof start, file);
+        fclose(file);
+        const bool big = memcmp(start, "II\x2B\0", 4) == 0 || memcmp(start, "MM\0\x2B", 4) == 0;
+        if (got == sizeof start && big) {
+            return ReportSentence(path, "this is a BigTIFF file (version 43); only classic TIFF files "
+                                        "(version 42) can be read (error " +
+                                            std::to_string(code) + ")");
+        }
+    }
+    return ReportError(path, code);
+}
+
+} // namespace tifftool
+
+int main(int argc, char** argv)
+{
+    return tifftool::Run(tifftool::Arguments(argv + 1, argc > 0 ? static_cast<size_t>(argc - 1) : 0));
+}
