@@ -11,7 +11,7 @@ static constexpr uint32_t NOTHING_LOADED = 0xFFFFFF;
 static constexpr uint32_t BUFFER_SLACK = 100;
 static constexpr uint32_t NEW_FORMAT_TILE_HEADER = 8;
 
-static void SetStripLastRow(CodecContext* context)
+void SetStripLastRow(CodecContext* context)
 {
     const uint64_t last = uint64_t{context->row} + context->rowsPerStrip - 1;
     context->stripLastRow = static_cast<uint32_t>(std::min<uint64_t>(last, Rows(context) - 1));

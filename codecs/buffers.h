@@ -3,6 +3,8 @@
 
 #include "codecs/codec_context.h"
 
+#include <span>
+
 namespace tiff {
 
 inline constexpr uint32_t CODE_BUFFER_LIMIT = 32767;
@@ -20,11 +22,23 @@ inline uint8_t* CodeBuffer(const CodecContext* context)
     return context->lineBuffer + context->lineBufferSize;
 }
 
+// Finds the last row of the strip that begins with the row in hand.
+void SetStripLastRow(CodecContext* context);
+
 // Sets the line cursor and the per-line copies for the next line.
 void BeginLine(CodecContext* context);
 
 // Puts 16-bit samples into the processor's order and hands the line over.
 [[nodiscard]] Status HandOverSamples(CodecContext* context);
+
+// Puts the 16-bit samples of the line in hand into the file's order, for coding.
+void OrderSamples(const CodecContext* context);
+
+// Appends bytes to the code, writing the code buffer out when it is full and more is to come.
+[[nodiscard]] Status PutBytes(CodecContext* context, std::span<const uint8_t> bytes);
+
+// Takes the code buffer for empty, its content counted as written.
+void EmptyCodeBuffer(CodecContext* context);
 
 // Unlocks and frees every block of the context.
 void ReleaseBlocks(CodecContext* context);

@@ -1,8 +1,10 @@
 #include "codecs/codec_table.h"
 
 #include "codecs/ccitt_decoder.h"
+#include "codecs/ccitt_encoder.h"
 #include "codecs/jpeg_bridge.h"
 #include "codecs/lzw_decoder.h"
+#include "codecs/lzw_encoder.h"
 #include "codecs/packbits.h"
 #include "codecs/stored.h"
 
@@ -14,22 +16,22 @@ using namespace compression;
 
 struct Codec {
     uint32_t code;
-    CodecRoutine decode;
+    CodecRoutine decode, encode;
 };
 
 constexpr Codec codecs[] = {
-    {Stored, DecodeStored},
-    {ModifiedHuffman, DecodeModifiedHuffman},
-    {ModifiedHuffman | ByteAligned, DecodeModifiedHuffman},
-    {Group3, DecodeGroup3},
-    {Group3 | ByteAligned, DecodeGroup3},
-    {Group3 | TwoDimensional, DecodeGroup3TwoDimensional},
-    {Group3 | TwoDimensional | ByteAligned, DecodeGroup3TwoDimensional},
-    {Group4, DecodeGroup4},
-    {Lzw | NoPredictor, DecodeLzw},
-    {Lzw | HorizontalDifferencing, DecodeLzw},
-    {OldJpeg, DecodeOldJpeg},
-    {PackBits, DecodePackBits},
+    {Stored, DecodeStored, EncodeStored},
+    {ModifiedHuffman, DecodeModifiedHuffman, EncodeModifiedHuffman},
+    {ModifiedHuffman | ByteAligned, DecodeModifiedHuffman, EncodeModifiedHuffman},
+    {Group3, DecodeGroup3, EncodeGroup3},
+    {Group3 | ByteAligned, DecodeGroup3, EncodeGroup3},
+    {Group3 | TwoDimensional, DecodeGroup3TwoDimensional, EncodeGroup3TwoDimensional},
+    {Group3 | TwoDimensional | ByteAligned, DecodeGroup3TwoDimensional, EncodeGroup3TwoDimensional},
+    {Group4, DecodeGroup4, EncodeGroup4},
+    {Lzw | NoPredictor, DecodeLzw, EncodeLzw},
+    {Lzw | HorizontalDifferencing, DecodeLzw, EncodeLzw},
+    {OldJpeg, DecodeOldJpeg, EncodeOldJpeg},
+    {PackBits, DecodePackBits, EncodePackBits},
 };
 
 } // namespace
@@ -41,6 +43,14 @@ Status Decode(CodecContext* context)
     for (const Codec& codec : codecs)
         if (codec.code == context->compression)
             return codec.decode(context);
+    return error::UnknownCompression;
+}
+
+Status Encode(CodecContext* context)
+{
+    for (const Codec& codec : codecs)
+        if (codec.code == context->compression)
+            return codec.encode(context);
     return error::UnknownCompression;
 }
 

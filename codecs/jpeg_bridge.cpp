@@ -68,14 +68,24 @@ Status ReadOldJpegTags(CodecContext* context, HGLOBAL file, uint32_t page)
     return error::None;
 }
 
-Status DecodeOldJpeg(CodecContext* context)
+static Status RunJpegFunction(const char* name, CodecContext* context)
 {
     Status status = error::None;
-    const FARPROC function = FindJpegFunction("JPEGDecoder", status);
+    const FARPROC function = FindJpegFunction(name, status);
     if (!function)
         return status;
-    using JpegDecoder = uint32_t (*)(CodecContext*);
-    return reinterpret_cast<JpegDecoder>(reinterpret_cast<void*>(function))(context);
+    using JpegCodec = uint32_t (*)(CodecContext*);
+    return reinterpret_cast<JpegCodec>(reinterpret_cast<void*>(function))(context);
+}
+
+Status DecodeOldJpeg(CodecContext* context)
+{
+    return RunJpegFunction("JPEGDecoder", context);
+}
+
+Status EncodeOldJpeg(CodecContext* context)
+{
+    return RunJpegFunction("JPEGEncoder", context);
 }
 
 } // namespace tiff

@@ -9,7 +9,8 @@ namespace tiff {
 // Reads the tile layout and the tables' offsets of a loaded page into the context.
 [[nodiscard]] Status ReadOldJpegTags(CodecContext* context, HGLOBAL file, uint32_t page);
 
-// Hands the whole context to the JPEG library.
+// These hand the whole context to the JPEG library.
 [[nodiscard]] Status DecodeOldJpeg(CodecContext* context);
+[[nodiscard]] Status EncodeOldJpeg(CodecContext* context);
 
 } // namespace tiff

@@ -3,6 +3,7 @@
 #include "codecs/buffers.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace tiff {
@@ -67,6 +68,74 @@ Status DecodePackBits(CodecContext* context)
             status = HandOverSamples(context);
             missing = context->lineBytes;
         }
+    }
+    return CodecResult(status);
+}
+
+static constexpr uint32_t MOST_ADDED = 127; // bytes of a packet beyond its first
+
+// How many bytes, at most limit, come before the first one that is equal to its successor, or
+// that differs from it. The byte at the limit is there to be read.
+template <bool EQUAL>
+static uint32_t FindNeighbours(const uint8_t* bytes, uint32_t limit)
+{
+    constexpr uint64_t ONES = 0x0101010101010101, SIGNS = ONES << 7;
+    uint32_t at = 0;
+    for (; at + 8 <= limit; at += 8) {
+        uint64_t here, next;
+        std::memcpy(&here, bytes + at, 8);
+        std::memcpy(&next, bytes + at + 1, 8);
+        const uint64_t differing = here ^ next;
+        const uint64_t found = EQUAL ? (differing - ONES) & ~differing & SIGNS : differing;
+        if (found)
+            return at + static_cast<uint32_t>(std::countr_zero(found)) / 8;
+    }
+    while (at < limit && (bytes[at] == bytes[at + 1]) != EQUAL)
+        ++at;
+    return at;
+}
+
+// A packet goes straight into the code buffer as long as it fits.
+static Status PutPacket(CodecContext* context, uint8_t header, std::span<const uint8_t> bytes)
+{
+    if (context->codeBytesLeft <= bytes.size()) {
+        const Status status = PutBytes(context, {&header, 1});
+        return status == error::None ? PutBytes(context, bytes) : status;
+    }
+    *context->codeCursor = header;
+    std::memcpy(context->codeCursor + 1, bytes.data(), bytes.size());
+    context->codeCursor += bytes.size() + 1;
+    context->codeBytesLeft -= static_cast<uint32_t>(bytes.size()) + 1;
+    return error::None;
+}
+
+// Wanted: the literal takes in the byte that starts the repeat, so 41 42 42 42 packs to
+// 01 41 42 FF 42. A tidier split would change every file we write.
+static Status EncodePackets(CodecContext* context, std::span<const uint8_t> line)
+{
+    Status status = error::None;
+    while (status == error::None && !line.empty()) {
+        const auto limit = static_cast<uint32_t>(std::min<size_t>(line.size() - 1, MOST_ADDED));
+        uint32_t added = FindNeighbours<false>(line.data(), limit);
+        if (added > 0) {
+            status = PutPacket(context, static_cast<uint8_t>(0u - added), line.first(1));
+        } else {
+            added = FindNeighbours<true>(line.data(), limit);
+            status = PutPacket(context, static_cast<uint8_t>(added), line.first(added + 1));
+        }
+        line = line.subspan(added + 1);
+    }
+    return status;
+}
+
+Status EncodePackBits(CodecContext* context)
+{
+    Status status = InitEncodeBuffers(context);
+    while (status == error::None) {
+        OrderSamples(context);
+        status = EncodePackets(context, {context->lineBuffer, context->lineBytes});
+        if (status == error::None)
+            status = FillDataBuffer(context);
     }
     return CodecResult(status);
 }

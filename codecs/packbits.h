@@ -6,5 +6,6 @@
 namespace tiff {
 
 [[nodiscard]] Status DecodePackBits(CodecContext* context);
+[[nodiscard]] Status EncodePackBits(CodecContext* context);
 
 } // namespace tiff

@@ -30,24 +30,65 @@ static void SumWords(uint8_t* line, uint32_t bytes)
     }
 }
 
+// Differences are taken from the end, where the sample before is still whole.
+template <uint32_t CHANNELS>
+static void SubtractBytes(uint8_t* line, uint32_t bytes)
+{
+    for (uint32_t at = bytes; at > CHANNELS; --at)
+        line[at - 1] = static_cast<uint8_t>(line[at - 1] - line[at - 1 - CHANNELS]);
+}
+
+static void SubtractNibbles(uint8_t* line, uint32_t bytes)
+{
+    for (uint32_t at = bytes; at-- > 0;) {
+        const uint32_t high = line[at] >> 4, before = at > 0 ? line[at - 1] : 0;
+        line[at] = static_cast<uint8_t>((high - before) << 4 | ((line[at] - high) & 0x0F));
+    }
+}
+
+static void SubtractWords(uint8_t* line, uint32_t bytes)
+{
+    for (uint32_t at = bytes / 2 * 2; at > 2; at -= 2) {
+        const auto difference =
+            static_cast<uint16_t>(Load16(line + at - 2, TIFF_INTEL) - Load16(line + at - 4, TIFF_INTEL));
+        std::memcpy(line + at - 2, &difference, sizeof(difference));
+    }
+}
+
+namespace {
+
+using LineRoutine = void (*)(uint8_t* line, uint32_t bytes);
+
+// How samples of a width follow one another in a line; other widths are left as they are.
+struct Differencing {
+    uint32_t pixelBits, sampleBits; // 0 for any
+    LineRoutine undo, apply;
+};
+
+constexpr Differencing differencings[] = {
+    {4, 0, SumNibbles, SubtractNibbles},    {8, 0, SumBytes<1>, SubtractBytes<1>},
+    {16, 8, SumBytes<2>, SubtractBytes<2>}, {16, 0, SumWords, SubtractWords},
+    {24, 0, SumBytes<3>, SubtractBytes<3>}, {32, 0, SumBytes<4>, SubtractBytes<4>},
+};
+
+void RunRoutine(const CodecContext* context, LineRoutine Differencing::*routine)
+{
+    for (const Differencing& row : differencings)
+        if (row.pixelBits == context->lineFormat.biBitCount &&
+            (row.sampleBits == 0 || row.sampleBits == SampleBits(context)))
+            return (row.*routine)(context->lineBuffer, context->bytesPerLine);
+}
+
+} // namespace
+
 void UndoDifferencing(const CodecContext* context)
 {
-    uint8_t* line = context->lineBuffer;
-    const uint32_t bytes = context->bytesPerLine;
-    switch (context->lineFormat.biBitCount) {
-    case 4:
-        return SumNibbles(line, bytes);
-    case 8:
-        return SumBytes<1>(line, bytes);
-    case 16:
-        return SampleBits(context) == 8 ? SumBytes<2>(line, bytes) : SumWords(line, bytes);
-    case 24:
-        return SumBytes<3>(line, bytes);
-    case 32:
-        return SumBytes<4>(line, bytes);
-    default:
-        return;
-    }
+    RunRoutine(context, &Differencing::undo);
+}
+
+void ApplyDifferencing(const CodecContext* context)
+{
+    RunRoutine(context, &Differencing::apply);
 }
 
 } // namespace tiff

@@ -8,4 +8,7 @@ namespace tiff {
 // Sums the samples of the line in hand up again, in place.
 void UndoDifferencing(const CodecContext* context);
 
+// Turns the samples of the line in hand into differences, in place.
+void ApplyDifferencing(const CodecContext* context);
+
 } // namespace tiff

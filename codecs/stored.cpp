@@ -28,4 +28,16 @@ Status DecodeStored(CodecContext* context)
     return CodecResult(status);
 }
 
+Status EncodeStored(CodecContext* context)
+{
+    Status status = InitEncodeBuffers(context);
+    while (status == error::None) {
+        OrderSamples(context);
+        status = PutBytes(context, {context->lineBuffer, context->lineBytes});
+        if (status == error::None)
+            status = FillDataBuffer(context);
+    }
+    return CodecResult(status);
+}
+
 } // namespace tiff

@@ -6,5 +6,6 @@
 namespace tiff {
 
 [[nodiscard]] Status DecodeStored(CodecContext* context);
+[[nodiscard]] Status EncodeStored(CodecContext* context);
 
 } // namespace tiff

@@ -38,6 +38,18 @@ inline uint32_t Load32(const uint8_t* bytes, uint32_t byteOrder)
     return byteOrder == TIFF_MOTOROLA ? Swap32(value) : value;
 }
 
+inline void Store16(uint8_t* bytes, uint16_t value, uint32_t byteOrder)
+{
+    const uint16_t stored = byteOrder == TIFF_MOTOROLA ? Swap16(value) : value;
+    std::memcpy(bytes, &stored, sizeof(stored));
+}
+
+inline void Store32(uint8_t* bytes, uint32_t value, uint32_t byteOrder)
+{
+    const uint32_t stored = byteOrder == TIFF_MOTOROLA ? Swap32(value) : value;
+    std::memcpy(bytes, &stored, sizeof(stored));
+}
+
 // Type 9 is taken for a LONG everywhere; unknown types are bytes.
 constexpr uint32_t ElementBytes(uint32_t type)
 {

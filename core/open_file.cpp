@@ -8,19 +8,115 @@
 #include "core/registry.h"
 #include "core/sibling_library.h"
 
+#include <array>
 #include <cstring>
 
 namespace tiff {
 
 static constexpr char VERSION_TEXT[] = "Version 12.08";
-static constexpr uint32_t TIFF_VERSION = 42;
+static constexpr uint16_t TIFF_VERSION = 42;
 static constexpr uint32_t NEW_FILE_LINK = 4;
+static constexpr uint32_t HEADER_BYTES = 8;
 static constexpr uint32_t ON_DISK = 0xFFFFFFFF;
+static constexpr uint32_t RETRY_PAUSE_MILLISECONDS = 200;
 
 TiffStream OpenRecord(const TiffFileRecord& record)
 {
     return record.path[0] ? OpenForReading(record.path)
                           : OpenMemoryStream(record.memoryBlock, record.memoryBytes);
+}
+
+static TiffStream OpenForWriting(const TiffFileRecord& record)
+{
+    DWORD access = GENERIC_READ, disposition = OPEN_EXISTING;
+    if (record.openFlags & (openflag::OrCreate | openflag::Existing | openflag::NoHeader))
+        access = GENERIC_READ | GENERIC_WRITE;
+    if (record.openFlags & openflag::OrCreate)
+        disposition = OPEN_ALWAYS;
+    if (record.openFlags & openflag::Existing)
+        disposition = OPEN_EXISTING;
+    if (record.openFlags & openflag::NoHeader)
+        disposition = CREATE_ALWAYS;
+    FileHandle handle(record.path, access, disposition);
+    return handle ? static_cast<TiffStream>(reinterpret_cast<intptr_t>(handle.Release())) : NO_STREAM;
+}
+
+static TiffStream Opened(TiffStream stream)
+{
+    if (stream == NO_STREAM)
+        SetTiffError(error::InputOutput);
+    return stream;
+}
+
+// The block that a memory file begins with is made here, not by the first write: so there is
+// always someone who knows it, even when a later write has failed to make it larger.
+static TiffStream OpenMemoryForWriting(const TiffFileRecord& record, GlobalBlock& fresh)
+{
+    if (!record.memoryBlock) {
+        fresh = GlobalBlock(0);
+        if (!fresh) {
+            SetTiffError(error::NotEnoughMemory);
+            return NO_STREAM;
+        }
+    }
+    const bool isNew = record.openFlags & openflag::NoHeader;
+    return Opened(OpenMemoryStream(fresh ? fresh.Get() : record.memoryBlock, isNew ? 0 : record.memoryBytes));
+}
+
+static TiffStream OpenRecordForWriting(HGLOBAL file, uint32_t retries, GlobalBlock& fresh)
+{
+    Locked<TiffFileRecord> record(file);
+    if (!record)
+        return Opened(NO_STREAM);
+    if (!record->path[0])
+        return OpenMemoryForWriting(*record, fresh);
+    TiffStream stream = OpenForWriting(*record);
+    for (; stream == NO_STREAM && retries > 0; --retries) {
+        Sleep(RETRY_PAUSE_MILLISECONDS);
+        stream = OpenForWriting(*record);
+    }
+    return Opened(stream);
+}
+
+WritingStream::WritingStream(HGLOBAL file, uint32_t retries)
+    : file(file), stream(OpenRecordForWriting(file, retries, fresh))
+{
+}
+
+// Writing may have moved the block. The record takes the new handle, or the caller would be
+// left holding memory that no longer exists. A block that failed to grow still exists, and
+// the stream has forgotten it: then the record's handle is the good one.
+WritingStream::~WritingStream()
+{
+    HGLOBAL block = MemoryStreamBlock(stream.Get());
+    if (block && !fresh)
+        Locked<TiffFileRecord>(file)->memoryBlock = block;
+}
+
+void WritingStream::Commit()
+{
+    fresh.Release();
+    if (MemoryStreamBlock(stream.Get()))
+        Locked<TiffFileRecord>(file)->memoryBytes = mSize(stream.Get());
+}
+
+Status BeginPage(TiffStream stream, HGLOBAL file)
+{
+    uint32_t byteOrder, openFlags;
+    {
+        Locked<TiffFileRecord> record(file);
+        byteOrder = record->byteOrder;
+        openFlags = record->openFlags;
+    }
+    if (!(openFlags & openflag::NoHeader)) {
+        const bool atEnd = mSeek(stream, 0, 2) != STREAM_FAILED;
+        return atEnd ? error::None : error::InputOutput;
+    }
+    std::array<uint8_t, HEADER_BYTES> header{};
+    Store16(&header[0], static_cast<uint16_t>(byteOrder), TIFF_INTEL);
+    Store16(&header[2], TIFF_VERSION, byteOrder);
+    const bool written = LongWrite(stream, fieldtype::Byte, HEADER_BYTES, header.data(), TIFF_INTEL, 0);
+    return written ? error::None : error::InputOutput;
 }
 
 static bool SetPath(TiffFileRecord& record, const char* path)

@@ -1,12 +1,46 @@
 // Where an open file's bytes are.
 #pragma once
 
+#include "core/global_block.h"
 #include "core/records.h"
 #include "core/stream.h"
+#include "core/vocabulary.h"
 
 namespace tiff {
 
 // The file on disk, or a memory stream over the record's block, for reading.
 TiffStream OpenRecord(const TiffFileRecord& record);
+
+// A stream to write a page through: the file on disk, opened as the open flags say, or a memory
+// stream over the record's block, empty for a file that is to begin afresh.
+class WritingStream {
+public:
+    // A disk file that cannot be opened is tried again so many times, after a pause each. False,
+    // with the error set, when it stays so.
+    explicit WritingStream(HGLOBAL file, uint32_t retries = 0);
+    WritingStream(const WritingStream&) = delete;
+    WritingStream& operator=(const WritingStream&) = delete;
+    ~WritingStream();
+
+    explicit operator bool() const
+    {
+        return static_cast<bool>(stream);
+    }
+    TiffStream Get() const
+    {
+        return stream.Get();
+    }
+    // The page is whole: a TIFF in memory now reaches to the end of what was written. Without
+    // this it keeps the size it had, and what was written is written over by the next page.
+    void Commit();
+
+private:
+    HGLOBAL file;
+    GlobalBlock fresh; // of a TIFF in memory that had no block, until it has a page
+    Stream stream;
+};
+
+// Writes the header of a file that has none yet, or moves to the end of one that has.
+[[nodiscard]] Status BeginPage(TiffStream stream, HGLOBAL file);
 
 } // namespace tiff

@@ -14,6 +14,40 @@ std::optional<uint32_t> TagView::Number(uint32_t index) const
     return bytes == 1 ? *value : bytes == 2 ? Load16(value, TIFF_INTEL) : Load32(value, TIFF_INTEL);
 }
 
+std::span<uint8_t> FindRecord(TagBlock* block, uint32_t tag)
+{
+    std::span<uint8_t> left(Records(block), block->used);
+    while (left.size() >= sizeof(TagRecord)) {
+        TagRecord record;
+        std::memcpy(&record, left.data(), sizeof(record));
+        if (record.tag == tag)
+            return left.first(record.length);
+        left = left.subspan(record.length);
+    }
+    return {};
+}
+
+void RemoveRecord(TagBlock* block, uint32_t tag)
+{
+    const std::span<uint8_t> record = FindRecord(block, tag);
+    if (record.empty())
+        return;
+    const uint8_t* next = record.data() + record.size();
+    std::memmove(record.data(), next, static_cast<size_t>(Records(block) + block->used - next));
+    block->used -= static_cast<uint32_t>(record.size());
+    --block->tagCount;
+}
+
+void AppendRecord(TagBlock* block, const TagRecord& record, const void* values)
+{
+    uint8_t* target = Records(block) + block->used;
+    std::memcpy(target, &record, sizeof(record));
+    if (record.length > sizeof(record))
+        std::memcpy(target + sizeof(record), values, record.length - sizeof(record));
+    block->used += record.length;
+    ++block->tagCount;
+}
+
 static HGLOBAL TagBlockOf(HGLOBAL file, uint32_t page)
 {
     if (!IsTiffImageRegistered(file, page))

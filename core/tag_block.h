@@ -22,6 +22,20 @@ struct TagView {
     std::optional<uint32_t> Number(uint32_t index) const;
 };
 
+inline uint8_t* Records(TagBlock* block)
+{
+    return reinterpret_cast<uint8_t*>(block + 1);
+}
+
+// The first record with the tag, header and values; empty without one.
+std::span<uint8_t> FindRecord(TagBlock* block, uint32_t tag);
+
+// Takes that record out; the records behind it move down. Nothing happens without one.
+void RemoveRecord(TagBlock* block, uint32_t tag);
+
+// Appends a record, for which there must be room.
+void AppendRecord(TagBlock* block, const TagRecord& record, const void* values);
+
 // The tags of a loaded page, locked for a scope.
 class PageTags {
 public:

@@ -5,6 +5,7 @@
 namespace tiff {
 
 static constexpr uint32_t DEFAULT_K_FACTOR = 2;
+static constexpr uint32_t FRESH_BYTE = 0x80;
 
 bool CreateThreadState()
 {
@@ -14,6 +15,7 @@ bool CreateThreadState()
         return false;
     state->memoryFiles.fill({nullptr, MEMORY_FILE_FREE, MEMORY_FILE_FREE});
     state->kFactor = DEFAULT_K_FACTOR;
+    state->codeMask = FRESH_BYTE;
     if (!TlsSetValue(processState.threadSlot, state)) {
         GlobalFree(state);
         return false;

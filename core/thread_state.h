@@ -21,10 +21,24 @@ inline constexpr int32_t MEMORY_FILE_FREE = -1;
 inline constexpr int32_t FIRST_MEMORY_SLOT = 2;
 inline constexpr int32_t LAST_MEMORY_SLOT = 30;
 
+inline constexpr uint32_t SAVE_TEXT_BYTES = 101;
+
+// What the last save chose; texts are written into every page that is saved.
+struct SaveSettings {
+    uint32_t colourCount; // 2 is bilevel
+    uint32_t photometric;
+    uint32_t fillOrder;
+    uint32_t selector;
+    char description[SAVE_TEXT_BYTES];
+    char artist[SAVE_TEXT_BYTES];
+};
+
 struct TiffThreadState {
     uint32_t lastError;
     std::array<MemoryFileSlot, LAST_MEMORY_SLOT + 1> memoryFiles;
-    uint32_t kFactor; // of Group 3 two-dimensional coding
+    uint32_t kFactor;  // of Group 3 two-dimensional coding
+    uint32_t codeMask; // the bit of its byte that the next CCITT code begins at; 0x80, a fresh byte
+    SaveSettings save;
 };
 
 // The calling thread's record, made on first use. A thread that cannot have one is ended: no

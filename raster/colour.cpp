@@ -54,4 +54,42 @@ void ConvertYCbCr(uint8_t* target, const uint8_t* source, uint32_t pixels)
     }
 }
 
+void WidenSamples(uint8_t* target, const uint8_t* source, uint32_t samples, uint32_t shift, bool invert)
+{
+    const uint32_t flip = invert ? 0xFF : 0;
+    for (uint32_t at = 0; at < samples; ++at) {
+        const auto sample = static_cast<uint16_t>((source[at] ^ flip) << shift);
+        std::memcpy(target + size_t{at} * 2, &sample, sizeof(sample));
+    }
+}
+
+// Wanted: black alone leaves nothing to divide by; its other inks are 0.
+static uint8_t Ink(uint32_t light, uint32_t black, double scale)
+{
+    return black == 255 ? 0 : static_cast<uint8_t>((255.0 - light - black) / scale + 0.5);
+}
+
+void ConvertToCmyk(uint8_t* target, const uint8_t* source, uint32_t pixels)
+{
+    for (; pixels > 0; --pixels, source += 3, target += 4) {
+        const uint32_t blue = source[0], green = source[1], red = source[2];
+        const uint32_t black = 255 - std::max({red, green, blue});
+        const double scale = 1.0 - black / 255.0;
+        target[0] = Ink(red, black, scale);
+        target[1] = Ink(green, black, scale);
+        target[2] = Ink(blue, black, scale);
+        target[3] = static_cast<uint8_t>(black);
+    }
+}
+
+void ConvertToYCbCr(uint8_t* target, const uint8_t* source, uint32_t pixels)
+{
+    for (; pixels > 0; --pixels, source += 3, target += 3) {
+        const double b = source[0] / 255.0 - 0.5, g = source[1] / 255.0 - 0.5, r = source[2] / 255.0 - 0.5;
+        target[0] = Clamped((0.299 * r + 0.587 * g + 0.114 * b + 0.5) * 255);
+        target[1] = Clamped((-0.1687 * r - 0.3313 * g + 0.5 * b + 0.5) * 255);
+        target[2] = Clamped((0.5 * r - 0.4187 * g - 0.0813 * b + 0.5) * 255);
+    }
+}
+
 } // namespace tiff

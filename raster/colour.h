@@ -16,4 +16,11 @@ void ReduceSamples(uint8_t* target, const uint8_t* samples, uint32_t bytes, uint
 void ConvertCmyk(uint8_t* target, const uint8_t* source, uint32_t pixels);
 void ConvertYCbCr(uint8_t* target, const uint8_t* source, uint32_t pixels);
 
+// Bytes to 16-bit samples in the processor's order, shifted left; inverted first when asked for.
+void WidenSamples(uint8_t* target, const uint8_t* source, uint32_t samples, uint32_t shift, bool invert);
+
+// Whole pixels only: B, G, R to C, M, Y, K and to Y, Cb, Cr.
+void ConvertToCmyk(uint8_t* target, const uint8_t* source, uint32_t pixels);
+void ConvertToYCbCr(uint8_t* target, const uint8_t* source, uint32_t pixels);
+
 } // namespace tiff

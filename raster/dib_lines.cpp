@@ -49,9 +49,63 @@ intptr_t DllFlushTiffLineYCbCrDIB(void* line, uint32_t row, void* context)
     return 0;
 }
 
+static const TiffEncodeLineContext* SourceOf(void* context)
+{
+    return static_cast<const TiffEncodeLineContext*>(context);
+}
+
+// Pages are saved from the top, whichever way they were stored before.
+static const uint8_t* SourceRow(const TiffEncodeLineContext* context, uint32_t row)
+{
+    return context->pixelBits + size_t{context->height - row - 1} * context->strideOrColourUse;
+}
+
+intptr_t DllFillTiffLine16DIB(void* line, uint32_t row, void* context)
+{
+    const auto* source = SourceOf(context);
+    WidenSamples(static_cast<uint8_t*>(line), SourceRow(source, row), source->lineBytes, source->sampleShift,
+                 source->invert != 0);
+    return 0;
+}
+
+intptr_t DllFillTiffLineCMYKDIB(void* line, uint32_t row, void* context)
+{
+    const auto* source = SourceOf(context);
+    ConvertToCmyk(static_cast<uint8_t*>(line), SourceRow(source, row), source->lineBytes / 3);
+    return 0;
+}
+
+intptr_t DllFillTiffLineYCbCrDIB(void* line, uint32_t row, void* context)
+{
+    const auto* source = SourceOf(context);
+    ConvertToYCbCr(static_cast<uint8_t*>(line), SourceRow(source, row), source->lineBytes / 3);
+    return 0;
+}
+
 } // namespace tiff
 
 using namespace tiff;
+
+extern "C" intptr_t DllFillTiffLineDIB(void* line, uint32_t row, void* context) noexcept
+{
+    const auto* source = SourceOf(context);
+    const uint8_t* from = SourceRow(source, row);
+    auto* target = static_cast<uint8_t*>(line);
+    if (source->invert)
+        std::transform(from, from + source->lineBytes, target,
+                       [](uint8_t byte) { return static_cast<uint8_t>(~byte); });
+    else
+        std::memcpy(target, from, source->lineBytes);
+    return 0;
+}
+
+extern "C" intptr_t DllFillTiffLineDIB24Bit(void* line, uint32_t row, void* context) noexcept
+{
+    const auto* source = SourceOf(context);
+    std::memcpy(line, SourceRow(source, row), source->lineBytes);
+    SwapRedAndBlue(static_cast<uint8_t*>(line), source->lineBytes);
+    return 0;
+}
 
 extern "C" intptr_t DllFlushTiffLineDIB(void* line, uint32_t row, void* context) noexcept
 {

@@ -1,4 +1,4 @@
-// Flush routines that convert; applications use the plain ones of the public header.
+// Line routines that convert; applications use the plain ones of the public header.
 #pragma once
 
 #include "tiff/lines.h"
@@ -8,5 +8,11 @@ namespace tiff {
 intptr_t DllFlushTiffLine16DIB(void* line, uint32_t row, void* context);
 intptr_t DllFlushTiffLineCMYKDIB(void* line, uint32_t row, void* context);
 intptr_t DllFlushTiffLineYCbCrDIB(void* line, uint32_t row, void* context);
+
+// Line bytes count the DIB's bytes: twice as many come out of the first, four for every three
+// out of the second.
+intptr_t DllFillTiffLine16DIB(void* line, uint32_t row, void* context);
+intptr_t DllFillTiffLineCMYKDIB(void* line, uint32_t row, void* context);
+intptr_t DllFillTiffLineYCbCrDIB(void* line, uint32_t row, void* context);
 
 } // namespace tiff

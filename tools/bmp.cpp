@@ -1,5 +1,5 @@
 /* A BMP file is a packed DIB behind fourteen bytes that tell its size and where the pixels
- * begin. The DIB is checked against its block first: what it claims ends up in a file.
+ * begin. What either side claims is checked against the bytes that are there.
  */
 #include "bmp.h"
 
@@ -70,6 +70,50 @@ std::string WriteBmp(const char* path, std::span<const uint8_t> dib)
         remove(path);
         return "cannot be written";
     }
+    return "";
+}
+
+std::string ReadBmp(const char* path, HGLOBAL& dib)
+{
+    dib = nullptr;
+    FILE* const file = fopen(path, "rb");
+    if (!file) {
+        return std::string("cannot be read: ") + strerror(errno);
+    }
+    std::string content;
+    char part[65536];
+    while (const size_t got = fread(part, 1, sizeof part, file)) {
+        content.append(part, got);
+        if (content.compare(0, 2, "BM") != 0) {
+            break;
+        }
+    }
+    fclose(file);
+    if (content.compare(0, 2, "BM") != 0) {
+        return "";
+    }
+    BITMAPINFOHEADER header;
+    uint32_t pixelsAt = 0;
+    if (content.size() < FILE_HEADER_BYTES + sizeof header) {
+        return "the picture has no header";
+    }
+    memcpy(&pixelsAt, &content[10], sizeof pixelsAt);
+    memcpy(&header, &content[FILE_HEADER_BYTES], sizeof header);
+    const uint64_t headBytes = MeasureDib(header).headBytes;
+    if (pixelsAt > content.size() || FILE_HEADER_BYTES + headBytes > pixelsAt) {
+        return "the picture does not fit its file";
+    }
+    // Whatever stands between the colours and the pixels is left out.
+    const size_t pixelBytes = content.size() - pixelsAt;
+    const auto head = static_cast<size_t>(headBytes);
+    dib = GlobalAlloc(GMEM_MOVEABLE, head + pixelBytes);
+    auto* const target = dib ? static_cast<char*>(GlobalLock(dib)) : nullptr;
+    if (!target) {
+        return "there is not enough memory for the picture";
+    }
+    memcpy(target, &content[FILE_HEADER_BYTES], head);
+    memcpy(target + head, content.data() + pixelsAt, pixelBytes);
+    GlobalUnlock(dib);
     return "";
 }
 

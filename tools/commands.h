@@ -24,6 +24,7 @@ struct Command {
     int (*run)(Arguments arguments);
 };
 
+extern const Command convertCommand;
 extern const Command infoCommand;
 extern const Command renderCommand;
 

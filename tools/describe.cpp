@@ -284,7 +284,9 @@ std::string WhyNotSupported(const PageFacts& facts)
     if (facts.planarConfiguration != 1) {
         return "samples in separate planes";
     }
-    if (facts.samplesPerPixel > 1 && (facts.bitsPerSample != 8 || facts.samplesPerPixel == 2)) {
+    const bool greyAndMore = facts.samplesPerPixel == 2 && facts.photometric <= 1;
+    if (facts.samplesPerPixel > 1 &&
+        (facts.bitsPerSample != 8 || (facts.samplesPerPixel == 2 && !greyAndMore))) {
         return std::to_string(facts.samplesPerPixel) + " samples of " + std::to_string(facts.bitsPerSample) +
                " bits";
     }

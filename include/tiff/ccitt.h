@@ -37,6 +37,40 @@ int32_t DecodeMMRImage(TiffStream stream, uint32_t offset, uint32_t width, uint3
                        uint32_t compression, uint32_t fillOrder, uint32_t byteOrder, void* userData,
                        TiffLineCallback lineCallback) TIFF_NOEXCEPT;
 
+/* Encodes at the stream's current position as one strip, fill order 1.
+ *
+ * width, rows   pixels; bits behind the width in a line's last byte do not matter.
+ * compression   as DecodeCcittImage.
+ * lineCallback  fills one line a call.
+ *
+ * Returns 1, or 0 with the last error set; what was written before a failure stays. width or
+ * rows of 0 give 0 and set no error.
+ * Errors: 1; 6; 11; 12 lines of more than 32,768 bytes in two-dimensional code; 22 and 23 JPEG
+ *         library; whatever the line routine returned.
+ */
+int32_t EncodeCcittImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_t compression,
+                         void* userData, TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+
+/* The same with a bit order and a byte order.
+ *
+ * fillOrder  2 for least significant bit first; anything else is 1.
+ * byteOrder  TIFF_MOTOROLA, or anything else for Intel.
+ */
+int32_t EncodeCcittImageTo(TiffStream stream, uint32_t width, uint32_t rows, uint32_t fillOrder,
+                           uint32_t byteOrder, uint32_t compression, void* userData,
+                           TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+
+/* Encodes as Group 4 code in records, as DecodeMMRImage reads them; compression is ignored. */
+int32_t EncodeMMRImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_t compression, void* userData,
+                       TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+
+/* Sets K of Group 3 two-dimensional code for the calling thread: every k-th line of a strip is
+ * one-dimensional. It is 2 before.
+ *
+ * Returns 1, or 0 when k is below 2; K stays as it was then. The last error is not set.
+ */
+int32_t SetKfactor(int32_t k) TIFF_NOEXCEPT;
+
 TIFF_END
 
 #endif

@@ -37,7 +37,8 @@ typedef struct CodecContext {
     uint32_t fillOrder;     /* 1 or 2 */
     uint32_t byteOrder;     /* TIFF_INTEL or TIFF_MOTOROLA */
     uint32_t bufferFilePos; /* decoding: file position of the code buffer, 0xFFFFFF before
-                               the first fill; encoding: bytes of the strip written */
+                               the first fill; encoding: bytes of the strip written,
+                               wrapping below 0 for a strip that begins in the buffer */
     uint32_t codeBufferSize;
     uint32_t dataEnd; /* decoding: end of the data; encoding: start of the strip */
     uint32_t strip;
@@ -105,6 +106,47 @@ uint32_t FlushDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
  * For a page that is not loaded nothing happens, and the result is 1 if the last error was 0.
  */
 int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount, void* userData,
+                        TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+
+/* Prepares a context for encoding: allocates the buffers, takes the stream's position for the
+ * start of the first strip and pulls the first line. lineFormat, bytesPerLine, stream,
+ * fillOrder, rowsPerStrip and the line routine must be set; stripOffsets and stripByteCounts
+ * may be null, else they hold stripCount 32-bit entries. Freed as after InitDecodeBuffers.
+ *
+ * Returns 0; 1 (memory); 6 (the stream has no position); 3 when there are no rows; or what the
+ * line routine returned. The last error is not set.
+ */
+uint32_t InitEncodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
+
+/* Pulls the next line from the line routine. When the line before it ended a strip, that
+ * strip's offset and byte count are stored first: all of its code must be in the code buffer
+ * or written by then.
+ *
+ * Returns 0; 3 when all rows are done; or what the line routine returned.
+ */
+uint32_t FillDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
+
+/* Writes what the code buffer holds at the stream's position and empties it, also when the
+ * write fails. Call it once more after the last line; an empty buffer writes nothing.
+ *
+ * Returns 0 or 6.
+ */
+uint32_t FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
+
+/* Encodes a page that was defined (pages.h): pulls its lines from the line routine, row by row
+ * from the first, writes the strips behind everything else in the file, defines their tags and
+ * writes the directory. RowsPerStrip, if it is missing, becomes 1.
+ *
+ * Returns 1, or 0 with the last error set. Until the very last step the new page is not linked:
+ * after a failure the file has the pages it had, and the page can be encoded again. A file that
+ * is only to be created is created, or emptied, first, and once more by the next try.
+ * Errors: 1, also when the page has more strips than can be listed; 3 no such page, or the line
+ *         routine ended before the page did; 6, a disk file having been tried for two seconds;
+ *         10 tags missing; 11 compression not known; 15 fill order; 16 sample layout; 22 and 23
+ *         JPEG library; 27; 29 no line routine; 34; 9990 old-style JPEG that is not tiled;
+ *         whatever the line routine returned.
+ */
+int32_t EncodeTiffImage(HGLOBAL file, uint32_t page, void* userData,
                         TiffLineCallback lineCallback) TIFF_NOEXCEPT;
 
 TIFF_END

@@ -1,5 +1,5 @@
-/* Line routines for the decode drivers, and the record that they take as user data. A line
- * routine trusts its record, may rewrite the line buffer, and always returns 0.
+/* Line routines for the drivers, and the records that they take as user data. A line routine
+ * trusts its record, may rewrite the line buffer, and always returns 0.
  */
 #ifndef TIFF_LINES_H
 #define TIFF_LINES_H
@@ -26,6 +26,26 @@ intptr_t DllFlushTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXC
 
 /* Swaps red and blue of a 24-bit row in the line buffer, then copies it into the DIB. */
 intptr_t DllFlushTiffLine24DIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+
+/* Zero-fill before use. */
+typedef struct TiffEncodeLineContext {
+    HDC deviceContext; /* bitmap sources */
+    HBITMAP bitmap;    /* bitmap sources */
+    void* unused;
+    const BITMAPINFO* bitmapInfo; /* bitmap sources */
+    const uint8_t* pixelBits;     /* first byte of the DIB's pixels */
+    uint32_t height;              /* rows of the DIB */
+    uint32_t lineBytes;           /* bytes of a row to produce, never more than the line buffer */
+    uint32_t strideOrColourUse;   /* DIB sources: bytes of a DIB row; bitmaps: GetDIBits' use */
+    uint32_t sampleShift;         /* left shift of 8-bit samples widened to 16 bits, 8 or 4 */
+    uint32_t invert;              /* non-zero: complement every byte on its way out */
+} TiffEncodeLineContext;
+
+/* Copies a row of 1, 4 or 8 bits per pixel out of the DIB, complemented when asked for. */
+intptr_t DllFillTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+
+/* Copies a 24-bit row out of the DIB and swaps red and blue. */
+intptr_t DllFillTiffLineDIB24Bit(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 TIFF_END
 

@@ -21,6 +21,7 @@
 #include "tiff/files.h"
 #include "tiff/lines.h"
 #include "tiff/load.h"
+#include "tiff/pages.h"
 #include "tiff/streams.h"
 
 #endif

@@ -1,0 +1,391 @@
+// The changes of a line are found once, 64 pixels at a time, and the list serves as the
+// reference for the next line. Two line coders, one over runs and one over modes, work on such
+// lists; what the schemes differ in is a Framing record; one loop encodes the rows of all.
+#include "codecs/ccitt_encoder.h"
+
+#include "codecs/buffers.h"
+#include "codecs/ccitt_writer.h"
+#include "codecs/encode_tables.h"
+#include "codecs/runs.h"
+#include "core/global_block.h"
+#include "core/thread_state.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace tiff {
+
+Status StoreCodeBytes(CodecContext* context, Flush flush, uint32_t bytes, uint32_t count)
+{
+    Status failed = error::None;
+    for (; count > 0; --count, bytes <<= 8) {
+        *context->codeCursor++ = static_cast<uint8_t>(bytes >> 24);
+        if (--context->codeBytesLeft == 0)
+            if (const Status status = flush(context); status != error::None)
+                failed = status;
+    }
+    return failed;
+}
+
+namespace {
+
+using namespace ccitt;
+
+constexpr uint32_t WIDEST_MODE_LINE = 32768; // bytes, of a two-dimensional line
+
+enum class Lines { Runs, RunsAndModes, Modes };
+
+// Where EOLs stand; those between lines carry a tag bit that tells the next coder.
+enum class Eols { None, BeforeLines, BetweenLines };
+
+// Zeros that let an EOL, or its tag, end on a byte.
+enum class Fill { None, ToByte, FromNextByte };
+
+struct Framing {
+    Lines lines;
+    Eols eols;
+    Fill fill;
+    bool alignedRows;     // every row begins on a byte
+    uint32_t closingEols; // at the end of a strip: six are an RTC, two an EOFB
+    Flush flush;
+};
+
+Status FlushToStrip(CodecContext* context)
+{
+    return FlushCodeBuffer(context);
+}
+
+// A record that says 0 bytes would mean another length, so an empty one is not written.
+Status FlushToRecord(CodecContext* context)
+{
+    const uint32_t bytes = context->codeBufferSize - context->codeBytesLeft;
+    EmptyCodeBuffer(context);
+    if (bytes == 0)
+        return error::None;
+    uint8_t header[] = {0xFE, 0x92, static_cast<uint8_t>(bytes >> 8), static_cast<uint8_t>(bytes)};
+    const bool written =
+        LongWrite(context->stream, fieldtype::Byte, sizeof(header), header, TIFF_INTEL, 1) &&
+        LongWrite(context->stream, fieldtype::Byte, bytes, context->codeCursor, TIFF_INTEL, 1);
+    return written ? error::None : error::InputOutput;
+}
+
+constexpr Framing modifiedHuffman = {
+    .lines = Lines::Runs,
+    .eols = Eols::None,
+    .fill = Fill::None,
+    .alignedRows = true,
+    .closingEols = 0,
+    .flush = FlushToStrip,
+};
+constexpr Framing group3 = {
+    .lines = Lines::Runs,
+    .eols = Eols::BeforeLines,
+    .fill = Fill::None,
+    .alignedRows = false,
+    .closingEols = 6,
+    .flush = FlushToStrip,
+};
+constexpr Framing group3Aligned = {
+    .lines = Lines::Runs,
+    .eols = Eols::BeforeLines,
+    .fill = Fill::FromNextByte,
+    .alignedRows = false,
+    .closingEols = 6,
+    .flush = FlushToStrip,
+};
+constexpr Framing group3TwoDimensional = {
+    .lines = Lines::RunsAndModes,
+    .eols = Eols::BetweenLines,
+    .fill = Fill::None,
+    .alignedRows = false,
+    .closingEols = 6,
+    .flush = FlushToStrip,
+};
+constexpr Framing group3TwoDimensionalAligned = {
+    .lines = Lines::RunsAndModes,
+    .eols = Eols::BetweenLines,
+    .fill = Fill::ToByte,
+    .alignedRows = false,
+    .closingEols = 6,
+    .flush = FlushToStrip,
+};
+constexpr Framing group4 = {
+    .lines = Lines::Modes,
+    .eols = Eols::None,
+    .fill = Fill::None,
+    .alignedRows = false,
+    .closingEols = 2,
+    .flush = FlushToStrip,
+};
+constexpr Framing mmrRecords = {
+    .lines = Lines::Modes,
+    .eols = Eols::None,
+    .fill = Fill::None,
+    .alignedRows = false,
+    .closingEols = 2,
+    .flush = FlushToRecord,
+};
+
+struct CcittEncoder {
+    const Framing& framing;
+    BitWriter bits;
+    int32_t* coding; // changes, then END_SENTINELS entries of the width
+    int32_t* reference;
+    int32_t width;
+    uint32_t kFactor;
+    uint32_t linesSinceRuns; // counted from 1 at a one-dimensional line
+};
+
+// Up to 64 pixels, left-aligned, white behind the width.
+uint64_t LoadPixels(const uint8_t* bytes, uint32_t pixels)
+{
+    uint32_t halves[2] = {};
+    if (pixels >= 64) {
+        std::memcpy(halves, bytes, sizeof(halves));
+        return uint64_t{Swap32(halves[0])} << 32 | Swap32(halves[1]);
+    }
+    std::memcpy(halves, bytes, (pixels + 7) / 8);
+    const uint64_t word = uint64_t{Swap32(halves[0])} << 32 | Swap32(halves[1]);
+    return word & ~(UINT64_MAX >> pixels);
+}
+
+// A black run that reaches the width may end in a change there: one more sentinel.
+void FindChanges(const uint8_t* line, int32_t width, int32_t* changes)
+{
+    uint64_t carry = 0; // the last pixel of the word before, in the highest bit
+    for (int32_t column = 0; column < width; column += 64, line += 8) {
+        const uint64_t word = LoadPixels(line, static_cast<uint32_t>(width - column));
+        uint64_t left = word ^ (word >> 1 | carry);
+        carry = word << 63;
+        while (left != 0) {
+            const int32_t bit = std::countl_zero(left);
+            *changes++ = column + bit;
+            left ^= UINT64_C(1) << 63 >> bit;
+        }
+    }
+    std::fill_n(changes, END_SENTINELS, width);
+}
+
+inline void PutRun(BitWriter& bits, uint32_t colour, int32_t pixels)
+{
+    auto run = static_cast<uint32_t>(pixels);
+    while (run >= JOINED_RUNS) {
+        Put(bits, extendedCodes.back().code.bits, extendedCodes.back().code.length);
+        run -= LONGEST_MAKE_UP;
+    }
+    const JoinedCode joined = joinedCodes[colour][run];
+    Put(bits, joined >> JOINED_LENGTH_BITS, joined & ((1u << JOINED_LENGTH_BITS) - 1));
+}
+
+inline void PutCode(BitWriter& bits, Code code)
+{
+    Put(bits, code.bits, code.length);
+}
+
+// Wanted: a line with a white first and a black eighth pixel begins with two empty runs.
+bool BeginsWithEmptyRuns(const CcittEncoder& encoder, const uint8_t* line)
+{
+    return encoder.width >= 8 && (line[0] & 1) != 0 && encoder.coding[0] != 0;
+}
+
+void EncodeRunLine(CcittEncoder& encoder, const uint8_t* line)
+{
+    BitWriter bits = encoder.bits;
+    if (BeginsWithEmptyRuns(encoder, line)) {
+        PutRun(bits, 0, 0);
+        PutRun(bits, 1, 0);
+    }
+    const int32_t* change = encoder.coding;
+    int32_t position = 0;
+    for (uint32_t colour = 0;; colour ^= 1) {
+        PutRun(bits, colour, *change - position);
+        position = *change++;
+        if (position >= encoder.width)
+            break;
+    }
+    encoder.bits = bits;
+}
+
+// Index of a1 and of b1 agree in their lowest bit, which is a0's colour. At a new a0 only the
+// change before b1 can have come to lie right of it, by a vertical mode to the left.
+void EncodeModeLine(CcittEncoder& encoder)
+{
+    BitWriter bits = encoder.bits;
+    const int32_t* a = encoder.coding;    // at a1
+    const int32_t* b = encoder.reference; // at b1
+    const int32_t width = encoder.width;
+    uint32_t colour = 0;
+    int32_t a0 = 0;
+    while (a0 < width) {
+        const int32_t delta = a[0] - b[0];
+        if (b[1] < a[0]) {
+            PutCode(bits, passCode);
+            a0 = b[1];
+            b += 2;
+            continue;
+        }
+        if (delta >= -FARTHEST_VERTICAL && delta <= FARTHEST_VERTICAL) {
+            PutCode(bits, verticalCodes[static_cast<uint32_t>(delta + FARTHEST_VERTICAL)]);
+            a0 = *a++;
+            colour ^= 1;
+            b += b > encoder.reference && b[-1] > a0 ? -1 : 1;
+        } else {
+            PutCode(bits, horizontalCode);
+            PutRun(bits, colour, a[0] - a0);
+            PutRun(bits, colour ^ 1, a[1] - a[0]);
+            a0 = a[1];
+            a += 2;
+        }
+        while (b[0] <= a0 && b[0] < width)
+            b += 2;
+    }
+    encoder.bits = bits;
+}
+
+bool NextHasRuns(const CcittEncoder& encoder)
+{
+    switch (encoder.framing.lines) {
+    case Lines::Runs:
+        return true;
+    case Lines::Modes:
+        return false;
+    default:
+        return encoder.linesSinceRuns >= encoder.kFactor;
+    }
+}
+
+// Wanted: filling from the next byte costs a whole byte when the line ends on one.
+uint32_t FillBits(const CcittEncoder& encoder)
+{
+    switch (encoder.framing.fill) {
+    case Fill::ToByte:
+        return (3 - encoder.bits.held) % 8;
+    case Fill::FromNextByte:
+        return 12 - encoder.bits.held % 8;
+    default:
+        return 0;
+    }
+}
+
+void PutEol(CcittEncoder& encoder, bool nextHasRuns)
+{
+    const uint32_t length = FillBits(encoder) + EOL_LENGTH;
+    if (encoder.framing.eols == Eols::BetweenLines)
+        Put(encoder.bits, nextHasRuns ? 3 : 2, length + 1);
+    else
+        Put(encoder.bits, 1, length);
+}
+
+// The first line of a strip has no line above it, and knows none of the strip before.
+void BeginStrip(CcittEncoder& encoder)
+{
+    std::fill_n(encoder.reference, END_SENTINELS, encoder.width);
+    encoder.linesSinceRuns = encoder.kFactor;
+}
+
+void EndStrip(CcittEncoder& encoder)
+{
+    for (uint32_t count = 0; count < encoder.framing.closingEols; ++count)
+        PutEol(encoder, true);
+    EndCode(encoder.bits);
+}
+
+void EncodeLine(CcittEncoder& encoder, const uint8_t* line)
+{
+    FindChanges(line, encoder.width, encoder.coding);
+    const bool hasRuns = NextHasRuns(encoder);
+    encoder.linesSinceRuns = hasRuns ? 1 : encoder.linesSinceRuns + 1;
+    if (hasRuns)
+        EncodeRunLine(encoder, line);
+    else
+        EncodeModeLine(encoder);
+    std::swap(encoder.coding, encoder.reference);
+}
+
+// Wanted: tagged EOLs stand between lines and once before the first of all, so a strip after
+// the first begins without one.
+Status EncodeLines(CcittEncoder& encoder, CodecContext* context)
+{
+    const Framing& framing = encoder.framing;
+    if (framing.eols == Eols::BetweenLines)
+        PutEol(encoder, true);
+    BeginStrip(encoder);
+    Status status = error::None;
+    while (status == error::None) {
+        if (framing.eols == Eols::BeforeLines)
+            PutEol(encoder, true);
+        EncodeLine(encoder, context->lineBuffer);
+        if (framing.alignedRows)
+            PadToByte(encoder.bits);
+        if (context->lastLineOfStrip) {
+            EndStrip(encoder);
+            BeginStrip(encoder);
+        } else if (framing.eols == Eols::BetweenLines) {
+            PutEol(encoder, NextHasRuns(encoder));
+        }
+        status = encoder.bits.failed;
+        if (status == error::None)
+            status = FillDataBuffer(context);
+    }
+    return status == ALL_ROWS_DONE ? framing.flush(context) : status;
+}
+
+Status EncodeRows(CodecContext* context, const Framing& framing)
+{
+    if (framing.lines != Lines::Runs && context->bytesPerLine > WIDEST_MODE_LINE)
+        return error::BadCode;
+    if (const Status status = InitEncodeBuffers(context); status != error::None)
+        return CodecResult(status);
+    const uint64_t room = uint64_t{Width(context)} + 1 + END_SENTINELS;
+    GlobalBlock block(2 * room * sizeof(int32_t));
+    Locked<int32_t> changes(block.Get());
+    if (!changes)
+        return error::NotEnoughMemory;
+    TiffThreadState& thread = ThreadState();
+    CcittEncoder encoder{
+        .framing = framing,
+        .bits = {.context = context, .flush = framing.flush},
+        .coding = changes.Get(),
+        .reference = changes.Get() + room,
+        .width = context->lineFormat.biWidth,
+        .kFactor = thread.kFactor,
+        .linesSinceRuns = thread.kFactor,
+    };
+    const Status status = EncodeLines(encoder, context);
+    thread.codeMask = 0x80u >> encoder.bits.held % 8;
+    return status;
+}
+
+bool IsAligned(const CodecContext* context)
+{
+    return (context->compression & compression::ByteAligned) != 0;
+}
+
+} // namespace
+
+Status EncodeModifiedHuffman(CodecContext* context)
+{
+    return EncodeRows(context, modifiedHuffman);
+}
+
+Status EncodeGroup3(CodecContext* context)
+{
+    return EncodeRows(context, IsAligned(context) ? group3Aligned : group3);
+}
+
+Status EncodeGroup3TwoDimensional(CodecContext* context)
+{
+    return EncodeRows(context, IsAligned(context) ? group3TwoDimensionalAligned : group3TwoDimensional);
+}
+
+Status EncodeGroup4(CodecContext* context)
+{
+    return EncodeRows(context, group4);
+}
+
+Status EncodeMmrRecords(CodecContext* context)
+{
+    return EncodeRows(context, mmrRecords);
+}
+
+} // namespace tiff

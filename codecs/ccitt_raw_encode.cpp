@@ -1,0 +1,63 @@
+// CCITT code onto a bare stream, as one strip.
+#include "codecs/buffers.h"
+#include "codecs/ccitt_encoder.h"
+#include "codecs/ccitt_raw.h"
+#include "codecs/codec_table.h"
+#include "core/errors.h"
+#include "core/thread_state.h"
+#include "tiff/ccitt.h"
+
+namespace tiff {
+
+namespace {
+
+constexpr int32_t LEAST_K_FACTOR = 2;
+
+int32_t EncodeRaw(const RawImage& image, CodecRoutine encode)
+{
+    if (image.width == 0 || image.rows == 0)
+        return 0;
+    CodecContext context{};
+    const ContextBlocks blocks(&context);
+    Status status = DescribeRawImage(&context, image);
+    if (status == error::None)
+        status = encode(&context);
+    if (status == error::None)
+        status = FlushCodeBuffer(&context);
+    StoreLastError(status);
+    return status == error::None;
+}
+
+} // namespace
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t EncodeCcittImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_t compression,
+                                    void* userData, TiffLineCallback lineCallback) noexcept
+{
+    return EncodeRaw({stream, width, rows, compression, 1, TIFF_INTEL, userData, lineCallback}, Encode);
+}
+
+extern "C" int32_t EncodeCcittImageTo(TiffStream stream, uint32_t width, uint32_t rows, uint32_t fillOrder,
+                                      uint32_t byteOrder, uint32_t compression, void* userData,
+                                      TiffLineCallback lineCallback) noexcept
+{
+    return EncodeRaw({stream, width, rows, compression, fillOrder, byteOrder, userData, lineCallback},
+                     Encode);
+}
+
+extern "C" int32_t EncodeMMRImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_t /*compression*/,
+                                  void* userData, TiffLineCallback lineCallback) noexcept
+{
+    return EncodeRaw({stream, width, rows, 0, 1, TIFF_INTEL, userData, lineCallback}, EncodeMmrRecords);
+}
+
+extern "C" int32_t SetKfactor(int32_t k) noexcept
+{
+    if (k < LEAST_K_FACTOR)
+        return 0;
+    ThreadState().kFactor = static_cast<uint32_t>(k);
+    return 1;
+}

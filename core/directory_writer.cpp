@@ -1,0 +1,168 @@
+// A directory is put together in memory, in the file's byte order, and written in one piece.
+// Then the link that leads to it is written, and that makes it a page of the file.
+#include "core/directory_writer.h"
+
+#include "core/byte_order.h"
+#include "core/directory_layout.h"
+#include "core/directory_window.h"
+#include "core/errors.h"
+#include "core/open_file.h"
+#include "core/registry.h"
+#include "tiff/files.h"
+#include "tiff/pages.h"
+
+#include <array>
+
+namespace tiff {
+
+namespace {
+
+Status Fail(Status status)
+{
+    SetTiffError(status);
+    return status;
+}
+
+DirectoryTag Described(TagView view)
+{
+    if (view.tag == tag::JpegTables)
+        view.type = fieldtype::Undefined;
+    return {view, view.count * ElementBytes(view.type), 0};
+}
+
+void PutValues(uint8_t* target, const DirectoryTag& tag, uint32_t byteOrder)
+{
+    std::memcpy(target, tag.view.values.data(), tag.valueBytes);
+    if (byteOrder == TIFF_MOTOROLA)
+        SwapElements({target, tag.valueBytes}, tag.view.type);
+}
+
+// Short values stand at the front of their field, whatever the byte order.
+void PutEntry(uint8_t* target, const DirectoryTag& tag, uint32_t byteOrder)
+{
+    Store16(target, tag.view.tag, byteOrder);
+    Store16(target + 2, tag.view.type, byteOrder);
+    Store32(target + 4, tag.view.count, byteOrder);
+    if (LiesInEntry(tag))
+        PutValues(target + 8, tag, byteOrder);
+    else
+        Store32(target + 8, tag.valueOffset, byteOrder);
+}
+
+// The file's bytes from the layout's start to its end. The link is 0: no page follows.
+GlobalBlock Assemble(std::span<const DirectoryTag> tags, const DirectoryLayout& layout, uint32_t byteOrder)
+{
+    GlobalBlock block(layout.end - layout.start);
+    Locked<uint8_t> bytes(block.Get());
+    if (!bytes)
+        return {};
+    uint8_t* directory = &bytes[layout.directoryOffset - layout.start];
+    Store16(directory, static_cast<uint16_t>(tags.size()), byteOrder);
+    uint8_t* entry = directory + 2;
+    for (const DirectoryTag& tag : tags) {
+        PutEntry(entry, tag, byteOrder);
+        if (!LiesInEntry(tag))
+            PutValues(&bytes[tag.valueOffset - layout.start], tag, byteOrder);
+        entry += ENTRY_BYTES;
+    }
+    bytes.Unlock();
+    return block;
+}
+
+Status BuildDirectory(HGLOBAL file, uint32_t page, uint32_t byteOrder, DirectoryLayout& layout,
+                      GlobalBlock& bytes)
+{
+    const PageTags tags(file, page);
+    if (!tags)
+        return error::NotEnoughMemory;
+    const GlobalBlock block(uint64_t{tags.Count()} * sizeof(DirectoryTag));
+    Locked<DirectoryTag> first(block.Get());
+    if (!first)
+        return Fail(error::NotEnoughMemory);
+    uint32_t position = 0, count = 0;
+    while (const auto view = count < tags.Count() ? tags.Next(position) : std::nullopt)
+        first[count++] = Described(*view);
+
+    const std::span described(first.Get(), count);
+    const auto laidOut = LayOutDirectory(described, layout.start);
+    if (!laidOut)
+        return Fail(error::InputOutput);
+    layout = *laidOut;
+    bytes = Assemble(described, layout, byteOrder);
+    return bytes ? error::None : Fail(error::NotEnoughMemory);
+}
+
+Status WriteBytes(TiffStream stream, HGLOBAL block, uint32_t count)
+{
+    Locked<uint8_t> bytes(block);
+    return LongWrite(stream, fieldtype::Byte, count, bytes.Get(), TIFF_INTEL, 0) ? error::None
+                                                                                 : error::InputOutput;
+}
+
+Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset, uint32_t byteOrder)
+{
+    std::array<uint8_t, 4> link;
+    Store32(link.data(), directoryOffset, byteOrder);
+    if (mSeek(stream, position, 0) == STREAM_FAILED)
+        return Fail(error::InputOutput);
+    return LongWrite(stream, fieldtype::Byte, 4, link.data(), TIFF_INTEL, 0) ? error::None
+                                                                             : error::InputOutput;
+}
+
+void TakeDirectory(HGLOBAL file, uint32_t page, const DirectoryLayout& layout, uint32_t tagCount)
+{
+    Locked<TiffFileRecord> record(file);
+    PageEntry& entry = Pages(record.Get())[page];
+    entry.directoryOffset = layout.directoryOffset;
+    entry.tagBlockBytes = layout.valueBytes + tagCount * ENTRY_BYTES;
+    record->linkPosition = layout.linkPosition;
+    record->openFlags = openflag::Existing;
+}
+
+} // namespace
+
+Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page)
+{
+    uint32_t byteOrder, linkPosition;
+    {
+        Locked<TiffFileRecord> record(file);
+        byteOrder = record->byteOrder;
+        linkPosition = record->linkPosition;
+    }
+    DirectoryLayout layout{.start = mSeek(stream, 0, 2)};
+    if (layout.start == STREAM_FAILED)
+        return Fail(error::InputOutput);
+    GlobalBlock bytes;
+    if (const Status status = BuildDirectory(file, page, byteOrder, layout, bytes); status != error::None)
+        return status;
+    if (const Status status = WriteBytes(stream, bytes.Get(), layout.end - layout.start);
+        status != error::None)
+        return status;
+    // The link goes last. Until it is written the new page is only unreferenced bytes, and the
+    // file reads as it did before.
+    if (const Status status = PatchLink(stream, linkPosition, layout.directoryOffset, byteOrder);
+        status != error::None)
+        return status;
+    TakeDirectory(file, page, layout, (layout.linkPosition - layout.directoryOffset) / ENTRY_BYTES);
+    return error::None;
+}
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" uint32_t WriteTiffImageDirectory(HGLOBAL file, uint32_t page) noexcept
+{
+    // Opening may empty the file: not for a page that there is nothing to write of.
+    if (!IsTiffImageRegistered(file, page))
+        return error::NotEnoughMemory;
+    WritingStream stream(file);
+    if (!stream)
+        return TiffError();
+    Status status = BeginPage(stream.Get(), file);
+    if (status == error::None)
+        status = WriteDirectory(stream.Get(), file, page);
+    if (status == error::None)
+        stream.Commit();
+    return Fail(status);
+}

@@ -1,0 +1,465 @@
+// Code is spelt out bit by bit from the tables of T.4 and T.6, or byte by byte.
+#include "codecs/codec_table.h"
+#include "core/stream.h"
+#include "tiff/ccitt.h"
+#include "tiff/errors.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <string>
+#include <vector>
+
+using namespace tiff;
+
+namespace {
+
+using Line = std::vector<uint8_t>;
+using Code = std::vector<uint8_t>;
+
+const std::string eol = "000000000001", eofb = eol + eol;
+
+std::string Times(const std::string& part, size_t count)
+{
+    std::string all;
+    while (count-- > 0)
+        all += part;
+    return all;
+}
+
+// "0101 1", padded with zeros to a byte.
+Code Packed(const std::string& digits)
+{
+    Code code;
+    size_t count = 0;
+    for (const char digit : digits) {
+        if (digit == ' ')
+            continue;
+        if (count % 8 == 0)
+            code.push_back(0);
+        if (digit == '1')
+            code.back() = static_cast<uint8_t>(code.back() | 0x80 >> count % 8);
+        ++count;
+    }
+    return code;
+}
+
+// Lines of eight pixels, "...##.../........".
+std::vector<Line> Picture(const std::string& drawn)
+{
+    std::vector<Line> lines;
+    for (size_t at = 0; at < drawn.size(); at += 9) {
+        lines.push_back({0});
+        for (size_t pixel = 0; pixel < 8; ++pixel)
+            if (drawn[at + pixel] == '#')
+                lines.back()[0] = static_cast<uint8_t>(lines.back()[0] | 0x80 >> pixel);
+    }
+    return lines;
+}
+
+// What the line routine hands out, over and over when there are more rows than lines.
+struct Source {
+    std::vector<Line> lines;
+    uint32_t stopRow = UINT32_MAX;
+    intptr_t stopStatus = 0;
+    TiffStream closedStream = 0; // taken away at the first row
+    uint32_t calls = 0;
+};
+
+intptr_t FillLine(void* line, uint32_t row, void* userData)
+{
+    auto& source = *static_cast<Source*>(userData);
+    ++source.calls;
+    if (source.closedStream != 0)
+        mClose(source.closedStream);
+    const Line& pixels = source.lines[row % source.lines.size()];
+    std::memcpy(line, pixels.data(), pixels.size());
+    return row == source.stopRow ? source.stopStatus : 0;
+}
+
+// A block's content; the block is gone then.
+template <class Element>
+std::vector<Element> Take(HGLOBAL block, size_t count)
+{
+    std::vector<Element> content(block ? count : 0);
+    if (block) {
+        std::memcpy(content.data(), GlobalLock(block), count * sizeof(Element));
+        GlobalUnlock(block);
+        GlobalFree(block);
+    }
+    return content;
+}
+
+Code TakeCode(TiffStream stream)
+{
+    const Code code = Take<uint8_t>(MemoryStreamBlock(stream), mSize(stream));
+    mClose(stream);
+    return code;
+}
+
+struct Strips {
+    uint32_t width = 8, bits = 1, rows = 1, rowsPerStrip = 1, compression = compression::Stored;
+    uint32_t sampleBits = 0, byteOrder = TIFF_INTEL, start = 0, entries = 10;
+};
+
+struct Encoded {
+    Status status;
+    Code code;
+    std::vector<uint32_t> offsets, counts;
+};
+
+Encoded EncodeStrips(const Strips& strips, Source source)
+{
+    CodecContext context{};
+    context.stream = OpenMemoryStream(nullptr, 0);
+    const Code before(strips.start, 0xEE);
+    mWrite(context.stream, before.data(), strips.start);
+    context.lineFormat.biWidth = static_cast<int32_t>(strips.width);
+    context.lineFormat.biHeight = static_cast<int32_t>(strips.rows);
+    context.lineFormat.biBitCount = static_cast<uint16_t>(strips.bits);
+    context.bytesPerLine = (strips.width * strips.bits + 7) / 8;
+    context.compression = strips.compression;
+    context.bitsPerSample = strips.sampleBits;
+    context.byteOrder = strips.byteOrder;
+    context.fillOrder = 1;
+    context.rowsPerStrip = strips.rowsPerStrip;
+    context.stripCount = strips.entries;
+    context.stripOffsets = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, strips.entries * 4);
+    context.stripByteCounts = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, strips.entries * 4);
+    context.userData = &source;
+    context.lineCallback = FillLine;
+    Encoded encoded{};
+    encoded.status = Encode(&context);
+    if (encoded.status == 0)
+        encoded.status = FlushCodeBuffer(&context);
+    if (context.bufferBlock) {
+        GlobalUnlock(context.bufferBlock);
+        GlobalFree(context.bufferBlock);
+    }
+    encoded.offsets = Take<uint32_t>(context.stripOffsets, strips.entries);
+    encoded.counts = Take<uint32_t>(context.stripByteCounts, strips.entries);
+    encoded.code = TakeCode(context.stream);
+    return encoded;
+}
+
+// Codes at the widths a reader expects that counts an entry with every code after a Clear.
+Code LzwCode(const std::vector<uint32_t>& codes)
+{
+    std::string digits;
+    uint32_t nextFree = 258;
+    for (const uint32_t code : codes) {
+        for (int bit = std::max(static_cast<int>(std::bit_width(nextFree)), 9); bit-- > 0;)
+            digits += code >> bit & 1 ? '1' : '0';
+        nextFree = code == 256 ? 258 : nextFree + 1;
+    }
+    return Packed(digits);
+}
+
+Code operator+(Code left, const Code& right)
+{
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+
+Line AllOf(uint8_t byte, size_t count)
+{
+    return Line(count, byte);
+}
+
+} // namespace
+
+TEST(CcittEncoder, LinesBecomeTheCodesOfTheirScheme)
+{
+    const std::string runs = "1000 11 1000", tag1 = eol + "1", tag0 = eol + "0", rtc = Times(tag1, 6);
+    const std::string fill = "00000000 0000", empties = "00110101 0000110111";
+    const struct {
+        const char* row;
+        uint32_t compression;
+        int32_t k;
+        const char* picture;
+        std::string code;
+    } rows[] = {
+        {"Huffman rows begin on bytes", 2, 2, "...##.../........", runs + "000000 10011"},
+        {"Huffman by its variant", 0x40002, 2, "...##.../........", runs + "000000 10011"},
+        {"a black eighth pixel", 2, 2, ".......#", empties + "1111 010"},
+        {"black at both ends of the byte", 2, 2, "#......#", "00110101 010 1110 010"},
+        {"Group 3", 3, 2, "......../...##...", eol + "10011" + eol + runs + Times(eol, 6)},
+        {"Group 3 aligned", 0x40003, 2, "......../........",
+         fill + eol + "10011 000 0000" + eol + "10011 000 0000" + eol + Times(fill + eol, 5)},
+        {"every second line in runs", 0x10003, 2, "...##.../...##.../..###...",
+         tag1 + runs + tag0 + "1 1 1" + tag1 + "0111 10 1000" + rtc},
+        {"every fourth", 0x10003, 4, "...##.../...##.../..###...",
+         tag1 + runs + tag0 + "1 1 1" + tag0 + "010 1 1" + rtc},
+        {"a black eighth pixel between tags", 0x10003, 2, ".......#", tag1 + empties + "1111 010" + rtc},
+        {"aligned tags, five bits left or more", 0x50003, 2, "...##.../...##...",
+         "000" + tag1 + runs + "0" + tag0 + "111" + tag1 + Times("000" + tag1, 5)},
+        {"aligned tags, fewer than five", 0x50003, 2, "........",
+         "000" + tag1 + "10011 000000" + tag1 + Times("000" + tag1, 5)},
+        {"horizontal, vertical and pass modes", 4, 2, "...##.../..###.../......../#.......",
+         "001 1000 11 1  010 1 1  0001 1  001 00110101 010 1" + eofb},
+        {"all vertical modes", 4, 2, "####..../#######./#####.../######../########/#####.../####....",
+         "001 00110101 011 1  1 0000011 1  1 000010 1  1 011 1  1 000011  1 0000010 1  1 010 1" + eofb},
+        {"b1 goes back after a vertical mode to the left", 4, 2, ".....#../..##.#..",
+         "0000010 000010 1  0000010 000010 1 1 1" + eofb},
+    };
+    for (const auto& [row, compression, k, picture, code] : rows) {
+        SCOPED_TRACE(row);
+        Source source{Picture(picture)};
+        EXPECT_EQ(SetKfactor(k), 1);
+        EXPECT_EQ(SetKfactor(1), 0) << "K stays";
+        EXPECT_EQ(SetKfactor(-1), 0);
+        const auto count = static_cast<uint32_t>(source.lines.size());
+        EXPECT_EQ(
+            EncodeStrips({.rows = count, .rowsPerStrip = count, .compression = compression}, source).code,
+            Packed(code));
+    }
+    SetKfactor(2);
+}
+
+TEST(CcittEncoder, LongRunsAreMadeUp)
+{
+    static const struct {
+        uint32_t width;
+        uint8_t colour;
+        const char* code;
+    } rows[] = {
+        {63, 0x00, "00110100"},
+        {64, 0x00, "11011 00110101"},
+        {2560, 0x00, "000000011111 00110101"},
+        {2561, 0x00, "000000011111 000111"},
+        {2624, 0x00, "000000011111 11011 00110101"},
+        {6000, 0x00, "000000011111 000000011111 011010010 00001011"},
+        {6000, 0xFF, "00110101 000000011111 000000011111 0000001001101 000001100100"},
+    };
+    for (const auto& [width, colour, code] : rows) {
+        SCOPED_TRACE(width);
+        const Encoded encoded =
+            EncodeStrips({.width = width, .compression = 2}, {{AllOf(colour, (width + 7) / 8)}});
+        EXPECT_EQ(encoded.code, Packed(code));
+    }
+}
+
+TEST(CcittEncoder, BitsBehindTheWidthDoNotMatter)
+{
+    for (const uint8_t padding : Line{0x00, 0x01}) {
+        const Line narrow = {static_cast<uint8_t>(0x02 | padding)};
+        EXPECT_EQ(EncodeStrips({.width = 7, .compression = 2}, {{narrow}}).code, Packed("1110 010"));
+        const Line wide = {0x00, static_cast<uint8_t>(padding * 0x7F)};
+        EXPECT_EQ(EncodeStrips({.width = 9, .compression = 4}, {{wide}}).code, Packed("1" + eofb));
+    }
+}
+
+TEST(CcittEncoder, EveryStripStandsAlone)
+{
+    const Line line = {0x18};
+    const Code group4 = Packed("001 1000 11 1" + eofb);
+    EXPECT_EQ(EncodeStrips({.rows = 2, .compression = 4}, {{line}}).code, group4 + group4);
+
+    // The EOL in front is written once, but each strip begins in runs.
+    const std::string rest = "1000 11 1000" + Times(eol + "1", 6);
+    const Code first = Packed(eol + "1" + rest), second = Packed(rest);
+    const Encoded group3 = EncodeStrips({.rows = 2, .compression = 0x10003}, {{line}});
+    EXPECT_EQ(group3.code, first + second);
+    EXPECT_EQ(group3.offsets[1], first.size());
+}
+
+TEST(CcittEncoder, RecordsHoldOneCodeBufferEach)
+{
+    const struct {
+        const char* row;
+        uint32_t rows;
+        size_t ones; // bytes of white rows, one bit each
+        Code first, last;
+    } rows[] = {
+        {"a short record", 1, 0, {0xFE, 0x92, 0x00, 0x04}, {0x80, 0x08, 0x00, 0x80}},
+        {"a full one, and none of 0 bytes", 32764 * 8, 32764, {0xFE, 0x92, 0x7F, 0xFF}, {0x00, 0x10, 0x01}},
+        {"a tail", 32767 * 8, 32767, {0xFE, 0x92, 0x7F, 0xFF}, {0xFE, 0x92, 0x00, 0x03, 0x00, 0x10, 0x01}},
+    };
+    for (const auto& [row, count, ones, first, last] : rows) {
+        SCOPED_TRACE(row);
+        Source source{{{0x00}}};
+        const TiffStream stream = OpenMemoryStream(nullptr, 0);
+        EXPECT_EQ(EncodeMMRImage(stream, 8, count, 1, &source, FillLine), 1);
+        EXPECT_EQ(TakeCode(stream), first + AllOf(0xFF, ones) + last);
+    }
+}
+
+TEST(CcittEncoder, RawCodeGoesToTheCurrentPositionInTheBitOrderAsked)
+{
+    for (const auto& [fillOrder, byte] : {std::pair{1u, 0x98}, {2u, 0x19}, {7u, 0x98}}) {
+        Source source{{{0x00}}};
+        const TiffStream stream = OpenMemoryStream(nullptr, 0);
+        mWrite(stream, "abc", 3);
+        EXPECT_EQ(EncodeCcittImageTo(stream, 8, 1, fillOrder, TIFF_INTEL, 2, &source, FillLine), 1);
+        EXPECT_EQ(TakeCode(stream), (Code{'a', 'b', 'c', static_cast<uint8_t>(byte)}));
+    }
+}
+
+TEST(CcittEncoder, FailuresEndTheCall)
+{
+    const struct {
+        const char* row;
+        uint32_t width, rows, compression;
+        bool losesStream;
+        intptr_t status; // of the line routine at row 1
+        uint32_t error, calls;
+    } rows[] = {
+        {"stopped by the line routine", 8, 5, 4, false, 77, 77, 2},
+        {"a status in the high half is none", 8, 5, 4, false, static_cast<intptr_t>(uint64_t{7} << 32), 0, 5},
+        {"lines too long for modes", 32768 * 8 + 1, 1, 4, false, 0, 12, 0},
+        {"for modes and runs", 32768 * 8 + 1, 1, 0x10003, false, 0, 12, 0},
+        {"the longest line", 32768 * 8, 1, 4, false, 0, 0, 1},
+        {"runs have no limit", 32768 * 8 + 1, 1, 2, false, 0, 0, 1},
+        {"the tail cannot be written", 8, 1, 4, true, 0, 6, 1},
+        {"a full buffer cannot be written", 8, 40000, 1, true, 0, 6, 32768},
+        {"an unknown compression", 8, 1, 99, false, 0, 11, 0},
+    };
+    for (const auto& [row, width, count, compression, losesStream, status, error, calls] : rows) {
+        SCOPED_TRACE(row);
+        Source source{{AllOf(0, (width + 7) / 8)}, 1, status};
+        const TiffStream stream = OpenMemoryStream(nullptr, 0);
+        source.closedStream = losesStream ? stream : 0;
+        SetTiffError(0);
+        EXPECT_EQ(EncodeCcittImage(stream, width, count, compression, &source, FillLine), error == 0);
+        EXPECT_EQ(TiffError(), error);
+        EXPECT_EQ(source.calls, calls);
+        TakeCode(stream);
+    }
+    Source source{{{0x00}}};
+    EXPECT_EQ(EncodeCcittImage(NO_STREAM, 8, 1, 4, &source, FillLine), 0);
+    EXPECT_EQ(TiffError(), 6u);
+}
+
+TEST(Encoders, StripsAreRecordedWhereverTheyEndInTheBuffer)
+{
+    static const struct {
+        const char* row;
+        uint32_t compression, lineBytes, rows, rowsPerStrip, entries, rowCode;
+        std::vector<uint32_t> counts;
+    } rows[] = {
+        {"inside and across the buffer", 1, 10000, 7, 2, 4, 10000, {20000, 20000, 20000, 10000}},
+        {"at its edge", 1, 32767, 3, 1, 3, 32767, {32767, 32767, 32767}},
+        {"lines beyond it", 1, 70000, 2, 1, 2, 70000, {70000, 70000}},
+        {"many in one", 1, 1, 5, 2, 3, 1, {2, 2, 1}},
+        {"more strips than entries", 1, 4, 5, 1, 2, 4, {4, 4}},
+        {"Huffman over the edge", 2, 1, 70000, 30000, 3, 1, {30000, 30000, 10000}},
+        {"PackBits over the edge", 32773, 1, 40000, 15000, 3, 2, {30000, 30000, 20000}},
+    };
+    for (const auto& [row, compression, lineBytes, count, rowsPerStrip, entries, rowCode, counts] : rows) {
+        SCOPED_TRACE(row);
+        const Encoded encoded = EncodeStrips({.width = lineBytes * 8,
+                                              .rows = count,
+                                              .rowsPerStrip = rowsPerStrip,
+                                              .compression = compression,
+                                              .start = 8,
+                                              .entries = entries},
+                                             {{AllOf(0, lineBytes)}});
+        EXPECT_EQ(encoded.status, 0u);
+        EXPECT_EQ(encoded.code.size(), 8 + size_t{count} * rowCode);
+        EXPECT_EQ(encoded.counts, counts);
+        uint32_t offset = 8;
+        for (size_t strip = 0; strip < counts.size(); offset += counts[strip++])
+            EXPECT_EQ(encoded.offsets[strip], offset);
+    }
+}
+
+TEST(PackBitsEncoder, PacketsStayInsideTheirLine)
+{
+    Line counting(129);
+    for (size_t index = 0; index < counting.size(); ++index)
+        counting[index] = static_cast<uint8_t>(index);
+    const Code countingCode = Code{0x7F} + Line(counting.begin(), counting.end() - 1) + Code{0x00, 0x80};
+    const struct {
+        const char* row;
+        Line line;
+        Code code;
+    } rows[] = {
+        {"one byte", {0x41}, {0x00, 0x41}},
+        {"a literal before a repeat", {0x41, 0x42, 0x42, 0x42}, {0x01, 0x41, 0x42, 0xFF, 0x42}},
+        {"and leaves a byte alone", {0x41, 0x42, 0x42}, {0x01, 0x41, 0x42, 0x00, 0x42}},
+        {"the longest repeat", AllOf(0x55, 128), {0x81, 0x55}},
+        {"one more", AllOf(0x55, 129), {0x81, 0x55, 0x00, 0x55}},
+        {"the longest literal", counting, countingCode},
+        {"a pair behind eight bytes", {0, 1, 2, 3, 4, 5, 6, 7, 8, 8}, {8, 0, 1, 2, 3, 4, 5, 6, 7, 8, 0, 8}},
+    };
+    for (const auto& [row, line, code] : rows) {
+        SCOPED_TRACE(row);
+        const auto width = static_cast<uint32_t>(line.size());
+        EXPECT_EQ(EncodeStrips({.width = width, .bits = 8, .rows = 2, .compression = 32773}, {{line}}).code,
+                  code + code);
+    }
+}
+
+TEST(LzwEncoder, EveryStripBeginsWithClearAndEndsOnAByte)
+{
+    const Code strip = LzwCode({256, 65, 258, 257});
+    const Encoded encoded =
+        EncodeStrips({.width = 3, .bits = 8, .rows = 2, .compression = 0x10005}, {{AllOf(65, 3)}});
+    EXPECT_EQ(encoded.counts[0], strip.size());
+    EXPECT_EQ(encoded.code, strip + strip);
+}
+
+TEST(LzwEncoder, ThreeRowsThatDoNotCompressRestartTheTable)
+{
+    const Source source{{{0, 1, 2, 3}, {4, 5, 6, 7}, {8, 9, 10, 11}, {12, 13, 14, 15}}};
+    const Code code = LzwCode({256, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 256, 12, 13, 14, 15, 257});
+    EXPECT_EQ(
+        EncodeStrips({.width = 4, .bits = 8, .rows = 4, .rowsPerStrip = 4, .compression = 0x10005}, source)
+            .code,
+        code);
+}
+
+TEST(LzwEncoder, AFullTableIsCleared)
+{
+    // No two neighbours occur twice, so every byte is a code of its own.
+    Line line;
+    for (uint32_t first = 0; line.size() < 3840; ++first)
+        for (uint32_t second = first + 1; second < 256; ++second)
+            line.insert(line.end(), {static_cast<uint8_t>(first), static_cast<uint8_t>(second)});
+    line.resize(3840);
+    std::vector<uint32_t> codes(line.begin(), line.end());
+    codes.insert(codes.begin() + (4095 - 258), 256);
+    codes.insert(codes.begin(), 256);
+    codes.push_back(257);
+    EXPECT_EQ(EncodeStrips({.width = 3840, .bits = 8, .compression = 0x10005}, {{line}}).code,
+              LzwCode(codes));
+}
+
+TEST(LzwEncoder, SamplesBecomeDifferencesInTheFilesOrder)
+{
+    static const struct {
+        const char* row;
+        uint32_t compression, bits, sampleBits, byteOrder;
+        Line line, differences;
+    } rows[] = {
+        {"1 bit", 0x20005, 1, 1, TIFF_INTEL, {0xAA, 0x55}, {0xAA, 0x55}},
+        {"4 bits", 0x20005, 4, 4, TIFF_INTEL, {0x12, 0x45}, {0x11, 0x21}},
+        {"8 bits", 0x20005, 8, 8, TIFF_INTEL, {10, 12, 11}, {10, 2, 255}},
+        {"16 bits", 0x20005, 16, 16, TIFF_INTEL, {2, 1, 0, 1}, {2, 1, 254, 255}},
+        {"16 bits, big-endian", 0x20005, 16, 16, TIFF_MOTOROLA, {2, 1, 0, 1}, {1, 2, 255, 254}},
+        {"two channels", 0x20005, 16, 8, TIFF_MOTOROLA, {10, 100, 12, 101}, {10, 100, 2, 1}},
+        {"24 bits", 0x20005, 24, 8, TIFF_INTEL, {10, 20, 30, 11, 22, 33}, {10, 20, 30, 1, 2, 3}},
+        {"32 bits", 0x20005, 32, 8, TIFF_INTEL, {1, 2, 3, 4, 18, 36, 54, 72}, {1, 2, 3, 4, 17, 34, 51, 68}},
+        {"no predictor", 0x10005, 16, 16, TIFF_MOTOROLA, {1, 2, 3, 4}, {2, 1, 4, 3}},
+    };
+    for (const auto& [row, compression, bits, sampleBits, byteOrder, line, differences] : rows) {
+        SCOPED_TRACE(row);
+        std::vector<uint32_t> codes(differences.begin(), differences.end());
+        codes.insert(codes.begin(), 256);
+        codes.push_back(257);
+        const Strips strips = {.width = static_cast<uint32_t>(line.size()) * 8 / bits,
+                               .bits = bits,
+                               .compression = compression,
+                               .sampleBits = sampleBits,
+                               .byteOrder = byteOrder};
+        EXPECT_EQ(EncodeStrips(strips, {{line}}).code, LzwCode(codes));
+    }
+    for (const uint32_t compression : {1u, 32773u}) {
+        const Strips strips = {
+            .width = 1, .bits = 16, .compression = compression, .byteOrder = TIFF_MOTOROLA};
+        Code code = EncodeStrips(strips, {{{0x01, 0x02}}}).code;
+        EXPECT_EQ(Code(code.end() - 2, code.end()), (Code{0x02, 0x01}));
+    }
+}

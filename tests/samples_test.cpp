@@ -1,0 +1,80 @@
+// Pages coded by other programs, against the rows that an independent decoder found in them.
+#include "support/pictures.h"
+
+#include <cstdio>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <sstream>
+
+namespace {
+
+const std::string SAMPLES = TIFF_SOURCE_DIR "/samples/";
+
+uint32_t Crc32(const Bytes& bytes)
+{
+    uint32_t crc = 0xFFFFFFFF;
+    for (const uint8_t byte : bytes) {
+        crc ^= byte;
+        for (int bit = 0; bit < 8; ++bit)
+            crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
+    }
+    return ~crc;
+}
+
+Bytes WithoutPadding(const Decoded& decoded, uint64_t rowBits)
+{
+    Bytes rows;
+    for (Bytes row : decoded.rows) {
+        if (rowBits % 8)
+            row.back() = static_cast<uint8_t>(row.back() & 0xFF << (8 - rowBits % 8));
+        rows.insert(rows.end(), row.begin(), row.end());
+    }
+    return rows;
+}
+
+} // namespace
+
+TEST(Samples, RowsAreThoseOfAnIndependentDecoder)
+{
+    std::ifstream list(SAMPLES + "rows.tsv");
+    std::string line;
+    std::getline(list, line);
+    uint32_t pages = 0;
+    while (std::getline(list, line)) {
+        SCOPED_TRACE(line);
+        std::istringstream fields(line);
+        std::string name, crc;
+        uint32_t page, width, rows;
+        fields >> name >> page >> width >> rows >> crc;
+        HGLOBAL file = OpenTiffFile((SAMPLES + name).c_str(), T_READ);
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(TiffError(), 0u);
+        const Decoded decoded = DecodePage(file, page);
+        BITMAPINFOHEADER header{};
+        EXPECT_EQ(GetTiffDimensions(file, page, &header), 0u);
+        EXPECT_EQ(header.biWidth, static_cast<int32_t>(width));
+        EXPECT_EQ(decoded.error, 0u);
+        EXPECT_EQ(decoded.rows.size(), rows);
+        EXPECT_EQ(Crc32(WithoutPadding(decoded, uint64_t{width} * header.biBitCount)),
+                  std::stoul(crc, nullptr, 16));
+        CloseTiffFile(file);
+        ++pages;
+    }
+    EXPECT_GE(pages, 25u);
+}
+
+TEST(Samples, DamagedPagesGiveWhatCanBeRead)
+{
+    static const struct {
+        const char* name;
+        uint32_t error;
+    } rows[] = {{"damaged-g3-line.tif", 0}, {"truncated-g4.tif", 5}};
+    for (const auto& [name, error] : rows) {
+        SCOPED_TRACE(name);
+        HGLOBAL dib = LoadTiffIntoDIB((SAMPLES + name).c_str(), 0, 0);
+        EXPECT_NE(dib, nullptr);
+        EXPECT_EQ(TiffError(), error);
+        GlobalFree(dib);
+    }
+}

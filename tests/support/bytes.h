@@ -1,0 +1,59 @@
+// Byte strings, written the way a person checks them.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using Bytes = std::vector<uint8_t>;
+
+// "0101 1" with spaces anywhere, padded with zeros to a whole byte.
+Bytes Bits(std::string_view digits);
+
+// "41 FF 00", spaces anywhere.
+Bytes Hex(std::string_view digits);
+
+Bytes operator+(Bytes left, const Bytes& right);
+Bytes Repeat(const Bytes& part, size_t times);
+Bytes ReversedBits(Bytes bytes);
+
+// A movable block with these bytes, freed at the end of the scope unless released.
+class Block {
+public:
+    explicit Block(const Bytes& bytes);
+    Block(const Block&) = delete;
+    Block& operator=(const Block&) = delete;
+    ~Block();
+    HGLOBAL Get() const
+    {
+        return block;
+    }
+
+private:
+    HGLOBAL block;
+};
+
+// A copy of a block's first bytes, or of all of it.
+Bytes Content(HGLOBAL block, size_t bytes);
+
+// A file that is gone at the end of the scope.
+class TempFile {
+public:
+    explicit TempFile(const Bytes& content);
+    TempFile(const TempFile&) = delete;
+    TempFile& operator=(const TempFile&) = delete;
+    ~TempFile();
+    const char* Path() const
+    {
+        return path.c_str();
+    }
+
+private:
+    std::string path;
+};
+
+Bytes ReadFileBytes(const std::string& path);

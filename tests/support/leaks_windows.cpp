@@ -1,0 +1,7 @@
+#include "support/leaks.h"
+
+NoLeaks::NoLeaks() : check(nullptr)
+{
+}
+
+NoLeaks::~NoLeaks() = default;

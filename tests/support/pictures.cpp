@@ -1,0 +1,48 @@
+#include "support/pictures.h"
+
+std::vector<std::string> Decoded::Pixels(uint32_t width) const
+{
+    std::vector<std::string> lines;
+    for (const Bytes& row : rows) {
+        std::string line;
+        for (uint32_t column = 0; column < width; ++column)
+            line += row[column / 8] >> (7 - column % 8) & 1 ? '#' : '.';
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+Bytes Decoded::Joined() const
+{
+    Bytes all;
+    for (const Bytes& row : rows)
+        all.insert(all.end(), row.begin(), row.end());
+    return all;
+}
+
+intptr_t CollectRow(void* line, uint32_t row, void* collector)
+{
+    auto& target = *static_cast<RowCollector*>(collector);
+    const auto* bytes = static_cast<const uint8_t*>(line);
+    target.decoded.rows.emplace_back(bytes, bytes + target.rowBytes);
+    target.decoded.numbers.push_back(row);
+    return row == target.stopRow ? target.stopStatus : 0;
+}
+
+Decoded DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount)
+{
+    BITMAPINFOHEADER header{};
+    GetTiffImage(file, page);
+    GetTiffDimensions(file, page, &header);
+    RowCollector collector{
+        static_cast<uint32_t>((uint64_t{static_cast<uint32_t>(header.biWidth)} * header.biBitCount + 7) / 8)};
+    collector.decoded.result = DecodeTiffImage(file, page, firstStrip, rowCount, &collector, CollectRow);
+    collector.decoded.error = TiffError();
+    return collector.decoded;
+}
+
+Decoded DecodeFile(const Bytes& tiff)
+{
+    MemoryTiff opened(tiff);
+    return DecodePage(opened.file, 0);
+}

@@ -1,0 +1,31 @@
+// Decoded rows as text.
+#pragma once
+
+#include "support/tiff_builder.h"
+
+// What a decoding call gave: its result, the last error and the rows handed over.
+struct Decoded {
+    int32_t result = 0;
+    uint32_t error = 0;
+    std::vector<Bytes> rows;
+    std::vector<uint32_t> numbers; // row numbers as handed over
+
+    // Bilevel rows: "..##", cut to the width.
+    std::vector<std::string> Pixels(uint32_t width) const;
+    Bytes Joined() const;
+};
+
+// Collects rows of so many bytes; stops with a status at a row when asked to.
+struct RowCollector {
+    uint32_t rowBytes;
+    uint32_t stopRow = UINT32_MAX;
+    intptr_t stopStatus = 0;
+    Decoded decoded{};
+};
+
+intptr_t CollectRow(void* line, uint32_t row, void* collector);
+
+Decoded DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip = 0, uint32_t rowCount = 0);
+
+// The first page of a TIFF file.
+Decoded DecodeFile(const Bytes& tiff);
