@@ -60,20 +60,20 @@ uint64_t DescribeStrips(CodecContext* context, const PageTags& tags)
 
 Status PrepareStrips(CodecContext* context, HGLOBAL file, uint32_t page)
 {
-    bool namesRows;
+    bool tellsRows;
     uint64_t count;
     {
         const PageTags tags(file, page);
         if (IsOldJpeg(context) && !tags.Find(tag::TileWidth))
             return error::OldJpegPage;
-        namesRows = IsOldJpeg(context) || tags.Find(tag::RowsPerStrip);
+        tellsRows = IsOldJpeg(context) || tags.Value(tag::RowsPerStrip, 0) != 0;
         count = DescribeStrips(context, tags);
     }
     if (count > MOST_STRIPS)
         return error::NotEnoughMemory;
     // Readers take a page that does not tell for one strip: it must say what is done here.
-    if (!namesRows &&
-        !DefineTiffImageInfo(file, page, tag::RowsPerStrip, fieldtype::Short, context->rowsPerStrip))
+    if (!tellsRows &&
+        !DefineTiffImageInfo(file, page, tag::RowsPerStrip, fieldtype::Long, context->rowsPerStrip))
         return error::NotEnoughMemory;
     context->stripCount = static_cast<uint32_t>(count);
     context->stripOffsetsType = fieldtype::Long;

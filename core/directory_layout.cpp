@@ -23,11 +23,16 @@ std::optional<DirectoryLayout> LayOutDirectory(std::span<DirectoryTag> tags, uin
             at += tag.valueBytes;
     }
     const uint64_t directory = at + at % 2;
-    const uint64_t link = directory + 2 + tags.size() * ENTRY_BYTES;
+    const auto entryBytes = static_cast<uint32_t>(tags.size() * ENTRY_BYTES);
+    const uint64_t link = directory + 2 + entryBytes;
     if (link + 4 > UINT32_MAX)
         return std::nullopt;
-    return DirectoryLayout{start, static_cast<uint32_t>(at - start), static_cast<uint32_t>(directory),
-                           static_cast<uint32_t>(link), static_cast<uint32_t>(link + 4)};
+    return DirectoryLayout{.start = start,
+                           .valueBytes = static_cast<uint32_t>(at - start),
+                           .directoryOffset = static_cast<uint32_t>(directory),
+                           .entryBytes = entryBytes,
+                           .linkPosition = static_cast<uint32_t>(link),
+                           .end = static_cast<uint32_t>(link + 4)};
 }
 
 } // namespace tiff

@@ -19,6 +19,7 @@ struct DirectoryLayout {
     uint32_t start;
     uint32_t valueBytes; // of the values that do not lie in their entries
     uint32_t directoryOffset;
+    uint32_t entryBytes;
     uint32_t linkPosition; // of the link behind the entries
     uint32_t end;
 };

@@ -109,12 +109,12 @@ Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset,
                                                                              : error::InputOutput;
 }
 
-void TakeDirectory(HGLOBAL file, uint32_t page, const DirectoryLayout& layout, uint32_t tagCount)
+void TakeDirectory(HGLOBAL file, uint32_t page, const DirectoryLayout& layout)
 {
     Locked<TiffFileRecord> record(file);
     PageEntry& entry = Pages(record.Get())[page];
     entry.directoryOffset = layout.directoryOffset;
-    entry.tagBlockBytes = layout.valueBytes + tagCount * ENTRY_BYTES;
+    entry.tagBlockBytes = layout.valueBytes + layout.entryBytes;
     record->linkPosition = layout.linkPosition;
     record->openFlags = openflag::Existing;
 }
@@ -143,7 +143,7 @@ Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page)
     if (const Status status = PatchLink(stream, linkPosition, layout.directoryOffset, byteOrder);
         status != error::None)
         return status;
-    TakeDirectory(file, page, layout, (layout.linkPosition - layout.directoryOffset) / ENTRY_BYTES);
+    TakeDirectory(file, page, layout);
     return error::None;
 }
 

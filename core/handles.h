@@ -40,4 +40,37 @@ private:
     HANDLE handle = INVALID_HANDLE_VALUE;
 };
 
+class Module {
+public:
+    Module() = default;
+    explicit Module(HMODULE module) : module(module)
+    {
+    }
+    Module(Module&& other) noexcept : module(other.Release())
+    {
+    }
+    Module& operator=(Module&&) = delete;
+    ~Module()
+    {
+        if (module)
+            FreeLibrary(module);
+    }
+
+    explicit operator bool() const
+    {
+        return module != nullptr;
+    }
+    HMODULE Get() const
+    {
+        return module;
+    }
+    HMODULE Release()
+    {
+        return std::exchange(module, nullptr);
+    }
+
+private:
+    HMODULE module = nullptr;
+};
+
 } // namespace tiff

@@ -88,9 +88,10 @@ WritingStream::WritingStream(HGLOBAL file, uint32_t retries)
 // the stream has forgotten it: then the record's handle is the good one.
 WritingStream::~WritingStream()
 {
+    Locked<TiffFileRecord> record(fresh ? nullptr : file);
     HGLOBAL block = MemoryStreamBlock(stream.Get());
-    if (block && !fresh)
-        Locked<TiffFileRecord>(file)->memoryBlock = block;
+    if (record && block)
+        record->memoryBlock = block;
 }
 
 void WritingStream::Commit()

@@ -8,7 +8,10 @@
 #include "tiff/pages.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <initializer_list>
+#include <iterator>
 
 namespace tiff {
 
@@ -169,8 +172,8 @@ uint32_t RowsPerStrip(const Picture& picture, uint32_t compression)
     case compression::Group4:
         return picture.height;
     default:
-        const auto rowBytes = static_cast<uint32_t>((uint64_t{picture.width} * picture.bits + 7) / 8);
-        return std::max(std::min(STRIP_BYTES / rowBytes, picture.height), 1u);
+        const uint64_t rowBytes = (uint64_t{picture.width} * picture.bits + 7) / 8;
+        return std::max(std::min(static_cast<uint32_t>(STRIP_BYTES / rowBytes), picture.height), 1u);
     }
 }
 

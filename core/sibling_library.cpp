@@ -4,8 +4,33 @@
 #include "core/process_state.h"
 
 #include <cstdint>
+#include <cstring>
 
 namespace tiff {
+
+// This library's own path with another file name; false when it tells no folder or is too long.
+static bool PathBesideUs(const char* fileName, char (&path)[MAX_PATH_BYTES])
+{
+    const DWORD length = GetModuleFileNameA(processState.module, path, sizeof(path));
+    if (length == 0 || length >= sizeof(path))
+        return false;
+    char* lastSeparator = std::strrchr(path, '\\');
+    if (!lastSeparator)
+        return false;
+    char* name = lastSeparator + 1;
+    const size_t nameBytes = std::strlen(fileName) + 1;
+    if (nameBytes > static_cast<size_t>(path + sizeof(path) - name))
+        return false;
+    std::memcpy(name, fileName, nameBytes);
+    return true;
+}
+
+Module LoadSibling(const char* fileName)
+{
+    char path[MAX_PATH_BYTES];
+    HMODULE module = PathBesideUs(fileName, path) ? LoadLibraryA(path) : nullptr;
+    return Module(module ? module : LoadLibraryA(fileName));
+}
 
 // Below this a module handle is an error code.
 static constexpr uintptr_t LEAST_MODULE = 32;

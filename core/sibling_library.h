@@ -1,10 +1,15 @@
 // The companion libraries that are found when they are needed and not linked.
 #pragma once
 
+#include "core/handles.h"
 #include "core/vocabulary.h"
 #include "core/win32.h"
 
 namespace tiff {
+
+// The library of this file name beside this one, or else where the system finds it; null when
+// neither is there.
+Module LoadSibling(const char* fileName);
 
 // A function of the JPEG library, which is loaded if it is not yet. Null with the status and
 // the last error set to 22 (no library) or 23 (no such function).

@@ -39,6 +39,7 @@ struct TiffThreadState {
     uint32_t kFactor;  // of Group 3 two-dimensional coding
     uint32_t codeMask; // the bit of its byte that the next CCITT code begins at; 0x80, a fresh byte
     SaveSettings save;
+    BITMAPINFO* ccittSource; // of the bitmap whose lines DllFillCcittLine fetches; else null
 };
 
 // The calling thread's record, made on first use. A thread that cannot have one is ended: no

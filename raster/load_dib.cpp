@@ -6,9 +6,10 @@
 #include "core/tag_block.h"
 #include "raster/dib.h"
 #include "raster/dib_lines.h"
+#include "raster/load_dialog.h"
+#include "raster/loaded_page.h"
+#include "raster/whole_jpeg.h"
 #include "tiff/codecs.h"
-#include "tiff/directory.h"
-#include "tiff/files.h"
 #include "tiff/load.h"
 
 namespace tiff {
@@ -119,7 +120,6 @@ Status DecodeRows(HGLOBAL file, uint32_t page, GlobalBlock& block, const DibPlan
 // A loaded page as a DIB, or null; the last error tells how it went.
 HGLOBAL LoadPage(HGLOBAL file, uint32_t page, bool keepColourSpace)
 {
-    const BusyCursor busy;
     GlobalBlock block;
     block.Adopt(GetTiffRGBQuad(file, page));
     if (!block)
@@ -134,42 +134,23 @@ HGLOBAL LoadPage(HGLOBAL file, uint32_t page, bool keepColourSpace)
     return KeepsPicture(status) ? block.Release() : nullptr;
 }
 
-// JPEG pages are for a codec that loads them whole; without one their compression is not known.
-void ReportMissingJpegCodec()
+// A page that the driver leaves to the JPEG codec is loaded by that, under the same wait cursor.
+HGLOBAL LoadPageOrJpeg(HGLOBAL file, uint32_t page)
 {
-    if (TiffError() == error::OldJpegPage || TiffError() == error::JpegPage)
-        SetTiffError(error::UnknownCompression);
+    const BusyCursor busy;
+    HGLOBAL dib = LoadPage(file, page, false);
+    if (dib || !IsLeftToJpegCodec())
+        return dib;
+    const NamedTiff named(file);
+    if (!named) {
+        SetTiffError(error::BadDib);
+        return nullptr;
+    }
+    Status status = error::None;
+    dib = LoadWholeJpegDib(named.Path(), page, status);
+    StoreLastError(status);
+    return dib;
 }
-
-// The dialogs library is asked for, not required.
-bool PassLoadDialog(int32_t dialog)
-{
-    if (dialog)
-        SetTiffError(error::DialogLibraryMissing);
-    return !dialog;
-}
-
-// An open file for a scope; closing it leaves the last error alone.
-class OpenedFile {
-public:
-    explicit OpenedFile(const char* path) : file(OpenTiffFile(path, T_READ))
-    {
-    }
-    OpenedFile(const OpenedFile&) = delete;
-    OpenedFile& operator=(const OpenedFile&) = delete;
-    ~OpenedFile()
-    {
-        if (file)
-            CloseTiffFile(file);
-    }
-    HGLOBAL Get() const
-    {
-        return file;
-    }
-
-private:
-    HGLOBAL file;
-};
 
 } // namespace
 
@@ -179,27 +160,24 @@ using namespace tiff;
 
 extern "C" HGLOBAL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) noexcept
 {
-    const OpenedFile opened(path);
-    if (!opened.Get() || !GetTiffImage(opened.Get(), page) || !PassLoadDialog(dialog))
+    const LoadedPage loaded(path, page);
+    if (!loaded || !PassLoadDialog(dialog, loaded.File(), page))
         return nullptr;
-    HGLOBAL dib = LoadPage(opened.Get(), page, false);
-    ReportMissingJpegCodec();
-    return dib;
+    return LoadPageOrJpeg(loaded.File(), page);
 }
 
 extern "C" HGLOBAL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) noexcept
 {
-    if (!file || !GetTiffImage(file, page))
-        return nullptr;
-    HGLOBAL dib = LoadPage(file, page, false);
-    ReportMissingJpegCodec();
-    return dib;
+    return file && GetTiffImage(file, page) ? LoadPageOrJpeg(file, page) : nullptr;
 }
 
 extern "C" HGLOBAL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) noexcept
 {
-    const OpenedFile opened(path);
-    return opened.Get() && GetTiffImage(opened.Get(), page) ? LoadPage(opened.Get(), page, true) : nullptr;
+    const LoadedPage loaded(path, page);
+    if (!loaded)
+        return nullptr;
+    const BusyCursor busy;
+    return LoadPage(loaded.File(), page, true);
 }
 
 extern "C" uint32_t GetTiffColorSpace(const char* path, int32_t page) noexcept

@@ -12,6 +12,7 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
+    &convertCommand,
     &infoCommand,
     &renderCommand,
 };

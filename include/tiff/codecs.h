@@ -135,7 +135,8 @@ uint32_t FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Encodes a page that was defined (pages.h): pulls its lines from the line routine, row by row
  * from the first, writes the strips behind everything else in the file, defines their tags and
- * writes the directory. RowsPerStrip, if it is missing, becomes 1.
+ * writes the directory. A
+ * missing RowsPerStrip becomes 1, one of 0 the rows of the page.
  *
  * Returns 1, or 0 with the last error set. Until the very last step the new page is not linked:
  * after a failure the file has the pages it had, and the page can be encoded again. A file that

@@ -67,6 +67,13 @@ uint32_t GetTiffStripCount(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 /* Returns 1 for a tag whose value a page cannot be loaded without, else 0. */
 int32_t IsRequiredTag(uint32_t tag) TIFF_NOEXCEPT;
 
+/* Makes a logical palette of the colours of a page, 256 at most. Opens and closes the file.
+ *
+ * Returns the palette, or null: for a page of 1 bit per pixel, for one without colours, and with
+ * the errors of OpenTiffFile, GetTiffImage and GetTiffRGBQuad. The caller deletes it.
+ */
+HPALETTE GetTiffImagePalette(const char* path, uint32_t page) TIFF_NOEXCEPT;
+
 /* Returns the colour space (PhotometricInterpretation 7 to 17) that LoadNonRGBTiffIntoDIB
  * finds in a page, 0 for an ordinary one, or 0xFFFFFFFF when the path is null, the file cannot
  * be opened, it has no such page, or the page cannot be loaded.

@@ -12,7 +12,7 @@ TIFF_BEGIN
 typedef struct TiffDecodeLineContext {
     HDC deviceContext;          /* bitmap targets */
     HBITMAP bitmap;             /* bitmap targets */
-    HGLOBAL dib;                /* the packed DIB */
+    HGLOBAL dib;                /* the packed DIB; bitmaps: its header and colours */
     uint8_t* pixelBits;         /* first byte of the DIB's pixels */
     uint32_t height;            /* rows of the target */
     uint32_t lineBytes;         /* bytes of a decoded row to use */
@@ -27,18 +27,26 @@ intptr_t DllFlushTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXC
 /* Swaps red and blue of a 24-bit row in the line buffer, then copies it into the DIB. */
 intptr_t DllFlushTiffLine24DIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
+/* Puts a row into the bitmap as the header describes it, from the top whatever the orientation
+ * says. GDI reads the row in whole 32-bit words. The bitmap must not be selected anywhere.
+ */
+intptr_t DllFlushTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+
+/* Swaps red and blue of a 24-bit row in the line buffer, then puts it into the bitmap. */
+intptr_t DllFlushTiffLine24(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+
 /* Zero-fill before use. */
 typedef struct TiffEncodeLineContext {
     HDC deviceContext; /* bitmap sources */
     HBITMAP bitmap;    /* bitmap sources */
     void* unused;
-    const BITMAPINFO* bitmapInfo; /* bitmap sources */
-    const uint8_t* pixelBits;     /* first byte of the DIB's pixels */
-    uint32_t height;              /* rows of the DIB */
-    uint32_t lineBytes;           /* bytes of a row to produce, never more than the line buffer */
-    uint32_t strideOrColourUse;   /* DIB sources: bytes of a DIB row; bitmaps: GetDIBits' use */
-    uint32_t sampleShift;         /* left shift of 8-bit samples widened to 16 bits, 8 or 4 */
-    uint32_t invert;              /* non-zero: complement every byte on its way out */
+    BITMAPINFO* bitmapInfo;     /* bitmap sources; GetDIBits writes the colours into it */
+    const uint8_t* pixelBits;   /* first byte of the DIB's pixels */
+    uint32_t height;            /* rows of the DIB */
+    uint32_t lineBytes;         /* bytes of a row to produce, never more than the line buffer */
+    uint32_t strideOrColourUse; /* DIB sources: bytes of a DIB row; bitmaps: GetDIBits' use */
+    uint32_t sampleShift;       /* left shift of 8-bit samples widened to 16 bits, 8 or 4 */
+    uint32_t invert;            /* non-zero: complement every byte on its way out */
 } TiffEncodeLineContext;
 
 /* Copies a row of 1, 4 or 8 bits per pixel out of the DIB, complemented when asked for. */
@@ -46,6 +54,22 @@ intptr_t DllFillTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCE
 
 /* Copies a 24-bit row out of the DIB and swaps red and blue. */
 intptr_t DllFillTiffLineDIB24Bit(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+
+/* Fetches a row of the bitmap in the depth that the bitmap information asks for, in whole
+ * 32-bit words. The bitmap must not be selected anywhere.
+ */
+intptr_t DllFillTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+
+/* The same for 1 bit per pixel, every 16-bit word that holds pixels complemented: 1 is black. */
+intptr_t DllFillMonoTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+
+/* The same for 24 bits per pixel, red and blue swapped. */
+intptr_t DllFillTiffLineBitmap24Bit(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+
+/* The same with only device context and bitmap in the record: the bitmap information is the one
+ * that the calling thread is saving a CCITT file from. Without one the line stays as it is.
+ */
+intptr_t DllFillCcittLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 TIFF_END
 

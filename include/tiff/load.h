@@ -1,5 +1,6 @@
-/* Whole pages as packed DIBs: a BITMAPINFOHEADER, the colour table, the rows bottom-up and
- * padded to 4 bytes, in one movable block that the caller frees with GlobalFree.
+/* Whole pages as packed DIBs (a BITMAPINFOHEADER, the colour table, the rows bottom-up and
+ * padded to 4 bytes, in one movable block that the caller frees with GlobalFree), as bitmaps
+ * that the caller frees with DeleteObject, and on the clipboard.
  */
 #ifndef TIFF_LOAD_H
 #define TIFF_LOAD_H
@@ -7,6 +8,16 @@
 #include "tiff/base.h"
 
 TIFF_BEGIN
+
+/* What the load dialog is told. The dialogs library is KVDlgs.dll, beside this library or where
+ * the system finds it; its TiffLoadDialog takes a pointer to this and returns 1 to go on, 2 when
+ * the user cancels, anything else for a failure. The file is open and the page loaded; both stay
+ * the loader's.
+ */
+typedef struct TiffLoadDialogRequest {
+    HGLOBAL file;
+    uint32_t page;
+} TiffLoadDialogRequest;
 
 /* Decodes one page of a TIFF file into a packed DIB. 16-bit grey becomes 8-bit, CMYK and YCbCr
  * become 24-bit.
@@ -16,13 +27,15 @@ TIFF_BEGIN
  *
  * Returns the DIB, or null. A picture may come with error 5, 19 or 20: it holds the rows that
  * could be decoded.
- * Errors: 1 memory; 11 the page is JPEG and no codec for it is there; 16 colour format; 28
- *         dialogs library missing; others as OpenTiffFile, GetTiffImage, GetTiffRGBQuad and
- *         DecodeTiffImage.
+ * Errors: 0 the user cancelled; 1 memory, or the dialog failed; 11 the page is JPEG and no codec
+ *         for it is there; 16 colour format; 28 dialogs library missing; others as OpenTiffFile,
+ *         GetTiffImage, GetTiffRGBQuad and DecodeTiffImage.
  */
 HGLOBAL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
-/* The same from an open file, which stays open. */
+/* The same from an open file, which stays open. A JPEG page of a TIFF in memory is loaded through
+ * a temporary file; error 30 when that cannot be written.
+ */
 HGLOBAL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* The same, but pages with PhotometricInterpretation 7 to 17 come unconverted, first and third
@@ -30,6 +43,36 @@ HGLOBAL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
  * pages fail with 9990 or 9991.
  */
 HGLOBAL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) TIFF_NOEXCEPT;
+
+/* Decodes one page of a TIFF file into a bitmap: monochrome for pages of two colours, else
+ * compatible with the screen. Rows come from the top even for orientation 4. 16- and 32-bit
+ * pages are given to GDI as they are.
+ *
+ * page     counted from 0.
+ * dialog   non-zero shows the load dialog of the dialogs library first.
+ *
+ * Returns the bitmap, or null. It may come with error 5: it holds the rows that could be decoded.
+ * Errors: as LoadTiffIntoDIB.
+ */
+HBITMAP LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
+
+/* The same as LoadTiffIntoBitmap. */
+HBITMAP LoadTiffFileIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
+
+/* The same from an open file, which stays open; the page must be loaded. A JPEG page of a TIFF in
+ * memory is loaded through a temporary file; when that cannot be written, the bitmap is empty and
+ * comes with error 30. When the page has no header (GetTiffRGBQuad), the wait cursor stays.
+ */
+HBITMAP LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+
+/* Puts one page on the clipboard as a bitmap (CF_BITMAP); what was there before goes, also when
+ * the page cannot be decoded. page and dialog are those of LoadTiffIntoBitmap.
+ *
+ * Returns 1, also when the file cannot be opened or has no such page, the clipboard being left
+ * alone then; 0 when the dialog does not go on (error 0, 1 or 28) or the clipboard cannot be
+ * opened, which sets no error.
+ */
+int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
 TIFF_END
 

@@ -22,6 +22,7 @@
 #include "tiff/lines.h"
 #include "tiff/load.h"
 #include "tiff/pages.h"
+#include "tiff/save.h"
 #include "tiff/streams.h"
 
 #endif

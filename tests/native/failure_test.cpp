@@ -1,8 +1,10 @@
-// Every allocation and file call of a load fails once; the picture comes back whole or
-// not at all, with a cause, and nothing is left behind.
+// Every allocation and file call of a load or a save fails once; the picture comes back whole
+// or not at all, with a cause, nothing is left behind, and the pages of a file stay readable.
 #include "standin/standin.h"
 #include "support/pictures.h"
+#include "support/tiff_dump.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace {
@@ -27,6 +29,68 @@ void ExpectCauseOrPicture(HGLOBAL dib)
         GlobalFree(dib);
     else
         EXPECT_NE(TiffError(), 0u);
+}
+
+intptr_t FillWithRowNumber(void* line, uint32_t row, void* rowBytes)
+{
+    const auto bytes = reinterpret_cast<uintptr_t>(rowBytes);
+    std::fill_n(static_cast<uint8_t*>(line), bytes, static_cast<uint8_t>(row));
+    return 0;
+}
+
+// A page of 200 bytes to the row, 20 rows to the strip. False when some step of it failed.
+bool SavePage(HGLOBAL file, uint32_t rows, uint32_t& page)
+{
+    page = static_cast<uint32_t>(DefineTiffImage(file));
+    const TiffPageGeometry geometry = {0, 200, static_cast<int32_t>(rows), 200, 1, 8};
+    return page != UINT32_MAX && DefineGeneralTags(file, page, &geometry) == 0 &&
+           DefineTiffImageInfo(file, page, 278, 3, 20) &&
+           SetTiffImageDPI(file, page, 200u << 16 | 200) == 0 &&
+           EncodeTiffImage(file, page, reinterpret_cast<void*>(uintptr_t{200}), FillWithRowNumber);
+}
+
+// A page without strips.
+bool SaveDirectory(HGLOBAL file)
+{
+    const auto page = static_cast<uint32_t>(DefineTiffImage(file));
+    const Bytes values(5000);
+    return DefineTiffImageInfoBuffer(file, page, 700, values.data(), 1, 5000) &&
+           WriteTiffImageDirectory(file, page) == 0;
+}
+
+TiffBuilder TwoPages()
+{
+    TiffBuilder builder(TIFF_MOTOROLA);
+    builder.Add(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("01")}));
+    builder.Add(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("02")}));
+    return builder;
+}
+
+void ExpectOldPages(HGLOBAL file, uint32_t pageCount)
+{
+    EXPECT_EQ(NumberOfTiffImages(file, TIFF_ALL_PAGES), pageCount);
+    EXPECT_EQ(DecodePage(file, 0).Joined(), Hex("01"));
+    EXPECT_EQ(DecodePage(file, 1).Joined(), Hex("02"));
+}
+
+void Store(HGLOBAL block, std::initializer_list<uint32_t> values)
+{
+    std::copy(values.begin(), values.end(), static_cast<uint32_t*>(GlobalLock(block)));
+    GlobalUnlock(block);
+}
+
+// In place of the JPEG library's encoder: a page of one tile.
+uint32_t WriteOneTile(CodecContext* context)
+{
+    EXPECT_EQ(context->tilesAcross, 1u);
+    EXPECT_EQ(context->tilesDown, 1u);
+    EXPECT_EQ(context->stripCount, 1u);
+    Store(context->stripOffsets, {mTell(context->stream)});
+    Store(context->stripByteCounts, {4});
+    context->quantisationTables = GlobalAlloc(GMEM_MOVEABLE, 12);
+    Store(context->quantisationTables, {8, 9, 10});
+    context->codeBufferSize = context->codeBytesLeft = 0;
+    return mWrite(context->stream, "tile", 4) == 4 ? 0 : 6;
 }
 
 } // namespace
@@ -71,6 +135,142 @@ TEST(Failures, EveryCodecReportsMissingMemory)
             }
         });
     }
+}
+
+TEST(Failures, ASaveToDiskLeavesTheOldPages)
+{
+    const Bytes old = TwoPages().Build();
+    standin::FailEach(CALLS, [&](unsigned n) {
+        standin::LeakCheck leaks;
+        standin::StopFailing();
+        TempFile disk(old);
+        standin::FailNth(n, CALLS);
+        HGLOBAL file = OpenTiffFile(disk.Path(), T_APPEND);
+        if (!file || NumberOfTiffImages(file, TIFF_ALL_PAGES) != 2) {
+            // Without a look at the file it counts as new, and nothing has been written yet.
+            CloseTiffFile(file);
+            return;
+        }
+        uint32_t page = 0;
+        const bool loaded = GetTiffImage(file, 0) && GetTiffImage(file, 1);
+        const bool saved = SavePage(file, 50, page);
+        if (!saved) {
+            EXPECT_NE(TiffError(), 0u);
+        }
+        standin::StopFailing();
+        CloseTiffFile(file);
+        Bytes written = ReadFileBytes(disk.Path());
+        MemoryTiff again(written);
+        ExpectOldPages(again.file, saved ? 3 : 2);
+        if (!saved) {
+            written.resize(old.size());
+            EXPECT_EQ(written, old);
+        } else if (loaded) {
+            EXPECT_EQ(DecodePage(again.file, 2).Joined().size(), 50u * 200);
+        }
+    });
+}
+
+TEST(Failures, ASaveToMemoryLeavesTheOldPagesAndMayTryAgain)
+{
+    const Bytes old = TwoPages().Build();
+    for (const bool isNew : {true, false})
+        standin::FailEach(standin::Allocation, [&](unsigned n) {
+            SCOPED_TRACE(isNew);
+            standin::LeakCheck leaks;
+            standin::StopFailing();
+            Block block(old);
+            standin::FailNth(n, standin::Allocation);
+            HGLOBAL file = OpenTiffInMemory(isNew ? nullptr : block.Get(), static_cast<uint32_t>(old.size()),
+                                            isNew ? T_CREAT : T_APPEND);
+            uint32_t page = 0;
+            const bool ready = isNew ? file != nullptr : GetTiffImage(file, 0) && GetTiffImage(file, 1);
+            const bool saved = ready && SavePage(file, 50, page);
+            if (!saved) {
+                EXPECT_NE(TiffError(), 0u);
+            }
+            standin::StopFailing();
+            if (ready) {
+                if (!isNew) {
+                    EXPECT_EQ(GetMemoryTiffHandle(file), block.Get());
+                    Bytes kept = Content(block.Get(), old.size());
+                    if (!saved) {
+                        EXPECT_EQ(kept, old);
+                    }
+                    ExpectOldPages(file, NumberOfTiffImages(file, TIFF_ALL_PAGES));
+                } else if (!saved) {
+                    EXPECT_EQ(GetMemoryTiffHandle(file), nullptr);
+                }
+                EXPECT_TRUE(SavePage(file, 3, page)) << TiffError();
+                EXPECT_EQ(DecodePage(file, page).rows.size(), 3u);
+                if (isNew)
+                    GlobalFree(GetMemoryTiffHandle(file));
+            }
+            CloseTiffFile(file);
+        });
+}
+
+TEST(Failures, AFullDiskKeepsTheEarlierPagesWhole)
+{
+    const Bytes old = TwoPages().Build();
+    const uint64_t pageBytes = 50 * 200 + 300;
+    for (const bool directoryOnly : {false, true})
+        for (uint64_t room = 0; room < pageBytes; room += 111) {
+            SCOPED_TRACE(room);
+            standin::LeakCheck leaks;
+            TempFile disk(old);
+            HGLOBAL file = OpenTiffFile(disk.Path(), T_APPEND);
+            GetTiffImage(file, 0);
+            GetTiffImage(file, 1);
+            uint32_t page = 0;
+            standin::LimitDisk(room);
+            const bool saved = directoryOnly ? SaveDirectory(file) : SavePage(file, 50, page);
+            if (!saved) {
+                EXPECT_EQ(TiffError(), 6u);
+            }
+            standin::StopFailing();
+            Bytes written = ReadFileBytes(disk.Path());
+            MemoryTiff again(written);
+            ExpectOldPages(again.file, saved ? 3 : 2);
+            EXPECT_TRUE(saved || SavePage(file, 50, page)) << "there is room again";
+            CloseTiffFile(file);
+        }
+}
+
+TEST(Failures, TheJpegLibraryListsTilesAndTables)
+{
+    const auto function = reinterpret_cast<FARPROC>(reinterpret_cast<void*>(WriteOneTile));
+    standin::RegisterModule("JPGLIB.DLL", {{"JPEGEncoder", function}});
+    {
+        standin::LeakCheck leaks;
+        HGLOBAL file = OpenTiffInMemory(nullptr, 0, T_CREAT);
+        const auto page = static_cast<uint32_t>(DefineTiffImage(file));
+        DefineTiffImageInfo(file, page, 259, 3, 6);
+        const TiffPageGeometry geometry = {0, 20, 10, 60, 1, 24};
+        DefineGeneralTags(file, page, &geometry);
+        EXPECT_EQ(EncodeTiffImage(file, page, nullptr, FillWithRowNumber), 1) << TiffError();
+        HGLOBAL block = GetMemoryTiffHandle(file);
+        const std::string dump = DumpTiff(Content(block, GlobalSize(block)));
+        for (const char* line : {"324 LONG 1: 8\n", "325 LONG 1: 4\n", "519 LONG 3 @"})
+            EXPECT_NE(dump.find(line), std::string::npos) << dump;
+        EXPECT_EQ(dump.find("273 "), std::string::npos);
+        GlobalFree(block);
+        CloseTiffFile(file);
+    }
+    standin::ForgetModules();
+}
+
+TEST(Costs, ADirectoryIsWrittenInTwoPieces)
+{
+    TempFile disk({});
+    HGLOBAL file = OpenTiffFile(disk.Path(), T_CREAT);
+    const auto page = static_cast<uint32_t>(DefineTiffImage(file));
+    for (uint32_t tag = 1; tag < 200; ++tag)
+        DefineTiffImageInfo(file, page, tag, 5, tag);
+    standin::ResetCalls();
+    EXPECT_EQ(WriteTiffImageDirectory(file, page), 0u);
+    EXPECT_EQ(standin::CallsMade(standin::Write), 3u) << "with the header";
+    CloseTiffFile(file);
 }
 
 TEST(Costs, ADirectoryIsOneRead)

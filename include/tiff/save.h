@@ -1,0 +1,113 @@
+/* Saving packed DIBs, GDI bitmaps and the clipboard's bitmap as new pages of TIFF files.
+ *
+ * A compression selector is one of
+ *   201 none   202 PackBits   203 LZW   204 LZW of differences   205 modified Huffman
+ *   206 Group 3   207 Group 3 two-dimensional   208 Group 4   209 JPEG   210 old-style JPEG
+ * and, up to 204, plus one of
+ *   256 16-bit grey, samples shifted left by 8   512 the same, by 4 (both from 8 bits)
+ *   768 CMYK   1024 YCbCr (both from 24 bits).
+ *
+ * A file that does not exist is created; pages of an existing one are never touched. Files are
+ * written in Intel byte order. A page's resolution is the DIB's, or the screen's.
+ *
+ * The DIB must be bilevel for 205 to 208: other depths are taken for one row of bits each,
+ * cut to the width. Rows from the top (a negative height) and the 12-byte header are accepted.
+ * A header without a colour count gets the standard one.
+ *
+ * Errors of all: 1 memory, or the DIB cannot be locked; 2 the file cannot be opened; 6 writing
+ * fails; 11 selector; 12 a row too wide for a two-dimensional code; 15 fill order; 16 the DIB's
+ * depth; 22 and 23 JPEG library; 28 dialogs library missing; 30 the block is not a whole,
+ * uncompressed DIB; 34 no bitmap; 35 the file is in Motorola byte order; 0 with result 0 when
+ * the user cancels the dialog.
+ */
+#ifndef TIFF_SAVE_H
+#define TIFF_SAVE_H
+
+#include "tiff/pages.h"
+
+TIFF_BEGIN
+
+/* What the dialogs library gets from a save with a dialog: "TiffSaveDialog" of KVDlgs.dll takes
+ * the path, the picture and the options, which it changes, and returns 0 to cancel.
+ */
+typedef struct TiffSavePicture {
+    TiffPageGeometry geometry;
+    const void* bits; /* null */
+} TiffSavePicture;
+
+typedef struct TiffSaveDialogOptions {
+    char description[100]; /* ImageDescription; the path to begin with */
+    char artist[100];
+    uint32_t selector;
+    uint32_t fillOrder;
+    uint32_t photometric;
+    uint32_t colourCount; /* 2 for bilevel */
+} TiffSaveDialogOptions;
+
+/* Appends a DIB to a file.
+ *
+ * dialog     non-zero shows the save dialog of the dialogs library first.
+ * fillOrder  1 most significant bit first, 2 least.
+ *
+ * Returns 1 or 0. The DIB stays the caller's.
+ */
+int32_t SaveDIBInTiffFileExt(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
+                             uint32_t fillOrder) TIFF_NOEXCEPT;
+
+/* The same with fill order 1. */
+int32_t SaveDIBInTiffFile(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog) TIFF_NOEXCEPT;
+
+/* The same as SaveDIBInTiffFile. */
+int32_t SaveDIBInTiffFormat(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog) TIFF_NOEXCEPT;
+
+/* Appends a DIB whose biCompression is a colour space of 10 to 17, as LoadNonRGBTiffIntoDIB
+ * leaves it, with selector 204; that value is the page's PhotometricInterpretation.
+ *
+ * Returns 1 or 0; another colour space gives 0 and sets no error.
+ */
+int32_t SaveNonRGBDIBInTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
+
+/* Appends a DIB to a TIFF in memory.
+ *
+ * memory     the block of a TIFF in memory, or null for a new one.
+ * selector   a compression that is not known means none.
+ *
+ * Returns the block of the TIFF, which may have been reallocated and is the caller's, or null;
+ * a new block is freed then. A null DIB gives null at once.
+ */
+HGLOBAL SaveTiffToMemory(HGLOBAL memory, HGLOBAL dib, uint32_t selector, uint32_t fillOrder) TIFF_NOEXCEPT;
+
+/* Appends a bitmap to a file, rows fetched from the device: monochrome bitmaps bilevel, those of
+ * up to 256 colours with their palette, others as RGB. The selector's high byte must be 0.
+ * Arguments and result as SaveDIBInTiffFileExt; the resolution is the screen's.
+ */
+int32_t SaveBitmapInTiffFileExt(const char* path, HBITMAP bitmap, uint32_t selector, int32_t dialog,
+                                uint32_t fillOrder) TIFF_NOEXCEPT;
+
+/* The same with fill order 1. */
+int32_t SaveBitmapInTiffFile(const char* path, HBITMAP bitmap, uint32_t selector,
+                             int32_t dialog) TIFF_NOEXCEPT;
+
+/* The same as SaveBitmapInTiffFile. */
+int32_t SaveBitmapInTiffFormat(const char* path, HBITMAP bitmap, uint32_t selector,
+                               int32_t dialog) TIFF_NOEXCEPT;
+
+/* Appends the clipboard's bitmap to a file, fill order 2.
+ *
+ * Returns 1 or 0. Errors: 24 no bitmap on the clipboard; 25 the clipboard cannot be opened; 26 it
+ * does not hand the bitmap out.
+ */
+int32_t SaveTiffFileFromClipboard(const char* path, uint32_t selector, int32_t dialog) TIFF_NOEXCEPT;
+
+/* Writes a bitmap as a bare stream, fill order 2, without a TIFF structure. An existing file is
+ * replaced.
+ *
+ * type  5 Group 3, 6 modified Huffman, 7 Group 3 two-dimensional, 8 Group 4, 9 no compression.
+ *
+ * Returns 1 or 0; another type gives 0 and sets no error. Errors: 6, 12, 34.
+ */
+int32_t SaveBitmapInCcittFile(const char* path, HBITMAP bitmap, uint32_t type) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

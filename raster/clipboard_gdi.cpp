@@ -1,0 +1,26 @@
+// Pages on the clipboard.
+#include "raster/gdi_guards.h"
+#include "raster/load_dialog.h"
+#include "raster/loaded_page.h"
+#include "tiff/load.h"
+
+using namespace tiff;
+
+extern "C" int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) noexcept
+{
+    const LoadedPage loaded(path, page);
+    // Wanted: callers paste whatever is there; a page that is not to be had counts as done.
+    if (!loaded)
+        return 1;
+    if (!PassLoadDialog(dialog, loaded.File(), page))
+        return 0;
+    GdiObject<HBITMAP> bitmap(LoadTiffChainIntoBitmap(loaded.File(), page));
+    const OpenedClipboard clipboard;
+    if (!clipboard)
+        return 0;
+    EmptyClipboard();
+    // Wanted: without a bitmap too, so that the clipboard is left empty and not as it was.
+    if (SetClipboardData(CF_BITMAP, bitmap.Get()))
+        bitmap.Release();
+    return 1;
+}

@@ -1,0 +1,78 @@
+#include "raster/dib.h"
+
+#include <cstring>
+
+namespace tiff {
+
+namespace {
+
+constexpr uint32_t LAST_PIXEL_COMPRESSION = 5; // colour spaces stand above it in the same field
+
+struct HeaderFacts {
+    int64_t width, height; // height below 0 for rows from the top
+    uint64_t headerBytes, colourCount;
+};
+
+bool ReadCoreHeader(std::span<uint8_t> block, DibView& view, HeaderFacts& facts)
+{
+    BITMAPCOREHEADER header;
+    if (block.size() < sizeof(header))
+        return false;
+    std::memcpy(&header, block.data(), sizeof(header));
+    facts = {header.bcWidth, header.bcHeight, sizeof(header), StandardColours(header.bcBitCount)};
+    view.planes = header.bcPlanes;
+    view.bitCount = header.bcBitCount;
+    view.colourBytes = sizeof(RGBTRIPLE);
+    return true;
+}
+
+bool ReadInfoHeader(std::span<uint8_t> block, DibView& view, HeaderFacts& facts)
+{
+    BITMAPINFOHEADER header;
+    if (block.size() < sizeof(header))
+        return false;
+    std::memcpy(&header, block.data(), sizeof(header));
+    if (header.biSize < sizeof(header) || header.biSize > block.size())
+        return false;
+    header.biClrUsed = DibColours(header);
+    std::memcpy(block.data(), &header, sizeof(header));
+    facts = {header.biWidth, header.biHeight, header.biSize, header.biClrUsed};
+    view.planes = header.biPlanes;
+    view.bitCount = header.biBitCount;
+    view.compression = header.biCompression;
+    view.dotsPerMetreX = header.biXPelsPerMeter;
+    view.dotsPerMetreY = header.biYPelsPerMeter;
+    view.colourBytes = sizeof(RGBQUAD);
+    return true;
+}
+
+} // namespace
+
+Status ViewDib(std::span<uint8_t> block, DibView& view)
+{
+    view = {};
+    uint32_t headerBytes = 0;
+    HeaderFacts facts{};
+    if (block.size() >= sizeof(headerBytes))
+        std::memcpy(&headerBytes, block.data(), sizeof(headerBytes));
+    const bool read = headerBytes == sizeof(BITMAPCOREHEADER) ? ReadCoreHeader(block, view, facts)
+                                                              : ReadInfoHeader(block, view, facts);
+    const bool compressed = view.compression != 0 && view.compression <= LAST_PIXEL_COMPRESSION;
+    if (!read || compressed || facts.width <= 0 || facts.height == 0)
+        return error::BadDib;
+    view.topDown = facts.height < 0;
+    view.width = static_cast<uint32_t>(facts.width);
+    view.height = static_cast<uint32_t>(view.topDown ? -facts.height : facts.height);
+
+    const uint64_t stride = DibStride(view.width, view.bitCount);
+    const uint64_t colourBytes = facts.colourCount * view.colourBytes;
+    const uint64_t pixelsAt = facts.headerBytes + colourBytes;
+    if (stride > UINT32_MAX || pixelsAt > block.size() || stride * view.height > block.size() - pixelsAt)
+        return error::BadDib;
+    view.stride = static_cast<uint32_t>(stride);
+    view.colours = block.subspan(static_cast<size_t>(facts.headerBytes), static_cast<size_t>(colourBytes));
+    view.pixels = block.data() + pixelsAt;
+    return error::None;
+}
+
+} // namespace tiff

@@ -1,0 +1,169 @@
+// Guards for what GDI and USER hand out. Each undoes at the end of its scope what it did.
+#pragma once
+
+#include "core/win32.h"
+
+#include <utility>
+
+namespace tiff {
+
+// Null is the screen.
+class WindowDc {
+public:
+    explicit WindowDc(HWND window) : window(window), dc(GetDC(window))
+    {
+    }
+    WindowDc(const WindowDc&) = delete;
+    WindowDc& operator=(const WindowDc&) = delete;
+    ~WindowDc()
+    {
+        if (dc)
+            ReleaseDC(window, dc);
+    }
+
+    explicit operator bool() const
+    {
+        return dc != nullptr;
+    }
+    HDC Get() const
+    {
+        return dc;
+    }
+
+private:
+    HWND window;
+    HDC dc;
+};
+
+class MemoryDc {
+public:
+    explicit MemoryDc(HDC like) : dc(CreateCompatibleDC(like))
+    {
+    }
+    MemoryDc(const MemoryDc&) = delete;
+    MemoryDc& operator=(const MemoryDc&) = delete;
+    ~MemoryDc()
+    {
+        if (dc)
+            DeleteDC(dc);
+    }
+
+    explicit operator bool() const
+    {
+        return dc != nullptr;
+    }
+    HDC Get() const
+    {
+        return dc;
+    }
+
+private:
+    HDC dc;
+};
+
+template <class Handle>
+class GdiObject {
+public:
+    GdiObject() = default;
+    explicit GdiObject(Handle object) : object(object)
+    {
+    }
+    GdiObject(const GdiObject&) = delete;
+    GdiObject& operator=(const GdiObject&) = delete;
+    ~GdiObject()
+    {
+        Adopt(nullptr);
+    }
+
+    explicit operator bool() const
+    {
+        return object != nullptr;
+    }
+    Handle Get() const
+    {
+        return object;
+    }
+    Handle Release()
+    {
+        return std::exchange(object, nullptr);
+    }
+    void Adopt(Handle other)
+    {
+        if (object)
+            DeleteObject(object);
+        object = other;
+    }
+
+private:
+    Handle object = nullptr;
+};
+
+// An object that is not a palette, selected into a device context.
+class Selected {
+public:
+    Selected(HDC dc, HGDIOBJ object) : dc(dc), previous(SelectObject(dc, object))
+    {
+    }
+    Selected(const Selected&) = delete;
+    Selected& operator=(const Selected&) = delete;
+    ~Selected()
+    {
+        if (previous)
+            SelectObject(dc, previous);
+    }
+
+    explicit operator bool() const
+    {
+        return previous != nullptr;
+    }
+
+private:
+    HDC dc;
+    HGDIOBJ previous;
+};
+
+// A foreground palette, selected and realised; none changes nothing.
+class SelectedPalette {
+public:
+    SelectedPalette(HDC dc, HPALETTE palette)
+        : dc(dc), previous(palette ? SelectPalette(dc, palette, FALSE) : nullptr)
+    {
+        if (previous)
+            RealizePalette(dc);
+    }
+    SelectedPalette(const SelectedPalette&) = delete;
+    SelectedPalette& operator=(const SelectedPalette&) = delete;
+    ~SelectedPalette()
+    {
+        if (previous)
+            SelectPalette(dc, previous, FALSE);
+    }
+
+private:
+    HDC dc;
+    HPALETTE previous;
+};
+
+class OpenedClipboard {
+public:
+    OpenedClipboard() : opened(OpenClipboard(nullptr))
+    {
+    }
+    OpenedClipboard(const OpenedClipboard&) = delete;
+    OpenedClipboard& operator=(const OpenedClipboard&) = delete;
+    ~OpenedClipboard()
+    {
+        if (opened)
+            CloseClipboard();
+    }
+
+    explicit operator bool() const
+    {
+        return opened;
+    }
+
+private:
+    BOOL opened;
+};
+
+} // namespace tiff

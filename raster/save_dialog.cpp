@@ -1,0 +1,74 @@
+#include "raster/save_dialog.h"
+
+#include "core/sibling_library.h"
+#include "raster/load_dialog.h"
+#include "raster/save_page.h"
+#include "tiff/save.h"
+
+#include <cstddef>
+#include <cstring>
+
+namespace tiff {
+
+namespace {
+
+constexpr size_t TEXT_BYTES = SAVE_TEXT_BYTES - 1; // of a text in the options, which may fill it
+
+// The dialogs library is compiled against these.
+static_assert(offsetof(TiffSavePicture, bits) == 24);
+static_assert(sizeof(TiffSaveDialogOptions) == 2 * TEXT_BYTES + 16);
+
+using SaveDialog = int32_t (*)(const char*, const TiffSavePicture*, TiffSaveDialogOptions*);
+
+void CopyText(char (&target)[SAVE_TEXT_BYTES], const char* source)
+{
+    const size_t length = strnlen(source, TEXT_BYTES);
+    std::memcpy(target, source, length);
+    target[length] = 0;
+}
+
+TiffSavePicture DescribePicture(const PagePlan& plan)
+{
+    TiffSavePicture picture{};
+    picture.geometry.width = static_cast<int32_t>(plan.width);
+    picture.geometry.height = static_cast<int32_t>(plan.height);
+    picture.geometry.rowBytes = static_cast<uint32_t>((uint64_t{plan.width} * plan.bitCount + 7) / 8);
+    picture.geometry.planes = 1;
+    picture.geometry.bitsPerPlane = static_cast<uint16_t>(plan.bitCount);
+    return picture;
+}
+
+} // namespace
+
+Status ShowSaveDialog(const char* path, const PagePlan& plan, SaveSettings& settings)
+{
+    Module library = LoadSibling(DIALOGS_LIBRARY);
+    const FARPROC function = library ? GetProcAddress(library.Get(), "TiffSaveDialog") : nullptr;
+    if (!function) {
+        // Wanted: a library of that name that lacks the dialog stays loaded.
+        library.Release();
+        return error::DialogLibraryMissing;
+    }
+    CopyText(settings.description, path);
+
+    const TiffSavePicture picture = DescribePicture(plan);
+    TiffSaveDialogOptions options{};
+    std::memcpy(options.description, settings.description, TEXT_BYTES);
+    std::memcpy(options.artist, settings.artist, TEXT_BYTES);
+    options.selector = settings.selector;
+    options.fillOrder = settings.fillOrder;
+    options.photometric = settings.photometric;
+    options.colourCount = settings.colourCount;
+    if (!reinterpret_cast<SaveDialog>(reinterpret_cast<void*>(function))(path, &picture, &options))
+        return NOTHING_TO_SAVE;
+
+    CopyText(settings.description, options.description);
+    CopyText(settings.artist, options.artist);
+    settings.selector = options.selector;
+    settings.fillOrder = options.fillOrder;
+    settings.photometric = options.photometric;
+    settings.colourCount = options.colourCount;
+    return error::None;
+}
+
+} // namespace tiff

@@ -1,0 +1,254 @@
+#include "raster/save_page.h"
+
+#include "core/desktop.h"
+#include "core/errors.h"
+#include "core/thread_state.h"
+#include "raster/save_dialog.h"
+#include "tiff/files.h"
+#include "tiff/pages.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+namespace tiff {
+
+namespace {
+
+constexpr std::string_view SOFTWARE = "TIFF.DLL from Korvane Software, Inc.";
+constexpr int32_t VERSION_BYTES = 15;
+constexpr uint32_t UNIT_INCH = 2;
+constexpr uint32_t LARGEST_SHORT = 65535;
+constexpr double INCHES_PER_METRE = 39.37;
+
+bool DefineShort(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t value)
+{
+    return DefineTiffImageInfo(file, page, tag, fieldtype::Short, value);
+}
+
+// Empty texts are written too, with their terminating zero.
+bool DefineText(HGLOBAL file, uint32_t page, uint32_t tag, const char* text)
+{
+    return DefineTiffImageInfoBuffer(file, page, tag, text, fieldtype::Ascii,
+                                     static_cast<uint32_t>(std::strlen(text)) + 1);
+}
+
+bool DefineDateTime(HGLOBAL file, uint32_t page)
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    char text[32];
+    std::snprintf(text, sizeof(text), "%04u:%02u:%02u %02u:%02u:%02u", now.wYear % 10000u, now.wMonth % 100u,
+                  now.wDay % 100u, now.wHour % 100u, now.wMinute % 100u, now.wSecond % 100u);
+    return DefineText(file, page, tag::DateTime, text);
+}
+
+bool DefineSoftware(HGLOBAL file, uint32_t page)
+{
+    char text[SOFTWARE.size() + VERSION_BYTES + 1] = {};
+    std::memcpy(text, SOFTWARE.data(), SOFTWARE.size());
+    GetTiffVersion(text + SOFTWARE.size(), VERSION_BYTES);
+    return DefineText(file, page, tag::Software, text);
+}
+
+bool DefineIdentity(HGLOBAL file, uint32_t page)
+{
+    const SaveSettings& settings = ThreadState().save;
+    return DefineDateTime(file, page) && DefineSoftware(file, page) &&
+           DefineText(file, page, tag::ImageDescription, settings.description) &&
+           DefineText(file, page, tag::Artist, settings.artist);
+}
+
+uint32_t DotsPerInchOf(int32_t dotsPerMetre, uint32_t screen)
+{
+    return dotsPerMetre ? static_cast<uint32_t>(std::max(dotsPerMetre, 0) / INCHES_PER_METRE + 0.5) : screen;
+}
+
+bool DefineResolution(HGLOBAL file, uint32_t page, const PagePlan& plan)
+{
+    DotsPerInch screen{};
+    if (plan.dotsPerMetreX == 0 || plan.dotsPerMetreY == 0)
+        screen = ScreenResolution();
+    const uint32_t horizontal[] = {DotsPerInchOf(plan.dotsPerMetreX, screen.horizontal), 1};
+    const uint32_t vertical[] = {DotsPerInchOf(plan.dotsPerMetreY, screen.vertical), 1};
+    return DefineTiffImageInfoBuffer(file, page, tag::XResolution, horizontal, fieldtype::Rational, 1) &&
+           DefineTiffImageInfoBuffer(file, page, tag::YResolution, vertical, fieldtype::Rational, 1);
+}
+
+bool DefineCoding(HGLOBAL file, uint32_t page, const PagePlan& plan)
+{
+    const CompressionChoice& compression = *plan.choice.compression;
+    return DefineResolution(file, page, plan) && DefineShort(file, page, tag::ResolutionUnit, UNIT_INCH) &&
+           DefineShort(file, page, tag::Compression, compression.compression) &&
+           DefineShort(file, page, tag::FillOrder, plan.fillOrder) &&
+           (compression.extraTag == 0 ||
+            DefineShort(file, page, compression.extraTag, compression.extraValue));
+}
+
+// A size beyond a SHORT is written as a LONG: a cut one would lose the picture.
+bool WidenSizes(HGLOBAL file, uint32_t page, const PagePlan& plan)
+{
+    if (plan.width > LARGEST_SHORT &&
+        !DefineTiffImageInfo(file, page, tag::ImageWidth, fieldtype::Long, plan.width))
+        return false;
+    if (plan.height <= LARGEST_SHORT)
+        return true;
+    const bool oneStrip = plan.choice.compression->bilevel;
+    return DefineTiffImageInfo(file, page, tag::ImageLength, fieldtype::Long, plan.height) &&
+           (!oneStrip || DefineTiffImageInfo(file, page, tag::RowsPerStrip, fieldtype::Long, plan.height));
+}
+
+// All reds, then greens, then blues. Colours that the table does not have are 0.
+bool DefineColourMap(HGLOBAL file, uint32_t page, const PagePlan& plan)
+{
+    std::array<uint16_t, 3 * 256> map{};
+    const uint32_t entries = 1u << plan.bitCount;
+    for (uint32_t channel = 0; channel < 3; ++channel)
+        for (uint32_t index = 0; index < entries; ++index) {
+            const size_t at = size_t{index} * plan.colourBytes + 2 - channel;
+            if (at < plan.colours.size())
+                map[channel * entries + index] = static_cast<uint16_t>(plan.colours[at] * 257);
+        }
+    return DefineTiffImageInfoBuffer(file, page, tag::ColorMap, map.data(), fieldtype::Short, 3 * entries);
+}
+
+uint32_t WrittenBits(const PagePlan& plan)
+{
+    if (plan.choice.compression->bilevel)
+        return 1;
+    return plan.choice.samples ? plan.choice.samples->bitsPerPixel : plan.bitCount;
+}
+
+Status DefinePage(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveVariant& variant)
+{
+    if (variant.identityTags && !DefineIdentity(file, page))
+        return error::NotEnoughMemory;
+    if (!DefineCoding(file, page, plan))
+        return error::NotEnoughMemory;
+
+    const bool bilevel = plan.choice.compression->bilevel;
+    const TiffPageGeometry geometry = {
+        .kind = 0,
+        .width = static_cast<int32_t>(plan.width),
+        .height = static_cast<int32_t>(plan.height),
+        .rowBytes = static_cast<uint32_t>((uint64_t{plan.width} * plan.bitCount + 7) / 8),
+        .planes = 1,
+        .bitsPerPlane = static_cast<uint16_t>(bilevel ? 1 : plan.bitCount),
+    };
+    if (const Status status = DefineGeneralTags(file, page, &geometry); status != error::None)
+        return status;
+    if (!WidenSizes(file, page, plan))
+        return error::NotEnoughMemory;
+    const uint32_t kind = plan.choice.samples ? plan.choice.samples->kind : 0;
+    if (const Status status = DefineSpecialTags(file, page, kind); status != error::None)
+        return status;
+    if (!DefineShort(file, page, tag::PhotometricInterpretation, plan.photometric))
+        return error::NotEnoughMemory;
+    const bool defined = plan.photometric != photometric::Palette || DefineColourMap(file, page, plan);
+    return defined ? error::None : error::NotEnoughMemory;
+}
+
+uint32_t PhotometricOf(uint32_t bitCount)
+{
+    if (bitCount == 1)
+        return photometric::WhiteIsZero;
+    return bitCount <= 8 ? photometric::Palette : photometric::Rgb;
+}
+
+uint32_t SelectorOf(const SaveRequest& request)
+{
+    if (request.variant.fixedSelector)
+        return request.variant.fixedSelector;
+    const uint32_t low = request.selector & 0xFF;
+    if (request.variant.unknownIsStored && (low < selector::Stored || low > selector::Last))
+        return (request.selector & ~0xFFu) | selector::Stored;
+    return request.selector;
+}
+
+// Pages of one file keep one byte order: a link in another would lose the pages behind it.
+bool IsMotorola(HGLOBAL file)
+{
+    TiffFileInformation info;
+    return GetTiffFileInfo(file, &info) && info.byteOrder == TIFF_MOTOROLA;
+}
+
+} // namespace
+
+uint64_t WrittenRowBytes(const PagePlan& plan)
+{
+    return (uint64_t{plan.width} * WrittenBits(plan) + 7) / 8;
+}
+
+Status PlanPage(const SaveRequest& request, PagePlan& plan)
+{
+    SaveSettings& settings = ThreadState().save;
+    settings.colourCount = plan.colourCount;
+    settings.fillOrder = request.fillOrder;
+    settings.selector = SelectorOf(request);
+    settings.photometric = PhotometricOf(plan.bitCount);
+    if (request.dialog) {
+        if (const Status status = ShowSaveDialog(request.path, plan, settings); status != error::None)
+            return status;
+        if (settings.photometric == photometric::Palette && plan.bitCount > 8)
+            settings.photometric = photometric::Rgb;
+    }
+    if (const Status status =
+            ChooseSave(settings.selector, plan.bitCount, request.variant.sampleKinds, plan.choice);
+        status != error::None)
+        return status;
+    if (plan.choice.samples)
+        settings.photometric = plan.choice.samples->photometric;
+    if (plan.choice.compression->bilevel) {
+        settings.photometric = photometric::WhiteIsZero;
+        settings.colourCount = 2;
+    }
+    plan.photometric = settings.photometric;
+    plan.fillOrder = settings.fillOrder;
+    return error::None;
+}
+
+Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant, PageEncoder encode,
+                  const void* source)
+{
+    if (IsMotorola(file))
+        return error::MixedByteOrders;
+    if (!ModiTiffFileInfo(file, nullptr, TIFF_INTEL))
+        return TiffError();
+    const int32_t defined = DefineTiffImage(file);
+    if (defined < 0)
+        return error::NotEnoughMemory;
+    const auto page = static_cast<uint32_t>(defined);
+    Status status = DefinePage(file, page, plan, variant);
+    if (status == error::None)
+        status = encode(file, page, plan, source);
+    DropTiffImage(file, page);
+    return status;
+}
+
+Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, PageEncoder encode,
+                        const void* source)
+{
+    HGLOBAL file = OpenTiffFile(request.path, T_APPEND);
+    if (!file)
+        return error::CannotOpen;
+    const Status status = AppendPage(file, plan, request.variant, encode, source);
+    CloseTiffFile(file);
+    return status;
+}
+
+uint32_t NextPageOfFile(const char* path)
+{
+    const KeepLastError keep;
+    const uint32_t pages = GetNumberOfImagesInTiffFile(path);
+    return pages == 0xFFFFFFFF ? 0 : pages;
+}
+
+int32_t FinishSave(Status status)
+{
+    StoreLastError(status == NOTHING_TO_SAVE ? error::None : status);
+    return status == error::None;
+}
+
+} // namespace tiff

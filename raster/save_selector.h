@@ -1,0 +1,44 @@
+// What a caller's compression selector asks for.
+#pragma once
+
+#include "core/vocabulary.h"
+
+namespace tiff {
+
+namespace selector {
+inline constexpr uint32_t Stored = 201;
+inline constexpr uint32_t LzwDifferences = 204;
+inline constexpr uint32_t ModifiedHuffman = 205; // from here on bilevel or JPEG
+inline constexpr uint32_t Jpeg = 209;
+inline constexpr uint32_t Last = 210;
+} // namespace selector
+
+// The low byte.
+struct CompressionChoice {
+    uint32_t selector;
+    uint32_t compression;
+    uint16_t extraTag; // 0 for none
+    uint16_t extraValue;
+    bool bilevel; // the picture is taken for black and white
+};
+
+// The high byte: how samples are widened or converted.
+struct SampleChoice {
+    uint32_t kind; // also what DefineSpecialTags takes
+    uint32_t sourceBits;
+    uint32_t photometric;
+    uint32_t sampleShift;
+    uint32_t bitsPerPixel; // as written
+    intptr_t (*routine)(void*, uint32_t, void*);
+};
+
+struct SaveChoice {
+    const CompressionChoice* compression;
+    const SampleChoice* samples; // null for the DIB's own
+};
+
+// Error 11 for a selector that is not known, 16 for samples that the picture's depth does not
+// suit. Without sample kinds every high byte is unknown.
+[[nodiscard]] Status ChooseSave(uint32_t selector, uint32_t bitCount, bool sampleKinds, SaveChoice& choice);
+
+} // namespace tiff

@@ -1,0 +1,35 @@
+// A dialogs library that shows nothing: it answers as it was told and keeps what it was asked.
+#include "siblings/dialogs.h"
+
+#include "tiff/tiff.h"
+
+#include <cstring>
+
+namespace {
+
+LoadDialogCall loadCall;
+int32_t loadAnswer = 1;
+
+} // namespace
+
+void AnswerLoadDialog(int32_t answer)
+{
+    loadAnswer = answer;
+}
+
+const LoadDialogCall* LastLoadDialog()
+{
+    return &loadCall;
+}
+
+extern "C" __declspec(dllexport) int32_t TiffLoadDialog(TiffLoadDialogRequest* request)
+{
+    TiffFileInformation file{};
+    ++loadCall.count;
+    loadCall.page = request->page;
+    loadCall.pageIsLoaded = IsTiffImageRegistered(request->file, request->page);
+    GetTiffFileInfo(request->file, &file);
+    std::memcpy(loadCall.path, file.path, sizeof(file.path));
+    request->page = 77; // nothing is read back
+    return loadAnswer;
+}

@@ -1,0 +1,17 @@
+// How tests speak to the dialogs library that stands in for the real one.
+#pragma once
+
+#include <cstdint>
+
+struct LoadDialogCall {
+    uint32_t count; // of calls so far; the rest is of the last one
+    uint32_t page;
+    int32_t pageIsLoaded;
+    char path[260];
+};
+
+extern "C" {
+// What the load dialog answers from now on; 1, go on, at first.
+__declspec(dllexport) void AnswerLoadDialog(int32_t answer);
+__declspec(dllexport) const LoadDialogCall* LastLoadDialog();
+}

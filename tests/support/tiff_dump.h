@@ -1,0 +1,14 @@
+// A TIFF file as text, by a walker of its own, to compare files with what a person wrote down:
+//
+//     II
+//     directory 28, link 0
+//     256 SHORT 1: 8
+//     273 LONG 2 @11: 8 10
+//
+// Behind it come complaints: odd directories, unsorted tags, values or strips that overlap
+// something else or lie outside the file.
+#pragma once
+
+#include "support/bytes.h"
+
+std::string DumpTiff(const Bytes& file);
