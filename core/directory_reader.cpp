@@ -160,6 +160,10 @@ extern "C" int32_t GetTiffImage(HGLOBAL file, uint32_t page) noexcept
         SetTiffError(error::IndexOutOfRange);
         return 0;
     }
+    if (entry->directoryOffset == 0) {
+        SetTiffError(error::InputOutput); // a page that was never written
+        return 0;
+    }
     GlobalBlock block;
     {
         Locked<TiffFileRecord> record(file);

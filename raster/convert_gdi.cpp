@@ -19,7 +19,7 @@ HBITMAP CreateBitmapFor(HDC dc, uint32_t colourCount, int32_t width, int32_t hei
                                           : CreateCompatibleBitmap(dc, width, height);
 }
 
-static WORD DibDepth(const BITMAP& bitmap)
+uint32_t DibDepth(const BITMAP& bitmap)
 {
     const uint32_t bits = uint32_t{bitmap.bmPlanes} * bitmap.bmBitsPixel;
     return bits == 1 ? 1 : bits <= 4 ? 4 : bits <= 8 ? 8 : 24;
@@ -48,7 +48,7 @@ HGLOBAL BitmapToDib(HBITMAP bitmap, HPALETTE palette)
     header.biWidth = description.bmWidth;
     header.biHeight = description.bmHeight;
     header.biPlanes = 1;
-    header.biBitCount = DibDepth(description);
+    header.biBitCount = static_cast<WORD>(DibDepth(description));
     const uint64_t imageBytes = DibStride(static_cast<uint32_t>(header.biWidth), header.biBitCount) *
                                 static_cast<uint32_t>(header.biHeight);
     const uint32_t colours = StandardColours(header.biBitCount);

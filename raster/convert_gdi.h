@@ -7,6 +7,9 @@
 
 namespace tiff {
 
+// Bits of a pixel that a bitmap's rows are fetched with: 1, 4, 8, or 24 for whatever is deeper.
+uint32_t DibDepth(const BITMAP& bitmap);
+
 // Monochrome for two colours, else compatible with the device context; null without the memory.
 HBITMAP CreateBitmapFor(HDC dc, uint32_t colourCount, int32_t width, int32_t height);
 

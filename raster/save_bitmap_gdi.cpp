@@ -27,13 +27,6 @@ constexpr uint32_t MSB_FIRST = 1;
 constexpr uint32_t LSB_FIRST_ON_CLIPBOARD = 2;
 constexpr uint32_t CCITT_FILL_ORDER = 2;
 
-// What the device calls 15, 16 or 32 bits is fetched, and written, as 24.
-uint32_t SavedBits(const BITMAP& bitmap)
-{
-    const uint32_t bits = static_cast<uint32_t>(bitmap.bmPlanes) * bitmap.bmBitsPixel;
-    return bits > 8 ? 24 : bits > 4 ? 8 : bits > 1 ? 4 : 1;
-}
-
 // The colours that the device's rows will index: fetching one row fills them in.
 struct BitmapColours {
     BITMAPINFOHEADER header;
@@ -65,7 +58,7 @@ Status PlanBitmap(const SaveRequest& request, HBITMAP bitmap, BitmapColours& inf
         return error::InvalidHandle;
     plan.width = static_cast<uint32_t>(described.bmWidth);
     plan.height = static_cast<uint32_t>(described.bmHeight);
-    plan.bitCount = SavedBits(described);
+    plan.bitCount = DibDepth(described);
     plan.colourCount = 1u << plan.bitCount;
     if (plan.bitCount == 4 || plan.bitCount == 8) {
         FetchColours(bitmap, plan.bitCount, info);

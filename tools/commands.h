@@ -25,7 +25,9 @@ struct Command {
 };
 
 extern const Command convertCommand;
+extern const Command copyCommand;
 extern const Command infoCommand;
+extern const Command pasteCommand;
 extern const Command renderCommand;
 
 // Owns an open TIFF file until the end of the scope.

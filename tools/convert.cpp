@@ -2,11 +2,11 @@
  * result is written beside its place and moved there when it is whole.
  */
 #include "bmp.h"
+#include "choices.h"
 #include "commands.h"
 
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 
 namespace tifftool {
 
@@ -17,10 +17,6 @@ struct Choice {
     uint32_t selector;
 };
 
-constexpr Choice compressions[] = {
-    {"none", 201}, {"packbits", 202}, {"lzw", 203},   {"lzw-pred", 204},
-    {"mh", 205},   {"g3", 206},       {"g3-2d", 207}, {"g4", 208},
-};
 constexpr uint32_t FIRST_BILEVEL = 205;
 
 constexpr Choice sampleKinds[] = {{"--grey16", 256}, {"--cmyk", 768}, {"--ycbcr", 1024}};
@@ -36,9 +32,9 @@ struct ConvertOrder {
     bool append = false;
 };
 
-uint32_t FindSelector(std::span<const Choice> choices, const char* name)
+uint32_t FindSampleKind(const char* name)
 {
-    for (const Choice& choice : choices) {
+    for (const Choice& choice : sampleKinds) {
         if (strcmp(choice.name, name) == 0) {
             return choice.selector;
         }
@@ -147,7 +143,7 @@ int Convert(const ConvertOrder& order)
 size_t TakeOption(ConvertOrder& order, Arguments rest)
 {
     const char* const name = rest[0];
-    if (const uint32_t samples = FindSelector(sampleKinds, name)) {
+    if (const uint32_t samples = FindSampleKind(name)) {
         order.samples = samples;
         return 1;
     }
@@ -159,7 +155,7 @@ size_t TakeOption(ConvertOrder& order, Arguments rest)
         return 0;
     }
     if (strcmp(name, "--compression") == 0) {
-        order.compression = FindSelector(compressions, rest[1]);
+        order.compression = FindCompression(rest[1]);
         return order.compression ? 2 : 0;
     }
     if (strcmp(name, "--fill-order") == 0 && (strcmp(rest[1], "1") == 0 || strcmp(rest[1], "2") == 0)) {

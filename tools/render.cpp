@@ -1,10 +1,10 @@
 /* tifftool render: pages as BMP files. */
 #include "bmp.h"
+#include "choices.h"
 #include "commands.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace tifftool {
@@ -112,15 +112,6 @@ int Render(const RenderOrder& order)
         result = ReportError(std::string(order.input) + ": " + after, openError);
     }
     return result;
-}
-
-// Zero when the text is not a number from 1 on that the library could hold.
-uint32_t ParsePage(const char* text)
-{
-    char* end = nullptr;
-    const unsigned long number = strtoul(text, &end, 10);
-    const bool good = text[0] >= '0' && text[0] <= '9' && *end == '\0' && number <= TIFF_MAX_PAGES;
-    return good ? static_cast<uint32_t>(number) : 0;
 }
 
 int RunRender(Arguments arguments)

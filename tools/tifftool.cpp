@@ -12,9 +12,7 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
-    &convertCommand,
-    &infoCommand,
-    &renderCommand,
+    &convertCommand, &copyCommand, &infoCommand, &pasteCommand, &renderCommand,
 };
 
 void PrintHelp()

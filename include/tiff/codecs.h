@@ -135,12 +135,14 @@ uint32_t FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Encodes a page that was defined (pages.h): pulls its lines from the line routine, row by row
  * from the first, writes the strips behind everything else in the file, defines their tags and
- * writes the directory. A
- * missing RowsPerStrip becomes 1, one of 0 the rows of the page.
+ * writes the directory. A missing RowsPerStrip becomes 1, one of 0 the rows of the page.
  *
- * Returns 1, or 0 with the last error set. Until the very last step the new page is not linked:
- * after a failure the file has the pages it had, and the page can be encoded again. A file that
- * is only to be created is created, or emptied, first, and once more by the next try.
+ * A TIFF in memory that was opened without a block gets one with its first page: it is the
+ * caller's, to be had from GetMemoryTiffHandle. After a failure there is none.
+ *
+ * Returns 1, or 0 with the last error set. The new page is linked in the very last step: after
+ * a failure the file has the pages it had, and the page can be encoded again. A file that is
+ * only to be created is created, or emptied, first, and once more by the next try.
  * Errors: 1, also when the page has more strips than can be listed; 3 no such page, or the line
  *         routine ended before the page did; 6, a disk file having been tried for two seconds;
  *         10 tags missing; 11 compression not known; 15 fill order; 16 sample layout; 22 and 23

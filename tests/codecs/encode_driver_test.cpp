@@ -258,12 +258,3 @@ TEST(EncodeDriver, PagesThatCannotBeEncodedSayWhy)
     EXPECT_EQ(Encode(memory.file, page, Hex("00")), 0);
     EXPECT_EQ(TiffError(), 27u);
 }
-
-TEST(EncodeDriver, AFileThatCannotBeOpenedIsTriedForTwoSeconds)
-{
-    NoLeaks leaks;
-    HGLOBAL file = OpenTiffFile("no-such-folder/new.tif", T_CREAT);
-    EXPECT_EQ(Encode(file, DefinePage(file, 8, 1), Hex("00")), 0);
-    EXPECT_EQ(TiffError(), 6u);
-    CloseTiffFile(file);
-}

@@ -1,6 +1,7 @@
 #include "gdi/desktop.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <gtest/gtest.h>
 
@@ -143,24 +144,31 @@ static uint32_t BusyBlocks()
     return count;
 }
 
-// The low half of a GDI handle is its place in a table that all kinds share.
-static uint32_t Place(HANDLE object)
+// The highest place that new ones take: more are made at once than were ever given back, so that
+// places given back do not hide those that were not.
+template <class Make, class Free>
+uint32_t HighestPlace(Make make, Free free)
 {
-    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(object) & 0xFFFF);
+    std::array<decltype(make()), 300> made;
+    uint32_t highest = 0;
+    for (auto& handle : made) {
+        handle = make();
+        // The low half of a GDI handle is its place in a table that all kinds share.
+        highest = std::max(highest, static_cast<uint32_t>(reinterpret_cast<uintptr_t>(handle) & 0xFFFF));
+    }
+    for (auto& handle : made)
+        free(handle);
+    return highest;
 }
 
 HandleMarks TakeMarks()
 {
     HandleMarks marks{};
-    HGDIOBJ brush = CreateSolidBrush(0);
-    marks.gdi = Place(brush);
-    DeleteObject(brush);
-    HDC screen = GetDC(nullptr);
-    marks.deviceContexts = Place(screen);
-    ReleaseDC(nullptr, screen);
-    DWORD handles = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &handles);
-    marks.handles = handles;
+    marks.gdi = HighestPlace([] { return CreateSolidBrush(0); }, [](HBRUSH brush) { DeleteObject(brush); });
+    marks.deviceContexts =
+        HighestPlace([] { return GetDC(nullptr); }, [](HDC dc) { ReleaseDC(nullptr, dc); });
+    marks.handles = HighestPlace([] { return CreateEventA(nullptr, FALSE, FALSE, nullptr); },
+                                 [](HANDLE event) { CloseHandle(event); });
     marks.temporaryFiles = TemporaryFiles();
     marks.blocks = BusyBlocks();
     return marks;

@@ -40,9 +40,9 @@ private:
     std::vector<std::string> files;
 };
 
-std::string LibraryFile();      // TIFF.DLL
-std::string DialogsFile();      // the companions for tests
-std::string JpegLibraryFile();  // in a folder where nothing is found by chance
+std::string LibraryFile();     // TIFF.DLL
+std::string DialogsFile();     // the companions for tests
+std::string JpegLibraryFile(); // in a folder where nothing is found by chance
 std::string SiblingsFolder();
 
 // The system also finds libraries in this folder, for a scope.

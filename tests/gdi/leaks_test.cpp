@@ -1,0 +1,47 @@
+// Everything that is taken for a call is given back, however it ends.
+#include "gdi/desktop.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr uint32_t CALLS = 1000;
+
+Bytes PalettePage()
+{
+    return OnePage(
+        TiffPage::Picture(4, 1, 4, 1, 3).Short(320, std::vector<uint32_t>(48, 0x8000)).Strips({Hex("1234")}));
+}
+
+template <class Call>
+void ExpectNothingLeft(const char* row, Call call)
+{
+    SCOPED_TRACE(row);
+    call(); // what the system keeps for good comes with the first
+    const HandleMarks before = TakeMarks();
+    for (uint32_t round = 0; round < CALLS; ++round)
+        call();
+    ExpectNoGrowth(before, CALLS);
+}
+
+} // namespace
+
+TEST(Leaks, ThereAreNoneInAThousandCalls)
+{
+    const TempFile palette(PalettePage());
+    const TempFile damaged(OnePage(TiffPage::Picture(8, 4, 1, 4).Strips({Bits("1 00000001")})));
+    const TempFile planes(OnePage(TiffPage::Picture(1, 1, 8, 1, 2).Short(277, {3}).Short(284, {2})));
+    const MemoryTiff jpeg(OnePage(TiffPage::Picture(8, 1, 8, 7).Strips({{0}})));
+    const SearchedFolder searched(SiblingsFolder());
+
+    ExpectNothingLeft("bitmap", [&] { TakeBitmap(LoadTiffIntoBitmap(palette.Path(), 0, 0)); });
+    ExpectNothingLeft("damaged", [&] { LoadTiffIntoBitmap(damaged.Path(), 0, 0); });
+    ExpectNothingLeft("no header", [&] { LoadTiffIntoBitmap(planes.Path(), 0, 0); });
+    ExpectNothingLeft("JPEG in memory", [&] { LoadTiffChainIntoBitmap(jpeg.file, 0); });
+    ExpectNothingLeft("JPEG in memory to a DIB", [&] { LoadTiffChainIntoDIB(jpeg.file, 0); });
+    ExpectNothingLeft("palette", [&] { DeleteObject(GetTiffImagePalette(palette.Path(), 0)); });
+    ExpectNothingLeft("dialog", [&] { TakeDib(LoadTiffIntoDIB(palette.Path(), 0, 1)); });
+    EXPECT_EQ(GetModuleHandleA("KVDlgs.dll"), nullptr);
+    ExpectNothingLeft("clipboard", [&] { LoadTiffFileIntoClipboard(palette.Path(), 0, 0); });
+    ExpectNothingLeft("clipboard, damaged", [&] { LoadTiffFileIntoClipboard(damaged.Path(), 0, 0); });
+}
