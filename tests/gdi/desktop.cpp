@@ -146,10 +146,10 @@ static uint32_t BusyBlocks()
 
 // The highest place that new ones take: more are made at once than were ever given back, so that
 // places given back do not hide those that were not.
-template <class Make, class Free>
+template <size_t COUNT, class Make, class Free>
 uint32_t HighestPlace(Make make, Free free)
 {
-    std::array<decltype(make()), 300> made;
+    std::array<decltype(make()), COUNT> made;
     uint32_t highest = 0;
     for (auto& handle : made) {
         handle = make();
@@ -164,11 +164,13 @@ uint32_t HighestPlace(Make make, Free free)
 HandleMarks TakeMarks()
 {
     HandleMarks marks{};
-    marks.gdi = HighestPlace([] { return CreateSolidBrush(0); }, [](HBRUSH brush) { DeleteObject(brush); });
+    // Few, and first: the system keeps device contexts for the next one who asks.
     marks.deviceContexts =
-        HighestPlace([] { return GetDC(nullptr); }, [](HDC dc) { ReleaseDC(nullptr, dc); });
-    marks.handles = HighestPlace([] { return CreateEventA(nullptr, FALSE, FALSE, nullptr); },
-                                 [](HANDLE event) { CloseHandle(event); });
+        HighestPlace<20>([] { return GetDC(nullptr); }, [](HDC dc) { ReleaseDC(nullptr, dc); });
+    marks.gdi =
+        HighestPlace<300>([] { return CreateSolidBrush(0); }, [](HBRUSH brush) { DeleteObject(brush); });
+    marks.handles = HighestPlace<300>([] { return CreateEventA(nullptr, FALSE, FALSE, nullptr); },
+                                      [](HANDLE event) { CloseHandle(event); });
     marks.temporaryFiles = TemporaryFiles();
     marks.blocks = BusyBlocks();
     return marks;

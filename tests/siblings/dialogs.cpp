@@ -9,6 +9,9 @@ namespace {
 
 LoadDialogCall loadCall;
 int32_t loadAnswer = 1;
+SaveDialogCall saveCall;
+int32_t saveAnswer = 1;
+TiffSaveDialogOptions saveChoice;
 
 } // namespace
 
@@ -20,6 +23,25 @@ void AnswerLoadDialog(int32_t answer)
 const LoadDialogCall* LastLoadDialog()
 {
     return &loadCall;
+}
+
+void AnswerSaveDialog(int32_t answer, const TiffSaveDialogOptions* options)
+{
+    saveAnswer = answer;
+    saveChoice = *options;
+}
+
+const SaveDialogCall* LastSaveDialog()
+{
+    return &saveCall;
+}
+
+extern "C" __declspec(dllexport) int32_t
+    TiffSaveDialog(const char*, const TiffSavePicture* picture, TiffSaveDialogOptions* options)
+{
+    saveCall = {picture->geometry.width, *options};
+    *options = saveChoice;
+    return saveAnswer;
 }
 
 extern "C" __declspec(dllexport) int32_t TiffLoadDialog(TiffLoadDialogRequest* request)

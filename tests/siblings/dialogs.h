@@ -1,6 +1,8 @@
 // How tests speak to the dialogs library that stands in for the real one.
 #pragma once
 
+#include "tiff/save.h"
+
 #include <cstdint>
 
 struct LoadDialogCall {
@@ -10,8 +12,16 @@ struct LoadDialogCall {
     char path[260];
 };
 
+struct SaveDialogCall {
+    int32_t width;
+    TiffSaveDialogOptions asked; // as they were offered
+};
+
 extern "C" {
 // What the load dialog answers from now on; 1, go on, at first.
 __declspec(dllexport) void AnswerLoadDialog(int32_t answer);
 __declspec(dllexport) const LoadDialogCall* LastLoadDialog();
+// What the save dialog answers and chooses from now on.
+__declspec(dllexport) void AnswerSaveDialog(int32_t answer, const TiffSaveDialogOptions* options);
+__declspec(dllexport) const SaveDialogCall* LastSaveDialog();
 }
