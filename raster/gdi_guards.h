@@ -35,32 +35,6 @@ private:
     HDC dc;
 };
 
-class MemoryDc {
-public:
-    explicit MemoryDc(HDC like) : dc(CreateCompatibleDC(like))
-    {
-    }
-    MemoryDc(const MemoryDc&) = delete;
-    MemoryDc& operator=(const MemoryDc&) = delete;
-    ~MemoryDc()
-    {
-        if (dc)
-            DeleteDC(dc);
-    }
-
-    explicit operator bool() const
-    {
-        return dc != nullptr;
-    }
-    HDC Get() const
-    {
-        return dc;
-    }
-
-private:
-    HDC dc;
-};
-
 template <class Handle>
 class GdiObject {
 public:
@@ -96,30 +70,6 @@ public:
 
 private:
     Handle object = nullptr;
-};
-
-// An object that is not a palette, selected into a device context.
-class Selected {
-public:
-    Selected(HDC dc, HGDIOBJ object) : dc(dc), previous(SelectObject(dc, object))
-    {
-    }
-    Selected(const Selected&) = delete;
-    Selected& operator=(const Selected&) = delete;
-    ~Selected()
-    {
-        if (previous)
-            SelectObject(dc, previous);
-    }
-
-    explicit operator bool() const
-    {
-        return previous != nullptr;
-    }
-
-private:
-    HDC dc;
-    HGDIOBJ previous;
 };
 
 // A foreground palette, selected and realised; none changes nothing.
