@@ -14,7 +14,6 @@ namespace {
 
 constexpr uint32_t UNKNOWN_PROCESS = UINT32_MAX;
 constexpr uint32_t LAST_PROCESS = 1; // 0 and 1 are known
-constexpr uint32_t blackWhiteDefault[12] = {0, 1, 255, 1, 128, 1, 255, 1, 128, 1, 255, 1};
 
 uint32_t TilesAlong(uint32_t pixels, uint32_t tilePixels)
 {
@@ -25,9 +24,9 @@ void ReadColourTags(CodecContext* context, const PageTags& tags)
 {
     for (uint32_t axis = 0; axis < 2; ++axis)
         context->subSampling[axis] = tags.Value(tag::YCbCrSubSampling, 2, axis);
-    for (uint32_t index = 0; index < std::size(blackWhiteDefault); ++index)
+    for (uint32_t index = 0; index < std::size(fullRangeReference); ++index)
         context->referenceBlackWhite[index] =
-            tags.Value(tag::ReferenceBlackWhite, blackWhiteDefault[index], index);
+            tags.Value(tag::ReferenceBlackWhite, fullRangeReference[index], index);
 }
 
 } // namespace

@@ -141,11 +141,10 @@ void PutShorts(Definition& definition, uint16_t tag, std::initializer_list<uint3
     Put(definition, tag, fieldtype::Short, shorts.data(), values.size());
 }
 
-// Full range, the colour differences around 128.
 void PutReferenceBlackWhite(Definition& definition)
 {
-    static constexpr uint32_t rationals[] = {0, 1, 255, 1, 128, 1, 255, 1, 128, 1, 255, 1};
-    Put(definition, tag::ReferenceBlackWhite, fieldtype::Rational, rationals, std::size(rationals) / 2);
+    Put(definition, tag::ReferenceBlackWhite, fieldtype::Rational, fullRangeReference,
+        std::size(fullRangeReference) / 2);
 }
 
 // Samples of 8 bits.

@@ -123,6 +123,9 @@ inline constexpr uint32_t FirstColourSpace = 7; // handed to callers unconverted
 inline constexpr uint32_t LastColourSpace = 17;
 } // namespace photometric
 
+// ReferenceBlackWhite of the full range, colour differences around 128: six RATIONALs.
+inline constexpr uint32_t fullRangeReference[12] = {0, 1, 255, 1, 128, 1, 255, 1, 128, 1, 255, 1};
+
 inline constexpr uint32_t ORIENTATION_BOTTOM_LEFT = 4;
 inline constexpr uint32_t MAX_PATH_BYTES = 260; // with the terminating zero
 

@@ -14,6 +14,7 @@
 #ifndef TIFF_TIFF_H
 #define TIFF_TIFF_H
 
+#include "tiff/blank_pages.h"
 #include "tiff/ccitt.h"
 #include "tiff/codecs.h"
 #include "tiff/directory.h"

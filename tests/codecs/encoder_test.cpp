@@ -1,6 +1,7 @@
-// Code is spelt out bit by bit from the tables of T.4 and T.6, or byte by byte.
+// Bytes is spelt out bit by bit from the tables of T.4 and T.6, or byte by byte.
 #include "codecs/codec_table.h"
 #include "core/stream.h"
+#include "support/bytes.h"
 #include "tiff/ccitt.h"
 #include "tiff/errors.h"
 
@@ -16,9 +17,6 @@ using namespace tiff;
 
 namespace {
 
-using Line = std::vector<uint8_t>;
-using Code = std::vector<uint8_t>;
-
 const std::string eol = "000000000001", eofb = eol + eol;
 
 std::string Times(const std::string& part, size_t count)
@@ -29,27 +27,10 @@ std::string Times(const std::string& part, size_t count)
     return all;
 }
 
-// "0101 1", padded with zeros to a byte.
-Code Packed(const std::string& digits)
-{
-    Code code;
-    size_t count = 0;
-    for (const char digit : digits) {
-        if (digit == ' ')
-            continue;
-        if (count % 8 == 0)
-            code.push_back(0);
-        if (digit == '1')
-            code.back() = static_cast<uint8_t>(code.back() | 0x80 >> count % 8);
-        ++count;
-    }
-    return code;
-}
-
 // Lines of eight pixels, "...##.../........".
-std::vector<Line> Picture(const std::string& drawn)
+std::vector<Bytes> Picture(const std::string& drawn)
 {
-    std::vector<Line> lines;
+    std::vector<Bytes> lines;
     for (size_t at = 0; at < drawn.size(); at += 9) {
         lines.push_back({0});
         for (size_t pixel = 0; pixel < 8; ++pixel)
@@ -61,7 +42,7 @@ std::vector<Line> Picture(const std::string& drawn)
 
 // What the line routine hands out, over and over when there are more rows than lines.
 struct Source {
-    std::vector<Line> lines;
+    std::vector<Bytes> lines;
     uint32_t stopRow = UINT32_MAX;
     intptr_t stopStatus = 0;
     TiffStream closedStream = 0; // taken away at the first row
@@ -74,7 +55,7 @@ intptr_t FillLine(void* line, uint32_t row, void* userData)
     ++source.calls;
     if (source.closedStream != 0)
         mClose(source.closedStream);
-    const Line& pixels = source.lines[row % source.lines.size()];
+    const Bytes& pixels = source.lines[row % source.lines.size()];
     std::memcpy(line, pixels.data(), pixels.size());
     return row == source.stopRow ? source.stopStatus : 0;
 }
@@ -92,9 +73,9 @@ std::vector<Element> Take(HGLOBAL block, size_t count)
     return content;
 }
 
-Code TakeCode(TiffStream stream)
+Bytes TakeCode(TiffStream stream)
 {
-    const Code code = Take<uint8_t>(MemoryStreamBlock(stream), mSize(stream));
+    const Bytes code = Take<uint8_t>(MemoryStreamBlock(stream), mSize(stream));
     mClose(stream);
     return code;
 }
@@ -106,7 +87,7 @@ struct Strips {
 
 struct Encoded {
     Status status;
-    Code code;
+    Bytes code;
     std::vector<uint32_t> offsets, counts;
 };
 
@@ -114,7 +95,7 @@ Encoded EncodeStrips(const Strips& strips, Source source)
 {
     CodecContext context{};
     context.stream = OpenMemoryStream(nullptr, 0);
-    const Code before(strips.start, 0xEE);
+    const Bytes before(strips.start, 0xEE);
     mWrite(context.stream, before.data(), strips.start);
     context.lineFormat.biWidth = static_cast<int32_t>(strips.width);
     context.lineFormat.biHeight = static_cast<int32_t>(strips.rows);
@@ -145,7 +126,7 @@ Encoded EncodeStrips(const Strips& strips, Source source)
 }
 
 // Codes at the widths a reader expects that counts an entry with every code after a Clear.
-Code LzwCode(const std::vector<uint32_t>& codes)
+Bytes LzwCode(const std::vector<uint32_t>& codes)
 {
     std::string digits;
     uint32_t nextFree = 258;
@@ -154,18 +135,7 @@ Code LzwCode(const std::vector<uint32_t>& codes)
             digits += code >> bit & 1 ? '1' : '0';
         nextFree = code == 256 ? 258 : nextFree + 1;
     }
-    return Packed(digits);
-}
-
-Code operator+(Code left, const Code& right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
-Line AllOf(uint8_t byte, size_t count)
-{
-    return Line(count, byte);
+    return Bits(digits);
 }
 
 } // namespace
@@ -213,7 +183,7 @@ TEST(CcittEncoder, LinesBecomeTheCodesOfTheirScheme)
         const auto count = static_cast<uint32_t>(source.lines.size());
         EXPECT_EQ(
             EncodeStrips({.rows = count, .rowsPerStrip = count, .compression = compression}, source).code,
-            Packed(code));
+            Bits(code));
     }
     SetKfactor(2);
 }
@@ -236,30 +206,30 @@ TEST(CcittEncoder, LongRunsAreMadeUp)
     for (const auto& [width, colour, code] : rows) {
         SCOPED_TRACE(width);
         const Encoded encoded =
-            EncodeStrips({.width = width, .compression = 2}, {{AllOf(colour, (width + 7) / 8)}});
-        EXPECT_EQ(encoded.code, Packed(code));
+            EncodeStrips({.width = width, .compression = 2}, {{Bytes((width + 7) / 8, colour)}});
+        EXPECT_EQ(encoded.code, Bits(code));
     }
 }
 
 TEST(CcittEncoder, BitsBehindTheWidthDoNotMatter)
 {
-    for (const uint8_t padding : Line{0x00, 0x01}) {
-        const Line narrow = {static_cast<uint8_t>(0x02 | padding)};
-        EXPECT_EQ(EncodeStrips({.width = 7, .compression = 2}, {{narrow}}).code, Packed("1110 010"));
-        const Line wide = {0x00, static_cast<uint8_t>(padding * 0x7F)};
-        EXPECT_EQ(EncodeStrips({.width = 9, .compression = 4}, {{wide}}).code, Packed("1" + eofb));
+    for (const uint8_t padding : Bytes{0x00, 0x01}) {
+        const Bytes narrow = {static_cast<uint8_t>(0x02 | padding)};
+        EXPECT_EQ(EncodeStrips({.width = 7, .compression = 2}, {{narrow}}).code, Bits("1110 010"));
+        const Bytes wide = {0x00, static_cast<uint8_t>(padding * 0x7F)};
+        EXPECT_EQ(EncodeStrips({.width = 9, .compression = 4}, {{wide}}).code, Bits("1" + eofb));
     }
 }
 
 TEST(CcittEncoder, EveryStripStandsAlone)
 {
-    const Line line = {0x18};
-    const Code group4 = Packed("001 1000 11 1" + eofb);
+    const Bytes line = {0x18};
+    const Bytes group4 = Bits("001 1000 11 1" + eofb);
     EXPECT_EQ(EncodeStrips({.rows = 2, .compression = 4}, {{line}}).code, group4 + group4);
 
     // The EOL in front is written once, but each strip begins in runs.
     const std::string rest = "1000 11 1000" + Times(eol + "1", 6);
-    const Code first = Packed(eol + "1" + rest), second = Packed(rest);
+    const Bytes first = Bits(eol + "1" + rest), second = Bits(rest);
     const Encoded group3 = EncodeStrips({.rows = 2, .compression = 0x10003}, {{line}});
     EXPECT_EQ(group3.code, first + second);
     EXPECT_EQ(group3.offsets[1], first.size());
@@ -271,7 +241,7 @@ TEST(CcittEncoder, RecordsHoldOneCodeBufferEach)
         const char* row;
         uint32_t rows;
         size_t ones; // bytes of white rows, one bit each
-        Code first, last;
+        Bytes first, last;
     } rows[] = {
         {"a short record", 1, 0, {0xFE, 0x92, 0x00, 0x04}, {0x80, 0x08, 0x00, 0x80}},
         {"a full one, and none of 0 bytes", 32764 * 8, 32764, {0xFE, 0x92, 0x7F, 0xFF}, {0x00, 0x10, 0x01}},
@@ -282,7 +252,7 @@ TEST(CcittEncoder, RecordsHoldOneCodeBufferEach)
         Source source{{{0x00}}};
         const TiffStream stream = OpenMemoryStream(nullptr, 0);
         EXPECT_EQ(EncodeMMRImage(stream, 8, count, 1, &source, FillLine), 1);
-        EXPECT_EQ(TakeCode(stream), first + AllOf(0xFF, ones) + last);
+        EXPECT_EQ(TakeCode(stream), first + Bytes(ones, 0xFF) + last);
     }
 }
 
@@ -293,7 +263,7 @@ TEST(CcittEncoder, RawCodeGoesToTheCurrentPositionInTheBitOrderAsked)
         const TiffStream stream = OpenMemoryStream(nullptr, 0);
         mWrite(stream, "abc", 3);
         EXPECT_EQ(EncodeCcittImageTo(stream, 8, 1, fillOrder, TIFF_INTEL, 2, &source, FillLine), 1);
-        EXPECT_EQ(TakeCode(stream), (Code{'a', 'b', 'c', static_cast<uint8_t>(byte)}));
+        EXPECT_EQ(TakeCode(stream), (Bytes{'a', 'b', 'c', static_cast<uint8_t>(byte)}));
     }
 }
 
@@ -318,7 +288,7 @@ TEST(CcittEncoder, FailuresEndTheCall)
     };
     for (const auto& [row, width, count, compression, losesStream, status, error, calls] : rows) {
         SCOPED_TRACE(row);
-        Source source{{AllOf(0, (width + 7) / 8)}, 1, status};
+        Source source{{Bytes((width + 7) / 8)}, 1, status};
         const TiffStream stream = OpenMemoryStream(nullptr, 0);
         source.closedStream = losesStream ? stream : 0;
         SetTiffError(0);
@@ -355,7 +325,7 @@ TEST(Encoders, StripsAreRecordedWhereverTheyEndInTheBuffer)
                                               .compression = compression,
                                               .start = 8,
                                               .entries = entries},
-                                             {{AllOf(0, lineBytes)}});
+                                             {{Bytes(lineBytes, 0)}});
         EXPECT_EQ(encoded.status, 0u);
         EXPECT_EQ(encoded.code.size(), 8 + size_t{count} * rowCode);
         EXPECT_EQ(encoded.counts, counts);
@@ -367,20 +337,20 @@ TEST(Encoders, StripsAreRecordedWhereverTheyEndInTheBuffer)
 
 TEST(PackBitsEncoder, PacketsStayInsideTheirLine)
 {
-    Line counting(129);
+    Bytes counting(129);
     for (size_t index = 0; index < counting.size(); ++index)
         counting[index] = static_cast<uint8_t>(index);
-    const Code countingCode = Code{0x7F} + Line(counting.begin(), counting.end() - 1) + Code{0x00, 0x80};
+    const Bytes countingCode = Bytes{0x7F} + Bytes(counting.begin(), counting.end() - 1) + Bytes{0x00, 0x80};
     const struct {
         const char* row;
-        Line line;
-        Code code;
+        Bytes line;
+        Bytes code;
     } rows[] = {
         {"one byte", {0x41}, {0x00, 0x41}},
         {"a literal before a repeat", {0x41, 0x42, 0x42, 0x42}, {0x01, 0x41, 0x42, 0xFF, 0x42}},
         {"and leaves a byte alone", {0x41, 0x42, 0x42}, {0x01, 0x41, 0x42, 0x00, 0x42}},
-        {"the longest repeat", AllOf(0x55, 128), {0x81, 0x55}},
-        {"one more", AllOf(0x55, 129), {0x81, 0x55, 0x00, 0x55}},
+        {"the longest repeat", Bytes(128, 0x55), {0x81, 0x55}},
+        {"one more", Bytes(129, 0x55), {0x81, 0x55, 0x00, 0x55}},
         {"the longest literal", counting, countingCode},
         {"a pair behind eight bytes", {0, 1, 2, 3, 4, 5, 6, 7, 8, 8}, {8, 0, 1, 2, 3, 4, 5, 6, 7, 8, 0, 8}},
     };
@@ -394,9 +364,9 @@ TEST(PackBitsEncoder, PacketsStayInsideTheirLine)
 
 TEST(LzwEncoder, EveryStripBeginsWithClearAndEndsOnAByte)
 {
-    const Code strip = LzwCode({256, 65, 258, 257});
+    const Bytes strip = LzwCode({256, 65, 258, 257});
     const Encoded encoded =
-        EncodeStrips({.width = 3, .bits = 8, .rows = 2, .compression = 0x10005}, {{AllOf(65, 3)}});
+        EncodeStrips({.width = 3, .bits = 8, .rows = 2, .compression = 0x10005}, {{Bytes(3, 65)}});
     EXPECT_EQ(encoded.counts[0], strip.size());
     EXPECT_EQ(encoded.code, strip + strip);
 }
@@ -404,7 +374,7 @@ TEST(LzwEncoder, EveryStripBeginsWithClearAndEndsOnAByte)
 TEST(LzwEncoder, ThreeRowsThatDoNotCompressRestartTheTable)
 {
     const Source source{{{0, 1, 2, 3}, {4, 5, 6, 7}, {8, 9, 10, 11}, {12, 13, 14, 15}}};
-    const Code code = LzwCode({256, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 256, 12, 13, 14, 15, 257});
+    const Bytes code = LzwCode({256, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 256, 12, 13, 14, 15, 257});
     EXPECT_EQ(
         EncodeStrips({.width = 4, .bits = 8, .rows = 4, .rowsPerStrip = 4, .compression = 0x10005}, source)
             .code,
@@ -414,7 +384,7 @@ TEST(LzwEncoder, ThreeRowsThatDoNotCompressRestartTheTable)
 TEST(LzwEncoder, AFullTableIsCleared)
 {
     // No two neighbours occur twice, so every byte is a code of its own.
-    Line line;
+    Bytes line;
     for (uint32_t first = 0; line.size() < 3840; ++first)
         for (uint32_t second = first + 1; second < 256; ++second)
             line.insert(line.end(), {static_cast<uint8_t>(first), static_cast<uint8_t>(second)});
@@ -432,7 +402,7 @@ TEST(LzwEncoder, SamplesBecomeDifferencesInTheFilesOrder)
     static const struct {
         const char* row;
         uint32_t compression, bits, sampleBits, byteOrder;
-        Line line, differences;
+        Bytes line, differences;
     } rows[] = {
         {"1 bit", 0x20005, 1, 1, TIFF_INTEL, {0xAA, 0x55}, {0xAA, 0x55}},
         {"4 bits", 0x20005, 4, 4, TIFF_INTEL, {0x12, 0x45}, {0x11, 0x21}},
@@ -459,7 +429,7 @@ TEST(LzwEncoder, SamplesBecomeDifferencesInTheFilesOrder)
     for (const uint32_t compression : {1u, 32773u}) {
         const Strips strips = {
             .width = 1, .bits = 16, .compression = compression, .byteOrder = TIFF_MOTOROLA};
-        Code code = EncodeStrips(strips, {{{0x01, 0x02}}}).code;
-        EXPECT_EQ(Code(code.end() - 2, code.end()), (Code{0x02, 0x01}));
+        Bytes code = EncodeStrips(strips, {{{0x01, 0x02}}}).code;
+        EXPECT_EQ(Bytes(code.end() - 2, code.end()), (Bytes{0x02, 0x01}));
     }
 }

@@ -33,21 +33,6 @@ HBITMAP Coloured()
     return bitmap;
 }
 
-class NewFile {
-public:
-    NewFile() : file({})
-    {
-        DeleteFileA(file.Path());
-    }
-    const char* Path() const
-    {
-        return file.Path();
-    }
-
-private:
-    TempFile file;
-};
-
 Decoded LastPage(const char* path)
 {
     HGLOBAL file = OpenTiffFile(path, T_READ);

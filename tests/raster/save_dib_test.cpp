@@ -35,22 +35,6 @@ Bytes PackedDib(const Picture& picture)
     return dib + picture.pixels;
 }
 
-// A file name that nothing has yet.
-class NewFile {
-public:
-    NewFile() : file({})
-    {
-        DeleteFileA(file.Path());
-    }
-    const char* Path() const
-    {
-        return file.Path();
-    }
-
-private:
-    TempFile file;
-};
-
 struct Saved {
     int32_t result = 0;
     uint32_t error = 0;

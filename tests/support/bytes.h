@@ -56,4 +56,20 @@ private:
     std::string path;
 };
 
+// A file name that nothing has yet; what gets it is gone at the end of the scope.
+class NewFile {
+public:
+    NewFile() : file({})
+    {
+        DeleteFileA(file.Path());
+    }
+    const char* Path() const
+    {
+        return file.Path();
+    }
+
+private:
+    TempFile file;
+};
+
 Bytes ReadFileBytes(const std::string& path);

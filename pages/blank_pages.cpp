@@ -1,0 +1,179 @@
+// Pages are loaded one after the other and their pixels counted against a limit; counting stops
+// when the answer is known.
+#include "tiff/blank_pages.h"
+#include "core/errors.h"
+#include "core/global_block.h"
+#include "raster/dib.h"
+#include "tiff/files.h"
+#include "tiff/load.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+namespace tiff {
+
+namespace {
+
+constexpr uint32_t SEARCH_FAILED = 0xFFFFFFFF;
+constexpr int32_t WHOLE_PAGE = 1000; // the largest threshold
+
+struct Search {
+    bool forBlack;
+    int32_t threshold;
+    const uint8_t* colour;
+};
+
+double Pixels(const DibView& view)
+{
+    return static_cast<double>(view.width) * view.height;
+}
+
+double ThresholdPixels(const Search& search, const DibView& view)
+{
+    return search.threshold / 10.0 / 100.0 * Pixels(view);
+}
+
+bool Matches(const Search& search, uint8_t level, uint8_t limit)
+{
+    return search.forBlack ? level < limit : level > limit;
+}
+
+bool IsGrey(std::span<const uint8_t> colour)
+{
+    return colour[0] == colour[1] && colour[1] == colour[2];
+}
+
+// Wanted: a row is counted through the byte behind its last whole one, which lies in the padding
+// when the width is a multiple of 8; all eight of its bits count then.
+bool TestBilevel(const Search& search, const DibView& view)
+{
+    const auto first = view.colours.first(3), second = view.colours.subspan(view.colourBytes, 3);
+    if (!IsGrey(first) || !IsGrey(second))
+        return false;
+    const uint8_t flip = first[0] == 0 ? 0xFF : 0;
+    const uint32_t wholeBytes = view.width / 8;
+    const uint32_t lastBits = view.width % 8 ? view.width % 8 : 8;
+    const auto lastMask = static_cast<uint8_t>(0xFF00 >> lastBits);
+    const double limit = ThresholdPixels(search, view);
+    uint64_t dark = 0;
+    for (uint32_t row = 0; row < view.height; ++row) {
+        const uint8_t* line = view.pixels + size_t{row} * view.stride;
+        for (uint32_t at = 0; at <= wholeBytes && at < view.stride; ++at) {
+            const uint8_t mask = at < wholeBytes ? uint8_t{0xFF} : lastMask;
+            dark += static_cast<uint64_t>(std::popcount(static_cast<uint8_t>((line[at] ^ flip) & mask)));
+            if (search.forBlack && static_cast<double>(dark) > limit)
+                return true;
+            if (!search.forBlack && static_cast<double>(dark) >= limit)
+                return false;
+        }
+    }
+    return !search.forBlack;
+}
+
+// Counts the pixels that match in each row; true as soon as there are enough.
+template <class IsMatch>
+bool TestPixels(const Search& search, const DibView& view, uint32_t pixelBytes, IsMatch isMatch)
+{
+    const double threshold = ThresholdPixels(search, view);
+    const double limit = search.forBlack ? threshold : Pixels(view) - threshold;
+    uint64_t count = 0;
+    for (uint32_t row = 0; row < view.height; ++row) {
+        const uint8_t* pixel = view.pixels + size_t{row} * view.stride;
+        for (uint32_t column = 0; column < view.width; ++column, pixel += pixelBytes)
+            count += isMatch(pixel);
+        if (static_cast<double>(count) > limit)
+            return true;
+    }
+    return false;
+}
+
+// Wanted: the levels pair with the colour the other way round than at 24 bits.
+bool TestPalette(const Search& search, const DibView& view)
+{
+    std::array<bool, 256> matches{};
+    const uint32_t colours = std::min(view.ColourCount(), 256u);
+    for (uint32_t index = 0; index < colours; ++index) {
+        const auto colour = view.colours.subspan(size_t{index} * view.colourBytes, 3);
+        matches[index] = Matches(search, colour[0], search.colour[2]) &&
+                         Matches(search, colour[1], search.colour[1]) &&
+                         Matches(search, colour[2], search.colour[0]);
+    }
+    return TestPixels(search, view, 1, [&matches](const uint8_t* pixel) { return matches[*pixel]; });
+}
+
+bool TestTrueColour(const Search& search, const DibView& view)
+{
+    return TestPixels(search, view, 3, [&search](const uint8_t* pixel) {
+        return Matches(search, pixel[0], search.colour[0]) && Matches(search, pixel[1], search.colour[1]) &&
+               Matches(search, pixel[2], search.colour[2]);
+    });
+}
+
+Status TestPage(const Search& search, const char* path, uint32_t page, bool& matches)
+{
+    GlobalBlock dib;
+    dib.Adopt(LoadTiffIntoDIB(path, page, 0));
+    Locked<uint8_t> block(dib.Get());
+    DibView view;
+    if (!block || ViewDib({block.Get(), GlobalSize(dib.Get())}, view) != error::None)
+        return error::InputOutput;
+    switch (view.bitCount) {
+    case 1:
+        matches = TestBilevel(search, view);
+        break;
+    case 8:
+        matches = TestPalette(search, view);
+        break;
+    case 24:
+        matches = TestTrueColour(search, view);
+        break;
+    default:
+        matches = false;
+        break;
+    }
+    return error::None;
+}
+
+uint32_t Fail(Status status)
+{
+    SetTiffError(status);
+    return SEARCH_FAILED;
+}
+
+uint32_t FindPageThat(Search search, const char* path, int32_t firstPage)
+{
+    const uint32_t pages = path ? GetNumberOfImagesInTiffFile(path) : 0;
+    if (pages == 0 || pages == SEARCH_FAILED || !search.colour)
+        return Fail(error::InputOutput);
+    search.threshold = std::clamp(search.threshold, 0, WHOLE_PAGE);
+    const auto first = static_cast<uint32_t>(std::max(firstPage, 0));
+    if (first >= pages)
+        return Fail(error::IndexOutOfRange);
+    for (uint32_t page = first; page < pages; ++page) {
+        bool matches = false;
+        if (const Status status = TestPage(search, path, page, matches); status != error::None)
+            return Fail(status);
+        if (matches)
+            return page + 1;
+    }
+    return 0;
+}
+
+} // namespace
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" uint32_t FindBlankPage(const char* path, int32_t threshold, int32_t firstPage,
+                                  const uint8_t* colour) noexcept
+{
+    return FindPageThat({false, threshold, colour}, path, firstPage);
+}
+
+extern "C" uint32_t FindBlackPage(const char* path, int32_t threshold, int32_t firstPage,
+                                  const uint8_t* colour) noexcept
+{
+    return FindPageThat({true, threshold, colour}, path, firstPage);
+}
