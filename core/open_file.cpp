@@ -215,10 +215,16 @@ static HGLOBAL OpenExisting(GlobalBlock block, uint32_t openFlags)
     return ReadPages(block) ? block.Release() : nullptr;
 }
 
-static bool ExistsWithContent(const char* path)
+enum class Found { Nothing, Pages, Unreadable };
+
+// A file that is there and cannot be looked into must not be taken for a new one: its pages
+// would go with the first that is written.
+static Found LookFor(const char* path)
 {
     FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
-    return file && GetFileSize(file.Get(), nullptr) != 0;
+    if (file)
+        return GetFileSize(file.Get(), nullptr) != 0 ? Found::Pages : Found::Nothing;
+    return GetFileAttributesA(path) == INVALID_FILE_ATTRIBUTES ? Found::Nothing : Found::Unreadable;
 }
 
 } // namespace tiff
@@ -232,7 +238,12 @@ extern "C" HGLOBAL OpenTiffFile(const char* path, uint32_t mode) noexcept
         SetTiffError(error::InvalidParameters);
         return nullptr;
     }
-    if (mode == T_APPEND && !ExistsWithContent(path))
+    const Found found = mode == T_APPEND ? LookFor(path) : Found::Pages;
+    if (found == Found::Unreadable) {
+        SetTiffError(error::InputOutput);
+        return nullptr;
+    }
+    if (found == Found::Nothing)
         mode = T_CREAT;
     GlobalBlock block = MakeRecord(path, nullptr, ON_DISK);
     switch (mode) {

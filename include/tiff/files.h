@@ -27,8 +27,9 @@ typedef struct TiffFileInformation {
 /* Opens a TIFF file on disk and walks its chain of directories. Nothing is kept open.
  *
  * mode   T_READ reads an existing file. T_APPEND reads a file to add pages to it; a missing or
- *        empty one is treated as new. T_CREAT, and every other value, starts a new file, which
- *        is created or truncated when its first page is written.
+ *        empty one is treated as new, one that is there and cannot be opened is not. T_CREAT, and
+ *        every other value, starts a new file, which is created or truncated when its first page
+ *        is written.
  *
  * Returns a TIFF file handle for CloseTiffFile, or null. A chain that breaks after the first
  * page still opens, with the good pages and error 6 standing.

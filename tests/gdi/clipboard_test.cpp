@@ -73,5 +73,12 @@ TEST(Clipboard, OneThatIsTakenIsAFailureWithoutAnError)
     ASSERT_TRUE(OpenClipboard(foreign.window)) << "it was not closed";
     EXPECT_EQ(LoadTiffFileIntoClipboard(file.Path(), 0, 0), 0);
     EXPECT_EQ(TiffError(), 0u);
+    EXPECT_EQ(SaveTiffFileFromClipboard(file.Path(), 201, 0), 0);
+    EXPECT_EQ(TiffError(), 25u);
+    // A bitmap that is promised and never made.
+    EmptyClipboard();
+    SetClipboardData(CF_BITMAP, nullptr);
     CloseClipboard();
+    EXPECT_EQ(SaveTiffFileFromClipboard(file.Path(), 201, 0), 0);
+    EXPECT_EQ(TiffError(), 26u);
 }

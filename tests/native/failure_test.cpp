@@ -5,6 +5,7 @@
 #include "support/tiff_dump.h"
 
 #include <algorithm>
+#include <fstream>
 #include <gtest/gtest.h>
 
 namespace {
@@ -208,6 +209,33 @@ TEST(Failures, ASaveToMemoryLeavesTheOldPagesAndMayTryAgain)
             }
             CloseTiffFile(file);
         });
+}
+
+TEST(Failures, ASavedDibIsAWholePageOrNone)
+{
+    TempFile file(Fax());
+    HGLOBAL dib = LoadTiffIntoDIB(file.Path(), 0, 0);
+    ASSERT_NE(dib, nullptr);
+    for (const uint32_t selector : {201u, 204u, 208u}) {
+        SCOPED_TRACE(selector);
+        standin::FailEach(CALLS, [&](unsigned) {
+            std::ofstream(file.Path(), std::ios::binary)
+                .write(reinterpret_cast<const char*>(Fax().data()),
+                       static_cast<std::streamsize>(Fax().size()));
+            int32_t saved;
+            {
+                standin::LeakCheck leaks;
+                saved = SaveDIBInTiffFile(file.Path(), dib, selector, 0);
+                EXPECT_EQ(saved == 0, TiffError() != 0);
+            }
+            standin::StopFailing();
+            EXPECT_EQ(GetNumberOfImagesInTiffFile(file.Path()), saved ? 2u : 1u);
+            HGLOBAL tiff = OpenTiffFile(file.Path(), T_READ);
+            EXPECT_EQ(DecodePage(tiff, 0).rows.size(), 4u);
+            CloseTiffFile(tiff);
+        });
+    }
+    GlobalFree(dib);
 }
 
 TEST(Failures, AFullDiskKeepsTheEarlierPagesWhole)
