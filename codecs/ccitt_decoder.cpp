@@ -318,7 +318,6 @@ GlobalBlock MakeRunLists(const CodecContext* context, uint32_t& room)
 void BeginWhiteReference(CcittDecoder& decoder)
 {
     decoder.reference.count = 0;
-    decoder.reference.disordered = false;
     FinishRunList(decoder.reference, decoder.width);
 }
 
@@ -343,7 +342,6 @@ Status DecodeLines(CcittDecoder& decoder, CodecContext* context)
     BeginWhiteReference(decoder);
     for (;;) {
         decoder.coding.count = 0;
-        decoder.coding.disordered = false;
         decoder.decodedAny = false;
         const Met met = modes ? DecodeModeLine(decoder) : DecodeRunLine(decoder);
         if (met != Met::LineEnd)
@@ -381,8 +379,8 @@ Status DecodeRows(CodecContext* context, const Framing& framing)
     CcittDecoder decoder{
         .framing = framing,
         .bits = {.context = context, .refill = framing.refill},
-        .coding = {ends.Get(), 0, room, false},
-        .reference = {ends.Get() + room + END_SENTINELS, 0, room, false},
+        .coding = {ends.Get(), 0, room},
+        .reference = {ends.Get() + room + END_SENTINELS, 0, room},
         .width = context->lineFormat.biWidth,
     };
     return CodecResult(DecodeLines(decoder, context));

@@ -16,7 +16,6 @@ struct RunList {
     int32_t* ends; // columns, at most the width
     uint32_t count;
     uint32_t room;
-    bool disordered; // damaged code has stepped back
 };
 
 // Entries of the width that stand behind every finished list, so that looking for b1 and b2
@@ -28,13 +27,9 @@ inline constexpr uint32_t END_SENTINELS = 4;
 inline bool AppendRunEnd(RunList& list, int64_t end, int32_t width)
 {
     const auto column = static_cast<int32_t>(end < 0 ? 0 : end > width ? width : end);
-    if (list.count > 0) {
-        const int32_t previous = list.ends[list.count - 1];
-        if (column == previous) {
-            --list.count;
-            return true;
-        }
-        list.disordered |= column < previous;
+    if (list.count > 0 && column == list.ends[list.count - 1]) {
+        --list.count;
+        return true;
     }
     if (list.count == list.room)
         return false;
