@@ -6,6 +6,7 @@
 #include "codecs/buffers.h"
 #include "codecs/ccitt_writer.h"
 #include "codecs/encode_tables.h"
+#include "codecs/mmr_records.h"
 #include "codecs/runs.h"
 #include "core/global_block.h"
 #include "core/thread_state.h"
@@ -53,20 +54,6 @@ struct Framing {
 Status FlushToStrip(CodecContext* context)
 {
     return FlushCodeBuffer(context);
-}
-
-// A record that says 0 bytes would mean another length, so an empty one is not written.
-Status FlushToRecord(CodecContext* context)
-{
-    const uint32_t bytes = context->codeBufferSize - context->codeBytesLeft;
-    EmptyCodeBuffer(context);
-    if (bytes == 0)
-        return error::None;
-    uint8_t header[] = {0xFE, 0x92, static_cast<uint8_t>(bytes >> 8), static_cast<uint8_t>(bytes)};
-    const bool written =
-        LongWrite(context->stream, fieldtype::Byte, sizeof(header), header, TIFF_INTEL, 1) &&
-        LongWrite(context->stream, fieldtype::Byte, bytes, context->codeCursor, TIFF_INTEL, 1);
-    return written ? error::None : error::InputOutput;
 }
 
 constexpr Framing modifiedHuffman = {

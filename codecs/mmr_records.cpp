@@ -8,14 +8,16 @@
 namespace tiff {
 
 static constexpr uint32_t HEADER_BYTES = 4;
+static constexpr uint8_t FIRST_MARK = 0xFE;
+static constexpr uint8_t SECOND_MARK = 0x92;
 
 Status FillFromRecord(CodecContext* context)
 {
     uint8_t header[HEADER_BYTES];
     context->codeCursor = CodeBuffer(context);
     context->codeBytesLeft = 0;
-    if (mRead(context->stream, header, HEADER_BYTES) != HEADER_BYTES || header[0] != 0xFE ||
-        header[1] != 0x92)
+    if (mRead(context->stream, header, HEADER_BYTES) != HEADER_BYTES || header[0] != FIRST_MARK ||
+        header[1] != SECOND_MARK)
         return error::UnexpectedEndOfFile;
     uint32_t length = Load16(header + 2, TIFF_MOTOROLA);
     if (length == 0)
@@ -37,6 +39,21 @@ Status InitRecordBuffers(CodecContext* context)
     if (status == error::None)
         BeginLine(context);
     return status;
+}
+
+// A record that says 0 bytes would mean another length, so an empty one is not written.
+Status FlushToRecord(CodecContext* context)
+{
+    const uint32_t bytes = context->codeBufferSize - context->codeBytesLeft;
+    EmptyCodeBuffer(context);
+    if (bytes == 0)
+        return error::None;
+    uint8_t header[HEADER_BYTES] = {FIRST_MARK, SECOND_MARK, static_cast<uint8_t>(bytes >> 8),
+                                    static_cast<uint8_t>(bytes)};
+    const bool written =
+        LongWrite(context->stream, fieldtype::Byte, HEADER_BYTES, header, TIFF_INTEL, 1) &&
+        LongWrite(context->stream, fieldtype::Byte, bytes, context->codeCursor, TIFF_INTEL, 1);
+    return written ? error::None : error::InputOutput;
 }
 
 } // namespace tiff

@@ -11,4 +11,8 @@ namespace tiff {
 // The buffers, with the first record loaded.
 [[nodiscard]] Status InitRecordBuffers(CodecContext* context);
 
+// Writes what the code buffer holds as a record and empties it, also when the write fails; an
+// empty buffer writes nothing.
+[[nodiscard]] Status FlushToRecord(CodecContext* context);
+
 } // namespace tiff

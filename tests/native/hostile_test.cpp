@@ -3,7 +3,6 @@
 #include "standin/standin.h"
 #include "support/pictures.h"
 
-#include <chrono>
 #include <cstring>
 #include <gtest/gtest.h>
 
@@ -118,9 +117,11 @@ TEST(Hostile, RunsWithoutEndEndWithTheData)
     for (const auto& [row, compression, code] : rows) {
         SCOPED_TRACE(row);
         for (const uint32_t width : {1u, 2u, 9u, 65535u}) {
-            const auto begin = std::chrono::steady_clock::now();
-            DecodeFile(OnePage(TiffPage::Picture(width, 3000, 1, compression).Strips({code})));
-            EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+            standin::LeakCheck leaks;
+            const Decoded decoded =
+                DecodeFile(OnePage(TiffPage::Picture(width, 3000, 1, compression).Strips({code})));
+            EXPECT_EQ(decoded.result, decoded.error == 0);
+            EXPECT_LE(decoded.rows.size(), 3000u);
         }
     }
 }

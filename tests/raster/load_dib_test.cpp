@@ -74,14 +74,6 @@ TEST(LoadDib, PagesOfEveryKindBecomeDibs)
          {},
          12,
          false},
-        {"JPEG without its codec", rgb(6, Bytes(6)).Short(259, {7}), 0, 0, {}, 0, false},
-        {"too large for a DIB",
-         TiffPage::Picture(0, 0, 8, 1, 2).Short(277, {3}).Strips({{0}}),
-         0,
-         0,
-         {},
-         10,
-         false},
     };
     for (const auto& [row, page, bits, colours, pixels, error, loaded] : rows) {
         SCOPED_TRACE(row);
@@ -90,8 +82,6 @@ TEST(LoadDib, PagesOfEveryKindBecomeDibs)
         SetTiffError(9);
         const Dib dib = Take(LoadTiffIntoDIB(file.Path(), 0, 0));
         EXPECT_EQ(dib.loaded, loaded);
-        if (!loaded && error == 0)
-            continue;
         EXPECT_EQ(dib.error, error);
         EXPECT_EQ(dib.header.biBitCount, bits);
         EXPECT_EQ(dib.header.biClrUsed, colours);
