@@ -1,6 +1,7 @@
 // Loads a page's directory: every value is fetched once, put into the processor's order and
 // never looked for in the file again.
-#include "core/directory_window.h"
+#include "core/directory_reader.h"
+
 #include "core/errors.h"
 #include "core/open_file.h"
 #include "core/registry.h"
@@ -31,7 +32,7 @@ static_assert(std::size(requiredTags) == 24);
 constexpr uint64_t VALUE_SLACK = 65536;
 
 struct DirectoryLoad {
-    DirectoryWindow window;
+    DirectoryWindow& window;
     uint64_t directory;
     uint32_t entryCount;
     uint64_t valueBudget;
@@ -110,16 +111,15 @@ void ReadRecords(DirectoryLoad& load, TagBlock* block)
 }
 
 // The page's tags in a block of their own; null with the error set when there are none.
-GlobalBlock LoadTags(TiffStream stream, uint32_t byteOrder, uint32_t directory)
+GlobalBlock LoadTags(DirectoryWindow& window, uint32_t fileBytes, uint32_t directory)
 {
-    DirectoryLoad load{{.stream = stream, .byteOrder = byteOrder, .bytes{}}, directory, 0, 0};
-    const uint32_t fileBytes = mSize(stream);
-    const uint8_t* counted = fileBytes == STREAM_FAILED ? nullptr : Fetch(load.window, directory, 2);
+    DirectoryLoad load{window, directory, 0, 0};
+    const uint8_t* counted = fileBytes == STREAM_FAILED ? nullptr : Fetch(window, directory, 2);
     if (!counted) {
         SetTiffError(error::InputOutput);
         return {};
     }
-    load.entryCount = Load16(counted, byteOrder);
+    load.entryCount = Load16(counted, window.byteOrder);
     load.valueBudget = uint64_t{fileBytes} * 2 + VALUE_SLACK;
 
     const uint64_t recordBytes = MeasureRecords(load);
@@ -140,7 +140,32 @@ GlobalBlock LoadTags(TiffStream stream, uint32_t byteOrder, uint32_t directory)
     return block;
 }
 
+// Whether there is a directory to load from, with the error set.
+bool CanLoadPage(HGLOBAL file, uint32_t page)
+{
+    const auto entry = FindPage(file, page);
+    if (!entry)
+        SetTiffError(error::IndexOutOfRange);
+    else if (entry->directoryOffset == 0)
+        SetTiffError(error::InputOutput); // a page that was never written
+    return entry && entry->directoryOffset != 0;
+}
+
 } // namespace
+
+int32_t LoadPage(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes)
+{
+    if (IsRegistered(file, page))
+        return 1;
+    if (!CanLoadPage(file, page))
+        return 0;
+    GlobalBlock block = LoadTags(window, fileBytes, FindPage(file, page)->directoryOffset);
+    if (!block)
+        return 0;
+    RegisterPage(file, page, block.Release());
+    SetTiffError(error::None);
+    return 1;
+}
 
 } // namespace tiff
 
@@ -155,24 +180,11 @@ extern "C" int32_t GetTiffImage(HGLOBAL file, uint32_t page) noexcept
 {
     if (!file || IsRegistered(file, page))
         return file != nullptr;
-    const auto entry = FindPage(file, page);
-    if (!entry) {
-        SetTiffError(error::IndexOutOfRange);
+    if (!CanLoadPage(file, page))
         return 0;
-    }
-    if (entry->directoryOffset == 0) {
-        SetTiffError(error::InputOutput); // a page that was never written
-        return 0;
-    }
-    GlobalBlock block;
-    {
-        Locked<TiffFileRecord> record(file);
-        Stream stream(OpenRecord(*record));
-        block = LoadTags(stream.Get(), record->byteOrder, entry->directoryOffset);
-    }
-    if (!block)
-        return 0;
-    RegisterPage(file, page, block.Release());
-    SetTiffError(error::None);
-    return 1;
+    Locked<TiffFileRecord> record(file);
+    Stream stream(OpenRecord(*record));
+    DirectoryWindow window{.stream = stream.Get(), .byteOrder = record->byteOrder, .bytes{}};
+    record.Unlock();
+    return LoadPage(file, page, window, mSize(window.stream));
 }

@@ -18,6 +18,7 @@
 #include "tiff/ccitt.h"
 #include "tiff/codecs.h"
 #include "tiff/directory.h"
+#include "tiff/editing.h"
 #include "tiff/errors.h"
 #include "tiff/files.h"
 #include "tiff/lines.h"

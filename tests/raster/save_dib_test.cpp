@@ -6,35 +6,6 @@
 
 namespace {
 
-struct Picture {
-    uint32_t width, height;
-    uint16_t bits;
-    std::vector<uint32_t> colours; // 0x00RRGGBB
-    Bytes pixels;                  // rows as the DIB stores them, padded
-    int32_t dotsPerMetre[2] = {7874, 3937};
-    uint32_t colourCount = 0; // biClrUsed
-    bool topDown = false;
-};
-
-Bytes PackedDib(const Picture& picture)
-{
-    BITMAPINFOHEADER header{};
-    header.biSize = sizeof(header);
-    header.biWidth = static_cast<int32_t>(picture.width);
-    header.biHeight = static_cast<int32_t>(picture.topDown ? 0u - picture.height : picture.height);
-    header.biPlanes = 1;
-    header.biBitCount = picture.bits;
-    header.biXPelsPerMeter = picture.dotsPerMetre[0];
-    header.biYPelsPerMeter = picture.dotsPerMetre[1];
-    header.biClrUsed = picture.colourCount;
-    Bytes dib(sizeof(header));
-    std::memcpy(dib.data(), &header, sizeof(header));
-    for (const uint32_t colour : picture.colours)
-        dib = dib + Bytes{static_cast<uint8_t>(colour), static_cast<uint8_t>(colour >> 8),
-                          static_cast<uint8_t>(colour >> 16), 0};
-    return dib + picture.pixels;
-}
-
 struct Saved {
     int32_t result = 0;
     uint32_t error = 0;
