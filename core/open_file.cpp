@@ -174,6 +174,9 @@ static bool ReadPages(GlobalBlock& block)
         DirectoryWindow window{.stream = stream.Get(), .bytes{}};
         if (!ReadHeader(window) || !WalkChain(window, walk))
             return false;
+        // Pages that are there and could not be read would be cut off by the next page written.
+        if (walk.broken && window.failed && record->openFlags == openflag::Append && record->path[0])
+            return false;
         record->byteOrder = static_cast<uint16_t>(window.byteOrder);
     }
     if (!block.Resize(FileRecordBytes(PageRoom(walk.pageCount)))) {

@@ -56,10 +56,13 @@ void ForEachForeign(DirectoryWindow& source, uint32_t directory, Visit visit)
     }
 }
 
-bool ReadAt(TiffStream stream, uint32_t position, std::span<uint8_t> bytes)
+bool ReadAt(DirectoryWindow& source, uint32_t position, std::span<uint8_t> bytes)
 {
-    return mSeek(stream, position, 0) != STREAM_FAILED &&
-           mRead(stream, bytes.data(), static_cast<uint32_t>(bytes.size())) == bytes.size();
+    if (mSeek(source.stream, position, 0) != STREAM_FAILED &&
+        mRead(source.stream, bytes.data(), static_cast<uint32_t>(bytes.size())) == bytes.size())
+        return true;
+    source.failed |= IsInFile(source.stream, position, bytes.size());
+    return false;
 }
 
 // The tag if it is still what was read: so many single bytes, wherever those would lie.
@@ -92,7 +95,7 @@ void RestoreForeignTypes(DirectoryWindow& source, uint32_t directory, std::span<
             return;
         const auto values = room.first(static_cast<size_t>(entry.valueBytes));
         DirectoryTag* tag =
-            ReadAt(source.stream, entry.valuePosition, values) ? FindUnchanged(tags, entry, values) : nullptr;
+            ReadAt(source, entry.valuePosition, values) ? FindUnchanged(tags, entry, values) : nullptr;
         if (!tag)
             return;
         // Values are put back in the file's order, with the elements that the writer knows.

@@ -140,14 +140,32 @@ Status InsertByCopy(const char* path, const OpenedTiff& file, const NewPage& pag
     return rewritten.Commit();
 }
 
+bool HasContent(const char* path)
+{
+    const KeepLastError keep;
+    const FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
+    return file && GetFileSize(file.Get(), nullptr) != 0;
+}
+
+// A file that cannot be opened gets the page as its last, if it can be had for that. This is for
+// files that are new: one that only could not be read this time would get it in the wrong place.
+bool MayOpenLater(Status error)
+{
+    return error == error::NotEnoughMemory || error == error::InputOutput;
+}
+
 Status InsertPage(const char* path, const NewPage& page, uint32_t position, bool inPlace, bool replace)
 {
     const OpenedTiff file(path, T_READ);
+    if (!file && HasContent(path) && MayOpenLater(TiffError()))
+        return TiffError();
     if (!file || position >= file.PageCount())
         return AppendNewPage(path, page);
     // New pages are in Intel order, and a file has one order only.
     if (file.ByteOrder() == TIFF_MOTOROLA)
         return Fail(error::MixedByteOrders);
+    if (!file.IsWhole())
+        return Fail(error::InputOutput);
     return inPlace ? InsertInPlace(path, page, position, replace)
                    : InsertByCopy(path, file, page, position, replace);
 }
@@ -160,6 +178,8 @@ Status DeletePage(const char* path, int32_t page, bool inPlace)
     const int64_t deleted = page == -1 ? int64_t{file.PageCount()} - 1 : page;
     if (deleted < 0 || deleted >= file.PageCount())
         return Fail(error::IndexOutOfRange);
+    if (!file.IsWhole())
+        return Fail(error::InputOutput);
     const auto first = static_cast<uint32_t>(deleted);
     return inPlace && file.PageCount() > 1 ? DeleteInPlace(path, file, first)
                                            : DeletePages(path, file, {first, first + 1}).status;
@@ -182,12 +202,15 @@ Status Reorder(const char* path)
     const OpenedTiff file(path, T_READ);
     if (!file)
         return TiffError();
+    if (!file.IsWhole())
+        return Fail(error::InputOutput);
     return file.PageCount() > 1 ? DeletePages(path, file, {0, 0}).status : error::None;
 }
 
 } // namespace
 
-OpenedTiff::OpenedTiff(const char* path, uint32_t mode) : file(OpenTiffFile(path, mode))
+OpenedTiff::OpenedTiff(const char* path, uint32_t mode)
+    : file(OpenTiffFile(path, mode)), whole(file && TiffError() == error::None)
 {
 }
 

@@ -7,7 +7,6 @@
 #include "pages/file_rewrite.h"
 #include "pages/foreign_values.h"
 #include "pages/page_content.h"
-#include "tiff/directory.h"
 #include "tiff/files.h"
 #include "tiff/pages.h"
 
@@ -146,6 +145,8 @@ Status CopyPage(CopyRun& run, uint32_t page)
     if (!foreign)
         return Fail(error::NotEnoughMemory);
     RestoreForeignTypes(run.window, directory, {foreign.Get(), foreignBytes}, content.tags);
+    if (run.window.failed)
+        return Fail(error::InputOutput);
     status = OpenOutput(run);
     if (status != error::None)
         return status;
@@ -155,8 +156,9 @@ Status CopyPage(CopyRun& run, uint32_t page)
 
 Status CopyAndReport(CopyRun& run, uint32_t page, Progress* progress)
 {
-    Status status =
-        LoadPage(run.source, page, run.window, run.sourceBytes) ? CopyPage(run, page) : TiffError();
+    Status status = LoadForCopy(run, page);
+    if (status == error::None)
+        status = CopyPage(run, page);
     DropTiffImage(run.source, page);
     if (status != error::None || !progress || !progress->callback)
         return status;
@@ -192,6 +194,17 @@ CopyRun::CopyRun(HGLOBAL source, HGLOBAL destination)
 bool IsBegun(const CopyRun& run)
 {
     return !run.output.buffer.empty();
+}
+
+Status LoadForCopy(CopyRun& run, uint32_t page)
+{
+    bool whole = false;
+    if (!LoadPage(run.source, page, run.window, run.sourceBytes, whole))
+        return TiffError();
+    if (whole)
+        return error::None;
+    DropTiffImage(run.source, page);
+    return Fail(error::InputOutput);
 }
 
 Status OpenOutput(CopyRun& run)
@@ -287,6 +300,10 @@ void TakePageBack(const AddedPage& added)
 
 Status CopyBetweenHandles(HGLOBAL source, uint32_t page, HGLOBAL destination)
 {
+    // Nothing is made in the destination for a page that there is not.
+    CopyRun run(source, destination);
+    if (const Status status = LoadForCopy(run, page); status != error::None)
+        return status;
     const uint32_t pageCount = NumberOfTiffImages(destination, TIFF_ALL_PAGES);
     const int32_t defined = DefineTiffImage(destination);
     if (defined < 0)
@@ -295,7 +312,6 @@ Status CopyBetweenHandles(HGLOBAL source, uint32_t page, HGLOBAL destination)
     added.before = *FindPage(destination, added.page);
     added.before.tagBlock = nullptr;
     added.before.kind &= static_cast<uint16_t>(~PAGE_REGISTERED);
-    CopyRun run(source, destination);
     const Status status = FinishCopy(run, CopyPages(run, {page, page + 1}));
     DropTiffImage(destination, added.page);
     if (status == error::None)
@@ -317,8 +333,7 @@ extern "C" int32_t CopyTiffImage(HGLOBAL source, uint32_t page, HGLOBAL destinat
         SetTiffError(error::InvalidHandle);
         return 0;
     }
-    // Nothing is made in the destination for a page that there is not.
-    return GetTiffImage(source, page) && CopyBetweenHandles(source, page, destination) == error::None;
+    return CopyBetweenHandles(source, page, destination) == error::None;
 }
 
 extern "C" int32_t CopyTiffImageInFile(const char* sourcePath, uint32_t page, const char* destinationPath,

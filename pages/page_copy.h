@@ -68,6 +68,10 @@ struct CopyRun {
 // Whether the destination has been opened, and emptied if it is a new file.
 bool IsBegun(const CopyRun& run);
 
+// Loads a page's tags, all that the file has of them: what cannot be read now must not be left out
+// of a file for good. 6, the error set, or the errors of GetTiffImage.
+[[nodiscard]] Status LoadForCopy(CopyRun& run, uint32_t page);
+
 // Appends pages. Tags of the source that are loaded are taken as they are in memory; they are
 // dropped afterwards. The error is set when it fails.
 [[nodiscard]] Status CopyPages(CopyRun& run, PageRange range, Progress* progress = nullptr);

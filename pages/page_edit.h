@@ -17,6 +17,12 @@ public:
     {
         return file != nullptr;
     }
+    // Whether the chain of pages could be followed to its end. A file that cannot be seen whole
+    // must not be replaced by what was seen of it.
+    bool IsWhole() const
+    {
+        return whole;
+    }
     HGLOBAL Get() const
     {
         return file;
@@ -26,6 +32,7 @@ public:
 
 private:
     HGLOBAL file;
+    bool whole;
 };
 
 // Rewrites an opened file without the pages of a range; without any page the file is deleted. The

@@ -38,16 +38,16 @@ Status CheckStrips(const PageTags& tags)
 // Of a strip that reaches beyond the end of its file, what is there is copied.
 Status AppendStrip(HANDLE raw, TiffStream source, std::span<uint8_t> buffer, uint32_t offset, uint32_t bytes)
 {
-    if (mSeek(source, offset, 0) == STREAM_FAILED)
+    const uint32_t size = mSize(source);
+    bytes = std::min(bytes, size - std::min(offset, size));
+    if (size == STREAM_FAILED || mSeek(source, offset, 0) == STREAM_FAILED)
         return Fail(error::InputOutput);
     while (bytes > 0) {
         const uint32_t arrived =
             mRead(source, buffer.data(), std::min(bytes, static_cast<uint32_t>(buffer.size())));
-        if (arrived == 0)
-            return error::None;
         DWORD written = 0;
-        if (arrived == STREAM_FAILED || !WriteFile(raw, buffer.data(), arrived, &written, nullptr) ||
-            written != arrived)
+        if (arrived == 0 || arrived == STREAM_FAILED ||
+            !WriteFile(raw, buffer.data(), arrived, &written, nullptr) || written != arrived)
             return Fail(error::InputOutput);
         bytes -= arrived;
     }

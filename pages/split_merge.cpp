@@ -21,11 +21,19 @@ Status Fail(Status status)
     return status;
 }
 
+// A file of which no page may be left behind.
+Status CheckWhole(const OpenedTiff& file)
+{
+    if (!file)
+        return TiffError();
+    return file.IsWhole() ? error::None : Fail(error::InputOutput);
+}
+
 Status Merge(const char* destination, const char* source, TiffProgress callback, uint64_t user)
 {
     const OpenedTiff from(source, T_READ);
-    if (!from)
-        return TiffError();
+    if (const Status status = CheckWhole(from); status != error::None)
+        return status;
     if (from.PageCount() == 0)
         return Fail(error::IndexOutOfRange);
     const OpenedTiff to(destination, T_APPEND);
@@ -77,8 +85,8 @@ Status Split(const char* source, const char* destination, int32_t firstPage, Tif
              uint64_t user)
 {
     const OpenedTiff from(source, T_READ);
-    if (!from)
-        return TiffError();
+    if (const Status status = CheckWhole(from); status != error::None)
+        return status;
     if (from.PageCount() < 2 || firstPage < 0 || static_cast<uint32_t>(firstPage) > from.PageCount())
         return Fail(error::IndexOutOfRange);
     const auto first = static_cast<uint32_t>(firstPage);
@@ -152,8 +160,8 @@ Status DeleteCutPages(const char* path, const OpenedTiff& from, uint32_t pageCou
 Status Cut(const char* path, const char* nameBase, int32_t pageCount, TiffProgress callback, uint64_t user)
 {
     const OpenedTiff from(path, T_READ);
-    if (!from)
-        return TiffError();
+    if (const Status status = CheckWhole(from); status != error::None)
+        return status;
     if (from.PageCount() < 2 || pageCount < 1 || static_cast<uint32_t>(pageCount) > from.PageCount())
         return Fail(error::IndexOutOfRange);
     const auto pages = static_cast<uint32_t>(pageCount);

@@ -5,7 +5,6 @@
 #include "core/tag_block.h"
 #include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
-#include "tiff/directory.h"
 #include "tiff/files.h"
 #include "tiff/pages.h"
 
@@ -29,10 +28,11 @@ struct TagEdit {
 };
 
 // Changes the tags that the page has in memory; the copy takes them from there.
-Status EditTags(HGLOBAL file, uint32_t page, const TagEdit& edit)
+Status EditTags(CopyRun& run, uint32_t page, const TagEdit& edit)
 {
-    if (!GetTiffImage(file, page))
-        return TiffError();
+    HGLOBAL file = run.source;
+    if (const Status status = LoadForCopy(run, page); status != error::None)
+        return status;
     if (edit.remove) {
         RemoveRecord(Locked<TagBlock>(FindPage(file, page)->tagBlock).Get(), edit.tag);
         return error::None;
@@ -51,7 +51,7 @@ Status CopyEdited(const OpenedTiff& file, uint32_t page, const TagEdit& edit, co
     if (status == error::None)
         status = CopyPages(run, {0, page});
     if (status == error::None)
-        status = EditTags(file.Get(), page, edit);
+        status = EditTags(run, page, edit);
     if (status == error::None)
         status = CopyPages(run, {page, file.PageCount()});
     return FinishCopy(run, status);
@@ -70,6 +70,8 @@ Status EditPage(const char* path, int32_t page, const TagEdit& edit)
     // Wanted: whatever keeps the file from being opened is told as missing memory.
     if (!file)
         return Fail(error::NotEnoughMemory);
+    if (!file.IsWhole())
+        return Fail(error::InputOutput);
     if (page < 0 || static_cast<uint32_t>(page) >= file.PageCount())
         return Fail(error::IndexOutOfRange);
     const Status status = CopyEdited(file, static_cast<uint32_t>(page), edit, rewritten.Name());

@@ -20,6 +20,7 @@
 #include "tiff/directory.h"
 #include "tiff/editing.h"
 #include "tiff/errors.h"
+#include "tiff/fax_boards.h"
 #include "tiff/files.h"
 #include "tiff/lines.h"
 #include "tiff/load.h"

@@ -1,5 +1,5 @@
 #include "support/leaks.h"
-#include "support/pictures.h"
+#include "support/numbered_pages.h"
 #include "support/tiff_dump.h"
 
 #include <cstdio>
@@ -9,53 +9,7 @@
 
 namespace {
 
-using Order = std::vector<int>; // pages by number; NEW is the page that is made here
-constexpr int NEW = -1;
 constexpr uint16_t byteOrders[] = {TIFF_INTEL, TIFF_MOTOROLA};
-
-TiffPage Page(uint32_t number)
-{
-    return TiffPage::Picture(8, 2, 1, 1)
-        .Short(278, {1})
-        .Short(297, {number, 9})
-        .Ascii(270, "page " + std::to_string(number))
-        .Strips({Bytes(1 + number % 3, static_cast<uint8_t>(number)), Hex("55")})
-        .StoredOrder({1, 0});
-}
-
-Bytes Pages(uint32_t count, uint16_t byteOrder = TIFF_INTEL)
-{
-    TiffBuilder builder(byteOrder);
-    for (uint32_t number = 0; number < count; ++number)
-        builder.Add(Page(number));
-    return builder.Build();
-}
-
-struct NewDib : Block {
-    NewDib() : Block(PackedDib({8, 1, 1, {0xFFFFFF, 0}, Hex("A5000000")}))
-    {
-    }
-};
-
-// The file consists of these pages of the other one, whole and in order.
-void ExpectPages(const char* path, const Bytes& original, const Order& order)
-{
-    const Bytes file = ReadFileBytes(path);
-    const auto pages = PagesOf(file), old = PagesOf(original);
-    EXPECT_EQ(Complaints(file), "");
-    ASSERT_EQ(pages.size(), order.size());
-    for (size_t index = 0; index < order.size(); ++index) {
-        if (order[index] == NEW)
-            EXPECT_NE(pages[index].find("data 273: A5\n"), std::string::npos) << pages[index];
-        else
-            EXPECT_EQ(pages[index], old[static_cast<size_t>(order[index])]);
-    }
-}
-
-bool Exists(const std::string& path)
-{
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
 
 // Files that are gone at the end of the scope.
 struct NamedFiles {
