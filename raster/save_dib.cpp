@@ -102,8 +102,9 @@ void DescribeRows(const DibSource& source, const PagePlan& plan, RowSource& rows
     const bool words = view.bitCount > 8 && (view.bitCount != 16 || source.faxBoard);
     const uint64_t rowBytes = words ? (bits + 15) / 16 * 2 : (bits + 7) / 8;
     rows.routine = words ? DllFillTiffLineDIB24Bit : DllFillTiffLineDIB;
-    // An even count may reach one byte into the line buffer's spare bytes.
-    context.lineBytes = static_cast<uint32_t>(std::min(rowBytes, WrittenRowBytes(plan) + 1));
+    // An even count, and a pixel that a line of fewer bits ends in, may reach into the line
+    // buffer's spare bytes.
+    context.lineBytes = static_cast<uint32_t>(std::min(rowBytes, WrittenRowBytes(plan) + 2));
 }
 
 Status EncodeDib(HGLOBAL file, uint32_t page, const PagePlan& plan, const void* source)

@@ -49,7 +49,7 @@ Decoded DecodeFile(const Bytes& tiff)
     return DecodePage(opened.file, 0);
 }
 
-Bytes PackedDib(const Picture& picture)
+Bytes PackedDib(const DibPicture& picture)
 {
     BITMAPINFOHEADER header{};
     header.biSize = sizeof(header);

@@ -31,7 +31,7 @@ Decoded DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip = 0, uint32_
 Decoded DecodeFile(const Bytes& tiff);
 
 // A packed DIB in the making.
-struct Picture {
+struct DibPicture {
     uint32_t width, height;
     uint16_t bits;
     std::vector<uint32_t> colours; // 0x00RRGGBB
@@ -41,4 +41,4 @@ struct Picture {
     bool topDown = false;
 };
 
-Bytes PackedDib(const Picture& picture);
+Bytes PackedDib(const DibPicture& picture);
