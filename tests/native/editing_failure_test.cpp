@@ -247,6 +247,31 @@ TEST(RawFailures, DeleteTheRawFileOnlyOnceItIsBeingWritten)
     EXPECT_FALSE(Exists(raw.Path()));
 }
 
+TEST(CiscoFailures, EitherLeaveTheFileAloneOrDeleteIt)
+{
+    standin::FailEach(CALLS, [&](unsigned n) {
+        standin::StopFailing();
+        TempFile file(Original());
+        standin::LeakCheck leaks;
+        const int32_t result = WithFailing(n, [&] { return ConvertTiffToCiscoFormat(file.Path()); });
+        const auto left = TemporaryFiles();
+        EXPECT_EQ(TiffError() == 0, result != 0);
+        if (result) {
+            ExpectPages(file.Path(), Original(), {0, 1, 2, 3});
+            EXPECT_EQ(left.size(), 1u) << "the name's reservation";
+        } else if (Exists(file.Path())) {
+            EXPECT_EQ(ReadFileBytes(file.Path()), Original());
+        }
+        DeleteAll(left);
+    });
+    TempFile file(Original());
+    standin::LimitDisk(10);
+    EXPECT_EQ(ConvertTiffToCiscoFormat(file.Path()), 0);
+    standin::StopFailing();
+    EXPECT_FALSE(Exists(file.Path()));
+    DeleteAll(TemporaryFiles());
+}
+
 TEST(TagFailures, LeaveTheFileAndWhatWasWrittenBesideIt)
 {
     standin::FailEach(CALLS, [&](unsigned n) {
