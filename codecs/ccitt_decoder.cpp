@@ -95,6 +95,8 @@ constexpr Framing mmrRecords = {
 // What a line coder met. Ended stands for the status that the reader ended with.
 enum class Met { LineEnd, Eol, Ended, BadCode, Eofb, Run };
 
+static_assert(SPARE_LINE_BYTES >= PAINT_MARGIN);
+
 struct CcittDecoder {
     const Framing& framing;
     BitReader bits;
@@ -312,12 +314,12 @@ GlobalBlock MakeRunLists(const CodecContext* context, uint32_t& room)
 {
     const uint64_t codeBits = uint64_t{context->dataEnd} * 8;
     room = static_cast<uint32_t>(std::min<uint64_t>(Width(context), codeBits)) + END_SENTINELS;
-    return GlobalBlock(2 * (uint64_t{room} + END_SENTINELS) * sizeof(int32_t));
+    return GlobalBlock(2 * RoomOfList(room) * sizeof(int32_t));
 }
 
 void BeginWhiteReference(CcittDecoder& decoder)
 {
-    decoder.reference.count = 0;
+    ClearRunList(decoder.reference);
     FinishRunList(decoder.reference, decoder.width);
 }
 
@@ -341,7 +343,7 @@ Status DecodeLines(CcittDecoder& decoder, CodecContext* context)
     bool modes = framing.beginsWithModes;
     BeginWhiteReference(decoder);
     for (;;) {
-        decoder.coding.count = 0;
+        ClearRunList(decoder.coding);
         decoder.decodedAny = false;
         const Met met = modes ? DecodeModeLine(decoder) : DecodeRunLine(decoder);
         if (met != Met::LineEnd)
@@ -379,8 +381,8 @@ Status DecodeRows(CodecContext* context, const Framing& framing)
     CcittDecoder decoder{
         .framing = framing,
         .bits = {.context = context, .refill = framing.refill},
-        .coding = {ends.Get(), 0, room},
-        .reference = {ends.Get() + room + END_SENTINELS, 0, room},
+        .coding = MakeRunList(ends.Get(), room),
+        .reference = MakeRunList(ends.Get() + RoomOfList(room), room),
         .width = context->lineFormat.biWidth,
     };
     return CodecResult(DecodeLines(decoder, context));
