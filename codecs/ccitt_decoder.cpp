@@ -154,8 +154,25 @@ Met EndAtEol(CcittDecoder& decoder)
     return AppendRunEnd(decoder.coding, decoder.width, decoder.width) ? Met::LineEnd : Met::BadCode;
 }
 
+// An EOL without fill, with the bits held that taking it bit by bit and looking at what follows
+// would ask for.
+bool TakePlainEol(CcittDecoder& decoder)
+{
+    constexpr uint32_t EOL_BITS = 12;
+    return decoder.fastLoops && decoder.bits.held >= EOL_BITS + LOOKUP_BITS &&
+           decoder.bits.window >> (64 - EOL_BITS) == 1 && Take(decoder.bits, EOL_BITS);
+}
+
+bool TakeEol(CcittDecoder& decoder)
+{
+    return TakePlainEol(decoder) || TakeThroughOne(decoder.bits);
+}
+
 Met DecodeRunLine(CcittDecoder& decoder)
 {
+    const bool eolBefore = decoder.framing.zeroRun == ZeroRun::EndsLine && !decoder.framing.tagAfterEol;
+    if (eolBefore && TakePlainEol(decoder))
+        return Met::LineEnd;
     int64_t position = 0;
     for (uint32_t colour = 0; position < decoder.width; colour ^= 1) {
         if (colour == 0 && decoder.fastLoops) {
@@ -330,7 +347,7 @@ Status DecodeLines(CcittDecoder& decoder, CodecContext* context)
         if (framing.alignedRows)
             AlignToByte(decoder.bits);
         if (framing.tagAfterEol) {
-            if (!TakeThroughOne(decoder.bits))
+            if (!TakeEol(decoder))
                 return decoder.bits.ended;
             modes = PeekByte(decoder.bits) < 0x80;
             if (!Take(decoder.bits, 1))

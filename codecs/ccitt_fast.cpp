@@ -68,7 +68,7 @@ struct ModeLoop {
     int32_t passedTo;
     const int32_t* const lastB; // only the parity matters behind it
     const int32_t* const firstColumn;
-    const int32_t* const fullColumns;
+    const int32_t* const fullColumns; // the list may not have room behind it
     const int32_t width;
 };
 
@@ -139,6 +139,16 @@ bool PlaceRuns(ModeLoop& loop)
     return true;
 }
 
+// The last run may be white. What follows it may look like a black run.
+bool EndsInWhite(const Reservoir& bits, int32_t room, Reservoir& behind)
+{
+    behind = bits;
+    if (!CanFill(behind))
+        return false;
+    Fill(behind);
+    return TakeRun(behind, 0) == room;
+}
+
 } // namespace
 
 void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
@@ -151,10 +161,10 @@ void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
         .passedTo = line.a0,
         .lastB = reference.ends + reference.count + END_SENTINELS - 2,
         .firstColumn = coding.ends,
-        .fullColumns = coding.ends + coding.room - GROUP_CODES,
+        .fullColumns = coding.ends + coding.room - (GROUP_CODES + 2), // a group and two runs
         .width = decoder.width,
     };
-    // Empty runs may have left a0 elsewhere.
+    // Empty runs may have left a0 elsewhere. The careful coder goes on then.
     const int32_t last = loop.places.columns[-1];
     if (line.a0 != last && (line.a0 < last || line.a0 > std::max(loop.places.b[-1], 0)))
         return;
@@ -198,21 +208,15 @@ void DecodeRunsFast(CcittDecoder& decoder, int64_t& position)
         const auto [white, black] = TakeTwoRuns(bits, 0);
         const int32_t start = column + white, end = start + black;
         if ((white | black) < 0 || start <= columns[-1] || end <= start || end > width) {
-            bits = before;
+            if (EndsInWhite(before, width - column, bits))
+                *columns++ = column = width;
+            else
+                bits = before;
             break;
         }
         columns[0] = start;
         columns[1] = column = end;
         columns += 2;
-    }
-    // The line may end in white.
-    if (column < width && columns <= fullColumns && CanFill(bits)) {
-        Reservoir ending = bits;
-        Fill(ending);
-        if (column + TakeRun(ending, 0) == width) {
-            bits = ending;
-            *columns++ = column = width;
-        }
     }
     decoder.decodedAny |= columns != started;
     coding.count = static_cast<uint32_t>(columns - coding.ends);
