@@ -1,6 +1,6 @@
-// The careful bit reader: never more than eight bits ahead of what is decoded, one byte at a
-// time. When it refills the code buffer decides what a damaged file reports, so the look-ahead
-// is a contract and not an implementation detail.
+// The careful bit reader: it refills the code buffer when it needs eight bits and has less, never
+// earlier. When that happens decides what a damaged file reports, so the look-ahead is a contract
+// and not an implementation detail. The window may hold more of the code buffer than that.
 #pragma once
 
 #include "codecs/codec_context.h"
@@ -14,8 +14,8 @@ using Refill = Status (*)(CodecContext* context);
 struct BitReader {
     CodecContext* context;
     Refill refill;
-    uint32_t window = 0;        // left-aligned; zeros behind the last bit
-    uint32_t held = 0;          // bits that exist in the window
+    uint64_t window = 0;        // left-aligned; behind the bits held, zeros or the bits of the bytes to come
+    uint32_t held = 0;          // bits of the window that are taken from the code buffer
     Status ended = error::None; // what the refill said when there was no more
     bool refilled = false;      // since it was last cleared
 };
@@ -30,7 +30,7 @@ inline void LookAhead(BitReader& bits)
             bits.refilled = true;
             continue;
         }
-        bits.window |= uint32_t{*context->codeCursor++} << (24 - bits.held);
+        bits.window |= uint64_t{*context->codeCursor++} << (56 - bits.held);
         --context->codeBytesLeft;
         bits.held += 8;
     }
@@ -40,7 +40,7 @@ inline void LookAhead(BitReader& bits)
 inline uint32_t PeekByte(BitReader& bits)
 {
     LookAhead(bits);
-    return bits.window >> 24;
+    return static_cast<uint32_t>(bits.window >> 56);
 }
 
 // Takes bits, or none when they are not all there: the reader has ended then.

@@ -3,7 +3,7 @@
 #include "codecs/ccitt_decoder.h"
 
 #include "codecs/buffers.h"
-#include "codecs/ccitt_bits.h"
+#include "codecs/ccitt_fast.h"
 #include "codecs/ccitt_tables.h"
 #include "codecs/mmr_records.h"
 #include "codecs/runs.h"
@@ -13,9 +13,7 @@
 
 namespace tiff {
 
-namespace {
-
-using namespace ccitt;
+namespace ccitt {
 
 // What eight zero bits mean where a run is expected.
 enum class ZeroRun { EndsRun, EndsLine, BadCode };
@@ -30,6 +28,12 @@ struct Framing {
     Refill refill;
     Status (*init)(CodecContext*);
 };
+
+} // namespace ccitt
+
+namespace {
+
+using namespace ccitt;
 
 Status FillFromStrip(CodecContext* context)
 {
@@ -92,17 +96,14 @@ constexpr Framing mmrRecords = {
     .init = InitRecordBuffers,
 };
 
-// What a line coder met. Ended stands for the status that the reader ended with.
-enum class Met { LineEnd, Eol, Ended, BadCode, Eofb, Run };
+// The fast loops count columns in 32 bits and look at runs that pass the width.
+constexpr int32_t WIDEST_FAST_LINE = INT32_MAX / 2;
 
-struct CcittDecoder {
-    const Framing& framing;
-    BitReader bits;
-    RunList coding;
-    RunList reference;
-    int32_t width;
-    bool decodedAny = false; // something of the line in hand, an EOL apart
-};
+static_assert(SPARE_LINE_BYTES >= PAINT_MARGIN);
+
+// By CcittScheme.
+constexpr const Framing* framings[] = {&modifiedHuffman, &group3, &group3TwoDimensional, &group4,
+                                       &mmrRecords};
 
 // Adds one run, make-up codes included, to a position.
 Met DecodeRun(CcittDecoder& decoder, uint32_t colour, int64_t& position)
@@ -153,10 +154,32 @@ Met EndAtEol(CcittDecoder& decoder)
     return AppendRunEnd(decoder.coding, decoder.width, decoder.width) ? Met::LineEnd : Met::BadCode;
 }
 
+// An EOL without fill, with the bits held that taking it bit by bit and looking at what follows
+// would ask for.
+bool TakePlainEol(CcittDecoder& decoder)
+{
+    constexpr uint32_t EOL_BITS = 12;
+    return decoder.fastLoops && decoder.bits.held >= EOL_BITS + LOOKUP_BITS &&
+           decoder.bits.window >> (64 - EOL_BITS) == 1 && Take(decoder.bits, EOL_BITS);
+}
+
+bool TakeEol(CcittDecoder& decoder)
+{
+    return TakePlainEol(decoder) || TakeThroughOne(decoder.bits);
+}
+
 Met DecodeRunLine(CcittDecoder& decoder)
 {
+    const bool eolBefore = decoder.framing.zeroRun == ZeroRun::EndsLine && !decoder.framing.tagAfterEol;
+    if (eolBefore && TakePlainEol(decoder))
+        return Met::LineEnd;
     int64_t position = 0;
     for (uint32_t colour = 0; position < decoder.width; colour ^= 1) {
+        if (colour == 0 && decoder.fastLoops) {
+            DecodeRunsFast(decoder, position);
+            if (position >= decoder.width)
+                break;
+        }
         const Met met = AppendRun(decoder, colour, position);
         if (met == Met::Run)
             continue;
@@ -167,53 +190,6 @@ Met DecodeRunLine(CcittDecoder& decoder)
         return EndAtEol(decoder);
     }
     return Met::LineEnd;
-}
-
-// The place in the reference line: an index of the entry that is b1.
-struct ReferencePoint {
-    const RunList& line;
-    uint32_t index = 0;
-
-    int32_t B1() const
-    {
-        return line.ends[index];
-    }
-    int32_t B2() const
-    {
-        return line.ends[index + 1];
-    }
-    // Behind the list everything is the width, so only the index's parity matters there.
-    void Advance(uint32_t count)
-    {
-        index += count;
-        while (index > line.count + END_SENTINELS - 2)
-            index -= 2;
-    }
-    void SkipThrough(int32_t column, int32_t width)
-    {
-        while (column < width && B1() <= column)
-            Advance(2);
-    }
-    bool PreviousIsRightOf(int32_t column) const
-    {
-        return index > 1 && line.ends[index - 2] > column;
-    }
-};
-
-int32_t VerticalChange(int32_t delta, ReferencePoint& reference, int32_t width)
-{
-    const int32_t a1 = std::clamp(reference.B1() + delta, 0, width);
-    reference.Advance(1);
-    if (delta < 0) {
-        while (reference.PreviousIsRightOf(a1))
-            reference.index -= 2;
-    } else if (delta > 0) {
-        if (reference.PreviousIsRightOf(a1))
-            reference.index -= 2;
-        else
-            reference.SkipThrough(a1, width);
-    }
-    return a1;
 }
 
 // Wanted: an early EOFB is reported only when the bytes held show it whole. When the buffer had
@@ -233,57 +209,71 @@ Status CheckEofb(BitReader& bits)
 }
 
 // Two runs from a0; the second one ends at a2, the last change so far.
-Met DecodeHorizontal(CcittDecoder& decoder, ReferencePoint& reference, int32_t a0, int32_t& a2)
+Met DecodeHorizontal(CcittDecoder& decoder, ModeLine& line)
 {
-    int64_t position = a0;
+    int64_t position = line.a0;
     const uint32_t colour = decoder.coding.count & 1;
     for (const uint32_t each : {colour, colour ^ 1})
         if (const Met met = AppendRun(decoder, each, position); met != Met::Run)
             return met;
-    a2 = static_cast<int32_t>(std::min<int64_t>(position, decoder.width));
-    reference.SkipThrough(a2, decoder.width);
+    line.a0 = line.change = static_cast<int32_t>(std::min<int64_t>(position, decoder.width));
+    line.reference.SkipThrough(line.change, decoder.width);
     return Met::Run;
 }
 
-Met DecodeVerticalMode(CcittDecoder& decoder, ReferencePoint& reference, int32_t delta, int32_t& a1)
+Met DecodeVerticalMode(CcittDecoder& decoder, ModeLine& line, int32_t delta)
 {
     decoder.decodedAny = true;
-    a1 = VerticalChange(delta, reference, decoder.width);
-    return AppendRunEnd(decoder.coding, a1, decoder.width) ? Met::Run : Met::BadCode;
+    line.a0 = line.change = VerticalChange(delta, line.reference, decoder.width);
+    return AppendRunEnd(decoder.coding, line.change, decoder.width) ? Met::Run : Met::BadCode;
 }
 
-// Only a change ends a line: a pass that reaches its end waits for one.
+// One mode; Eol for the zeros that begin one.
+Met DecodeMode(CcittDecoder& decoder, ModeLine& line)
+{
+    const ModeCode& mode = modeTable[PeekByte(decoder.bits) >> 1];
+    if (mode.code.length > decoder.bits.held)
+        return Met::Ended;
+    if (mode.mode == Mode::Zeros)
+        return decoder.framing.endsWithEofb ? Met::Eofb : Met::Eol;
+    if (!Take(decoder.bits, mode.code.length))
+        return Met::Ended;
+    switch (mode.mode) {
+    case Mode::Vertical:
+        return DecodeVerticalMode(decoder, line, mode.delta);
+    case Mode::Horizontal:
+        return DecodeHorizontal(decoder, line);
+    case Mode::Pass:
+        decoder.decodedAny = true;
+        line.a0 = line.reference.B2();
+        line.reference.Advance(2);
+        return Met::Run;
+    default:
+        return decoder.framing.skipsExtensions ? Met::Run : Met::BadCode;
+    }
+}
+
+// A white line under a white one takes a single bit, and most pages have many of them.
+bool IsWhiteUnderWhite(CcittDecoder& decoder)
+{
+    return decoder.fastLoops && decoder.reference.ends[0] == decoder.width &&
+           decoder.bits.held >= LOOKUP_BITS && PeekByte(decoder.bits) >= 0x80;
+}
+
 Met DecodeModeLine(CcittDecoder& decoder)
 {
-    ReferencePoint reference{decoder.reference};
-    int32_t a0 = 0, change = 0;
-    while (change < decoder.width) {
-        const ModeCode& mode = modeTable[PeekByte(decoder.bits) >> 1];
-        if (mode.code.length > decoder.bits.held)
-            return Met::Ended;
-        if (mode.mode == Mode::Zeros)
-            return decoder.framing.endsWithEofb ? Met::Eofb : EndAtEol(decoder);
-        if (!Take(decoder.bits, mode.code.length))
-            return Met::Ended;
-        Met met = Met::Run;
-        switch (mode.mode) {
-        case Mode::Vertical:
-            met = DecodeVerticalMode(decoder, reference, mode.delta, change);
-            a0 = change;
-            break;
-        case Mode::Horizontal:
-            met = DecodeHorizontal(decoder, reference, a0, change);
-            a0 = change;
-            break;
-        case Mode::Pass:
-            decoder.decodedAny = true;
-            a0 = reference.B2();
-            reference.Advance(2);
-            break;
-        default:
-            met = decoder.framing.skipsExtensions ? Met::Run : Met::BadCode;
-            break;
+    if (IsWhiteUnderWhite(decoder) && Take(decoder.bits, 1)) {
+        decoder.decodedAny = AppendRunEnd(decoder.coding, decoder.width, decoder.width);
+        return Met::LineEnd;
+    }
+    ModeLine line{.reference = {decoder.reference.ends, decoder.reference.count}};
+    while (line.change < decoder.width) {
+        if (decoder.fastLoops && decoder.reference.ordered) {
+            DecodeModesFast(decoder, line);
+            if (line.change >= decoder.width)
+                break;
         }
+        const Met met = DecodeMode(decoder, line);
         if (met == Met::Eol)
             return EndAtEol(decoder);
         if (met != Met::Run)
@@ -312,12 +302,12 @@ GlobalBlock MakeRunLists(const CodecContext* context, uint32_t& room)
 {
     const uint64_t codeBits = uint64_t{context->dataEnd} * 8;
     room = static_cast<uint32_t>(std::min<uint64_t>(Width(context), codeBits)) + END_SENTINELS;
-    return GlobalBlock(2 * (uint64_t{room} + END_SENTINELS) * sizeof(int32_t));
+    return GlobalBlock(2 * RoomOfList(room) * sizeof(int32_t));
 }
 
 void BeginWhiteReference(CcittDecoder& decoder)
 {
-    decoder.reference.count = 0;
+    ClearRunList(decoder.reference);
     FinishRunList(decoder.reference, decoder.width);
 }
 
@@ -341,7 +331,7 @@ Status DecodeLines(CcittDecoder& decoder, CodecContext* context)
     bool modes = framing.beginsWithModes;
     BeginWhiteReference(decoder);
     for (;;) {
-        decoder.coding.count = 0;
+        ClearRunList(decoder.coding);
         decoder.decodedAny = false;
         const Met met = modes ? DecodeModeLine(decoder) : DecodeRunLine(decoder);
         if (met != Met::LineEnd)
@@ -357,7 +347,7 @@ Status DecodeLines(CcittDecoder& decoder, CodecContext* context)
         if (framing.alignedRows)
             AlignToByte(decoder.bits);
         if (framing.tagAfterEol) {
-            if (!TakeThroughOne(decoder.bits))
+            if (!TakeEol(decoder))
                 return decoder.bits.ended;
             modes = PeekByte(decoder.bits) < 0x80;
             if (!Take(decoder.bits, 1))
@@ -366,7 +356,7 @@ Status DecodeLines(CcittDecoder& decoder, CodecContext* context)
     }
 }
 
-Status DecodeRows(CodecContext* context, const Framing& framing)
+Status DecodeRows(CodecContext* context, const Framing& framing, bool fastLoops)
 {
     Status status = framing.init(context);
     if (status != error::None)
@@ -379,38 +369,44 @@ Status DecodeRows(CodecContext* context, const Framing& framing)
     CcittDecoder decoder{
         .framing = framing,
         .bits = {.context = context, .refill = framing.refill},
-        .coding = {ends.Get(), 0, room},
-        .reference = {ends.Get() + room + END_SENTINELS, 0, room},
+        .coding = MakeRunList(ends.Get(), room),
+        .reference = MakeRunList(ends.Get() + RoomOfList(room), room),
         .width = context->lineFormat.biWidth,
+        .fastLoops = fastLoops && context->lineFormat.biWidth <= WIDEST_FAST_LINE,
     };
     return CodecResult(DecodeLines(decoder, context));
 }
 
 } // namespace
 
+Status DecodeCcitt(CodecContext* context, CcittScheme scheme, CcittLoops loops)
+{
+    return DecodeRows(context, *framings[static_cast<size_t>(scheme)], loops == CcittLoops::All);
+}
+
 Status DecodeModifiedHuffman(CodecContext* context)
 {
-    return DecodeRows(context, modifiedHuffman);
+    return DecodeCcitt(context, CcittScheme::ModifiedHuffman);
 }
 
 Status DecodeGroup3(CodecContext* context)
 {
-    return DecodeRows(context, group3);
+    return DecodeCcitt(context, CcittScheme::Group3);
 }
 
 Status DecodeGroup3TwoDimensional(CodecContext* context)
 {
-    return DecodeRows(context, group3TwoDimensional);
+    return DecodeCcitt(context, CcittScheme::Group3TwoDimensional);
 }
 
 Status DecodeGroup4(CodecContext* context)
 {
-    return DecodeRows(context, group4);
+    return DecodeCcitt(context, CcittScheme::Group4);
 }
 
 Status DecodeMmrRecords(CodecContext* context)
 {
-    return DecodeRows(context, mmrRecords);
+    return DecodeCcitt(context, CcittScheme::MmrRecords);
 }
 
 } // namespace tiff

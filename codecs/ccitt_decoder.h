@@ -13,4 +13,12 @@ namespace tiff {
 // Group 4 code framed in records; the buffers and the first record are loaded by it.
 [[nodiscard]] Status DecodeMmrRecords(CodecContext* context);
 
+// The same by scheme. The careful loops alone give the same rows and end in the same way as all of
+// them together; comparing the two is what they are to be had separately for.
+enum class CcittScheme { ModifiedHuffman, Group3, Group3TwoDimensional, Group4, MmrRecords };
+enum class CcittLoops { All, CarefulOnly };
+
+[[nodiscard]] Status DecodeCcitt(CodecContext* context, CcittScheme scheme,
+                                 CcittLoops loops = CcittLoops::All);
+
 } // namespace tiff

@@ -74,10 +74,12 @@ static_assert([] {
     return true;
 }());
 
+inline constexpr uint32_t LONGEST_MODE = 7;
+
 inline constexpr auto modeTable = [] {
-    std::array<ModeCode, 128> table{};
+    std::array<ModeCode, 1 << LONGEST_MODE> table{};
     for (const ModeCode& mode : modeCodes) {
-        const uint32_t spare = 7u - mode.code.length;
+        const uint32_t spare = LONGEST_MODE - mode.code.length;
         for (uint32_t index = 0; index < 1u << spare; ++index)
             table[static_cast<uint32_t>(mode.code.bits << spare) + index] = mode;
     }

@@ -1,9 +1,54 @@
 #include "codecs/runs.h"
 
-#include <algorithm>
-#include <cstring>
+#include "core/byte_order.h"
+
+#include <array>
 
 namespace tiff {
+
+// The pixels from a column to the end of its 64-pixel word, as they lie in memory.
+static constexpr auto fromColumn = [] {
+    std::array<uint64_t, 64> masks{};
+    for (uint32_t column = 0; column < 64; ++column)
+        masks[column] = Swap64(UINT64_MAX >> column);
+    return masks;
+}();
+
+static void FlipWord(uint8_t* line, uint32_t word, uint64_t pixels)
+{
+    uint64_t value;
+    std::memcpy(&value, line + size_t{word} * 8, 8);
+    value ^= pixels;
+    std::memcpy(line + size_t{word} * 8, &value, 8);
+}
+
+// Most runs lie inside a word, where both ends are one flip.
+static inline void FlipRun(uint8_t* line, uint32_t start, uint32_t end)
+{
+    const uint32_t first = start / 64, last = end / 64;
+    if (first == last) {
+        FlipWord(line, first, fromColumn[start % 64] ^ fromColumn[end % 64]);
+        return;
+    }
+    FlipWord(line, first, fromColumn[start % 64]);
+    for (uint32_t word = first + 1; word < last; ++word)
+        FlipWord(line, word, UINT64_MAX);
+    FlipWord(line, last, ~fromColumn[end % 64]);
+}
+
+// Neighbouring runs mostly share a word, and each flip waits for the one before it. Painting the
+// halves of the line in turns lets two of them run side by side. The last run of the second half
+// may be made of the entries behind the list: none.
+static void PaintOrdered(const RunList& list, uint8_t* line)
+{
+    const uint32_t half = (list.count + 3) / 4;
+    const int32_t* left = list.ends;
+    const int32_t* const middle = list.ends + size_t{half} * 2;
+    for (const int32_t* right = middle; left != middle; left += 2, right += 2) {
+        FlipRun(line, static_cast<uint32_t>(left[0]), static_cast<uint32_t>(left[1]));
+        FlipRun(line, static_cast<uint32_t>(right[0]), static_cast<uint32_t>(right[1]));
+    }
+}
 
 static void PaintBlack(uint8_t* line, uint32_t start, uint32_t end)
 {
@@ -20,17 +65,26 @@ static void PaintBlack(uint8_t* line, uint32_t start, uint32_t end)
         line[lastByte] |= lastMask;
 }
 
-void PaintRuns(const RunList& list, std::span<uint8_t> line)
+// Black runs may lie over each other here.
+static void PaintDisordered(const RunList& list, uint8_t* line)
 {
-    std::memset(line.data(), 0, line.size());
     const int32_t width = list.ends[list.count];
     for (uint32_t index = 0; index < list.count; index += 2) {
         const int32_t start = list.ends[index];
         const int32_t end = list.ends[index + 1];
         if (start < width)
-            PaintBlack(line.data(), static_cast<uint32_t>(start),
+            PaintBlack(line, static_cast<uint32_t>(start),
                        static_cast<uint32_t>(end < start ? start + 1 : end));
     }
+}
+
+void PaintRuns(const RunList& list, std::span<uint8_t> line)
+{
+    std::memset(line.data(), 0, line.size());
+    if (list.ordered)
+        PaintOrdered(list, line.data());
+    else
+        PaintDisordered(list, line.data());
 }
 
 } // namespace tiff

@@ -16,11 +16,35 @@ struct RunList {
     int32_t* ends; // columns, at most the width
     uint32_t count;
     uint32_t room;
+    bool ordered = true; // false when damage made a column lie left of the one before it
 };
 
 // Entries of the width that stand behind every finished list, so that looking for b1 and b2
 // needs no test for the end.
 inline constexpr uint32_t END_SENTINELS = 4;
+
+// Before a list stand columns that everything lies right of. Together with what may be read,
+// but never counts, behind the sentinels it lets four entries be compared with their neighbours
+// anywhere in a list.
+inline constexpr uint32_t LIST_MARGIN = 4;
+
+constexpr uint64_t RoomOfList(uint32_t room)
+{
+    return uint64_t{room} + END_SENTINELS + 2 * LIST_MARGIN;
+}
+
+inline RunList MakeRunList(int32_t* memory, uint32_t room)
+{
+    for (uint32_t index = 0; index < LIST_MARGIN; ++index)
+        memory[index] = -1;
+    return {memory + LIST_MARGIN, 0, room};
+}
+
+inline void ClearRunList(RunList& list)
+{
+    list.count = 0;
+    list.ordered = true;
+}
 
 // Ends the run in hand. A run of no pixels joins its neighbours, so that the list holds real
 // changes only; just the first white run may be empty. False when the list is full.
@@ -33,6 +57,8 @@ inline bool AppendRunEnd(RunList& list, int64_t end, int32_t width)
     }
     if (list.count == list.room)
         return false;
+    if (list.count > 0 && column < list.ends[list.count - 1])
+        list.ordered = false;
     list.ends[list.count++] = column;
     return true;
 }
@@ -43,8 +69,11 @@ inline void FinishRunList(RunList& list, int32_t width)
         list.ends[list.count + index] = width;
 }
 
-// Paints a finished list over a line, 1 for black. A black run that ends before it begins
-// still shows as one pixel.
+// Paints a finished list over a line, 1 for black. In a list out of order, a black run that ends
+// before it begins still shows as one pixel. The line is cleared first. So many bytes behind it
+// may be read and written back as they are.
+inline constexpr uint32_t PAINT_MARGIN = 8;
+
 void PaintRuns(const RunList& list, std::span<uint8_t> line);
 
 } // namespace tiff

@@ -1,14 +1,42 @@
-// Decodes any bytes as a bare stream: the first four choose scheme, width and fill order.
+// Decodes any bytes as a bare stream: the first four choose scheme, width and fill order. CCITT code
+// is decoded once more by the careful loops alone, which must find the same.
 #include "core/process_state.h"
 #include "core/stream.h"
 #include "standin/standin.h"
+#include "support/ccitt_loops.h"
 #include "tiff/tiff.h"
 
+#include <cstdlib>
 #include <cstring>
 
 static intptr_t IgnoreLine(void*, uint32_t, void*)
 {
     return 0;
+}
+
+static HGLOBAL Copy(const uint8_t* head, size_t headBytes, const uint8_t* data, size_t bytes)
+{
+    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, headBytes + bytes);
+    auto* to = static_cast<uint8_t*>(GlobalLock(block));
+    std::memcpy(to, head, headBytes);
+    std::memcpy(to + headBytes, data, bytes);
+    GlobalUnlock(block);
+    return block;
+}
+
+// Records begin with one that takes in all there is.
+static void CompareLoops(const uint8_t* data, size_t bytes, tiff::CcittScheme scheme, uint32_t width,
+                         uint32_t rows)
+{
+    static constexpr uint8_t record[] = {0xFE, 0x92, 0, 0};
+    const size_t headBytes = scheme == tiff::CcittScheme::MmrRecords ? sizeof(record) : 0;
+    HGLOBAL block = Copy(record, headBytes, data, bytes);
+    const auto decode = [=](tiff::CcittLoops loops) {
+        return DecodeWith(loops, block, static_cast<uint32_t>(headBytes + bytes), scheme, width, rows);
+    };
+    if (decode(tiff::CcittLoops::All) != decode(tiff::CcittLoops::CarefulOnly))
+        std::abort();
+    GlobalFree(block);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -29,6 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     else
         DecodeMMRImage(stream, HEADER, width, ROWS, 0, fillOrder, TIFF_INTEL, nullptr, IgnoreLine);
     mClose(stream);
+    if (const uint32_t scheme = (data[3] >> 2) % 6u; scheme < 5)
+        CompareLoops(data + HEADER, size - HEADER, static_cast<tiff::CcittScheme>(scheme), width, ROWS);
     GlobalFree(block);
     return 0;
 }

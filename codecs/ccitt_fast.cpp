@@ -1,0 +1,227 @@
+#include "codecs/ccitt_fast.h"
+
+#include "codecs/ccitt_mode_groups.h"
+#include "codecs/ccitt_reservoir.h"
+#include "codecs/ccitt_run_lookups.h"
+#include "codecs/lanes.h"
+
+namespace tiff::ccitt {
+
+namespace {
+
+// A run with at most one make-up code. Negative for anything else.
+int32_t TakeRun(Reservoir& bits, uint32_t colour)
+{
+    constexpr uint32_t LENGTH_MASK = (1u << RUN_LENGTH_BITS) - 1;
+    const WholeRuns& runs = wholeRuns[colour];
+    uint32_t entry = runs[WholeRunIndex(bits.window)];
+    uint32_t run = entry >> RUN_LENGTH_BITS;
+    Skip(bits, entry & LENGTH_MASK);
+    if (run >= FIRST_MAKE_UP) {
+        entry = runs[WholeRunIndex(bits.window)];
+        run += entry >> RUN_LENGTH_BITS;
+        Skip(bits, entry & LENGTH_MASK);
+    }
+    return entry == 0 || entry >> RUN_LENGTH_BITS >= FIRST_MAKE_UP ? -1 : static_cast<int32_t>(run);
+}
+
+struct TwoRuns {
+    int32_t first, second; // negative for anything else
+};
+
+// Two runs take at most 45 bits: a white one 20, a black one 25.
+constexpr uint32_t TWO_RUNS_BITS = 45;
+
+// The bits of a pair must be held.
+TwoRuns TakeTwoRuns(Reservoir& bits, uint32_t colour)
+{
+    const uint32_t pair = runPairs[colour][bits.window >> (64 - PAIR_INDEX_BITS)];
+    if (pair == 0) {
+        if (bits.held < TWO_RUNS_BITS) {
+            if (!CanFill(bits))
+                return {-1, -1};
+            Fill(bits);
+        }
+        const int32_t first = TakeRun(bits, colour);
+        return {first, TakeRun(bits, colour ^ 1)};
+    }
+    constexpr uint32_t LENGTH_MASK = (1u << PAIR_LENGTH_BITS) - 1, RUN_MASK = (1u << PAIR_RUN_BITS) - 1;
+    Skip(bits, pair & LENGTH_MASK);
+    return {static_cast<int32_t>(pair >> (PAIR_LENGTH_BITS + PAIR_RUN_BITS)),
+            static_cast<int32_t>(pair >> PAIR_LENGTH_BITS & RUN_MASK)};
+}
+
+// The state before a horizontal mode was taken.
+Reservoir PutHorizontalBack(const Reservoir& bits)
+{
+    Reservoir before = bits;
+    before.window = bits.window >> HORIZONTAL_BITS | UINT64_C(1) << (64 - HORIZONTAL_BITS);
+    before.held += HORIZONTAL_BITS;
+    return before;
+}
+
+// a0 is the last column placed, or farther right after a pass: it is the change before b1 then,
+// which no mode of a group may step back over.
+struct ModeLoop {
+    Reservoir bits;
+    ModePlaces places;
+    int32_t passedTo;
+    const int32_t* const lastB; // only the parity matters behind it
+    const int32_t* const firstColumn;
+    const int32_t* const fullColumns; // the list may not have room behind it
+    const int32_t width;
+};
+
+void WrapBehindList(ModeLoop& loop)
+{
+    if (loop.places.b > loop.lastB)
+        loop.places.b -= (loop.places.b - loop.lastB + 1) & ~1;
+}
+
+// False when the line is whole or the careful coder has to go on.
+bool PlaceRest(ModeLoop& loop, const ModeGroup& group, uint32_t lane)
+{
+    ModePlaces places = loop.places;
+    const uint32_t done = PlaceSingly(group, lane, places, loop.width);
+    loop.places = places;
+    if (done != 0)
+        loop.passedTo = places.columns[-1];
+    if (done == group.count && places.columns[-1] < loop.width) {
+        Skip(loop.bits, group.bits);
+        return true;
+    }
+    Skip(loop.bits, BitsOf(group, done));
+    return false;
+}
+
+bool PlaceGroup(ModeLoop& loop, const ModeGroup& group)
+{
+    ModePlaces& places = loop.places;
+    places.b += group.passed;
+    WrapBehindList(loop);
+    const uint32_t outside = PlaceColumns(places.b, group.deltas, places.columns[-1], places.columns);
+    if (group.passed != 0)
+        loop.passedTo = places.b[-1];
+    if ((outside & group.flags) != 0)
+        return PlaceRest(loop, group, static_cast<uint32_t>(std::countr_zero(outside)));
+    places.columns += group.count;
+    places.b += group.count;
+    Skip(loop.bits, group.bits);
+    return true;
+}
+
+// The runs of a horizontal mode. As PlaceGroup.
+bool PlaceRuns(ModeLoop& loop)
+{
+    ModePlaces& places = loop.places;
+    const Reservoir before = PutHorizontalBack(loop.bits);
+    if (!CanFill(loop.bits)) {
+        loop.bits = before;
+        return false;
+    }
+    Fill(loop.bits);
+    const auto colour = static_cast<uint32_t>(places.columns - loop.firstColumn) & 1;
+    const auto [first, second] = TakeTwoRuns(loop.bits, colour);
+    const int32_t last = places.columns[-1];
+    const int32_t a1 = std::max(last, loop.passedTo) + first, a2 = std::min(a1 + second, loop.width);
+    if ((first | second) < 0 || a1 <= last || a2 <= a1) {
+        loop.bits = before;
+        return false;
+    }
+    places.columns[0] = a1;
+    places.columns[1] = a2;
+    places.columns += 2;
+    if (a2 == loop.width)
+        return false;
+    while (*places.b <= a2)
+        places.b += 2;
+    WrapBehindList(loop);
+    return true;
+}
+
+// The last run may be white. What follows it may look like a black run.
+bool EndsInWhite(const Reservoir& bits, int32_t room, Reservoir& behind)
+{
+    behind = bits;
+    if (!CanFill(behind))
+        return false;
+    Fill(behind);
+    return TakeRun(behind, 0) == room;
+}
+
+} // namespace
+
+void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
+{
+    const RunList& coding = decoder.coding;
+    const ReferencePoint& reference = line.reference;
+    ModeLoop loop{
+        .bits = Borrow(decoder.bits),
+        .places = {reference.ends + reference.index, coding.ends + coding.count},
+        .passedTo = line.a0,
+        .lastB = reference.ends + reference.count + END_SENTINELS - 2,
+        .firstColumn = coding.ends,
+        .fullColumns = coding.ends + coding.room - (GROUP_CODES + 2), // a group and two runs
+        .width = decoder.width,
+    };
+    // Empty runs may have left a0 elsewhere. The careful coder goes on then.
+    const int32_t last = loop.places.columns[-1];
+    if (line.a0 != last && (line.a0 < last || line.a0 > std::max(loop.places.b[-1], 0)))
+        return;
+    const uint64_t start = PositionOf(loop.bits);
+    while (loop.places.columns <= loop.fullColumns) {
+        if (loop.bits.held < GROUP_BITS) {
+            if (!CanFill(loop.bits))
+                break;
+            Fill(loop.bits);
+        }
+        const ModeGroup& group = modeGroups[loop.bits.window >> (64 - GROUP_BITS)];
+        if (group.bits == 0 || !PlaceGroup(loop, group))
+            break;
+        if ((group.flags & HORIZONTAL) != 0 && !PlaceRuns(loop))
+            break;
+    }
+    GiveBack(loop.bits, decoder.bits);
+    decoder.decodedAny |= PositionOf(loop.bits) != start;
+    decoder.coding.count = static_cast<uint32_t>(loop.places.columns - coding.ends);
+    line.reference.index = static_cast<uint32_t>(loop.places.b - reference.ends);
+    line.change = loop.places.columns[-1];
+    line.a0 = std::max(line.change, loop.passedTo);
+}
+
+void DecodeRunsFast(CcittDecoder& decoder, int64_t& position)
+{
+    Reservoir bits = Borrow(decoder.bits);
+    RunList& coding = decoder.coding;
+    const int32_t width = decoder.width;
+    int32_t* columns = coding.ends + coding.count;
+    const int32_t* const started = columns;
+    const int32_t* const fullColumns = coding.ends + coding.room - 2;
+    auto column = static_cast<int32_t>(position);
+    while (column < width && columns <= fullColumns) {
+        const Reservoir before = bits;
+        if (bits.held < PAIR_INDEX_BITS) {
+            if (!CanFill(bits))
+                break;
+            Fill(bits);
+        }
+        const auto [white, black] = TakeTwoRuns(bits, 0);
+        const int32_t start = column + white, end = start + black;
+        if ((white | black) < 0 || start <= columns[-1] || end <= start || end > width) {
+            if (EndsInWhite(before, width - column, bits))
+                *columns++ = column = width;
+            else
+                bits = before;
+            break;
+        }
+        columns[0] = start;
+        columns[1] = column = end;
+        columns += 2;
+    }
+    decoder.decodedAny |= columns != started;
+    coding.count = static_cast<uint32_t>(columns - coding.ends);
+    position = column;
+    GiveBack(bits, decoder.bits);
+}
+
+} // namespace tiff::ccitt

@@ -1,0 +1,83 @@
+// What the line coders share: the lists of the line in hand and the one above it, the reader,
+// and the place in the reference line.
+#pragma once
+
+#include "codecs/ccitt_bits.h"
+#include "codecs/runs.h"
+
+#include <algorithm>
+
+namespace tiff::ccitt {
+
+struct Framing;
+
+// What a line coder met. Ended stands for the status that the reader ended with.
+enum class Met { LineEnd, Eol, Ended, BadCode, Eofb, Run };
+
+struct CcittDecoder {
+    const Framing& framing;
+    BitReader bits;
+    RunList coding;
+    RunList reference;
+    int32_t width;
+    bool fastLoops;          // else the careful coders do everything
+    bool decodedAny = false; // something of the line in hand, an EOL apart
+};
+
+// The place in the reference line: an index of the entry that is b1.
+struct ReferencePoint {
+    const int32_t* ends;
+    uint32_t count;
+    uint32_t index = 0;
+
+    int32_t B1() const
+    {
+        return ends[index];
+    }
+    int32_t B2() const
+    {
+        return ends[index + 1];
+    }
+    // Behind the list everything is the width, so only the index's parity matters there.
+    void Advance(uint32_t steps)
+    {
+        index += steps;
+        const uint32_t last = count + END_SENTINELS - 2;
+        if (index > last)
+            index = last - ((index - last) & 1);
+    }
+    void SkipThrough(int32_t column, int32_t width)
+    {
+        while (column < width && B1() <= column)
+            Advance(2);
+    }
+    bool PreviousIsRightOf(int32_t column) const
+    {
+        return index > 1 && ends[index - 2] > column;
+    }
+};
+
+// A two-dimensional line in the making.
+struct ModeLine {
+    ReferencePoint reference;
+    int32_t a0 = 0;
+    int32_t change = 0; // the last one stored; only a change ends the line, a pass does not
+};
+
+inline int32_t VerticalChange(int32_t delta, ReferencePoint& reference, int32_t width)
+{
+    const auto a1 = static_cast<int32_t>(std::clamp<int64_t>(int64_t{reference.B1()} + delta, 0, width));
+    reference.Advance(1);
+    if (delta < 0) {
+        while (reference.PreviousIsRightOf(a1))
+            reference.index -= 2;
+    } else if (delta > 0) {
+        if (reference.PreviousIsRightOf(a1))
+            reference.index -= 2;
+        else
+            reference.SkipThrough(a1, width);
+    }
+    return a1;
+}
+
+} // namespace tiff::ccitt

@@ -1,0 +1,100 @@
+// Several codes of a two-dimensional line found at once: a table derived from the code list, and the
+// way on where the codes of a group cannot be placed all together.
+#pragma once
+
+#include "codecs/ccitt_tables.h"
+
+namespace tiff::ccitt {
+
+inline constexpr uint32_t GROUP_CODES = 4;
+inline constexpr uint32_t GROUP_BITS = 11;
+inline constexpr uint8_t HORIZONTAL = 0x80;
+
+// What the next bits begin with: passes, then up to four vertical modes, then the prefix of a
+// horizontal one. No bits at all: something that the table cannot tell, or no code of a line.
+struct ModeGroup {
+    int8_t deltas[GROUP_CODES];
+    uint8_t count;  // of vertical modes
+    uint8_t passed; // changes of the reference line
+    uint8_t bits;   // of all of it
+    uint8_t flags;  // a bit for each vertical mode, and HORIZONTAL
+};
+static_assert(sizeof(ModeGroup) == 8);
+
+constexpr uint32_t LengthOf(Mode wanted)
+{
+    for (const ModeCode& mode : modeCodes)
+        if (mode.mode == wanted)
+            return mode.code.length;
+    return 0;
+}
+
+inline constexpr uint32_t PASS_BITS = LengthOf(Mode::Pass), HORIZONTAL_BITS = LengthOf(Mode::Horizontal);
+
+constexpr bool FitsGroup(const ModeGroup& group, const ModeCode& mode)
+{
+    if (group.bits + mode.code.length > GROUP_BITS)
+        return false;
+    switch (mode.mode) {
+    case Mode::Pass:
+        return group.count == 0;
+    case Mode::Vertical:
+        return group.count < GROUP_CODES;
+    default:
+        return mode.mode == Mode::Horizontal;
+    }
+}
+
+constexpr ModeGroup GroupOf(uint32_t index)
+{
+    ModeGroup group{};
+    while ((group.flags & HORIZONTAL) == 0) {
+        const uint32_t rest = index << group.bits & ((1u << GROUP_BITS) - 1);
+        const ModeCode mode = modeTable[rest >> (GROUP_BITS - LONGEST_MODE)];
+        if (!FitsGroup(group, mode))
+            break;
+        group.bits = static_cast<uint8_t>(group.bits + mode.code.length);
+        if (mode.mode == Mode::Pass) {
+            group.passed = static_cast<uint8_t>(group.passed + 2);
+        } else if (mode.mode == Mode::Horizontal) {
+            group.flags |= HORIZONTAL;
+        } else {
+            group.deltas[group.count] = mode.delta;
+            group.flags = static_cast<uint8_t>(group.flags | 1u << group.count);
+            ++group.count;
+        }
+    }
+    return group;
+}
+
+inline constexpr auto modeGroups = [] {
+    std::array<ModeGroup, 1 << GROUP_BITS> groups{};
+    for (uint32_t index = 0; index < groups.size(); ++index)
+        groups[index] = GroupOf(index);
+    return groups;
+}();
+
+// Bits of a vertical mode, from -3.
+inline constexpr auto verticalLengths = [] {
+    std::array<uint8_t, 7> lengths{};
+    for (const ModeCode& mode : modeCodes)
+        if (mode.mode == Mode::Vertical)
+            lengths[static_cast<uint32_t>(mode.delta + 3)] = mode.code.length;
+    return lengths;
+}();
+
+struct ModePlaces {
+    const int32_t* b; // b1 in the reference line
+    int32_t* columns; // where the next change goes
+};
+
+// Places the vertical modes of a group singly from one that needs the place in the reference moved,
+// to the end of the line at most; stops before a change that is not right of the last one. Returns
+// the modes done. The reference must be in order. Not inline: the loop over groups needs the
+// registers.
+uint32_t PlaceSingly(const ModeGroup& group, uint32_t lane, ModePlaces& places, int32_t width);
+
+// Length of a group's passes and of some of its vertical modes.
+uint32_t BitsOf(const ModeGroup& group, uint32_t modes);
+
+} // namespace tiff::ccitt
