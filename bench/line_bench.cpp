@@ -1,0 +1,4 @@
+#include "bench/jobs.h"
+void RegisterLineJobs(const std::vector<Picture>&)
+{
+}

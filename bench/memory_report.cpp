@@ -1,0 +1,4 @@
+#include "bench/jobs.h"
+void PrintMemory(const std::vector<Picture>&)
+{
+}
