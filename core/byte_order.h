@@ -24,6 +24,11 @@ constexpr uint32_t Swap32(uint32_t value)
     return value << 24 | (value & 0xFF00u) << 8 | (value >> 8 & 0xFF00u) | value >> 24;
 }
 
+constexpr uint64_t Swap64(uint64_t value)
+{
+    return uint64_t{Swap32(static_cast<uint32_t>(value))} << 32 | Swap32(static_cast<uint32_t>(value >> 32));
+}
+
 inline uint16_t Load16(const uint8_t* bytes, uint32_t byteOrder)
 {
     uint16_t value;
