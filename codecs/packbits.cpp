@@ -8,7 +8,14 @@
 
 namespace tiff {
 
-static_assert(SPARE_LINE_BYTES >= 129, "a packet may begin at the last byte of a line");
+static constexpr uint32_t MOST_BYTES = 129;      // that a packet repeats
+static constexpr uint32_t MOST_CODE_BYTES = 129; // of a literal, with its header
+
+// Packets are mostly short: so much is written of each without asking how long it is.
+static constexpr uint32_t COPIED_BYTES = 32;
+static constexpr uint32_t FILLED_BYTES = 64;
+
+static_assert(SPARE_LINE_BYTES >= MOST_BYTES + FILLED_BYTES, "a packet may begin at a line's last byte");
 
 static Status NextByte(CodecContext* context, uint8_t& byte)
 {
@@ -55,14 +62,61 @@ static Status DecodePacket(CodecContext* context, uint32_t& written)
     return error::None;
 }
 
+static void CopyBytes(uint8_t* target, const uint8_t* source, uint32_t count)
+{
+    for (uint32_t at = 0;; at += COPIED_BYTES) {
+        std::memcpy(target + at, source + at, COPIED_BYTES);
+        if (at + COPIED_BYTES >= count)
+            return;
+    }
+}
+
+static void FillBytes(uint8_t* target, uint8_t byte, uint32_t count)
+{
+    for (uint32_t at = 0;; at += FILLED_BYTES) {
+        std::memset(target + at, byte, FILLED_BYTES);
+        if (at + FILLED_BYTES >= count)
+            return;
+    }
+}
+
+// The packets of a line, as long as the bytes held are enough for any packet. Literals and
+// repeats take turns, and the loops are laid out for that.
+static void DecodePacketsInside(CodecContext* context, int64_t& missing)
+{
+    const uint8_t* code = context->codeCursor;
+    const uint8_t* const end = code + context->codeBytesLeft;
+    uint8_t* line = context->lineCursor;
+    uint8_t* const lineEnd = line + missing;
+    while (line < lineEnd && end - code >= MOST_CODE_BYTES) {
+        const uint32_t header = *code;
+        if (header < 0x80) {
+            CopyBytes(line, code + 1, header + 1);
+            line += header + 1;
+            code += header + 2;
+        } else {
+            FillBytes(line, code[1], 257 - header);
+            line += 257 - header;
+            code += 2;
+        }
+    }
+    missing = lineEnd - line;
+    context->lineCursor = line;
+    context->codeBytesLeft = static_cast<uint32_t>(end - code);
+    context->codeCursor += code - context->codeCursor;
+}
+
 Status DecodePackBits(CodecContext* context)
 {
     Status status = InitDecodeBuffers(context);
     int64_t missing = context->lineBytes;
     while (status == error::None) {
-        uint32_t written = 0;
-        status = DecodePacket(context, written);
-        missing -= written;
+        DecodePacketsInside(context, missing);
+        if (missing > 0) {
+            uint32_t written = 0;
+            status = DecodePacket(context, written);
+            missing -= written;
+        }
         // What a packet holds beyond the line lies in the spare bytes and is lost there.
         if (status == error::None && missing <= 0) {
             status = HandOverSamples(context);
