@@ -8,6 +8,7 @@
 #include "codecs/buffers.h"
 #include "codecs/predictor.h"
 #include "core/byte_order.h"
+#include "core/copy_row.h"
 #include "core/global_block.h"
 
 #include <algorithm>
@@ -90,7 +91,7 @@ void BeginStrip(LzwDecoder& decoder)
 }
 
 // 16-bit samples are put in order before they are summed.
-Status HandOverLine(LzwDecoder& decoder)
+Status FinishLine(LzwDecoder& decoder)
 {
     CodecContext* context = decoder.context;
     if (HasSwappedSamples(context))
@@ -106,15 +107,24 @@ Status HandOverLine(LzwDecoder& decoder)
 Status Drain(LzwDecoder& decoder)
 {
     CodecContext* context = decoder.context;
+    const bool passes = PassesLines(context) && !(context->compression & compression::HorizontalDifferencing);
     while (decoder.drained < decoder.end) {
+        if (passes && decoder.lineLeft == context->lineBytes &&
+            decoder.end - decoder.drained >= decoder.lineLeft) {
+            uint8_t* line = &decoder.table->history[decoder.drained];
+            decoder.drained += decoder.lineLeft;
+            if (const Status status = HandOverLine(context, line); status != error::None)
+                return status;
+            continue;
+        }
         const uint32_t part = std::min(decoder.end - decoder.drained, decoder.lineLeft);
-        std::memcpy(context->lineCursor, &decoder.table->history[decoder.drained], part);
+        CopyRow(context->lineCursor, &decoder.table->history[decoder.drained], part);
         context->lineCursor += part;
         decoder.drained += part;
         decoder.lineLeft -= part;
         if (decoder.lineLeft > 0)
             break;
-        if (const Status status = HandOverLine(decoder); status != error::None)
+        if (const Status status = FinishLine(decoder); status != error::None)
             return status;
     }
     return error::None;
@@ -232,7 +242,7 @@ Status EndOfInformation(LzwDecoder& decoder)
     if (const Status status = Drain(decoder); status != error::None)
         return status;
     std::memset(decoder.context->lineCursor, 0, decoder.lineLeft);
-    if (const Status status = HandOverLine(decoder); status != error::None)
+    if (const Status status = FinishLine(decoder); status != error::None)
         return status;
     if (!decoder.context->lastLineOfStrip)
         return error::BadCode;
