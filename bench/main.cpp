@@ -1,4 +1,6 @@
-// tiff_bench PAGES [--memory] [options of Google Benchmark]
+// tiff_bench PAGES [options of Google Benchmark]; tiff_bench PAGES --memory; tiff_bench PAGES
+// --files FOLDER
+#include "bench/files.h"
 #include "bench/jobs.h"
 #include "core/process_state.h"
 
@@ -14,7 +16,7 @@
 int main(int argc, char** argv)
 {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: %s PAGES [--memory] [--benchmark_...]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s PAGES [--memory | --files FOLDER | --benchmark_...]\n", argv[0]);
         return 2;
     }
     // Memory is kept and used again, unless a job asks for it from the system.
@@ -29,6 +31,10 @@ int main(int argc, char** argv)
     const std::vector<Picture> pictures = LoadPictures(folders.pages);
     if (argc > 2 && std::string_view(argv[2]) == "--memory") {
         PrintMemory(pictures);
+        return 0;
+    }
+    if (argc > 3 && std::string_view(argv[2]) == "--files") {
+        WriteFilesForWindows(pictures, argv[3]);
         return 0;
     }
     std::filesystem::create_directories(folders.scratch);
