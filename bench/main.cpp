@@ -41,7 +41,7 @@ int main(int argc, char** argv)
     RegisterCodecJobs(pictures);
     RegisterLineJobs(pictures);
     RegisterOpenJobs(folders);
-    RegisterGrowthJobs();
+    RegisterGrowthJobs(folders);
     int options = argc - 1;
     argv[1] = argv[0];
     benchmark::Initialize(&options, argv + 1);

@@ -31,7 +31,7 @@ static_assert(std::size(requiredTags) == 24);
 constexpr uint64_t VALUE_SLACK = 65536;
 
 struct DirectoryLoad {
-    DirectoryWindow window;
+    DirectoryWindow& window;
     uint64_t directory;
     uint32_t entryCount;
     uint64_t valueBudget;
@@ -112,7 +112,10 @@ void ReadRecords(DirectoryLoad& load, TagBlock* block)
 // The page's tags in a block of their own; null with the error set when there are none.
 GlobalBlock LoadTags(TiffStream stream, uint32_t byteOrder, uint32_t directory)
 {
-    DirectoryLoad load{{.stream = stream, .byteOrder = byteOrder, .bytes{}}, directory, 0, 0};
+    DirectoryWindow window;
+    window.stream = stream;
+    window.byteOrder = byteOrder;
+    DirectoryLoad load{window, directory, 0, 0};
     const uint32_t fileBytes = mSize(stream);
     const uint8_t* counted = fileBytes == STREAM_FAILED ? nullptr : Fetch(load.window, directory, 2);
     if (!counted) {
