@@ -1,4 +1,4 @@
-// Where the parts of a directory go. Nothing is read or written here.
+// Where the parts of a directory go, and its bytes. Nothing is read or written here.
 #pragma once
 
 #include "core/tag_block.h"
@@ -14,7 +14,10 @@ struct DirectoryTag {
     uint32_t valueOffset; // in the file; 0 for values that lie in the entry
 };
 
-// From start on: values, a byte of padding if need be, directory.
+// A new page has its values before its directory, a copied one behind it.
+enum class LayoutOrder { ValuesFirst, DirectoryFirst };
+
+// From start on, values and directory; a directory begins on an even offset.
 struct DirectoryLayout {
     uint32_t start;
     uint32_t valueBytes; // of the values that do not lie in their entries
@@ -29,8 +32,17 @@ inline bool LiesInEntry(const DirectoryTag& tag)
     return tag.valueBytes <= 4;
 }
 
+// A record of a page as its directory will show it.
+DirectoryTag Described(TagView view);
+
 // Puts the tags in order, and their values, in the same order and without gaps, where the file
 // ends now. Nothing when the directory would reach beyond 4 GiB.
-std::optional<DirectoryLayout> LayOutDirectory(std::span<DirectoryTag> tags, uint32_t start);
+std::optional<DirectoryLayout> LayOutDirectory(std::span<DirectoryTag> tags, uint32_t start,
+                                               LayoutOrder order);
+
+// Fills in the file's bytes from the layout's start to its end, in the file's byte order. The
+// link is 0: no page follows.
+void AssembleDirectory(std::span<const DirectoryTag> tags, const DirectoryLayout& layout, uint32_t byteOrder,
+                       uint8_t* bytes);
 
 } // namespace tiff

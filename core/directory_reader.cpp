@@ -1,6 +1,7 @@
 // Loads a page's directory: every value is fetched once, put into the processor's order and
 // never looked for in the file again.
-#include "core/directory_window.h"
+#include "core/directory_reader.h"
+
 #include "core/errors.h"
 #include "core/open_file.h"
 #include "core/registry.h"
@@ -35,6 +36,7 @@ struct DirectoryLoad {
     uint64_t directory;
     uint32_t entryCount;
     uint64_t valueBudget;
+    bool whole;
 };
 
 enum class Value { Here, Elsewhere, Impossible };
@@ -67,7 +69,7 @@ uint64_t MeasureRecords(DirectoryLoad load)
 }
 
 // False when the page cannot do without the value, or there is no getting to it.
-bool ReadValue(const DirectoryLoad& load, const DirectoryEntry& entry, Value value, uint8_t* target)
+bool ReadValue(DirectoryLoad& load, const DirectoryEntry& entry, Value value, uint8_t* target)
 {
     if (value == Value::Here) {
         std::memcpy(target, entry.field.data(), entry.field.size());
@@ -79,11 +81,13 @@ bool ReadValue(const DirectoryLoad& load, const DirectoryEntry& entry, Value val
             return false;
         if (LongRead(stream, entry.type, entry.count, target, load.window.byteOrder, 0))
             return true;
+        load.whole &= !IsInFile(stream, entry.Field(), entry.valueBytes);
     }
     return !IsRequiredTag(entry.tag);
 }
 
-// Fills the block as far as the directory can be read; error 6 when that is not all of it.
+// Fills the block as far as the directory can be read; error 6 when that is not all of it. What
+// was not measured has no room: the file may have changed since, or could be read again.
 void ReadRecords(DirectoryLoad& load, TagBlock* block)
 {
     auto* target = reinterpret_cast<uint8_t*>(block + 1);
@@ -94,8 +98,11 @@ void ReadRecords(DirectoryLoad& load, TagBlock* block)
             const Value value = Admit(load, entry);
             const TagRecord record = {static_cast<uint32_t>(sizeof(TagRecord) + KeptBytes(entry)), entry.tag,
                                       entry.type, entry.count};
-            std::memcpy(target, &record, sizeof(record));
-            readable = ReadValue(load, entry, value, target + sizeof(record));
+            readable = record.length <= block->capacity - block->used;
+            if (readable) {
+                std::memcpy(target, &record, sizeof(record));
+                readable = ReadValue(load, entry, value, target + sizeof(record));
+            }
             if (readable) {
                 target += record.length;
                 block->used += record.length;
@@ -104,25 +111,22 @@ void ReadRecords(DirectoryLoad& load, TagBlock* block)
         }
         if (!readable) {
             SetTiffError(error::InputOutput);
+            load.whole = false;
             return;
         }
     }
 }
 
 // The page's tags in a block of their own; null with the error set when there are none.
-GlobalBlock LoadTags(TiffStream stream, uint32_t byteOrder, uint32_t directory)
+GlobalBlock LoadTags(DirectoryWindow& window, uint32_t fileBytes, uint32_t directory, bool& whole)
 {
-    DirectoryWindow window;
-    window.stream = stream;
-    window.byteOrder = byteOrder;
-    DirectoryLoad load{window, directory, 0, 0};
-    const uint32_t fileBytes = mSize(stream);
-    const uint8_t* counted = fileBytes == STREAM_FAILED ? nullptr : Fetch(load.window, directory, 2);
+    DirectoryLoad load{window, directory, 0, 0, true};
+    const uint8_t* counted = fileBytes == STREAM_FAILED ? nullptr : Fetch(window, directory, 2);
     if (!counted) {
         SetTiffError(error::InputOutput);
         return {};
     }
-    load.entryCount = Load16(counted, byteOrder);
+    load.entryCount = Load16(counted, window.byteOrder);
     load.valueBudget = uint64_t{fileBytes} * 2 + VALUE_SLACK;
 
     const uint64_t recordBytes = MeasureRecords(load);
@@ -134,6 +138,7 @@ GlobalBlock LoadTags(TiffStream stream, uint32_t byteOrder, uint32_t directory)
     }
     tags->capacity = static_cast<uint32_t>(recordBytes + 1);
     ReadRecords(load, tags.Get());
+    whole = load.whole;
     if (tags->tagCount == 0) {
         tags.Unlock();
         SetTiffError(error::InputOutput);
@@ -143,7 +148,33 @@ GlobalBlock LoadTags(TiffStream stream, uint32_t byteOrder, uint32_t directory)
     return block;
 }
 
+// Whether there is a directory to load from, with the error set.
+bool CanLoadPage(HGLOBAL file, uint32_t page)
+{
+    const auto entry = FindPage(file, page);
+    if (!entry)
+        SetTiffError(error::IndexOutOfRange);
+    else if (entry->directoryOffset == 0)
+        SetTiffError(error::InputOutput); // a page that was never written
+    return entry && entry->directoryOffset != 0;
+}
+
 } // namespace
+
+int32_t LoadPage(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes, bool& whole)
+{
+    whole = true;
+    if (IsRegistered(file, page))
+        return 1;
+    if (!CanLoadPage(file, page))
+        return 0;
+    GlobalBlock block = LoadTags(window, fileBytes, FindPage(file, page)->directoryOffset, whole);
+    if (!block)
+        return 0;
+    RegisterPage(file, page, block.Release());
+    SetTiffError(error::None);
+    return 1;
+}
 
 } // namespace tiff
 
@@ -158,24 +189,14 @@ extern "C" int32_t GetTiffImage(HGLOBAL file, uint32_t page) noexcept
 {
     if (!file || IsRegistered(file, page))
         return file != nullptr;
-    const auto entry = FindPage(file, page);
-    if (!entry) {
-        SetTiffError(error::IndexOutOfRange);
+    if (!CanLoadPage(file, page))
         return 0;
-    }
-    if (entry->directoryOffset == 0) {
-        SetTiffError(error::InputOutput); // a page that was never written
-        return 0;
-    }
-    GlobalBlock block;
-    {
-        Locked<TiffFileRecord> record(file);
-        Stream stream(OpenRecord(*record));
-        block = LoadTags(stream.Get(), record->byteOrder, entry->directoryOffset);
-    }
-    if (!block)
-        return 0;
-    RegisterPage(file, page, block.Release());
-    SetTiffError(error::None);
-    return 1;
+    Locked<TiffFileRecord> record(file);
+    Stream stream(OpenRecord(*record));
+    DirectoryWindow window;
+    window.stream = stream.Get();
+    window.byteOrder = record->byteOrder;
+    record.Unlock();
+    bool whole;
+    return LoadPage(file, page, window, mSize(window.stream), whole);
 }

@@ -4,6 +4,12 @@
 
 namespace tiff {
 
+bool IsInFile(TiffStream stream, uint64_t position, uint64_t count)
+{
+    const uint32_t size = mSize(stream);
+    return size == STREAM_FAILED || position + count <= size;
+}
+
 const uint8_t* Fetch(DirectoryWindow& window, uint64_t position, uint32_t count)
 {
     if (position >= window.start && position + count <= uint64_t{window.start} + window.length)
@@ -15,13 +21,18 @@ const uint8_t* Fetch(DirectoryWindow& window, uint64_t position, uint32_t count)
     const bool carriesOn = position >= window.start && position < end + WINDOW_BYTES && window.length > 0;
     window.length = 0;
     window.start = static_cast<uint32_t>(position);
-    if (mSeek(window.stream, window.start, 0) == STREAM_FAILED)
+    if (mSeek(window.stream, window.start, 0) == STREAM_FAILED) {
+        window.failed |= IsInFile(window.stream, position, count);
         return nullptr;
+    }
     const size_t wanted = carriesOn ? window.bytes.size() : WINDOW_BYTES;
     const uint32_t arrived = mRead(window.stream, window.bytes.data(), static_cast<uint32_t>(wanted));
     if (arrived != STREAM_FAILED)
         window.length = arrived;
-    return window.length >= count ? window.bytes.data() : nullptr;
+    if (window.length >= count)
+        return window.bytes.data();
+    window.failed |= IsInFile(window.stream, position, count);
+    return nullptr;
 }
 
 bool FetchEntry(DirectoryWindow& window, uint64_t directory, uint32_t index, DirectoryEntry& entry)

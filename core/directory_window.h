@@ -15,12 +15,17 @@ struct DirectoryWindow {
     uint32_t byteOrder = TIFF_INTEL;
     uint32_t start = 0;
     uint32_t length = 0;
+    bool failed = false;              // bytes that the file has could not be read
     std::array<uint8_t, 32768> bytes; // left as they are until they are read
 };
 
 inline constexpr uint32_t WINDOW_BYTES = 4096;
 
 inline constexpr uint32_t ENTRY_BYTES = 12;
+
+// Whether bytes that did not arrive exist: the file is not short then, reading it failed. So it
+// is taken to be when there is no telling.
+bool IsInFile(TiffStream stream, uint64_t position, uint64_t count);
 
 // The bytes at a file position, or null when the file ends before. They stand until the next
 // call. The count is at most WINDOW_BYTES.

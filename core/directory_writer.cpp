@@ -4,7 +4,6 @@
 
 #include "core/byte_order.h"
 #include "core/directory_layout.h"
-#include "core/directory_window.h"
 #include "core/errors.h"
 #include "core/open_file.h"
 #include "core/registry.h"
@@ -23,52 +22,6 @@ Status Fail(Status status)
     return status;
 }
 
-DirectoryTag Described(TagView view)
-{
-    if (view.tag == tag::JpegTables)
-        view.type = fieldtype::Undefined;
-    return {view, view.count * ElementBytes(view.type), 0};
-}
-
-void PutValues(uint8_t* target, const DirectoryTag& tag, uint32_t byteOrder)
-{
-    std::memcpy(target, tag.view.values.data(), tag.valueBytes);
-    if (byteOrder == TIFF_MOTOROLA)
-        SwapElements({target, tag.valueBytes}, tag.view.type);
-}
-
-// Short values stand at the front of their field, whatever the byte order.
-void PutEntry(uint8_t* target, const DirectoryTag& tag, uint32_t byteOrder)
-{
-    Store16(target, tag.view.tag, byteOrder);
-    Store16(target + 2, tag.view.type, byteOrder);
-    Store32(target + 4, tag.view.count, byteOrder);
-    if (LiesInEntry(tag))
-        PutValues(target + 8, tag, byteOrder);
-    else
-        Store32(target + 8, tag.valueOffset, byteOrder);
-}
-
-// The file's bytes from the layout's start to its end. The link is 0: no page follows.
-GlobalBlock Assemble(std::span<const DirectoryTag> tags, const DirectoryLayout& layout, uint32_t byteOrder)
-{
-    GlobalBlock block(layout.end - layout.start);
-    Locked<uint8_t> bytes(block.Get());
-    if (!bytes)
-        return {};
-    uint8_t* directory = &bytes[layout.directoryOffset - layout.start];
-    Store16(directory, static_cast<uint16_t>(tags.size()), byteOrder);
-    uint8_t* entry = directory + 2;
-    for (const DirectoryTag& tag : tags) {
-        PutEntry(entry, tag, byteOrder);
-        if (!LiesInEntry(tag))
-            PutValues(&bytes[tag.valueOffset - layout.start], tag, byteOrder);
-        entry += ENTRY_BYTES;
-    }
-    bytes.Unlock();
-    return block;
-}
-
 Status BuildDirectory(HGLOBAL file, uint32_t page, uint32_t byteOrder, DirectoryLayout& layout,
                       GlobalBlock& bytes)
 {
@@ -84,12 +37,16 @@ Status BuildDirectory(HGLOBAL file, uint32_t page, uint32_t byteOrder, Directory
         first[count++] = Described(*view);
 
     const std::span described(first.Get(), count);
-    const auto laidOut = LayOutDirectory(described, layout.start);
+    const auto laidOut = LayOutDirectory(described, layout.start, LayoutOrder::ValuesFirst);
     if (!laidOut)
         return Fail(error::InputOutput);
     layout = *laidOut;
-    bytes = Assemble(described, layout, byteOrder);
-    return bytes ? error::None : Fail(error::NotEnoughMemory);
+    bytes = GlobalBlock(layout.end - layout.start);
+    Locked<uint8_t> assembled(bytes.Get());
+    if (!assembled)
+        return Fail(error::NotEnoughMemory);
+    AssembleDirectory(described, layout, byteOrder, assembled.Get());
+    return error::None;
 }
 
 Status WriteBytes(TiffStream stream, HGLOBAL block, uint32_t count)
@@ -97,16 +54,6 @@ Status WriteBytes(TiffStream stream, HGLOBAL block, uint32_t count)
     Locked<uint8_t> bytes(block);
     return LongWrite(stream, fieldtype::Byte, count, bytes.Get(), TIFF_INTEL, 0) ? error::None
                                                                                  : error::InputOutput;
-}
-
-Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset, uint32_t byteOrder)
-{
-    std::array<uint8_t, 4> link;
-    Store32(link.data(), directoryOffset, byteOrder);
-    if (mSeek(stream, position, 0) == STREAM_FAILED)
-        return Fail(error::InputOutput);
-    return LongWrite(stream, fieldtype::Byte, 4, link.data(), TIFF_INTEL, 0) ? error::None
-                                                                             : error::InputOutput;
 }
 
 void TakeDirectory(HGLOBAL file, uint32_t page, const DirectoryLayout& layout)
@@ -120,6 +67,16 @@ void TakeDirectory(HGLOBAL file, uint32_t page, const DirectoryLayout& layout)
 }
 
 } // namespace
+
+Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset, uint32_t byteOrder)
+{
+    std::array<uint8_t, 4> link;
+    Store32(link.data(), directoryOffset, byteOrder);
+    if (mSeek(stream, position, 0) == STREAM_FAILED)
+        return Fail(error::InputOutput);
+    return LongWrite(stream, fieldtype::Byte, 4, link.data(), TIFF_INTEL, 0) ? error::None
+                                                                             : error::InputOutput;
+}
 
 Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page)
 {

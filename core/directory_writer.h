@@ -12,4 +12,8 @@ namespace tiff {
 // last error tells 3 or 27 for a page that is not loaded, whose status is 1.
 [[nodiscard]] Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page);
 
+// Overwrites a link with the offset of a directory. Fails with 6, the error set.
+[[nodiscard]] Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset,
+                               uint32_t byteOrder);
+
 } // namespace tiff

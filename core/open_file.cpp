@@ -175,6 +175,9 @@ static bool ReadPages(GlobalBlock& block)
         window.stream = stream.Get();
         if (!ReadHeader(window) || !WalkChain(window, walk))
             return false;
+        // Pages that are there and could not be read would be cut off by the next page written.
+        if (walk.broken && window.failed && record->openFlags == openflag::Append && record->path[0])
+            return false;
         record->byteOrder = static_cast<uint16_t>(window.byteOrder);
     }
     if (!block.Resize(FileRecordBytes(PageRoom(walk.pageCount)))) {

@@ -39,6 +39,7 @@ struct TiffThreadState {
     uint32_t kFactor;  // of Group 3 two-dimensional coding
     uint32_t codeMask; // the bit of its byte that the next CCITT code begins at; 0x80, a fresh byte
     SaveSettings save;
+    char rawFileName[260];   // of the last bare fax file that a page was appended to
     BITMAPINFO* ccittSource; // of the bitmap whose lines DllFillCcittLine fetches; else null
 };
 

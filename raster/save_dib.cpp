@@ -1,9 +1,9 @@
 // Packed DIBs to new pages. Every saver is a row of the variant table over one routine.
+#include "raster/save_dib.h"
 #include "core/errors.h"
 #include "core/global_block.h"
 #include "raster/dib.h"
 #include "raster/dib_lines.h"
-#include "raster/save_page.h"
 #include "raster/whole_jpeg.h"
 #include "tiff/codecs.h"
 #include "tiff/files.h"
@@ -22,6 +22,7 @@ constexpr uint32_t MSB_FIRST = 1;
 struct DibSource {
     DibView view;
     bool invert;
+    bool faxBoard;
 };
 
 // Rows from the top are asked for in the other order.
@@ -46,7 +47,13 @@ void MatchFirstColour(DibSource& source, PagePlan& plan)
     const bool light =
         std::any_of(first.begin(), first.end(), [](uint8_t level) { return level >= LIGHT_LEVEL; });
     const bool widened = plan.choice.samples != nullptr;
-    if (light) {
+    if (source.faxBoard) {
+        // Wanted: a light first colour leaves the interpretation as it was chosen, and a dark one of
+        // more than a bit is not turned round.
+        source.invert = !light && plan.bitCount == 1;
+        if (!light)
+            plan.photometric = photometric::WhiteIsZero;
+    } else if (light) {
         source.invert = widened;
         plan.photometric = widened ? photometric::BlackIsZero : photometric::WhiteIsZero;
     } else {
@@ -58,6 +65,7 @@ void MatchFirstColour(DibSource& source, PagePlan& plan)
 Status PlanDib(const SaveRequest& request, DibSource& source, PagePlan& plan)
 {
     const DibView& view = source.view;
+    source.faxBoard = request.variant.faxBoard;
     plan.width = view.width;
     plan.height = view.height;
     plan.bitCount = view.bitCount;
@@ -91,11 +99,12 @@ void DescribeRows(const DibSource& source, const PagePlan& plan, RowSource& rows
         context.lineBytes = static_cast<uint32_t>((bits + 7) / 8);
         return;
     }
-    const bool words = view.bitCount > 8 && view.bitCount != 16;
+    const bool words = view.bitCount > 8 && (view.bitCount != 16 || source.faxBoard);
     const uint64_t rowBytes = words ? (bits + 15) / 16 * 2 : (bits + 7) / 8;
     rows.routine = words ? DllFillTiffLineDIB24Bit : DllFillTiffLineDIB;
-    // An even count may reach one byte into the line buffer's spare bytes.
-    context.lineBytes = static_cast<uint32_t>(std::min(rowBytes, WrittenRowBytes(plan) + 1));
+    // An even count, and a pixel that a line of fewer bits ends in, may reach into the line
+    // buffer's spare bytes.
+    context.lineBytes = static_cast<uint32_t>(std::min(rowBytes, WrittenRowBytes(plan) + 2));
 }
 
 Status EncodeDib(HGLOBAL file, uint32_t page, const PagePlan& plan, const void* source)
@@ -123,17 +132,6 @@ Status WithDib(HGLOBAL dib, const SaveRequest& request, Save save)
 bool IsForJpegCodec(const PagePlan& plan)
 {
     return plan.choice.compression->selector == selector::Jpeg;
-}
-
-int32_t SaveInFile(HGLOBAL dib, const SaveRequest& request)
-{
-    bool jpeg = false;
-    const Status status = WithDib(dib, request, [&](const PagePlan& plan, const DibSource& source) -> Status {
-        jpeg = IsForJpegCodec(plan);
-        return jpeg ? error::None : AppendPageToFile(request, plan, EncodeDib, &source);
-    });
-    // The codec locks the DIB itself.
-    return FinishSave(jpeg ? SaveWholeJpegDib(dib, request.path, NextPageOfFile(request.path)) : status);
 }
 
 // A new block is freed under its present handle when the save fails: growing may replace it.
@@ -164,6 +162,17 @@ Status SaveInMemory(HGLOBAL memory, const PagePlan& plan, const DibSource& sourc
 
 } // namespace
 
+int32_t SaveDibInFile(HGLOBAL dib, const SaveRequest& request)
+{
+    bool jpeg = false;
+    const Status status = WithDib(dib, request, [&](const PagePlan& plan, const DibSource& source) -> Status {
+        jpeg = IsForJpegCodec(plan);
+        return jpeg ? error::None : AppendPageToFile(request, plan, EncodeDib, &source);
+    });
+    // The codec locks the DIB itself.
+    return FinishSave(jpeg ? SaveWholeJpegDib(dib, request.path, NextPageOfFile(request.path)) : status);
+}
+
 } // namespace tiff
 
 using namespace tiff;
@@ -171,7 +180,7 @@ using namespace tiff;
 extern "C" int32_t SaveDIBInTiffFileExt(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
                                         uint32_t fillOrder) noexcept
 {
-    return SaveInFile(dib, {path, selector, dialog, fillOrder, plainSave});
+    return SaveDibInFile(dib, {path, selector, dialog, fillOrder, plainSave});
 }
 
 extern "C" int32_t SaveDIBInTiffFile(const char* path, HGLOBAL dib, uint32_t selector,
@@ -199,7 +208,7 @@ extern "C" int32_t SaveNonRGBDIBInTiffFile(const char* path, HGLOBAL dib) noexce
     }
     if (space < FIRST_SAVED_SPACE || space > photometric::LastColourSpace)
         return 0;
-    return SaveInFile(dib, {path, 0, 0, MSB_FIRST, colourSpaceSave});
+    return SaveDibInFile(dib, {path, 0, 0, MSB_FIRST, colourSpaceSave});
 }
 
 extern "C" HGLOBAL SaveTiffToMemory(HGLOBAL memory, HGLOBAL dib, uint32_t selector,

@@ -23,6 +23,14 @@ constexpr uint32_t UNIT_INCH = 2;
 constexpr uint32_t LARGEST_SHORT = 65535;
 constexpr double INCHES_PER_METRE = 39.37;
 
+// The two resolutions of fax pages, and what is taken for the coarse one.
+constexpr uint32_t FAX_HORIZONTAL = 204, FAX_COARSE = 98, FAX_FINE = 196;
+constexpr uint32_t LEAST_FINE = 148;
+constexpr uint32_t LEAST_FINE_ROWS = 1101; // of a page that does not say
+
+constexpr uint32_t WITH_FILL_BITS = 4;
+constexpr uint32_t PAGE_OF_MANY = 2;
+
 bool DefineShort(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t value)
 {
     return DefineTiffImageInfo(file, page, tag, fieldtype::Short, value);
@@ -66,21 +74,59 @@ uint32_t DotsPerInchOf(int32_t dotsPerMetre, uint32_t screen)
     return dotsPerMetre ? static_cast<uint32_t>(std::max(dotsPerMetre, 0) / INCHES_PER_METRE + 0.5) : screen;
 }
 
-bool DefineResolution(HGLOBAL file, uint32_t page, const PagePlan& plan)
+DotsPerInch OwnResolution(const PagePlan& plan)
 {
     DotsPerInch screen{};
     if (plan.dotsPerMetreX == 0 || plan.dotsPerMetreY == 0)
         screen = ScreenResolution();
-    const uint32_t horizontal[] = {DotsPerInchOf(plan.dotsPerMetreX, screen.horizontal), 1};
-    const uint32_t vertical[] = {DotsPerInchOf(plan.dotsPerMetreY, screen.vertical), 1};
+    return {DotsPerInchOf(plan.dotsPerMetreX, screen.horizontal),
+            DotsPerInchOf(plan.dotsPerMetreY, screen.vertical)};
+}
+
+DotsPerInch FaxResolution(const PagePlan& plan)
+{
+    const bool fine = plan.dotsPerMetreY ? DotsPerInchOf(plan.dotsPerMetreY, 0) >= LEAST_FINE
+                                         : plan.height >= LEAST_FINE_ROWS;
+    return {FAX_HORIZONTAL, fine ? FAX_FINE : FAX_COARSE};
+}
+
+bool DefineResolution(HGLOBAL file, uint32_t page, const PagePlan& plan, Resolution rule)
+{
+    const DotsPerInch dots = rule == Resolution::Fax ? FaxResolution(plan) : OwnResolution(plan);
+    const uint32_t horizontal[] = {dots.horizontal, 1};
+    const uint32_t vertical[] = {dots.vertical, 1};
     return DefineTiffImageInfoBuffer(file, page, tag::XResolution, horizontal, fieldtype::Rational, 1) &&
            DefineTiffImageInfoBuffer(file, page, tag::YResolution, vertical, fieldtype::Rational, 1);
 }
 
-bool DefineCoding(HGLOBAL file, uint32_t page, const PagePlan& plan)
+bool DefineOptions(HGLOBAL file, uint32_t page, uint32_t options)
+{
+    return DefineTiffImageInfo(file, page, tag::T4Options, fieldtype::Long, options);
+}
+
+bool DefineFillBits(HGLOBAL file, uint32_t page, const PagePlan& plan, FillBits fillBits)
+{
+    if (fillBits == FillBits::NotSaid || plan.choice.compression->selector != selector::Group3)
+        return true;
+    return DefineOptions(file, page, fillBits == FillBits::Always ? WITH_FILL_BITS : 0) &&
+           DefineShort(file, page, tag::SamplesPerPixel, 1);
+}
+
+// A page does without them when they cannot be defined.
+void DefinePageTags(HGLOBAL file, uint32_t page)
+{
+    const KeepLastError keep;
+    const uint16_t number[] = {static_cast<uint16_t>(NumberOfTiffImages(file, TIFF_ALL_PAGES) - 1), 0};
+    DefineTiffImageInfo(file, page, tag::NewSubfileType, fieldtype::Long, PAGE_OF_MANY);
+    DefineTiffImageInfoBuffer(file, page, tag::PageNumber, number, fieldtype::Short, 2);
+}
+
+bool DefineCoding(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveVariant& variant)
 {
     const CompressionChoice& compression = *plan.choice.compression;
-    return DefineResolution(file, page, plan) && DefineShort(file, page, tag::ResolutionUnit, UNIT_INCH) &&
+    return DefineResolution(file, page, plan, variant.resolution) &&
+           DefineFillBits(file, page, plan, variant.fillBits) &&
+           DefineShort(file, page, tag::ResolutionUnit, UNIT_INCH) &&
            DefineShort(file, page, tag::Compression, compression.compression) &&
            DefineShort(file, page, tag::FillOrder, plan.fillOrder) &&
            (compression.extraTag == 0 ||
@@ -95,7 +141,7 @@ bool WidenSizes(HGLOBAL file, uint32_t page, const PagePlan& plan)
         return false;
     if (plan.height <= LARGEST_SHORT)
         return true;
-    const bool oneStrip = plan.choice.compression->bilevel;
+    const bool oneStrip = plan.choice.compression->bilevel; // a CCITT page
     return DefineTiffImageInfo(file, page, tag::ImageLength, fieldtype::Long, plan.height) &&
            (!oneStrip || DefineTiffImageInfo(file, page, tag::RowsPerStrip, fieldtype::Long, plan.height));
 }
@@ -116,7 +162,7 @@ bool DefineColourMap(HGLOBAL file, uint32_t page, const PagePlan& plan)
 
 uint32_t WrittenBits(const PagePlan& plan)
 {
-    if (plan.choice.compression->bilevel)
+    if (plan.bilevel)
         return 1;
     return plan.choice.samples ? plan.choice.samples->bitsPerPixel : plan.bitCount;
 }
@@ -125,17 +171,16 @@ Status DefinePage(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
 {
     if (variant.identityTags && !DefineIdentity(file, page))
         return error::NotEnoughMemory;
-    if (!DefineCoding(file, page, plan))
+    if (!DefineCoding(file, page, plan, variant))
         return error::NotEnoughMemory;
 
-    const bool bilevel = plan.choice.compression->bilevel;
     const TiffPageGeometry geometry = {
         .kind = 0,
         .width = static_cast<int32_t>(plan.width),
         .height = static_cast<int32_t>(plan.height),
         .rowBytes = static_cast<uint32_t>((uint64_t{plan.width} * plan.bitCount + 7) / 8),
         .planes = 1,
-        .bitsPerPlane = static_cast<uint16_t>(bilevel ? 1 : plan.bitCount),
+        .bitsPerPlane = static_cast<uint16_t>(plan.bilevel ? 1 : plan.bitCount),
     };
     if (const Status status = DefineGeneralTags(file, page, &geometry); status != error::None)
         return status;
@@ -146,8 +191,15 @@ Status DefinePage(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
         return status;
     if (!DefineShort(file, page, tag::PhotometricInterpretation, plan.photometric))
         return error::NotEnoughMemory;
-    const bool defined = plan.photometric != photometric::Palette || DefineColourMap(file, page, plan);
-    return defined ? error::None : error::NotEnoughMemory;
+    if (plan.photometric == photometric::Palette && !DefineColourMap(file, page, plan))
+        return error::NotEnoughMemory;
+    // Wanted: these boards are first told that there are no fill bits, and then that there are.
+    if (variant.fillBits == FillBits::NeverThenAlways &&
+        plan.choice.compression->selector == selector::Group3 && !DefineOptions(file, page, WITH_FILL_BITS))
+        return error::NotEnoughMemory;
+    if (variant.pageTags)
+        DefinePageTags(file, page);
+    return error::None;
 }
 
 uint32_t PhotometricOf(uint32_t bitCount)
@@ -184,23 +236,24 @@ uint64_t WrittenRowBytes(const PagePlan& plan)
 Status PlanPage(const SaveRequest& request, PagePlan& plan)
 {
     SaveSettings& settings = ThreadState().save;
-    settings.colourCount = plan.colourCount;
-    settings.fillOrder = request.fillOrder;
+    const SaveVariant& variant = request.variant;
+    settings.colourCount = variant.bilevelStart ? 2 : plan.colourCount;
+    settings.fillOrder = variant.fixedFillOrder ? variant.fixedFillOrder : request.fillOrder;
     settings.selector = SelectorOf(request);
-    settings.photometric = PhotometricOf(plan.bitCount);
+    settings.photometric = variant.bilevelStart ? photometric::WhiteIsZero : PhotometricOf(plan.bitCount);
     if (request.dialog) {
         if (const Status status = ShowSaveDialog(request.path, plan, settings); status != error::None)
             return status;
         if (settings.photometric == photometric::Palette && plan.bitCount > 8)
             settings.photometric = photometric::Rgb;
     }
-    if (const Status status =
-            ChooseSave(settings.selector, plan.bitCount, request.variant.sampleKinds, plan.choice);
+    if (const Status status = ChooseSave(settings.selector, plan.bitCount, variant.sampleKinds, plan.choice);
         status != error::None)
         return status;
     if (plan.choice.samples)
         settings.photometric = plan.choice.samples->photometric;
-    if (plan.choice.compression->bilevel) {
+    plan.bilevel = variant.bilevelStart || plan.choice.compression->bilevel;
+    if (plan.bilevel) {
         settings.photometric = photometric::WhiteIsZero;
         settings.colourCount = 2;
     }

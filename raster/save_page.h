@@ -29,6 +29,7 @@ struct PagePlan {
     int32_t dotsPerMetreX, dotsPerMetreY; // 0 for the screen's
 
     SaveChoice choice;
+    bool bilevel; // written as black and white, whatever the source
     uint32_t photometric;
     uint32_t fillOrder;
 };

@@ -2,22 +2,56 @@
 #pragma once
 
 #include "core/vocabulary.h"
+#include "raster/save_selector.h"
 
 namespace tiff {
 
+enum class Resolution {
+    Dib, // the DIB's, or the screen's
+    Fax, // 204 by 98 or 196 dots per inch
+};
+
+// What a Group 3 page says of fill bits, which let every EOL end on a byte.
+enum class FillBits { NotSaid, Always, Never, NeverThenAlways };
+
 struct SaveVariant {
     uint32_t fixedSelector = 0;    // 0: the caller's
+    uint32_t fixedFillOrder = 0;   // 0: the caller's
     bool sampleKinds = false;      // the selector's high byte is heeded
     bool identityTags = false;     // DateTime, Software, ImageDescription and Artist are written
     bool keepsColourSpace = false; // the header's compression field is the photometric to write
     bool unknownIsStored = false;  // an unknown compression means none
+    bool bilevelStart = false;     // a picture of any depth is begun as black and white
+    bool faxBoard = false;         // colours and rows as the boards have them
+    bool pageTags = false;         // NewSubfileType 2 and PageNumber
+    Resolution resolution = Resolution::Dib;
+    FillBits fillBits = FillBits::NotSaid;
 };
 
 inline constexpr SaveVariant plainSave = {.sampleKinds = true, .identityTags = true};
-inline constexpr SaveVariant colourSpaceSave = {
-    .fixedSelector = 204, .sampleKinds = true, .identityTags = true, .keepsColourSpace = true};
+inline constexpr SaveVariant colourSpaceSave = {.fixedSelector = selector::LzwDifferences,
+                                                .sampleKinds = true,
+                                                .identityTags = true,
+                                                .keepsColourSpace = true};
 inline constexpr SaveVariant bitmapSave = {.identityTags = true};
 inline constexpr SaveVariant memorySave = {
     .sampleKinds = true, .identityTags = true, .unknownIsStored = true};
+
+// Boards that read pages of one narrow form only.
+inline constexpr SaveVariant gammaSave = {
+    .faxBoard = true, .resolution = Resolution::Fax, .fillBits = FillBits::Never};
+inline constexpr SaveVariant bicomSave = {.fixedSelector = selector::Group3,
+                                          .fixedFillOrder = 1,
+                                          .bilevelStart = true,
+                                          .faxBoard = true,
+                                          .pageTags = true,
+                                          .resolution = Resolution::Fax,
+                                          .fillBits = FillBits::Always};
+inline constexpr SaveVariant dialogicSave = {.fixedFillOrder = 2,
+                                             .bilevelStart = true,
+                                             .faxBoard = true,
+                                             .pageTags = true,
+                                             .resolution = Resolution::Fax,
+                                             .fillBits = FillBits::NeverThenAlways};
 
 } // namespace tiff

@@ -115,7 +115,7 @@ TEST(DirectoryWriter, TypesAreWrittenAsTheyWereDefined)
     DefineTiffImage(target.file);
     Define(target.file, 0, 65535, 9, Hex("FEFFFFFF"), 1);
     Define(target.file, 0, 347, 1, Hex("01 02 03 04 05"), 5);
-    Define(target.file, 0, 1001, 12, Hex("01 02 03"), 3); // no size known: bytes
+    Define(target.file, 0, 1001, 77, Hex("01 02 03"), 3); // no size known: bytes
     Define(target.file, 0, 1000, 1, Hex("01 02 03 04"), 4);
     Define(target.file, 0, 999, 2, {}, 0);
     EXPECT_EQ(WriteTiffImageDirectory(target.file, 0), 0u);

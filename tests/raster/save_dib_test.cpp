@@ -6,42 +6,13 @@
 
 namespace {
 
-struct Picture {
-    uint32_t width, height;
-    uint16_t bits;
-    std::vector<uint32_t> colours; // 0x00RRGGBB
-    Bytes pixels;                  // rows as the DIB stores them, padded
-    int32_t dotsPerMetre[2] = {7874, 3937};
-    uint32_t colourCount = 0; // biClrUsed
-    bool topDown = false;
-};
-
-Bytes PackedDib(const Picture& picture)
-{
-    BITMAPINFOHEADER header{};
-    header.biSize = sizeof(header);
-    header.biWidth = static_cast<int32_t>(picture.width);
-    header.biHeight = static_cast<int32_t>(picture.topDown ? 0u - picture.height : picture.height);
-    header.biPlanes = 1;
-    header.biBitCount = picture.bits;
-    header.biXPelsPerMeter = picture.dotsPerMetre[0];
-    header.biYPelsPerMeter = picture.dotsPerMetre[1];
-    header.biClrUsed = picture.colourCount;
-    Bytes dib(sizeof(header));
-    std::memcpy(dib.data(), &header, sizeof(header));
-    for (const uint32_t colour : picture.colours)
-        dib = dib + Bytes{static_cast<uint8_t>(colour), static_cast<uint8_t>(colour >> 8),
-                          static_cast<uint8_t>(colour >> 16), 0};
-    return dib + picture.pixels;
-}
-
 struct Saved {
     int32_t result = 0;
     uint32_t error = 0;
     Decoded rows{};
 };
 
-Saved Save(const Picture& picture, uint32_t selector, uint32_t fillOrder = 1)
+Saved Save(const DibPicture& picture, uint32_t selector, uint32_t fillOrder = 1)
 {
     NewFile file;
     Block dib(PackedDib(picture));
@@ -87,15 +58,15 @@ std::vector<uint32_t> Greys()
 
 TEST(SaveDib, SamplesAreWrittenAsTheSelectorSays)
 {
-    const Picture greys{2, 1, 8, Greys(), Hex("1280 0000")};
+    const DibPicture greys{2, 1, 8, Greys(), Hex("1280 0000")};
     std::vector<uint32_t> fallingGreys = Greys();
     std::reverse(fallingGreys.begin(), fallingGreys.end());
-    const Picture falling{2, 1, 8, fallingGreys, Hex("1280 0000")};
-    const Picture colours{2, 2, 24, {}, Hex("010203 040506 0000 FF0000 000000 0000")};
+    const DibPicture falling{2, 1, 8, fallingGreys, Hex("1280 0000")};
+    const DibPicture colours{2, 2, 24, {}, Hex("010203 040506 0000 FF0000 000000 0000")};
     static constexpr uint32_t PHOTOMETRIC = 262;
     const struct {
         const char* row;
-        Picture picture;
+        DibPicture picture;
         uint32_t selector;
         Bytes rows;
         uint32_t photometric;
@@ -119,7 +90,7 @@ TEST(SaveDib, SamplesAreWrittenAsTheSelectorSays)
          208,
          Hex("0F00 8180"),
          0},
-        {"no colours, one strip of bits", {2, 1, 24, {}, Hex("810203 040506 0000")}, 208, Hex("80"), 0},
+        {"no colours, one strip of bits", {2, 1, 24, {}, Hex("010283 040506 0000")}, 208, Hex("80"), 0},
     };
     for (const auto& [row, picture, selector, expected, photometric] : rows) {
         SCOPED_TRACE(row);
@@ -142,7 +113,7 @@ TEST(SaveDib, SamplesAreWrittenAsTheSelectorSays)
 
 TEST(SaveDib, EveryCompressionGivesTheRowsBack)
 {
-    const Picture fax{9, 3, 1, whiteBlack, Hex("0F000000 00000000 81800000")};
+    const DibPicture fax{9, 3, 1, whiteBlack, Hex("0F000000 00000000 81800000")};
     for (uint32_t selector = 201; selector <= 208; ++selector)
         for (const uint32_t fillOrder : {1u, 2u}) {
             SCOPED_TRACE(testing::Message() << selector << ", " << fillOrder);
@@ -186,7 +157,7 @@ TEST(SaveDib, PagesCarryTheirTags)
 TEST(SaveDib, RequestsThatCannotBeMetLeaveNoFile)
 {
     NoLeaks leaks;
-    const Picture fax{9, 2, 1, whiteBlack, Hex("0F000000 81800000")};
+    const DibPicture fax{9, 2, 1, whiteBlack, Hex("0F000000 81800000")};
     Bytes cut = PackedDib(fax), packed = PackedDib(fax), wide = PackedDib(fax);
     cut.pop_back();
     packed[16] = 1;

@@ -413,6 +413,19 @@ BOOL GetFileSizeEx(HANDLE handle, PLARGE_INTEGER size)
     return TRUE;
 }
 
+// The file's identity and its size; the rest is 0.
+BOOL GetFileInformationByHandle(HANDLE handle, LPBY_HANDLE_FILE_INFORMATION facts)
+{
+    const OpenFile* file = Find(handle);
+    if (!file)
+        return FALSE;
+    *facts = {};
+    facts->dwVolumeSerialNumber = static_cast<DWORD>(file->device);
+    facts->nFileIndexHigh = static_cast<DWORD>(file->inode >> 32);
+    facts->nFileIndexLow = static_cast<DWORD>(file->inode);
+    return TRUE;
+}
+
 // Nothing is pushed to the disk: the bytes are already visible to every reader.
 BOOL FlushFileBuffers(HANDLE handle)
 {

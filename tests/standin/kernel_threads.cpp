@@ -294,6 +294,13 @@ UINT SetHandleCount(UINT count)
     return count;
 }
 
+DWORD GetTickCount()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<DWORD>(now.tv_sec * 1000 + now.tv_nsec / 1000000);
+}
+
 void GetLocalTime(LPSYSTEMTIME time)
 {
     timespec now{};

@@ -1,5 +1,7 @@
 #include "support/pictures.h"
 
+#include <cstring>
+
 std::vector<std::string> Decoded::Pixels(uint32_t width) const
 {
     std::vector<std::string> lines;
@@ -45,4 +47,23 @@ Decoded DecodeFile(const Bytes& tiff)
 {
     MemoryTiff opened(tiff);
     return DecodePage(opened.file, 0);
+}
+
+Bytes PackedDib(const DibPicture& picture)
+{
+    BITMAPINFOHEADER header{};
+    header.biSize = sizeof(header);
+    header.biWidth = static_cast<int32_t>(picture.width);
+    header.biHeight = static_cast<int32_t>(picture.topDown ? 0u - picture.height : picture.height);
+    header.biPlanes = 1;
+    header.biBitCount = picture.bits;
+    header.biXPelsPerMeter = picture.dotsPerMetre[0];
+    header.biYPelsPerMeter = picture.dotsPerMetre[1];
+    header.biClrUsed = picture.colourCount;
+    Bytes dib(sizeof(header));
+    std::memcpy(dib.data(), &header, sizeof(header));
+    for (const uint32_t colour : picture.colours)
+        dib = dib + Bytes{static_cast<uint8_t>(colour), static_cast<uint8_t>(colour >> 8),
+                          static_cast<uint8_t>(colour >> 16), 0};
+    return dib + picture.pixels;
 }

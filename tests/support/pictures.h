@@ -1,4 +1,4 @@
-// Decoded rows as text.
+// Decoded rows as text, and packed DIBs.
 #pragma once
 
 #include "support/tiff_builder.h"
@@ -29,3 +29,16 @@ Decoded DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip = 0, uint32_
 
 // The first page of a TIFF file.
 Decoded DecodeFile(const Bytes& tiff);
+
+// A packed DIB in the making.
+struct DibPicture {
+    uint32_t width, height;
+    uint16_t bits;
+    std::vector<uint32_t> colours; // 0x00RRGGBB
+    Bytes pixels;                  // rows as the DIB stores them, padded
+    int32_t dotsPerMetre[2] = {7874, 3937};
+    uint32_t colourCount = 0; // biClrUsed
+    bool topDown = false;
+};
+
+Bytes PackedDib(const DibPicture& picture);

@@ -42,6 +42,12 @@ TiffPage& TiffPage::Strips(std::vector<Bytes> data)
     return *this;
 }
 
+TiffPage& TiffPage::Data(uint16_t offsetTag, uint16_t lengthTag, std::vector<Bytes> data)
+{
+    otherData.push_back({offsetTag, lengthTag, std::move(data)});
+    return *this;
+}
+
 TiffPage& TiffPage::StoredOrder(std::vector<size_t> wanted)
 {
     order = std::move(wanted);
@@ -113,6 +119,17 @@ void TiffBuilder::PutPage(TiffPage& page, size_t linkAt)
     if (!page.strips.empty()) {
         const auto count = static_cast<uint32_t>(offsets.size());
         page.Entry(273, page.offsetType, count, offsets).Long(279, counts);
+    }
+    for (const TiffPage::DataTag& other : page.otherData) {
+        std::vector<uint32_t> at, lengths;
+        for (const Bytes& data : other.data) {
+            at.push_back(static_cast<uint32_t>(file.size()));
+            lengths.push_back(static_cast<uint32_t>(data.size()));
+            file.insert(file.end(), data.begin(), data.end());
+        }
+        page.Long(other.offsets, at);
+        if (other.lengths)
+            page.Long(other.lengths, lengths);
     }
     std::stable_sort(page.entries.begin(), page.entries.end(),
                      [](const TiffEntry& left, const TiffEntry& right) { return left.tag < right.tag; });

@@ -21,6 +21,8 @@ public:
     TiffPage& Entry(uint16_t tag, uint16_t type, uint32_t count, std::vector<uint32_t> values);
     // Adds StripOffsets and StripByteCounts.
     TiffPage& Strips(std::vector<Bytes> data);
+    // Adds a tag with the offsets of these bytes, and one with their lengths unless it is 0.
+    TiffPage& Data(uint16_t offsetTag, uint16_t lengthTag, std::vector<Bytes> data);
     // Strips are written in this order, given by their numbers.
     TiffPage& StoredOrder(std::vector<size_t> order);
     TiffPage& ShortOffsets();
@@ -31,7 +33,12 @@ public:
 private:
     friend class TiffBuilder;
     std::vector<TiffEntry> entries;
+    struct DataTag {
+        uint16_t offsets, lengths;
+        std::vector<Bytes> data;
+    };
     std::vector<Bytes> strips;
+    std::vector<DataTag> otherData;
     std::vector<size_t> order;
     uint16_t offsetType = 4;
 };

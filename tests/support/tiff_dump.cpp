@@ -1,6 +1,7 @@
 #include "support/tiff_dump.h"
 
 #include <algorithm>
+#include <map>
 #include <sstream>
 
 namespace {
@@ -17,13 +18,21 @@ public:
         text << (motorola ? "MM" : "II") << '\n';
         Claim(0, 8, "header");
         uint64_t directory = Number(4, 4);
-        for (int page = 0; directory != 0 && page < 100; ++page)
+        for (int page = 0; directory != 0 && page < 20000; ++page)
             directory = Directory(directory);
         Overlaps();
     }
     std::string Text() const
     {
         return text.str() + complaints.str();
+    }
+    std::string Complaints() const
+    {
+        return complaints.str();
+    }
+    const std::vector<std::string>& Pages() const
+    {
+        return pages;
     }
 
 private:
@@ -53,8 +62,9 @@ private:
         if (at % 2)
             complaints << name << " is odd\n";
         Claim(at, 2 + count * 12 + 4, name);
-        stripOffsets.clear();
         uint64_t last = 0;
+        references.clear();
+        pages.emplace_back();
         for (uint64_t index = 0; index < count; ++index) {
             const uint64_t tag = Number(at + 2 + index * 12, 2);
             if (index > 0 && tag <= last)
@@ -62,16 +72,20 @@ private:
             last = tag;
             Entry(at + 2 + index * 12);
         }
+        Data();
         return link;
     }
 
     void Entry(uint64_t at)
     {
-        static constexpr const char* names[] = {"0",        "BYTE",  "ASCII",     "SHORT",  "LONG",
-                                                "RATIONAL", "SBYTE", "UNDEFINED", "SSHORT", "SLONG"};
+        static constexpr const char* names[] = {"0",         "BYTE",  "ASCII",     "SHORT",  "LONG",
+                                                "RATIONAL",  "SBYTE", "UNDEFINED", "SSHORT", "SLONG",
+                                                "SRATIONAL", "FLOAT", "DOUBLE"};
         const uint64_t tag = Number(at, 2), type = Number(at + 2, 2), count = Number(at + 4, 4);
-        const unsigned partBytes = type == 3 ? 2 : type == 4 || type == 5 || type == 9 ? 4 : 1;
-        const uint64_t parts = type == 5 ? count * 2 : count, bytes = parts * partBytes;
+        static constexpr unsigned partSizes[] = {1, 1, 1, 2, 4, 4, 1, 1, 2, 4, 4, 4, 4};
+        const unsigned partBytes = type < std::size(partSizes) ? partSizes[type] : 1;
+        const uint64_t parts = type == 5 || type == 10 || type == 12 ? count * 2 : count;
+        const uint64_t bytes = parts * partBytes;
         text << tag << ' ' << (type < std::size(names) ? names[type] : "?") << ' ' << count;
         uint64_t value = at + 8;
         if (bytes > 4) {
@@ -79,22 +93,50 @@ private:
             text << " @" << value;
             Claim(value, bytes, "values of " + std::to_string(tag));
         }
-        text << ':';
+        std::ostringstream numbers;
+        numbers << ':';
         for (uint64_t index = 0; index < std::min<uint64_t>(parts, 16); ++index)
-            text << ' ' << Number(value + index * partBytes, partBytes);
-        text << '\n';
-        Strips(tag, value, count, partBytes);
+            numbers << ' ' << Number(value + index * partBytes, partBytes);
+        numbers << '\n';
+        text << numbers.str();
+        if (tag == 273 || tag == 324 || (tag >= 519 && tag <= 521) || tag == 513)
+            pages.back() += std::to_string(tag) + '\n';
+        else
+            pages.back() += std::to_string(tag) + ' ' + std::to_string(type) + ' ' + std::to_string(count) +
+                            numbers.str();
+        for (uint64_t index = 0; index < count; ++index)
+            references[tag].push_back(Number(value + index * partBytes, partBytes));
     }
 
-    void Strips(uint64_t tag, uint64_t value, uint64_t count, unsigned bytes)
+    uint64_t TableBytes(uint64_t at) const
     {
-        for (uint64_t index = 0; index < count && (tag == 273 || tag == 279); ++index) {
-            const uint64_t number = Number(value + index * bytes, bytes);
-            if (tag == 273)
-                stripOffsets.push_back(number);
-            else if (index < stripOffsets.size())
-                Claim(stripOffsets[index], number, "strip at " + std::to_string(stripOffsets[index]));
-        }
+        uint64_t bytes = 16;
+        for (uint64_t length = 0; length < 16; ++length)
+            bytes += Number(at + length, 1);
+        return bytes;
+    }
+
+    // What the offsets of a page lead to.
+    void Data()
+    {
+        static constexpr uint64_t lengthTags[][2] = {{273, 279}, {324, 325}, {513, 514}};
+        for (const auto& [offsets, lengths] : lengthTags)
+            for (size_t index = 0; index < references[offsets].size(); ++index)
+                if (index < references[lengths].size())
+                    Data(offsets, references[offsets][index], references[lengths][index]);
+        for (const uint64_t table : {519, 520, 521})
+            for (const uint64_t offset : references[table])
+                Data(table, offset, table == 519 ? 64 : TableBytes(offset));
+    }
+
+    void Data(uint64_t tag, uint64_t offset, uint64_t bytes)
+    {
+        Claim(offset, bytes, (tag == 273 ? "strip at " : "data at ") + std::to_string(offset));
+        static constexpr char digits[] = "0123456789ABCDEF";
+        pages.back() += "data " + std::to_string(tag) + ": ";
+        for (uint64_t at = offset; at < std::min<uint64_t>(offset + bytes, file.size()); ++at)
+            pages.back() += {digits[file[at] >> 4], digits[file[at] & 15]};
+        pages.back() += '\n';
     }
 
     void Overlaps()
@@ -110,7 +152,8 @@ private:
     const bool motorola;
     std::ostringstream text, complaints;
     std::vector<Part> parts;
-    std::vector<uint64_t> stripOffsets;
+    std::map<uint64_t, std::vector<uint64_t>> references;
+    std::vector<std::string> pages;
 };
 
 } // namespace
@@ -118,4 +161,14 @@ private:
 std::string DumpTiff(const Bytes& file)
 {
     return Dump(file).Text();
+}
+
+std::vector<std::string> PagesOf(const Bytes& file)
+{
+    return Dump(file).Pages();
+}
+
+std::string Complaints(const Bytes& file)
+{
+    return Dump(file).Complaints();
 }

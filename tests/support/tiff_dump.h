@@ -12,3 +12,10 @@
 #include "support/bytes.h"
 
 std::string DumpTiff(const Bytes& file);
+
+// The pages of a file as texts that do not depend on where things lie: offsets are replaced by the
+// bytes that they lead to.
+std::vector<std::string> PagesOf(const Bytes& file);
+
+// What DumpTiff complains of, alone.
+std::string Complaints(const Bytes& file);

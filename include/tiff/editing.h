@@ -1,0 +1,154 @@
+/* Editing multi-page files page by page, without decoding: pages are copied, inserted, deleted
+ * and moved as they are stored.
+ *
+ * Operations that change a file build a new one in the temporary folder first. Only when it is
+ * complete is the old file deleted and the new one given its name; until then every failure leaves
+ * the old file as it was. When the deletion or the renaming fails, the result is 0 with error 6
+ * and the new file stays in the temporary folder.
+ *
+ * Results are 1, or 0 with the cause in TiffError(): 1 memory; 3 no such page; 6 reading or
+ * writing; 9 a page whose strip offsets and byte counts differ in number; 10 one that lacks either;
+ * 29 a null path, or the source would be overwritten by its own copy; others as OpenTiffFile.
+ */
+#ifndef TIFF_EDITING_H
+#define TIFF_EDITING_H
+
+#include "tiff/base.h"
+
+TIFF_BEGIN
+
+/* Told after each step of long work. A result of 0 stops it, and the operation fails.
+ *
+ * total  steps in all.
+ * done   steps done so far, from 1 on.
+ * user   the caller's.
+ */
+typedef int32_t (*TiffProgress)(uint32_t total, uint32_t done, uint64_t user);
+
+/* Appends a page of one open file to another, strips and tags unchanged; offsets are adapted.
+ *
+ * source, destination  file handles, also of TIFFs in memory. The destination must be open for
+ *                      writing; a new one (T_CREAT) is created now. Both must be in one byte order:
+ *                      this is not checked, the page and the link to it are written in the
+ *                      source's, and a file that mixes both cannot be read past that point.
+ * page                 its tags are taken from memory if they are loaded, with what was changed
+ *                      there, and dropped afterwards.
+ *
+ * A strip that reaches beyond the end of the source is copied as far as it exists. A failure while
+ * writing leaves the part that was written at the end of the chain; opening the file then reports
+ * error 6 and shows the pages before, and the next page appended takes the place of the part.
+ */
+int32_t CopyTiffImage(HGLOBAL source, uint32_t page, HGLOBAL destination) TIFF_NOEXCEPT;
+
+/* The same with files on disk.
+ *
+ * mode  of OpenTiffFile, for the destination: T_APPEND or T_CREAT.
+ */
+int32_t CopyTiffImageInFile(const char* sourcePath, uint32_t page, const char* destinationPath,
+                            uint32_t mode) TIFF_NOEXCEPT;
+
+/* Puts a new page made from a DIB into a file.
+ *
+ * selector, dialog, fillOrder  as SaveDIBInTiffFileExt.
+ * position  the page that the new one comes before, or whose place it takes; at or beyond the last
+ *           page's end, or with a file that cannot be opened, the page is appended.
+ * inPlace   non-zero appends the page to the file itself and relinks the chain instead of building
+ *           the file anew. The replaced page's bytes stay in the file until ReorderTiffFile.
+ * replace   non-zero drops the page at the position.
+ *
+ * Errors: also those of SaveDIBInTiffFileExt; 3 for a negative position; 35 for a file in Motorola
+ * byte order.
+ */
+int32_t InsertTiffImage(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog, uint32_t fillOrder,
+                        int32_t position, int32_t inPlace, int32_t replace) TIFF_NOEXCEPT;
+
+/* Deletes a page. The only page of a file is deleted with the file.
+ *
+ * page     -1 for the last.
+ * inPlace  non-zero relinks the chain past the page instead of building the file anew; its bytes
+ *          stay in the file until ReorderTiffFile.
+ */
+int32_t DeleteTiffImage(const char* path, int32_t page, int32_t inPlace) TIFF_NOEXCEPT;
+
+/* Rewrites a file page after page, each with its directory directly before its data; what no page
+ * refers to is left out. A file of one page is left alone.
+ */
+int32_t ReorderTiffFile(const char* path) TIFF_NOEXCEPT;
+
+/* Appends all pages of one file to another, which is created when it does not exist.
+ *
+ * callback  may be null; told the source's page count and the pages done.
+ *
+ * Pages appended before a failure stay. Errors: also 35 when the files are in different byte
+ * orders; nothing is written then.
+ */
+int32_t MergeTiffFiles(const char* destinationPath, const char* sourcePath, TiffProgress callback,
+                       uint64_t user) TIFF_NOEXCEPT;
+
+/* Moves the pages from the given one to the last into a new file, which replaces one of that name.
+ *
+ * firstPage  0 moves the whole file, to a name that must be free; the page count moves nothing and
+ *            succeeds. The source must have two pages or more.
+ * callback   may be null; told the number of pages to move and those copied.
+ *
+ * When it fails the destination is deleted, unless it has come to be the only place of its pages.
+ */
+int32_t SplitTiffFile(const char* sourcePath, const char* destinationPath, int32_t firstPage,
+                      TiffProgress callback, uint64_t user) TIFF_NOEXCEPT;
+
+/* Moves the first pages of a file into files of one page each, which replace files of their names.
+ *
+ * nameBase   path and beginning of their names: "a" gives a0001.tif, a0002.tif and so on. A folder,
+ *            ending in a backslash, gets a beginning of its own: "~", a number, "_".
+ * pageCount  pages to move, at least 1; all of them deletes the file. It must have two or more.
+ * callback   may be null; told twice the number of pages, and one step for each page copied and for
+ *            each page deleted.
+ *
+ * Files written before a failure stay. A callback that stops among the deletions leaves exactly the
+ * pages that it has not been told of.
+ */
+int32_t CutTiffFile(const char* sourcePath, const char* nameBase, int32_t pageCount, TiffProgress callback,
+                    uint64_t user) TIFF_NOEXCEPT;
+
+/* Appends the strips of a page, as they are stored, to an existing file of bare fax code.
+ *
+ * rawPath  a file that must exist. When it cannot be written to the end, IT IS DELETED, with what it
+ *          held before: half a page would be taken for a whole one.
+ * offset   bytes from the end of that file at which to write: 0 appends, negative values overwrite.
+ *
+ * Returns the raw file's path, in a buffer of the calling thread, or null.
+ */
+const char* AppendCCITTImageFile(const char* rawPath, const char* tiffPath, uint32_t page,
+                                 int32_t offset) TIFF_NOEXCEPT;
+
+/* Sets the total in the PageNumber tag of every page that has one. The page numbers stay.
+ *
+ * total  the low 16 bits are written.
+ *
+ * Only for files in Intel byte order: the order is not looked at, and a file in the other one fails
+ * or is damaged. What was changed before a failure stays changed.
+ */
+int32_t UpdatePageNumbers(const char* path, uint32_t total) TIFF_NOEXCEPT;
+
+/* The same for a TIFF in memory; its file handle stays as it is. */
+int32_t UpdatePageNumbersInMemory(HGLOBAL file, uint32_t total) TIFF_NOEXCEPT;
+
+/* Gives a page of a file a tag, in place of one with the same number. The file is rewritten, all
+ * pages packed, under its name with everything behind the last full stop replaced by "~~~" (or with
+ * ".~~~" added), where it stays when this fails; a file of that name is overwritten.
+ *
+ * type, values, count  as DefineTiffImageInfoBuffer.
+ *
+ * Errors: 1 also when the file cannot be opened as a TIFF; 3 no such page; 6 no such file.
+ */
+int32_t AddTiffTagToImage(const char* path, int32_t page, uint32_t tag, uint32_t type, const void* values,
+                          uint32_t count) TIFF_NOEXCEPT;
+
+/* Removes a tag from a page in the same way. A page without the tag is no error: the file is
+ * rewritten all the same.
+ */
+int32_t DeleteTiffTagOfImage(const char* path, int32_t page, uint32_t tag) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

@@ -1,0 +1,58 @@
+/* Pages and files in the narrow forms that fax boards and fax servers read.
+ *
+ * The saves append a DIB as a page, as SaveDIBInTiffFileExt does, with these differences:
+ *
+ * - the resolution is 204 dots per inch across, and 98 or 196 down: 98 when the DIB's is below 148,
+ *   or, if it does not say, when it has fewer than 1101 rows;
+ * - DateTime, Software, ImageDescription and Artist are not written;
+ * - the selector's high byte must be 0;
+ * - a DIB whose first colour is dark is written WhiteIsZero, and its bits are inverted at 1 bit per
+ *   pixel only.
+ *
+ * Bicom, NMS and Dialogic pages are bilevel: pass DIBs of 1 bit per pixel. Others are not refused;
+ * each row's first bytes are taken for pixels. These pages get NewSubfileType 2 and a PageNumber, the
+ * page's own with 0 as the total, which UpdatePageNumbers sets when all pages are there.
+ *
+ * Results and errors are those of SaveDIBInTiffFileExt.
+ */
+#ifndef TIFF_FAX_BOARDS_H
+#define TIFF_FAX_BOARDS_H
+
+#include "tiff/base.h"
+
+TIFF_BEGIN
+
+/* For Gamma boards: any compression; Group 3 without fill bits. Arguments as SaveDIBInTiffFileExt. */
+int32_t SaveDIBInGammaTiffFile(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
+                               uint32_t fillOrder) TIFF_NOEXCEPT;
+
+/* For Bicom boards: Group 3 with fill bits, fill order 1. */
+int32_t SaveDIBInBicomTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
+
+/* For NMS boards; the same as Bicom. */
+int32_t SaveDIBInNMSTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
+
+/* For Dialogic boards: any compression, Group 3 with fill bits; fill order 2. */
+int32_t SaveDIBInDialogicTiffFile(const char* path, HGLOBAL dib, uint32_t selector) TIFF_NOEXCEPT;
+
+/* Saves a DIB as SaveDIBInTiffFileExt does and rewrites the file with ConvertTiffToCiscoFormat.
+ *
+ * Errors: also 29 for a null or empty path or a fill order other than 1 and 2; nothing is saved then.
+ */
+int32_t SaveTiffForCiscoFormat(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
+                               uint32_t fillOrder) TIFF_NOEXCEPT;
+
+/* Rewrites a file for Cisco servers: page after page, each with its directory before its data. The new
+ * file is built in the temporary folder, where an empty file that reserved its name stays.
+ *
+ * WHEN A PAGE CANNOT BE COPIED, THE FILE IS DELETED: such a server must never get half a fax. Keep a
+ * copy of what cannot be had again. A file that cannot be opened or read to its end is left alone.
+ *
+ * Returns 1 or 0. Errors: 6, also when the new file cannot take the old one's place, and stays in the
+ * temporary folder; 29 null or empty path; others as OpenTiffFile and CopyTiffImage.
+ */
+int32_t ConvertTiffToCiscoFormat(const char* path) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

@@ -1,0 +1,59 @@
+// Editing a file by building another one and putting it in its place.
+#pragma once
+
+#include "core/global_block.h"
+#include "core/vocabulary.h"
+#include "tiff/streams.h"
+
+namespace tiff {
+
+// Where the new file is built.
+enum class Naming {
+    TempFolder, // a free name in the temporary folder
+    TempTiff,   // the same with the ending ".tif"; the empty file that reserves the name stays
+    BesideFile, // the file's own name with another ending
+};
+
+// What becomes of the files when the new one is not finished.
+enum class OnFailure { DeleteNew, LeaveNew, DeleteBoth };
+
+// The new file that is to take the place of an old one. It is the caller's to write.
+class Replacement {
+public:
+    // Chooses the name; nothing is created. False, with the error set, when there is none.
+    Replacement(const char* path, Naming naming, OnFailure onFailure);
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+    // Unless committed, the new file was not finished.
+    ~Replacement();
+
+    explicit operator bool() const
+    {
+        return name[0] != 0;
+    }
+    const char* Name() const
+    {
+        return name;
+    }
+    // Deletes the old file and renames the new one. When either fails the new one stays where it
+    // is: 6, the error set.
+    [[nodiscard]] Status Commit();
+
+    // The old file is gone and the new one has not got its name.
+    bool IsStranded() const
+    {
+        return stranded;
+    }
+
+private:
+    const char* path;
+    OnFailure onFailure;
+    bool finished = false;
+    bool stranded = false;
+    char name[MAX_PATH_BYTES] = {};
+};
+
+// Whether a file on disk is the one that a stream reads.
+bool IsSameFile(TiffStream stream, const char* path);
+
+} // namespace tiff

@@ -1,0 +1,272 @@
+// Inserting and deleting pages. A file is built anew from the pages that stay, or only the links
+// between its directories are changed.
+#include "core/directory_window.h"
+#include "core/directory_writer.h"
+#include "core/errors.h"
+#include "core/handles.h"
+#include "core/registry.h"
+#include "pages/file_rewrite.h"
+#include "pages/page_edit.h"
+#include "tiff/files.h"
+#include "tiff/save.h"
+
+namespace tiff {
+
+namespace {
+
+constexpr uint32_t FIRST_LINK = 4;
+
+Status Fail(Status status)
+{
+    SetTiffError(status);
+    return status;
+}
+
+// A page to be made, as SaveDIBInTiffFileExt takes it.
+struct NewPage {
+    HGLOBAL dib;
+    uint32_t selector;
+    int32_t dialog;
+    uint32_t fillOrder;
+};
+
+Status AppendNewPage(const char* path, const NewPage& page)
+{
+    if (SaveDIBInTiffFileExt(path, page.dib, page.selector, page.dialog, page.fillOrder))
+        return error::None;
+    return TiffError() != error::None ? TiffError() : STOPPED; // the user may have cancelled
+}
+
+Status CopyUnlessEmpty(HGLOBAL source, PageRange range, const char* path)
+{
+    return range.first < range.end ? CopyPagesToFile(source, range, path, T_APPEND) : error::None;
+}
+
+// A file whose links are being changed where they lie.
+struct Relinking {
+    HGLOBAL file;
+    Stream stream;
+    DirectoryWindow window;
+};
+
+TiffStream OpenForPatching(const char* path)
+{
+    FileHandle handle(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING);
+    return handle ? static_cast<TiffStream>(reinterpret_cast<intptr_t>(handle.Release())) : NO_STREAM;
+}
+
+// Where the link is that leads to a page.
+Status LinkPosition(Relinking& work, uint32_t page, uint32_t& position)
+{
+    position = FIRST_LINK;
+    if (page == 0)
+        return error::None;
+    const uint32_t directory = FindPage(work.file, page - 1)->directoryOffset;
+    const uint8_t* counted = Fetch(work.window, directory, 2);
+    if (!counted)
+        return Fail(error::InputOutput);
+    position = directory + 2 + Load16(counted, work.window.byteOrder) * ENTRY_BYTES;
+    return error::None;
+}
+
+// Lets the link that leads to a page lead elsewhere.
+Status Relink(Relinking& work, uint32_t page, uint32_t directoryOffset)
+{
+    uint32_t position;
+    if (const Status status = LinkPosition(work, page, position); status != error::None)
+        return status;
+    return PatchLink(work.stream.Get(), position, directoryOffset, work.window.byteOrder);
+}
+
+// Offset of a page's directory; 0, the end of the chain, behind the last.
+uint32_t DirectoryOf(HGLOBAL file, uint32_t page)
+{
+    const auto entry = FindPage(file, page);
+    return entry ? entry->directoryOffset : 0;
+}
+
+Relinking BeginRelinking(const char* path, const OpenedTiff& file)
+{
+    const TiffStream stream = OpenForPatching(path);
+    return {file.Get(), Stream(stream), {.stream = stream, .byteOrder = file.ByteOrder(), .bytes{}}};
+}
+
+Status InsertInPlace(const char* path, const NewPage& page, uint32_t position, bool replace)
+{
+    if (const Status status = AppendNewPage(path, page); status != error::None)
+        return status;
+    const OpenedTiff file(path, T_READ);
+    if (!file)
+        return TiffError();
+    const uint32_t last = file.PageCount() - 1;
+    const uint32_t next = replace ? position + 1 : position;
+    if (position >= last)
+        return error::None;
+    Relinking work = BeginRelinking(path, file);
+    if (!work.stream)
+        return Fail(error::InputOutput);
+    // From the end of the chain to its beginning: no moment shows a circle, and none hides an
+    // old page that is to stay.
+    Status status = Relink(work, last, 0);
+    if (status == error::None)
+        status = Relink(work, last + 1, next == last ? 0 : DirectoryOf(file.Get(), next));
+    if (status == error::None)
+        status = Relink(work, position, DirectoryOf(file.Get(), last));
+    return status;
+}
+
+// The page's bytes stay where they are; nothing leads to them any more.
+Status DeleteInPlace(const char* path, const OpenedTiff& file, uint32_t page)
+{
+    Relinking work = BeginRelinking(path, file);
+    if (!work.stream)
+        return Fail(error::InputOutput);
+    return Relink(work, page, DirectoryOf(file.Get(), page + 1));
+}
+
+Status InsertByCopy(const char* path, const OpenedTiff& file, const NewPage& page, uint32_t position,
+                    bool replace)
+{
+    Replacement rewritten(path, Naming::TempFolder, OnFailure::DeleteNew);
+    if (!rewritten)
+        return TiffError();
+    if (CopyUnlessEmpty(file.Get(), {0, position}, rewritten.Name()) != error::None)
+        return Fail(error::InputOutput);
+    if (const Status status = AppendNewPage(rewritten.Name(), page); status != error::None)
+        return status;
+    const PageRange rest{replace ? position + 1 : position, file.PageCount()};
+    if (const Status status = CopyUnlessEmpty(file.Get(), rest, rewritten.Name()); status != error::None)
+        return status;
+    return rewritten.Commit();
+}
+
+bool HasContent(const char* path)
+{
+    const KeepLastError keep;
+    const FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
+    return file && GetFileSize(file.Get(), nullptr) != 0;
+}
+
+// A file that cannot be opened gets the page as its last, if it can be had for that. This is for
+// files that are new: one that only could not be read this time would get it in the wrong place.
+bool MayOpenLater(Status error)
+{
+    return error == error::NotEnoughMemory || error == error::InputOutput;
+}
+
+Status InsertPage(const char* path, const NewPage& page, uint32_t position, bool inPlace, bool replace)
+{
+    const OpenedTiff file(path, T_READ);
+    if (!file && HasContent(path) && MayOpenLater(TiffError()))
+        return TiffError();
+    if (!file || position >= file.PageCount())
+        return AppendNewPage(path, page);
+    // New pages are in Intel order, and a file has one order only.
+    if (file.ByteOrder() == TIFF_MOTOROLA)
+        return Fail(error::MixedByteOrders);
+    if (!file.IsWhole())
+        return Fail(error::InputOutput);
+    return inPlace ? InsertInPlace(path, page, position, replace)
+                   : InsertByCopy(path, file, page, position, replace);
+}
+
+Status DeletePage(const char* path, int32_t page, bool inPlace)
+{
+    const OpenedTiff file(path, T_READ);
+    if (!file)
+        return TiffError();
+    const int64_t deleted = page == -1 ? int64_t{file.PageCount()} - 1 : page;
+    if (deleted < 0 || deleted >= file.PageCount())
+        return Fail(error::IndexOutOfRange);
+    if (!file.IsWhole())
+        return Fail(error::InputOutput);
+    const auto first = static_cast<uint32_t>(deleted);
+    return inPlace && file.PageCount() > 1 ? DeleteInPlace(path, file, first)
+                                           : DeletePages(path, file, {first, first + 1}).status;
+}
+
+Status CopyWithout(const OpenedTiff& file, PageRange range, const char* path)
+{
+    const OpenedTiff built(path, T_APPEND);
+    if (!built)
+        return TiffError();
+    CopyRun run(file.Get(), built.Get());
+    Status status = CopyPages(run, {0, range.first});
+    if (status == error::None)
+        status = CopyPages(run, {range.end, file.PageCount()});
+    return FinishCopy(run, status);
+}
+
+Status Reorder(const char* path)
+{
+    const OpenedTiff file(path, T_READ);
+    if (!file)
+        return TiffError();
+    if (!file.IsWhole())
+        return Fail(error::InputOutput);
+    return file.PageCount() > 1 ? DeletePages(path, file, {0, 0}).status : error::None;
+}
+
+} // namespace
+
+OpenedTiff::OpenedTiff(const char* path, uint32_t mode)
+    : file(OpenTiffFile(path, mode)), whole(file && TiffError() == error::None)
+{
+}
+
+OpenedTiff::~OpenedTiff()
+{
+    CloseTiffFile(file);
+}
+
+uint32_t OpenedTiff::PageCount() const
+{
+    return NumberOfTiffImages(file, TIFF_ALL_PAGES);
+}
+
+uint32_t OpenedTiff::ByteOrder() const
+{
+    return Locked<TiffFileRecord>(file)->byteOrder;
+}
+
+Deletion DeletePages(const char* path, const OpenedTiff& file, PageRange range)
+{
+    if (range.first == 0 && range.end >= file.PageCount())
+        return {DeleteFileA(path) ? error::None : Fail(error::InputOutput), false};
+    Replacement rewritten(path, Naming::TempFolder, OnFailure::DeleteNew);
+    Status status = rewritten ? CopyWithout(file, range, rewritten.Name()) : TiffError();
+    if (status == error::None)
+        status = rewritten.Commit();
+    return {status, rewritten.IsStranded()};
+}
+
+int32_t FinishEdit(Status status)
+{
+    if (status != STOPPED)
+        StoreLastError(status);
+    return status == error::None;
+}
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t InsertTiffImage(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
+                                   uint32_t fillOrder, int32_t position, int32_t inPlace,
+                                   int32_t replace) noexcept
+{
+    if (!path || position < 0)
+        return FinishEdit(path ? error::IndexOutOfRange : error::InvalidParameters);
+    return FinishEdit(InsertPage(path, {dib, selector, dialog, fillOrder}, static_cast<uint32_t>(position),
+                                 inPlace != 0, replace != 0));
+}
+
+extern "C" int32_t DeleteTiffImage(const char* path, int32_t page, int32_t inPlace) noexcept
+{
+    return FinishEdit(DeletePage(path, page, inPlace != 0));
+}
+
+extern "C" int32_t ReorderTiffFile(const char* path) noexcept
+{
+    return FinishEdit(Reorder(path));
+}

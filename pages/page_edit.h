@@ -1,0 +1,49 @@
+// What the operations on whole pages share.
+#pragma once
+
+#include "pages/page_copy.h"
+
+namespace tiff {
+
+// A TIFF file handle for a scope; null, with the error set, when the file cannot be opened.
+class OpenedTiff {
+public:
+    OpenedTiff(const char* path, uint32_t mode);
+    OpenedTiff(const OpenedTiff&) = delete;
+    OpenedTiff& operator=(const OpenedTiff&) = delete;
+    ~OpenedTiff();
+
+    explicit operator bool() const
+    {
+        return file != nullptr;
+    }
+    // Whether the chain of pages could be followed to its end. A file that cannot be seen whole
+    // must not be replaced by what was seen of it.
+    bool IsWhole() const
+    {
+        return whole;
+    }
+    HGLOBAL Get() const
+    {
+        return file;
+    }
+    uint32_t PageCount() const;
+    uint32_t ByteOrder() const;
+
+private:
+    HGLOBAL file;
+    bool whole;
+};
+
+// Rewrites an opened file without the pages of a range; without any page the file is deleted. The
+// error is set when it fails; stranded tells whether the old file is gone all the same.
+struct Deletion {
+    Status status;
+    bool stranded;
+};
+[[nodiscard]] Deletion DeletePages(const char* path, const OpenedTiff& file, PageRange range);
+
+// Sets the error unless the status is success; an exported function's result.
+int32_t FinishEdit(Status status);
+
+} // namespace tiff

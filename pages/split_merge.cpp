@@ -1,0 +1,202 @@
+// Moving pages between files: merging, splitting, cutting into single pages.
+#include "core/errors.h"
+#include "core/handles.h"
+#include "pages/page_edit.h"
+#include "tiff/files.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace tiff {
+
+namespace {
+
+constexpr int NUMBER_LIMIT = 1000000; // at most 6 characters
+constexpr uint32_t MOST_NAMES = 1000;
+
+Status Fail(Status status)
+{
+    SetTiffError(status);
+    return status;
+}
+
+// A file of which no page may be left behind.
+Status CheckWhole(const OpenedTiff& file)
+{
+    if (!file)
+        return TiffError();
+    return file.IsWhole() ? error::None : Fail(error::InputOutput);
+}
+
+Status Merge(const char* destination, const char* source, TiffProgress callback, uint64_t user)
+{
+    const OpenedTiff from(source, T_READ);
+    if (const Status status = CheckWhole(from); status != error::None)
+        return status;
+    if (from.PageCount() == 0)
+        return Fail(error::IndexOutOfRange);
+    const OpenedTiff to(destination, T_APPEND);
+    if (!to)
+        return TiffError();
+    // The copy takes every file to have the source's order. Of a whole file that would cut off the
+    // pages that are there.
+    if (to.PageCount() > 0 && to.ByteOrder() != from.ByteOrder())
+        return Fail(error::MixedByteOrders);
+    Progress progress{callback, user, from.PageCount()};
+    CopyRun run(from.Get(), to.Get());
+    return FinishCopy(run, CopyPages(run, {0, from.PageCount()}, &progress));
+}
+
+// Wanted: of a move that fails, the new file goes; the old one has everything. A file that stood
+// in the way of a copy which never began is not ours to delete.
+Status CopyToNewFile(const OpenedTiff& from, PageRange range, const char* path, Progress progress)
+{
+    bool begun = false;
+    Status status;
+    {
+        const OpenedTiff to(path, T_CREAT);
+        if (!to)
+            return TiffError();
+        CopyRun run(from.Get(), to.Get());
+        status = FinishCopy(run, CopyPages(run, range, &progress));
+        begun = IsBegun(run);
+    }
+    if (begun && status != error::None)
+        DeleteFileA(path);
+    return status;
+}
+
+// The pages leave the old file all at once. When that goes so wrong that the old file is gone, the
+// new one is the only place of its pages and stays.
+Status MovePages(const char* source, const OpenedTiff& from, const char* destination, uint32_t first,
+                 Progress progress)
+{
+    const PageRange moved{first, from.PageCount()};
+    if (const Status status = CopyToNewFile(from, moved, destination, progress); status != error::None)
+        return status;
+    const Deletion deletion = DeletePages(source, from, moved);
+    if (deletion.status != error::None && !deletion.stranded)
+        DeleteFileA(destination);
+    return deletion.status;
+}
+
+Status Split(const char* source, const char* destination, int32_t firstPage, TiffProgress callback,
+             uint64_t user)
+{
+    const OpenedTiff from(source, T_READ);
+    if (const Status status = CheckWhole(from); status != error::None)
+        return status;
+    if (from.PageCount() < 2 || firstPage < 0 || static_cast<uint32_t>(firstPage) > from.PageCount())
+        return Fail(error::IndexOutOfRange);
+    const auto first = static_cast<uint32_t>(firstPage);
+    if (first == 0)
+        return MoveFileA(source, destination) ? error::None : Fail(error::InputOutput);
+    if (first == from.PageCount())
+        return error::None;
+    return MovePages(source, from, destination, first, {callback, user, from.PageCount() - first});
+}
+
+using FileName = char (&)[MAX_PATH_BYTES];
+
+bool MakePageName(FileName name, const char* base, uint32_t number)
+{
+    const int length = std::snprintf(name, sizeof(name), "%s%04u.tif", base, number);
+    return length > 0 && static_cast<size_t>(length) < sizeof(name);
+}
+
+// A folder gets a beginning of its own for the names, one that no earlier cut has used.
+Status MakeNameBase(FileName base, const char* given)
+{
+    const size_t length = strnlen(given, sizeof(base));
+    if (length == sizeof(base))
+        return error::PathTooLong;
+    std::strcpy(base, given);
+    if (length == 0 || given[length - 1] != '\\')
+        return error::None;
+    std::srand(GetTickCount());
+    for (uint32_t round = 0; round < MOST_NAMES; ++round) {
+        char name[MAX_PATH_BYTES];
+        const int written =
+            std::snprintf(base + length, sizeof(base) - length, "~%d_", std::rand() % NUMBER_LIMIT);
+        if (static_cast<size_t>(written) >= sizeof(base) - length || !MakePageName(name, base, 1))
+            return error::PathTooLong;
+        if (GetFileAttributesA(name) == INVALID_FILE_ATTRIBUTES)
+            return error::None;
+    }
+    return error::InputOutput;
+}
+
+Status WritePageFiles(const OpenedTiff& from, const char* nameBase, uint32_t pageCount, Progress& progress)
+{
+    char base[MAX_PATH_BYTES], name[MAX_PATH_BYTES];
+    if (const Status status = MakeNameBase(base, nameBase); status != error::None)
+        return Fail(status);
+    for (uint32_t page = 0; page < pageCount; ++page) {
+        if (!MakePageName(name, base, page + 1))
+            return Fail(error::PathTooLong);
+        if (const Status status = CopyPagesToFile(from.Get(), {page, page + 1}, name, T_CREAT);
+            status != error::None)
+            return status;
+        if (!ReportStep(progress))
+            return STOPPED;
+    }
+    return error::None;
+}
+
+// The pages go all at once, so the steps are told before: all but the last, which is told when it
+// is true. A stop leaves the pages that were not told of.
+Status DeleteCutPages(const char* path, const OpenedTiff& from, uint32_t pageCount, Progress& progress)
+{
+    uint32_t deleted = 1;
+    while (deleted < pageCount && ReportStep(progress))
+        ++deleted;
+    const bool stopped = deleted < pageCount;
+    if (const Deletion deletion = DeletePages(path, from, {0, deleted}); deletion.status != error::None)
+        return deletion.status;
+    return stopped || !ReportStep(progress) ? STOPPED : error::None;
+}
+
+Status Cut(const char* path, const char* nameBase, int32_t pageCount, TiffProgress callback, uint64_t user)
+{
+    const OpenedTiff from(path, T_READ);
+    if (const Status status = CheckWhole(from); status != error::None)
+        return status;
+    if (from.PageCount() < 2 || pageCount < 1 || static_cast<uint32_t>(pageCount) > from.PageCount())
+        return Fail(error::IndexOutOfRange);
+    const auto pages = static_cast<uint32_t>(pageCount);
+    Progress progress{callback, user, 2 * pages};
+    if (const Status status = WritePageFiles(from, nameBase, pages, progress); status != error::None)
+        return status;
+    return DeleteCutPages(path, from, pages, progress);
+}
+
+} // namespace
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t MergeTiffFiles(const char* destinationPath, const char* sourcePath, TiffProgress callback,
+                                  uint64_t user) noexcept
+{
+    if (!destinationPath || !sourcePath)
+        return FinishEdit(error::InvalidParameters);
+    return FinishEdit(Merge(destinationPath, sourcePath, callback, user));
+}
+
+extern "C" int32_t SplitTiffFile(const char* sourcePath, const char* destinationPath, int32_t firstPage,
+                                 TiffProgress callback, uint64_t user) noexcept
+{
+    if (!sourcePath || !destinationPath)
+        return FinishEdit(error::InvalidParameters);
+    return FinishEdit(Split(sourcePath, destinationPath, firstPage, callback, user));
+}
+
+extern "C" int32_t CutTiffFile(const char* sourcePath, const char* nameBase, int32_t pageCount,
+                               TiffProgress callback, uint64_t user) noexcept
+{
+    if (!sourcePath || !nameBase)
+        return FinishEdit(error::InvalidParameters);
+    return FinishEdit(Cut(sourcePath, nameBase, pageCount, callback, user));
+}

@@ -1,0 +1,96 @@
+// Changing the tags of a page. The file is rewritten beside itself, page by page, and the copy takes
+// its place.
+#include "core/errors.h"
+#include "core/registry.h"
+#include "core/tag_block.h"
+#include "pages/file_rewrite.h"
+#include "pages/page_edit.h"
+#include "tiff/files.h"
+#include "tiff/pages.h"
+
+namespace tiff {
+
+namespace {
+
+Status Fail(Status status)
+{
+    SetTiffError(status);
+    return status;
+}
+
+// A tag to be given to a page, or to be taken from it.
+struct TagEdit {
+    uint32_t tag;
+    bool remove;
+    uint32_t type;
+    const void* values;
+    uint32_t count;
+};
+
+// Changes the tags that the page has in memory; the copy takes them from there.
+Status EditTags(CopyRun& run, uint32_t page, const TagEdit& edit)
+{
+    HGLOBAL file = run.source;
+    if (const Status status = LoadForCopy(run, page); status != error::None)
+        return status;
+    if (edit.remove) {
+        RemoveRecord(Locked<TagBlock>(FindPage(file, page)->tagBlock).Get(), edit.tag);
+        return error::None;
+    }
+    const bool defined = DefineTiffImageInfoBuffer(file, page, edit.tag, edit.values, edit.type, edit.count);
+    return defined ? error::None : TiffError();
+}
+
+Status CopyEdited(const OpenedTiff& file, uint32_t page, const TagEdit& edit, const char* path)
+{
+    const OpenedTiff built(path, T_CREAT);
+    if (!built)
+        return Fail(error::NotEnoughMemory);
+    CopyRun run(file.Get(), built.Get());
+    Status status = OpenOutput(run);
+    if (status == error::None)
+        status = CopyPages(run, {0, page});
+    if (status == error::None)
+        status = EditTags(run, page, edit);
+    if (status == error::None)
+        status = CopyPages(run, {page, file.PageCount()});
+    return FinishCopy(run, status);
+}
+
+Status EditPage(const char* path, int32_t page, const TagEdit& edit)
+{
+    if (!path)
+        return Fail(error::InvalidParameters);
+    if (GetFileAttributesA(path) == INVALID_FILE_ATTRIBUTES)
+        return Fail(error::InputOutput);
+    Replacement rewritten(path, Naming::BesideFile, OnFailure::LeaveNew);
+    if (!rewritten)
+        return TiffError();
+    const OpenedTiff file(path, T_READ);
+    // Wanted: whatever keeps the file from being opened is told as missing memory.
+    if (!file)
+        return Fail(error::NotEnoughMemory);
+    if (!file.IsWhole())
+        return Fail(error::InputOutput);
+    if (page < 0 || static_cast<uint32_t>(page) >= file.PageCount())
+        return Fail(error::IndexOutOfRange);
+    const Status status = CopyEdited(file, static_cast<uint32_t>(page), edit, rewritten.Name());
+    return status == error::None ? rewritten.Commit() : status;
+}
+
+} // namespace
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t AddTiffTagToImage(const char* path, int32_t page, uint32_t tag, uint32_t type,
+                                     const void* values, uint32_t count) noexcept
+{
+    return FinishEdit(EditPage(path, page, {tag, false, type, values, count}));
+}
+
+extern "C" int32_t DeleteTiffTagOfImage(const char* path, int32_t page, uint32_t tag) noexcept
+{
+    return FinishEdit(EditPage(path, page, {tag, true, 0, nullptr, 0}));
+}
