@@ -38,9 +38,11 @@ int main(int argc, char** argv)
         return 0;
     }
     std::filesystem::create_directories(folders.scratch);
+    setenv("TMPDIR", folders.scratch.c_str(), 1); // where files are rewritten
     RegisterCodecJobs(pictures);
     RegisterLineJobs(pictures);
     RegisterOpenJobs(folders);
+    RegisterEditingJobs(folders);
     RegisterGrowthJobs(folders);
     int options = argc - 1;
     argv[1] = argv[0];

@@ -195,6 +195,52 @@ uint32_t ReadDirectories(PeerFile* file)
     return pages;
 }
 
+// The fields of a bilevel page with one value each.
+static void CopyFields(TIFF* source, TIFF* target)
+{
+    for (const uint32_t field : {TIFFTAG_BITSPERSAMPLE, TIFFTAG_COMPRESSION, TIFFTAG_PHOTOMETRIC,
+                                 TIFFTAG_SAMPLESPERPIXEL, TIFFTAG_RESOLUTIONUNIT}) {
+        uint16_t value;
+        if (TIFFGetField(source, field, &value))
+            TIFFSetField(target, field, value);
+    }
+    for (const uint32_t field :
+         {TIFFTAG_SUBFILETYPE, TIFFTAG_IMAGEWIDTH, TIFFTAG_IMAGELENGTH, TIFFTAG_ROWSPERSTRIP}) {
+        uint32_t value;
+        if (TIFFGetField(source, field, &value))
+            TIFFSetField(target, field, value);
+    }
+    for (const uint32_t field : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION}) {
+        float value;
+        if (TIFFGetField(source, field, &value))
+            TIFFSetField(target, field, double{value});
+    }
+}
+
+void CopyPages(PeerFile* from, uint32_t count, PeerFile* to)
+{
+    TIFF *source = TiffOf(from), *target = TiffOf(to);
+    std::vector<uint8_t> strip;
+    for (uint32_t page = 0; page < count; ++page) {
+        CopyFields(source, target);
+        for (uint32_t number = 0; number < TIFFNumberOfStrips(source); ++number) {
+            strip.resize(TIFFGetStrileByteCount(source, number));
+            const auto bytes = static_cast<tmsize_t>(strip.size());
+            Demand(TIFFReadRawStrip(source, number, strip.data(), bytes) == bytes &&
+                       TIFFWriteRawStrip(target, number, strip.data(), bytes) == bytes,
+                   "copying a strip");
+        }
+        EndPage(to);
+        SkipPage(from);
+    }
+}
+
+void SkipPage(PeerFile* source)
+{
+    if (!TIFFLastDirectory(TiffOf(source)))
+        Demand(TIFFReadDirectory(TiffOf(source)), "reading a directory");
+}
+
 std::vector<uint8_t> WriteTiff(const Picture& picture, const Scheme& scheme, uint32_t rowsPerStrip)
 {
     std::vector<uint8_t> bytes;

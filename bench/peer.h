@@ -46,5 +46,9 @@ uint32_t CountPages(PeerFile* file);
 // Parses every directory from the first on.
 uint32_t ReadDirectories(PeerFile* file);
 
+// Appends pages from the current one on, strips and tags as they are, and goes on to the next.
+void CopyPages(PeerFile* source, uint32_t count, PeerFile* target);
+void SkipPage(PeerFile* source);
+
 // A TIFF of one page.
 std::vector<uint8_t> WriteTiff(const Picture& picture, const Scheme& scheme, uint32_t rowsPerStrip);
