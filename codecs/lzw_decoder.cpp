@@ -133,9 +133,9 @@ Status Drain(LzwDecoder& decoder)
 // Lines are handed over before more code is asked for.
 Status Refill(LzwDecoder& decoder)
 {
-    Status status = Drain(decoder);
-    if (status == error::None)
-        status = FillCodeBuffer(decoder.context);
+    if (const Status status = Drain(decoder); status != error::None)
+        return status;
+    const Status status = FillCodeBuffer(decoder.context);
     return status == error::UnexpectedEndOfFile ? error::BadCode : status;
 }
 
@@ -165,7 +165,8 @@ inline void OpenEntry(LzwTable& table, uint32_t& open, uint32_t& width, uint32_t
         ++width;
 }
 
-// Copies a string to the end of the history; up to 31 bytes more are overwritten.
+// Copies a string to the end of the history; up to 31 bytes more are overwritten. Of a string
+// that reaches that end only the byte there is missing, and put in by the caller.
 inline void CopyString(uint8_t* target, const uint8_t* source, uint32_t length)
 {
     std::memcpy(target, source, 16);
@@ -319,7 +320,7 @@ void DecodeInside(LzwDecoder& decoder)
     context->codeCursor += taken;
     context->codeBytesLeft -= taken;
     decoder.bits = context->codeCursor[-1];
-    decoder.bitCount = static_cast<uint32_t>(-bit % 8);
+    decoder.bitCount = static_cast<uint32_t>((8 - bit % 8) % 8);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
-// Strings are found through a hash of their prefix's code and last byte. A slot is one number,
-// so that each byte costs one look into a table that the fastest cache has room for.
+// Strings are found through a hash of their prefix's code and last byte. Before that the byte is
+// compared with the one that followed the prefix last: in runs, which are most of a page, each
+// byte waits for one look into a small table and nothing else.
 #include "codecs/lzw_encoder.h"
 
 #include "codecs/buffers.h"
@@ -29,11 +30,12 @@ constexpr uint32_t CODES = 1u << CODE_BITS;
 constexpr uint32_t SLOT_BITS = 13;
 constexpr uint32_t SLOTS = 1u << SLOT_BITS;
 
-constexpr uint32_t NONE = UINT32_MAX;
+// The byte that followed a string last, above the code of what they make together.
+constexpr uint32_t NO_FOLLOWER = UINT32_MAX;
 
 struct StringTable {
     uint32_t slots[SLOTS];
-    uint32_t latest[CODES]; // the byte that last followed a string, and what that made
+    uint32_t latest[CODES];
 };
 
 struct LzwEncoder {
@@ -62,7 +64,7 @@ inline void Restart(LzwEncoder& encoder)
     encoder.width = LEAST_WIDTH;
     encoder.stretchRows = 0;
     std::memset(encoder.table->slots, 0, sizeof(encoder.table->slots));
-    std::fill_n(encoder.table->latest, CLEAR, NONE);
+    std::fill_n(encoder.table->latest, CLEAR, NO_FOLLOWER);
 }
 
 // The slot that holds a key, a prefix's code and a byte, or the empty one where it belongs. At
@@ -99,7 +101,7 @@ void EncodeBytes(LzwEncoder& shared, std::span<const uint8_t> bytes)
         }
         slot = (string << 8 | byte) << CODE_BITS | encoder.nextFree;
         latest = byte << CODE_BITS | encoder.nextFree;
-        table.latest[encoder.nextFree] = NONE;
+        table.latest[encoder.nextFree] = NO_FOLLOWER;
         PutCode(encoder, string);
         string = byte;
         if (encoder.nextFree == FULL_TABLE)

@@ -64,6 +64,7 @@ static Status DecodePacket(CodecContext* context, uint32_t& written)
     return error::None;
 }
 
+// Copies in steps of 32 bytes: up to 31 more are overwritten.
 static void CopyBytes(uint8_t* target, const uint8_t* source, uint32_t count)
 {
     for (uint32_t at = 0;; at += COPIED_BYTES) {
@@ -73,6 +74,7 @@ static void CopyBytes(uint8_t* target, const uint8_t* source, uint32_t count)
     }
 }
 
+// Fills in steps of 64 bytes.
 static void FillBytes(uint8_t* target, uint8_t byte, uint32_t count)
 {
     for (uint32_t at = 0;; at += FILLED_BYTES) {
@@ -82,8 +84,7 @@ static void FillBytes(uint8_t* target, uint8_t byte, uint32_t count)
     }
 }
 
-// The packets of a line, as long as the bytes held are enough for any packet. Literals and
-// repeats take turns, and the loops are laid out for that.
+// The packets of a line, as long as the bytes held are enough for any packet.
 static void DecodePacketsInside(CodecContext* context, int64_t& missing)
 {
     const uint8_t* code = context->codeCursor;
@@ -104,13 +105,14 @@ static void DecodePacketsInside(CodecContext* context, int64_t& missing)
     }
     missing = lineEnd - line;
     context->lineCursor = line;
-    context->codeBytesLeft = static_cast<uint32_t>(end - code);
     context->codeCursor += code - context->codeCursor;
+    context->codeBytesLeft = static_cast<uint32_t>(end - code);
 }
 
 Status DecodePackBits(CodecContext* context)
 {
     Status status = InitDecodeBuffers(context);
+    const bool swaps = HasSwappedSamples(context);
     int64_t missing = context->lineBytes;
     while (status == error::None) {
         DecodePacketsInside(context, missing);
@@ -121,7 +123,7 @@ Status DecodePackBits(CodecContext* context)
         }
         // What a packet holds beyond the line lies in the spare bytes and is lost there.
         if (status == error::None && missing <= 0) {
-            status = HandOverSamples(context);
+            status = swaps ? HandOverSamples(context) : HandOverLine(context, context->lineBuffer);
             missing = context->lineBytes;
         }
     }

@@ -20,13 +20,18 @@ inline void CopyRow(uint8_t* target, const uint8_t* source, size_t bytes)
 {
     constexpr size_t WORD = 16, BLOCK = 4 * WORD;
     size_t at = 0;
+    if (bytes < WORD) {
+        for (; at < bytes; ++at)
+            target[at] = source[at];
+        return;
+    }
     for (; at + BLOCK <= bytes; at += BLOCK)
         for (size_t word = 0; word < BLOCK; word += WORD)
             CopySixteen(target + at + word, source + at + word);
-    for (; at + WORD <= bytes; at += WORD)
+    for (; at + WORD < bytes; at += WORD)
         CopySixteen(target + at, source + at);
-    for (; at < bytes; ++at)
-        target[at] = source[at];
+    // What is left over is part of the last word, most of which is copied twice.
+    CopySixteen(target + bytes - WORD, source + bytes - WORD);
 }
 
 } // namespace tiff
