@@ -26,6 +26,15 @@ static uint32_t PixelsOf(const TiffDecodeLineContext* context, uint32_t bytesPer
     return std::min(begun, context->strideOrColourUse / 3);
 }
 
+// A picture is gone through from its last row to the first, against the way that the processor
+// looks ahead. So the row to come is asked for; an address outside the picture does no harm.
+static void AskForRow(const uint8_t* row, uint32_t bytes)
+{
+    constexpr uint32_t CACHE_LINE = 64;
+    for (uint32_t at = 0; at < bytes; at += CACHE_LINE)
+        _mm_prefetch(reinterpret_cast<const char*>(row + at), _MM_HINT_T0);
+}
+
 static const TiffDecodeLineContext* ContextOf(void* context)
 {
     return static_cast<const TiffDecodeLineContext*>(context);
@@ -68,15 +77,6 @@ static const TiffEncodeLineContext* SourceOf(void* context)
 static const uint8_t* SourceRow(const TiffEncodeLineContext* context, uint32_t row)
 {
     return context->pixelBits + size_t{context->height - row - 1} * context->strideOrColourUse;
-}
-
-// Rows are taken from the last to the first, against the way that the processor looks ahead.
-// So the row to come is asked for here; an address outside the picture does no harm.
-static void AskForRow(const uint8_t* row, uint32_t bytes)
-{
-    constexpr uint32_t CACHE_LINE = 64;
-    for (uint32_t at = 0; at < bytes; at += CACHE_LINE)
-        _mm_prefetch(reinterpret_cast<const char*>(row + at), _MM_HINT_T0);
 }
 
 intptr_t DllFillTiffLine16DIB(void* line, uint32_t row, void* context)
@@ -130,6 +130,7 @@ extern "C" intptr_t DllFillTiffLineDIB24Bit(void* line, uint32_t row, void* cont
 extern "C" intptr_t DllFlushTiffLineDIB(void* line, uint32_t row, void* context) noexcept
 {
     const auto* target = ContextOf(context);
+    AskForRow(DibRow(target, row) - target->strideOrColourUse, target->lineBytes);
     CopyRow(DibRow(target, row), static_cast<const uint8_t*>(line), target->lineBytes);
     return 0;
 }
