@@ -16,12 +16,6 @@ namespace tiff {
 
 namespace {
 
-Status Fail(Status status)
-{
-    SetTiffError(status);
-    return status;
-}
-
 Status BuildDirectory(HGLOBAL file, uint32_t page, uint32_t byteOrder, DirectoryLayout& layout,
                       GlobalBlock& bytes)
 {

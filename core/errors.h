@@ -10,6 +10,13 @@ namespace tiff {
 // and the JPEG signals lie above the range that SetTiffError takes from callers.
 void StoreLastError(Status status);
 
+// For the step that knows the cause of a failure: sets the error and is the status to return.
+inline Status Fail(Status status)
+{
+    SetTiffError(status);
+    return status;
+}
+
 // Puts the last error that stood at its construction back, for questions asked in passing.
 class KeepLastError {
 public:

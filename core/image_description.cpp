@@ -154,12 +154,6 @@ bool FillColours(std::span<RGBQUAD> colours, uint32_t important, uint32_t photom
     }
 }
 
-Status Fail(Status status)
-{
-    SetTiffError(status);
-    return status;
-}
-
 // The list of tags as 32-bit numbers.
 GlobalBlock ListTags(const PageTags& tags)
 {

@@ -57,9 +57,9 @@ HGLOBAL MemoryStreamBlock(TiffStream stream)
     return slot ? slot->block : nullptr;
 }
 
-TiffStream OpenForReading(const char* path)
+TiffStream OpenDiskStream(const char* path, DWORD access, DWORD disposition)
 {
-    FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
+    FileHandle file(path, access, disposition);
     return file ? static_cast<TiffStream>(reinterpret_cast<intptr_t>(file.Release())) : NO_STREAM;
 }
 

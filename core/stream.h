@@ -43,7 +43,12 @@ private:
     TiffStream handle;
 };
 
-// Read-only; NO_STREAM when the file cannot be opened.
-TiffStream OpenForReading(const char* path);
+// NO_STREAM when the file cannot be opened. Access and disposition are CreateFile's.
+TiffStream OpenDiskStream(const char* path, DWORD access, DWORD disposition);
+
+inline TiffStream OpenForReading(const char* path)
+{
+    return OpenDiskStream(path, GENERIC_READ, OPEN_EXISTING);
+}
 
 } // namespace tiff

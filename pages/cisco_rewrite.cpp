@@ -9,12 +9,6 @@ namespace tiff {
 
 namespace {
 
-Status Fail(Status status)
-{
-    SetTiffError(status);
-    return status;
-}
-
 Status ConvertForCisco(const char* path)
 {
     if (!path || !*path)

@@ -16,12 +16,6 @@ namespace {
 
 constexpr uint32_t FIRST_LINK = 4;
 
-Status Fail(Status status)
-{
-    SetTiffError(status);
-    return status;
-}
-
 // A page to be made, as SaveDIBInTiffFileExt takes it.
 struct NewPage {
     HGLOBAL dib;
@@ -48,12 +42,6 @@ struct Relinking {
     Stream stream;
     DirectoryWindow window;
 };
-
-TiffStream OpenForPatching(const char* path)
-{
-    FileHandle handle(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING);
-    return handle ? static_cast<TiffStream>(reinterpret_cast<intptr_t>(handle.Release())) : NO_STREAM;
-}
 
 // Where the link is that leads to a page.
 Status LinkPosition(Relinking& work, uint32_t page, uint32_t& position)
@@ -87,7 +75,7 @@ uint32_t DirectoryOf(HGLOBAL file, uint32_t page)
 
 Relinking BeginRelinking(const char* path, const OpenedTiff& file)
 {
-    const TiffStream stream = OpenForPatching(path);
+    const TiffStream stream = OpenDiskStream(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING);
     return {file.Get(), Stream(stream), {.stream = stream, .byteOrder = file.ByteOrder(), .bytes{}}};
 }
 

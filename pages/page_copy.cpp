@@ -21,12 +21,6 @@ constexpr uint32_t FIRST_LINK = 4;
 constexpr uint32_t HEADER_BYTES = 8;
 constexpr uint16_t TIFF_VERSION = 42;
 
-Status Fail(Status status)
-{
-    SetTiffError(status);
-    return status;
-}
-
 Status Flush(CopyOutput& output)
 {
     if (output.filled && mWrite(output.stream, output.buffer.data(), output.filled) != output.filled)

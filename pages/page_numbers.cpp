@@ -2,7 +2,6 @@
 #include "core/byte_order.h"
 #include "core/directory_window.h"
 #include "core/errors.h"
-#include "core/handles.h"
 #include "core/open_file.h"
 #include "pages/page_edit.h"
 #include "tiff/files.h"
@@ -89,10 +88,8 @@ Status UpdateChain(TiffStream stream, uint16_t total)
 
 Status UpdateFile(const char* path, uint16_t total)
 {
-    const FileHandle handle(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING);
-    if (!handle)
-        return error::InputOutput;
-    return UpdateChain(static_cast<TiffStream>(reinterpret_cast<intptr_t>(handle.Get())), total);
+    const Stream stream(OpenDiskStream(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING));
+    return stream ? UpdateChain(stream.Get(), total) : error::InputOutput;
 }
 
 Status UpdateMemory(HGLOBAL file, uint16_t total)

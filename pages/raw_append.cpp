@@ -18,12 +18,6 @@ namespace {
 
 constexpr uint32_t BUFFER_BYTES = 65534;
 
-Status Fail(Status status)
-{
-    SetTiffError(status);
-    return status;
-}
-
 Status CheckStrips(const PageTags& tags)
 {
     if (!tags)

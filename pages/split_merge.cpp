@@ -15,12 +15,6 @@ namespace {
 constexpr int NUMBER_LIMIT = 1000000; // at most 6 characters
 constexpr uint32_t MOST_NAMES = 1000;
 
-Status Fail(Status status)
-{
-    SetTiffError(status);
-    return status;
-}
-
 // A file of which no page may be left behind.
 Status CheckWhole(const OpenedTiff& file)
 {

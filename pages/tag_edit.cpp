@@ -12,12 +12,6 @@ namespace tiff {
 
 namespace {
 
-Status Fail(Status status)
-{
-    SetTiffError(status);
-    return status;
-}
-
 // A tag to be given to a page, or to be taken from it.
 struct TagEdit {
     uint32_t tag;

@@ -24,11 +24,22 @@ struct Command {
     int (*run)(Arguments arguments);
 };
 
+extern const Command appendRawCommand;
+extern const Command blankCommand;
+extern const Command catCommand;
 extern const Command convertCommand;
 extern const Command copyCommand;
+extern const Command cutCommand;
+extern const Command deleteCommand;
+extern const Command faxCommand;
 extern const Command infoCommand;
+extern const Command insertCommand;
+extern const Command numberCommand;
 extern const Command pasteCommand;
 extern const Command renderCommand;
+extern const Command reorderCommand;
+extern const Command splitCommand;
+extern const Command tagCommand;
 
 // Owns an open TIFF file until the end of the scope.
 struct OpenFile {

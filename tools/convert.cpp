@@ -1,11 +1,10 @@
 /* tifftool convert: pages of a TIFF file or a BMP picture, saved anew in another compression. The
  * result is written beside its place and moved there when it is whole.
  */
-#include "bmp.h"
 #include "choices.h"
 #include "commands.h"
+#include "pages.h"
 
-#include <cstdio>
 #include <cstring>
 
 namespace tifftool {
@@ -17,11 +16,7 @@ struct Choice {
     uint32_t selector;
 };
 
-constexpr uint32_t FIRST_BILEVEL = 205;
-
 constexpr Choice sampleKinds[] = {{"--grey16", 256}, {"--cmyk", 768}, {"--ycbcr", 1024}};
-
-constexpr uint32_t LONG_WORK = 20; // pages from which progress is shown
 
 struct ConvertOrder {
     const char* input = nullptr;
@@ -42,101 +37,24 @@ uint32_t FindSampleKind(const char* name)
     return 0;
 }
 
-uint32_t BitsOf(const OwnedBlock& dib)
+int SaveDib(const ConvertOrder& order, const char* target, const OwnedBlock& dib, const std::string& where)
 {
-    BITMAPINFOHEADER header = {};
-    memcpy(&header, dib.bytes, sizeof header);
-    return header.biBitCount;
-}
-
-// Says what does not fit before anything is written: the library would take the samples for bits.
-int SaveDib(const ConvertOrder& order, const std::string& target, const OwnedBlock& dib,
-            const std::string& where)
-{
-    if (order.compression >= FIRST_BILEVEL && BitsOf(dib) != 1) {
-        return ReportSentence(where,
-                              "has " + std::to_string(BitsOf(dib)) +
-                                  " bits per pixel; this compression takes black and white pages only");
-    }
-    if (!SaveDIBInTiffFileExt(target.c_str(), dib.handle, order.compression | order.samples, 0,
-                              order.fillOrder)) {
-        return ReportError(where, TiffError());
-    }
-    return ALL_FINE;
-}
-
-void ShowProgress(uint32_t page, uint32_t pages)
-{
-    if (pages >= LONG_WORK) {
-        fprintf(stderr, "\rpage %u of %u%s", page, pages, page == pages ? "\n" : "");
-        fflush(stderr);
-    }
-}
-
-int ConvertPages(const ConvertOrder& order, const std::string& target, HGLOBAL file)
-{
-    const uint32_t pages = NumberOfTiffImages(file, TIFF_ALL_PAGES);
-    if (pages == 0) {
-        return ReportSentence(order.input, "has no pages");
-    }
-    for (uint32_t page = 0; page < pages; ++page) {
-        const std::string where = std::string(order.input) + ", page " + std::to_string(page + 1);
-        const HGLOBAL loaded = LoadTiffChainIntoDIB(file, page);
-        const uint32_t error = TiffError();
-        DropTiffImage(file, page);
-        // Half a picture is not passed on as a whole one.
-        if (!loaded || error != 0) {
-            const OwnedBlock partial(loaded);
-            return ReportError(where, error);
-        }
-        const OwnedBlock dib(loaded);
-        if (const int result = SaveDib(order, target, dib, where); result != ALL_FINE) {
-            return result;
-        }
-        ShowProgress(page + 1, pages);
-    }
-    return ALL_FINE;
-}
-
-int ConvertInto(const ConvertOrder& order, const std::string& target)
-{
-    HGLOBAL picture = nullptr;
-    if (const std::string failure = ReadBmp(order.input, picture); !failure.empty()) {
-        return ReportSentence(order.input, failure);
-    }
-    if (picture) {
-        return SaveDib(order, target, OwnedBlock(picture), order.input);
-    }
-    const OpenFile file(OpenTiffFile(order.input, T_READ));
-    const uint32_t openError = TiffError();
-    if (!file.handle || openError != 0) {
-        return ReportOpenFailure(order.input, openError);
-    }
-    return ConvertPages(order, target, file.handle);
-}
-
-bool Exists(const char* path)
-{
-    return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
-}
-
-// A copy takes the additions, so that a page that fails leaves the file as it was.
-int Convert(const ConvertOrder& order)
-{
-    const std::string unfinished = std::string(order.output) + ".part";
-    DeleteFileA(unfinished.c_str());
-    if (order.append && Exists(order.output) && !CopyFileA(order.output, unfinished.c_str(), TRUE)) {
-        return ReportSentence(order.output, "cannot be copied to be added to");
-    }
-    const int result = ConvertInto(order, unfinished);
-    if (result != ALL_FINE) {
-        DeleteFileA(unfinished.c_str());
+    if (const int result = CheckDepth(dib, order.compression, where); result != ALL_FINE) {
         return result;
     }
-    if (!MoveFileExA(unfinished.c_str(), order.output, MOVEFILE_REPLACE_EXISTING)) {
-        return ReportSentence(order.output, "cannot be replaced; the result is in " + unfinished);
-    }
-    return ALL_FINE;
+    const uint32_t selector = order.compression | order.samples;
+    return SaveDIBInTiffFileExt(target, dib.handle, selector, 0, order.fillOrder)
+               ? ALL_FINE
+               : ReportError(where, TiffError());
+}
+
+int Convert(const ConvertOrder& order)
+{
+    return WriteWhole(order.output, order.append, [&](const char* target) {
+        return ForEachPicture(order.input, [&](const OwnedBlock& dib, const std::string& where) {
+            return SaveDib(order, target, dib, where);
+        });
+    });
 }
 
 // Takes one option and its value; the number of arguments taken, 0 for an unknown option.

@@ -52,6 +52,9 @@ std::string DescribeSubfileType(uint32_t newSubfileType);
 // Why this library cannot decode the page, in a few words; empty when nothing speaks against it.
 std::string WhyNotSupported(const PageFacts& facts);
 
+// Prints the tags of a loaded page, a line each; an exit code.
+int PrintTags(HGLOBAL file, uint32_t page, const std::string& where);
+
 // The library's text, and the code in brackets.
 std::string DescribeError(uint32_t code);
 

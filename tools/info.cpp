@@ -95,6 +95,8 @@ int PrintTag(HGLOBAL file, uint32_t page, uint32_t tag, const std::string& where
     return ALL_FINE;
 }
 
+} // namespace
+
 int PrintTags(HGLOBAL file, uint32_t page, const std::string& where)
 {
     HGLOBAL handle = nullptr;
@@ -109,6 +111,8 @@ int PrintTags(HGLOBAL file, uint32_t page, const std::string& where)
     }
     return result;
 }
+
+namespace {
 
 std::string DescribeResolution(HGLOBAL file, uint32_t page, const PageFacts& facts)
 {

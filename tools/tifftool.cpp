@@ -12,14 +12,16 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
-    &convertCommand, &copyCommand, &infoCommand, &pasteCommand, &renderCommand,
+    &appendRawCommand, &blankCommand,   &catCommand,   &convertCommand, &copyCommand,   &cutCommand,
+    &deleteCommand,    &faxCommand,     &infoCommand,  &insertCommand,  &numberCommand, &pasteCommand,
+    &renderCommand,    &reorderCommand, &splitCommand, &tagCommand,
 };
 
 void PrintHelp()
 {
     printf("Usage: tifftool COMMAND [ARGUMENT...]\n\nCommands:\n");
     for (const Command* command : commands) {
-        printf("  %-8s %s\n", command->name, command->summary);
+        printf("  %-10s %s\n", command->name, command->summary);
     }
     printf("\n"
            "tifftool COMMAND --help  explains one command\n"

@@ -24,9 +24,9 @@ std::vector<std::string> TemporaryFiles()
 
 // Only the operation itself meets the failing call, not what sets it up or looks at it.
 template <class Operation>
-auto WithFailing(unsigned n, Operation operation)
+auto WithFailing(unsigned n, Operation operation, bool andAllLater = false)
 {
-    standin::FailNth(n, CALLS);
+    standin::FailNth(n, CALLS, andAllLater);
     const auto result = operation();
     standin::StopFailing();
     return result;
@@ -108,6 +108,26 @@ TEST_P(RewritingAFile, KeepsTheOldOneUntilTheNewOneIsWhole)
     });
 }
 
+// From one call on nothing works any more, as for a program that is ended.
+TEST_P(RewritingAFile, LosesNothingWhenItIsKilled)
+{
+    const auto& [row, edit, order] = GetParam();
+    standin::FailEach(CALLS, [&](unsigned n) {
+        standin::StopFailing();
+        TempFile file(Original());
+        WithFailing(
+            n, [&] { return edit(file.Path()); }, true);
+        const auto left = TemporaryFiles();
+        if (!Exists(file.Path())) {
+            ASSERT_FALSE(left.empty());
+            ExpectPages(left.front().c_str(), Original(), order);
+        } else if (ReadFileBytes(file.Path()) != Original()) {
+            ExpectPages(file.Path(), Original(), order);
+        }
+        DeleteAll(left);
+    });
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Pages, RewritingAFile,
     testing::Values(Case{"delete", [](const char* path) { return DeleteTiffImage(path, 1, 0); }, {0, 2, 3}},
@@ -124,14 +144,19 @@ TEST_P(RelinkingAFile, LosesNoPageThatIsToStay)
     const Order old = {0, 1, 2, 3}, appended = {0, 1, 2, 3, NEW};
     standin::FailEach(CALLS, [&](unsigned n) {
         standin::StopFailing();
-        TempFile file(Original());
-        standin::LeakCheck leaks;
-        if (WithFailing(n, [&] { return edit(file.Path()); }))
-            return ExpectPages(file.Path(), Original(), order);
-        EXPECT_NE(TiffError(), 0u);
-        // The new page may be missing, or last.
-        if (!PagesDiffer(file.Path(), Original(), old).empty())
-            ExpectPages(file.Path(), Original(), appended);
+        for (const bool killed : {false, true}) {
+            TempFile file(Original());
+            standin::LeakCheck leaks;
+            if (WithFailing(
+                    n, [&] { return edit(file.Path()); }, killed)) {
+                ExpectPages(file.Path(), Original(), order);
+                continue;
+            }
+            EXPECT_NE(TiffError(), 0u);
+            // The new page may be missing, or last.
+            if (!PagesDiffer(file.Path(), Original(), old).empty())
+                ExpectPages(file.Path(), Original(), appended);
+        }
     });
 }
 
@@ -245,6 +270,31 @@ TEST(RawFailures, DeleteTheRawFileOnlyOnceItIsBeingWritten)
     EXPECT_EQ(AppendCCITTImageFile(raw.Path(), source.Path(), 0, 0), nullptr);
     standin::StopFailing();
     EXPECT_FALSE(Exists(raw.Path()));
+}
+
+TEST(CiscoFailures, EitherLeaveTheFileAloneOrDeleteIt)
+{
+    standin::FailEach(CALLS, [&](unsigned n) {
+        standin::StopFailing();
+        TempFile file(Original());
+        standin::LeakCheck leaks;
+        const int32_t result = WithFailing(n, [&] { return ConvertTiffToCiscoFormat(file.Path()); });
+        const auto left = TemporaryFiles();
+        EXPECT_EQ(TiffError() == 0, result != 0);
+        if (result) {
+            ExpectPages(file.Path(), Original(), {0, 1, 2, 3});
+            EXPECT_EQ(left.size(), 1u) << "the name's reservation";
+        } else if (Exists(file.Path())) {
+            EXPECT_EQ(ReadFileBytes(file.Path()), Original());
+        }
+        DeleteAll(left);
+    });
+    TempFile file(Original());
+    standin::LimitDisk(10);
+    EXPECT_EQ(ConvertTiffToCiscoFormat(file.Path()), 0);
+    standin::StopFailing();
+    EXPECT_FALSE(Exists(file.Path()));
+    DeleteAll(TemporaryFiles());
 }
 
 TEST(TagFailures, LeaveTheFileAndWhatWasWrittenBesideIt)

@@ -1,0 +1,56 @@
+// Opens any bytes as a TIFF in memory, sets its page totals, and copies its first pages into another
+// one, which must then have just these pages.
+#include "core/process_state.h"
+#include "standin/standin.h"
+#include "tiff/tiff.h"
+
+#include <cstdlib>
+#include <cstring>
+
+static constexpr uint32_t PAGES = 3;
+static constexpr uint64_t LARGEST_COPY = 16 << 20;
+static constexpr size_t LARGEST_FILE = 8192; // every strip may be all of it
+
+static uint32_t CopyFirstPages(HGLOBAL source, HGLOBAL copy)
+{
+    uint32_t copied = 0;
+    for (uint32_t page = 0; page < PAGES; ++page)
+        copied += static_cast<uint32_t>(CopyTiffImage(source, page, copy));
+    return copied;
+}
+
+static void ExpectPages(HGLOBAL copy, uint32_t expected)
+{
+    HGLOBAL block = GetMemoryTiffHandle(copy);
+    HGLOBAL file = OpenTiffInMemory(block, static_cast<uint32_t>(GlobalSize(block)), T_READ);
+    if (!file || NumberOfTiffImages(file, TIFF_ALL_PAGES) != expected || TiffError() != 0)
+        std::abort();
+    CloseTiffFile(file);
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    static const bool attached = tiff::AttachProcess(nullptr);
+    if (!attached || size == 0 || size > LARGEST_FILE)
+        return 0;
+    standin::LimitAllocation(LARGEST_COPY);
+    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, size);
+    if (!block)
+        return 0;
+    std::memcpy(GlobalLock(block), data, size);
+    GlobalUnlock(block);
+    if (HGLOBAL source = OpenTiffInMemory(block, static_cast<uint32_t>(size), T_READ)) {
+        UpdatePageNumbersInMemory(source, 7);
+        HGLOBAL copy = OpenTiffInMemory(nullptr, 0, T_CREAT);
+        // A page that is too large for the copy may leave its beginning there.
+        const uint32_t copied = CopyFirstPages(source, copy);
+        if (copied > 0 && NumberOfTiffImages(copy, TIFF_ALL_PAGES) == copied)
+            ExpectPages(copy, copied);
+        HGLOBAL made = GetMemoryTiffHandle(copy);
+        CloseTiffFile(copy);
+        GlobalFree(made);
+        CloseTiffFile(source);
+    }
+    GlobalFree(block);
+    return 0;
+}
