@@ -77,6 +77,23 @@ static Status PositionOnStrip(CodecContext* context)
     return error::None;
 }
 
+Status HandOverLine(CodecContext* context, uint8_t* line)
+{
+    const auto status = static_cast<Status>(context->lineCallback(line, context->row, context->userData));
+    if (status != error::None)
+        return status;
+    BeginLine(context);
+    context->lastLineOfStrip = context->row == context->stripLastRow;
+    ++context->row;
+    if (!context->lastLineOfStrip)
+        return error::None;
+    if (context->row >= Rows(context))
+        return ALL_ROWS_DONE;
+    ++context->strip;
+    SetStripLastRow(context);
+    return PositionOnStrip(context);
+}
+
 Status HandOverSamples(CodecContext* context)
 {
     if (HasSwappedSamples(context))
@@ -140,18 +157,5 @@ extern "C" uint32_t FillCodeBuffer(CodecContext* context) noexcept
 
 extern "C" uint32_t FlushDataBuffer(CodecContext* context) noexcept
 {
-    const auto status =
-        static_cast<Status>(context->lineCallback(context->lineBuffer, context->row, context->userData));
-    if (status != error::None)
-        return status;
-    BeginLine(context);
-    context->lastLineOfStrip = context->row == context->stripLastRow;
-    ++context->row;
-    if (!context->lastLineOfStrip)
-        return error::None;
-    if (context->row >= Rows(context))
-        return ALL_ROWS_DONE;
-    ++context->strip;
-    SetStripLastRow(context);
-    return PositionOnStrip(context);
+    return HandOverLine(context, context->lineBuffer);
 }

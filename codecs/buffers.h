@@ -28,8 +28,17 @@ void SetStripLastRow(CodecContext* context);
 // Sets the line cursor and the per-line copies for the next line.
 void BeginLine(CodecContext* context);
 
-// Puts 16-bit samples into the processor's order and hands the line over.
+// Hands a line over that need not be in the line buffer.
+[[nodiscard]] Status HandOverLine(CodecContext* context, uint8_t* line);
+
+// Puts 16-bit samples into the processor's order and hands the line buffer over.
 [[nodiscard]] Status HandOverSamples(CodecContext* context);
+
+// Whether a line may be handed over where it was found.
+inline bool PassesLines(const CodecContext* context)
+{
+    return context->readsLines && !HasSwappedSamples(context);
+}
 
 // Puts the 16-bit samples of the line in hand into the file's order, for coding.
 void OrderSamples(const CodecContext* context);

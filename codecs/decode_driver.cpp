@@ -103,6 +103,25 @@ Status DescribeLines(CodecContext* context, HGLOBAL file, uint32_t page)
     return context->fillOrder == 1 || context->fillOrder == LSB_FIRST ? error::None : error::BadBitOrder;
 }
 
+int32_t DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
+                   const LineTarget& target)
+{
+    // Wanted: without a loaded page the thread's previous outcome is reported again.
+    if (!IsRegistered(file, page))
+        return TiffError() == error::None;
+    CodecContext context{};
+    const ContextBlocks blocks(&context);
+    context.userData = target.userData;
+    context.lineCallback = target.routine;
+    context.readsLines = target.readsLines;
+    Status status = PrepareContext(&context, file, page, firstStrip, rowCount);
+    const bool hasRows = context.row < Rows(&context);
+    if (status == error::None && hasRows)
+        status = RunDecoder(&context, file);
+    StoreLastError(status);
+    return status == error::None;
+}
+
 } // namespace tiff
 
 using namespace tiff;
@@ -110,17 +129,5 @@ using namespace tiff;
 extern "C" int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
                                    void* userData, TiffLineCallback lineCallback) noexcept
 {
-    // Wanted: without a loaded page the thread's previous outcome is reported again.
-    if (!IsRegistered(file, page))
-        return TiffError() == error::None;
-    CodecContext context{};
-    const ContextBlocks blocks(&context);
-    context.userData = userData;
-    context.lineCallback = lineCallback;
-    Status status = PrepareContext(&context, file, page, firstStrip, rowCount);
-    const bool hasRows = context.row < Rows(&context);
-    if (status == error::None && hasRows)
-        status = RunDecoder(&context, file);
-    StoreLastError(status);
-    return status == error::None;
+    return DecodePage(file, page, firstStrip, rowCount, {lineCallback, userData, false});
 }

@@ -10,4 +10,14 @@ namespace tiff {
 // and fill order.
 [[nodiscard]] Status DescribeLines(CodecContext* context, HGLOBAL file, uint32_t page);
 
+struct LineTarget {
+    TiffLineCallback routine;
+    void* userData;
+    bool readsLines; // as in the codec context
+};
+
+// As DecodeTiffImage.
+int32_t DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
+                   const LineTarget& target);
+
 } // namespace tiff

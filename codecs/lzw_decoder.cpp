@@ -1,10 +1,14 @@
-// An entry is made as soon as its prefix is read and gets its last byte from the code after
-// it. Counting entries that early is what makes the widths switch at 511, 1023 and 2047.
+// Strings are not kept in a table but where they were written: what is decoded goes into a
+// history and from there into the lines, and an entry is the place and length of a string in
+// the history. It is opened as soon as its prefix is written; its last byte is the first of
+// the string after it. Counting entries that early is what makes the widths switch at 511,
+// 1023 and 2047.
 #include "codecs/lzw_decoder.h"
 
 #include "codecs/buffers.h"
 #include "codecs/predictor.h"
 #include "core/byte_order.h"
+#include "core/copy_row.h"
 #include "core/global_block.h"
 
 #include <algorithm>
@@ -20,62 +24,74 @@ constexpr uint32_t END_OF_INFORMATION = 257;
 constexpr uint32_t FIRST_FREE = 258;
 constexpr uint32_t LEAST_WIDTH = 9;
 constexpr uint32_t MOST_WIDTH = 12;
+constexpr uint32_t NO_ENTRY = TABLE_CODES; // what a full table opens instead
+
+constexpr uint32_t COPIED_BYTES = 32; // of every string, however short
+constexpr uint32_t FIRST_PLACE = 256; // below it each byte once, the strings of the codes to 255
+constexpr uint32_t END_PLACE = 0xF000;
+
+// A string: its length above, its place in the low 16 bits. No string is as long as this one,
+// which stops the fast loop.
+constexpr uint32_t PLACE_BITS = 16;
+constexpr uint32_t ONE_BYTE = 1 << PLACE_BITS; // of length
+constexpr uint32_t NOT_IN_HISTORY = 0xFFFF * ONE_BYTE;
 
 struct LzwTable {
-    uint16_t prefix[TABLE_CODES];
-    uint16_t length[TABLE_CODES];
-    uint8_t last[TABLE_CODES];
-    uint8_t first[TABLE_CODES];
-    uint8_t stack[TABLE_CODES]; // a string that crosses a line end
+    uint32_t strings[TABLE_CODES + 1];
+    uint16_t prefix[TABLE_CODES + 1];
+    // What is left of entries when the history begins anew.
+    uint16_t lostLength[TABLE_CODES];
+    uint8_t lostLast[TABLE_CODES];
+    uint8_t history[END_PLACE + COPIED_BYTES];
 };
 
 struct LzwDecoder {
     CodecContext* context;
     LzwTable* table;
-    uint32_t lineLeft; // bytes missing from the line in hand
-    uint32_t nextFree = FIRST_FREE;
+    uint64_t stripLeft = 0;             // bytes that the strip still lacks
+    uint32_t lineLeft = 0;              // of them, those of the line in hand behind what was drained
+    uint32_t end = FIRST_PLACE;         // of the history
+    uint32_t drained = FIRST_PLACE;     // up to here lines have it
+    uint32_t open = END_OF_INFORMATION; // the newest entry
     uint32_t width = LEAST_WIDTH;
-    bool entryOpen = false; // the newest entry waits for its last byte
-    uint32_t bits = 0;      // the low bitCount bits are not yet taken
+    uint32_t bits = 0; // the low bitCount bits are not yet taken
     uint32_t bitCount = 0;
 };
 
+constexpr uint32_t String(uint32_t place, uint32_t length)
+{
+    return length << PLACE_BITS | place;
+}
+
+constexpr uint32_t PlaceOf(uint32_t string)
+{
+    return string % ONE_BYTE;
+}
+
+constexpr uint32_t LengthOf(uint32_t string)
+{
+    return string >> PLACE_BITS;
+}
+
 void ResetTable(LzwDecoder& decoder)
 {
-    decoder.nextFree = FIRST_FREE;
+    decoder.open = END_OF_INFORMATION;
     decoder.width = LEAST_WIDTH;
-    decoder.entryOpen = false;
 }
 
 void BeginStrip(LzwDecoder& decoder)
 {
+    const CodecContext* context = decoder.context;
     ResetTable(decoder);
     decoder.bits = 0;
     decoder.bitCount = 0;
-}
-
-Status NextCode(LzwDecoder& decoder, uint32_t& code)
-{
-    if (decoder.nextFree > (1u << decoder.width) - 1 && decoder.width < MOST_WIDTH)
-        ++decoder.width;
-    CodecContext* context = decoder.context;
-    while (decoder.bitCount < decoder.width) {
-        if (context->codeBytesLeft == 0) {
-            const Status status = FillCodeBuffer(context);
-            if (status != error::None)
-                return status == error::UnexpectedEndOfFile ? error::BadCode : status;
-        }
-        decoder.bits = decoder.bits << 8 | *context->codeCursor++;
-        --context->codeBytesLeft;
-        decoder.bitCount += 8;
-    }
-    decoder.bitCount -= decoder.width;
-    code = decoder.bits >> decoder.bitCount & ((1u << decoder.width) - 1);
-    return error::None;
+    decoder.end = decoder.drained = FIRST_PLACE;
+    decoder.lineLeft = context->lineBytes;
+    decoder.stripLeft = (uint64_t{context->stripLastRow - context->row} + 1) * context->lineBytes;
 }
 
 // 16-bit samples are put in order before they are summed.
-Status HandOverLine(LzwDecoder& decoder)
+Status FinishLine(LzwDecoder& decoder)
 {
     CodecContext* context = decoder.context;
     if (HasSwappedSamples(context))
@@ -87,65 +103,147 @@ Status HandOverLine(LzwDecoder& decoder)
     return status;
 }
 
-void AddEntry(LzwDecoder& decoder, uint32_t prefix)
-{
-    LzwTable& table = *decoder.table;
-    if (decoder.entryOpen)
-        table.last[decoder.nextFree - 1] = table.first[prefix];
-    decoder.entryOpen = decoder.nextFree < TABLE_CODES;
-    if (!decoder.entryOpen)
-        return;
-    table.prefix[decoder.nextFree] = static_cast<uint16_t>(prefix);
-    table.first[decoder.nextFree] = table.first[prefix];
-    table.length[decoder.nextFree] = static_cast<uint16_t>(table.length[prefix] + 1);
-    ++decoder.nextFree;
-}
-
-void Unpack(const LzwTable& table, uint32_t code, uint8_t* target)
-{
-    for (uint8_t* at = target + table.length[code]; at > target; code = table.prefix[code])
-        *--at = table.last[code];
-}
-
-// Writes a code's string, over line ends if need be. The rest of a string that reaches the end
-// of its strip is dropped with the table.
-Status WriteString(LzwDecoder& decoder, uint32_t code)
+// Brings the lines up to what is decoded. The history does not reach beyond a strip.
+Status Drain(LzwDecoder& decoder)
 {
     CodecContext* context = decoder.context;
-    LzwTable& table = *decoder.table;
-    uint32_t length = table.length[code];
-    if (length < decoder.lineLeft) {
-        Unpack(table, code, context->lineCursor);
-        context->lineCursor += length;
-        decoder.lineLeft -= length;
-        return error::None;
-    }
-    Unpack(table, code, table.stack);
-    const uint8_t* source = table.stack;
-    while (length > 0) {
-        const uint32_t part = std::min(length, decoder.lineLeft);
-        std::memcpy(context->lineCursor, source, part);
+    const bool passes = PassesLines(context) && !(context->compression & compression::HorizontalDifferencing);
+    while (decoder.drained < decoder.end) {
+        if (passes && decoder.lineLeft == context->lineBytes &&
+            decoder.end - decoder.drained >= decoder.lineLeft) {
+            uint8_t* line = &decoder.table->history[decoder.drained];
+            decoder.drained += decoder.lineLeft;
+            if (const Status status = HandOverLine(context, line); status != error::None)
+                return status;
+            continue;
+        }
+        const uint32_t part = std::min(decoder.end - decoder.drained, decoder.lineLeft);
+        CopyRow(context->lineCursor, &decoder.table->history[decoder.drained], part);
         context->lineCursor += part;
+        decoder.drained += part;
         decoder.lineLeft -= part;
-        source += part;
-        length -= part;
         if (decoder.lineLeft > 0)
             break;
-        if (const Status status = HandOverLine(decoder); status != error::None)
+        if (const Status status = FinishLine(decoder); status != error::None)
             return status;
-        if (context->lastLineOfStrip) {
-            BeginStrip(decoder);
-            break;
-        }
     }
     return error::None;
+}
+
+// Lines are handed over before more code is asked for.
+Status Refill(LzwDecoder& decoder)
+{
+    if (const Status status = Drain(decoder); status != error::None)
+        return status;
+    const Status status = FillCodeBuffer(decoder.context);
+    return status == error::UnexpectedEndOfFile ? error::BadCode : status;
+}
+
+Status NextCode(LzwDecoder& decoder, uint32_t& code)
+{
+    CodecContext* context = decoder.context;
+    while (decoder.bitCount < decoder.width) {
+        if (context->codeBytesLeft == 0)
+            if (const Status status = Refill(decoder); status != error::None)
+                return status;
+        decoder.bits = decoder.bits << 8 | *context->codeCursor++;
+        --context->codeBytesLeft;
+        decoder.bitCount += 8;
+    }
+    decoder.bitCount -= decoder.width;
+    code = decoder.bits >> decoder.bitCount & ((1u << decoder.width) - 1);
+    return error::None;
+}
+
+// The table after a string: a full one opens no more entries.
+inline void OpenEntry(LzwTable& table, uint32_t& open, uint32_t& width, uint32_t prefix, uint32_t string)
+{
+    open += open < NO_ENTRY;
+    table.strings[open] = string + ONE_BYTE;
+    table.prefix[open] = static_cast<uint16_t>(prefix);
+    if (open + 1 >= 1u << width && width < MOST_WIDTH)
+        ++width;
+}
+
+// Copies a string to the end of the history; up to 31 bytes more are overwritten. Of a string
+// that reaches that end only the byte there is missing, and put in by the caller.
+inline void CopyString(uint8_t* target, const uint8_t* source, uint32_t length)
+{
+    std::memcpy(target, source, 16);
+    std::memcpy(target + 16, source + 16, 16);
+    for (uint32_t at = COPIED_BYTES; at < length; at += COPIED_BYTES) {
+        std::memcpy(target + at, source + at, 16);
+        std::memcpy(target + at + 16, source + at + 16, 16);
+    }
+}
+
+// Begins the history anew with the string that the open entry continues. Of the other entries
+// stays what they can be made from.
+void RenewHistory(LzwDecoder& decoder)
+{
+    LzwTable& table = *decoder.table;
+    decoder.end = decoder.drained = FIRST_PLACE;
+    if (decoder.open < FIRST_FREE)
+        return;
+    for (uint32_t code = FIRST_FREE; code < decoder.open; ++code) {
+        const uint32_t string = table.strings[code], length = LengthOf(string);
+        if (string == NOT_IN_HISTORY)
+            continue;
+        table.lostLength[code] = static_cast<uint16_t>(length);
+        table.lostLast[code] = table.history[PlaceOf(string) + length - 1];
+        table.strings[code] = NOT_IN_HISTORY;
+    }
+    const uint32_t open = table.strings[decoder.open], length = LengthOf(open) - 1;
+    std::memmove(&table.history[FIRST_PLACE], &table.history[PlaceOf(open)], length);
+    table.strings[decoder.open] = String(FIRST_PLACE, length + 1);
+    decoder.end = decoder.drained = FIRST_PLACE + length;
+}
+
+// Writes a string that the history has lost from its end to its start, and gives it its place.
+void RestoreString(LzwDecoder& decoder, uint32_t code)
+{
+    LzwTable& table = *decoder.table;
+    const uint32_t length = table.lostLength[code];
+    uint32_t at = decoder.end + length;
+    for (uint32_t rest = code; at > decoder.end; rest = table.prefix[rest])
+        table.history[--at] = rest < CLEAR ? static_cast<uint8_t>(rest) : table.lostLast[rest];
+    table.strings[code] = String(decoder.end, length);
+}
+
+// What reaches the end of its strip is dropped with the table.
+Status WriteString(LzwDecoder& decoder, uint32_t code)
+{
+    LzwTable& table = *decoder.table;
+    if (decoder.end + TABLE_CODES > END_PLACE) {
+        if (const Status status = Drain(decoder); status != error::None)
+            return status;
+        RenewHistory(decoder);
+    }
+    if (table.strings[code] == NOT_IN_HISTORY)
+        RestoreString(decoder, code);
+    const uint32_t string = table.strings[code], length = LengthOf(string);
+    // The last byte of the open entry is its first.
+    table.history[decoder.end] = table.history[PlaceOf(string)];
+    CopyString(&table.history[decoder.end], &table.history[PlaceOf(string)], length);
+    OpenEntry(table, decoder.open, decoder.width, code, String(decoder.end, length));
+    const auto written = static_cast<uint32_t>(std::min<uint64_t>(length, decoder.stripLeft));
+    decoder.end += written;
+    decoder.stripLeft -= written;
+    if (decoder.stripLeft > 0)
+        return error::None;
+    const Status status = Drain(decoder);
+    if (status == error::None)
+        BeginStrip(decoder);
+    return status;
 }
 
 // Only a strip's last line may end here; what it lacks is zero.
 Status EndOfInformation(LzwDecoder& decoder)
 {
+    if (const Status status = Drain(decoder); status != error::None)
+        return status;
     std::memset(decoder.context->lineCursor, 0, decoder.lineLeft);
-    if (const Status status = HandOverLine(decoder); status != error::None)
+    if (const Status status = FinishLine(decoder); status != error::None)
         return status;
     if (!decoder.context->lastLineOfStrip)
         return error::BadCode;
@@ -158,16 +256,71 @@ Status DecodeCode(LzwDecoder& decoder)
     uint32_t code = 0;
     if (const Status status = NextCode(decoder, code); status != error::None)
         return status;
-    if (code == CLEAR) {
-        ResetTable(decoder);
-        return error::None;
-    }
     if (code == END_OF_INFORMATION)
         return EndOfInformation(decoder);
-    if (code >= decoder.nextFree)
+    if (code != CLEAR && code <= decoder.open)
+        return WriteString(decoder, code);
+    if (const Status status = Drain(decoder); status != error::None)
+        return status;
+    if (code != CLEAR)
         return error::BadCode;
-    AddEntry(decoder, code);
-    return WriteString(decoder, code);
+    ResetTable(decoder);
+    decoder.end = decoder.drained = FIRST_PLACE;
+    return error::None;
+}
+
+// The code at a bit position; up to seven bytes behind it are read.
+inline uint32_t CodeAt(const uint8_t* bytes, uint64_t bit, uint32_t width)
+{
+    uint64_t word;
+    std::memcpy(&word, bytes + bit / 8, sizeof(word));
+    return static_cast<uint32_t>(Swap64(word) << bit % 8 >> (64 - width));
+}
+
+// Decodes as long as strings end inside the strip and the history and the bytes held reach
+// beyond the code. Whatever else comes is left for DecodeCode.
+void DecodeInside(LzwDecoder& decoder)
+{
+    CodecContext* context = decoder.context;
+    if (context->codeBytesLeft < sizeof(uint64_t))
+        return;
+    LzwTable& table = *decoder.table;
+    const uint8_t* bytes = context->codeCursor - 1; // bits of the byte before may be left
+    const uint64_t lastBit = uint64_t{context->codeBytesLeft + 1 - sizeof(uint64_t)} * 8 + 7;
+    uint64_t bit = 8 - decoder.bitCount;
+    uint32_t end = decoder.end, open = decoder.open, width = decoder.width;
+    const auto limit = end + static_cast<uint32_t>(std::min<uint64_t>(END_PLACE - end, decoder.stripLeft));
+    // The entries of one width; the last of all is left for DecodeCode.
+    while (open < (1u << width) - 1) {
+        const uint32_t code = CodeAt(bytes, bit, width);
+        if (code >= open) {
+            if (code > open)
+                break;
+            table.history[end] = table.history[PlaceOf(table.strings[code])];
+        }
+        const uint32_t string = table.strings[code], length = LengthOf(string);
+        if (end + length >= limit)
+            break;
+        bit += width;
+        CopyString(&table.history[end], &table.history[PlaceOf(string)], length);
+        ++open;
+        table.strings[open] = String(end, length) + ONE_BYTE;
+        table.prefix[open] = static_cast<uint16_t>(code);
+        end += length;
+        if (bit > lastBit)
+            break;
+    }
+    if (open + 1 == 1u << width && width < MOST_WIDTH)
+        ++width;
+    decoder.stripLeft -= end - decoder.end;
+    decoder.end = end;
+    decoder.open = open;
+    decoder.width = width;
+    const auto taken = static_cast<uint32_t>((bit + 7) / 8 - 1);
+    context->codeCursor += taken;
+    context->codeBytesLeft -= taken;
+    decoder.bits = context->codeCursor[-1];
+    decoder.bitCount = static_cast<uint32_t>((8 - bit % 8) % 8);
 }
 
 } // namespace
@@ -181,13 +334,17 @@ Status DecodeLzw(CodecContext* context)
     Locked<LzwTable> table(block.Get());
     if (!table)
         return error::NotEnoughMemory;
-    for (uint32_t byte = 0; byte < CLEAR; ++byte) {
-        table->first[byte] = table->last[byte] = static_cast<uint8_t>(byte);
-        table->length[byte] = 1;
+    for (uint32_t byte = 0; byte < FIRST_PLACE; ++byte) {
+        table->history[byte] = static_cast<uint8_t>(byte);
+        table->strings[byte] = String(byte, 1);
     }
-    LzwDecoder decoder{.context = context, .table = table.Get(), .lineLeft = context->lineBytes};
-    while (status == error::None)
+    table->strings[CLEAR] = table->strings[END_OF_INFORMATION] = NOT_IN_HISTORY;
+    LzwDecoder decoder{.context = context, .table = table.Get()};
+    BeginStrip(decoder);
+    while (status == error::None) {
+        DecodeInside(decoder);
         status = DecodeCode(decoder);
+    }
     return CodecResult(status);
 }
 

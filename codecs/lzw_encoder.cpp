@@ -1,6 +1,6 @@
-// Strings are found through a hash of their prefix's code and last byte. A slot carries the
-// number of the stretch between two Clears that it belongs to, so a restart empties the table
-// by counting on.
+// Strings are found through a hash of their prefix's code and last byte. Before that the byte is
+// compared with the one that followed the prefix last: in runs, which are most of a page, each
+// byte waits for one look into a small table and nothing else.
 #include "codecs/lzw_encoder.h"
 
 #include "codecs/buffers.h"
@@ -8,6 +8,7 @@
 #include "codecs/predictor.h"
 #include "core/global_block.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -23,20 +24,23 @@ constexpr uint32_t LEAST_WIDTH = 9;
 constexpr uint32_t KEPT_ROWS = 3; // that a stretch lives at least, however badly it compresses
 constexpr uint32_t NO_STRING = UINT32_MAX;
 
+// A slot: the prefix's code, the byte and in the low bits the string's own code; 0 is empty.
+constexpr uint32_t CODE_BITS = 12;
+constexpr uint32_t CODES = 1u << CODE_BITS;
 constexpr uint32_t SLOT_BITS = 13;
 constexpr uint32_t SLOTS = 1u << SLOT_BITS;
-constexpr uint32_t KEY_BITS = 20; // a code of 12 bits and a byte; the stretch's number above
-constexpr uint32_t LAST_STRETCH = (1u << (32 - KEY_BITS)) - 1;
+
+// The byte that followed a string last, above the code of what they make together.
+constexpr uint32_t NO_FOLLOWER = UINT32_MAX;
 
 struct StringTable {
-    uint32_t keys[SLOTS]; // 0 belongs to no stretch
-    uint16_t codes[SLOTS];
+    uint32_t slots[SLOTS];
+    uint32_t latest[CODES];
 };
 
 struct LzwEncoder {
     BitWriter bits;
     StringTable* table;
-    uint32_t stretch = 0;
     uint32_t nextFree = FIRST_FREE;
     uint32_t width = LEAST_WIDTH;
     uint32_t string = NO_STRING; // code of what is read and not yet coded
@@ -53,24 +57,23 @@ inline void PutCode(LzwEncoder& encoder, uint32_t code)
     encoder.width += encoder.nextFree >> encoder.width;
 }
 
-void Restart(LzwEncoder& encoder)
+inline void Restart(LzwEncoder& encoder)
 {
     Put(encoder.bits, CLEAR, encoder.width);
     encoder.nextFree = FIRST_FREE;
     encoder.width = LEAST_WIDTH;
     encoder.stretchRows = 0;
-    if (encoder.stretch++ == LAST_STRETCH) {
-        encoder.stretch = 1;
-        std::memset(encoder.table->keys, 0, sizeof(encoder.table->keys));
-    }
+    std::memset(encoder.table->slots, 0, sizeof(encoder.table->slots));
+    std::fill_n(encoder.table->latest, CLEAR, NO_FOLLOWER);
 }
 
-// The slot that holds a key, or the empty one where it belongs. Less than half of the slots
-// are ever taken.
-inline uint32_t FindSlot(const StringTable& table, uint32_t key, uint32_t stretch)
+// The slot that holds a key, a prefix's code and a byte, or the empty one where it belongs. At
+// most half of the slots are taken.
+inline uint32_t FindSlot(const StringTable& table, uint32_t string, uint32_t byte)
 {
+    const uint32_t key = string << 8 | byte;
     uint32_t slot = key * 0x9E3779B1u >> (32 - SLOT_BITS);
-    while (table.keys[slot] != key && table.keys[slot] >> KEY_BITS == stretch)
+    while (table.slots[slot] >> CODE_BITS != key && table.slots[slot] != 0)
         slot = (slot + 1) % SLOTS;
     return slot;
 }
@@ -79,25 +82,33 @@ void EncodeBytes(LzwEncoder& shared, std::span<const uint8_t> bytes)
 {
     LzwEncoder encoder = shared;
     StringTable& table = *encoder.table;
-    for (const uint8_t byte : bytes) {
-        if (encoder.string == NO_STRING) {
-            encoder.string = byte;
+    auto next = bytes.begin();
+    uint32_t string = encoder.string; // what each byte waits for: not to be looked for in memory
+    if (string == NO_STRING && next != bytes.end())
+        string = *next++;
+    for (; next != bytes.end(); ++next) {
+        const uint32_t byte = *next;
+        uint32_t& latest = table.latest[string];
+        if (latest >> CODE_BITS == byte) {
+            string = latest % CODES;
             continue;
         }
-        const uint32_t key = encoder.stretch << KEY_BITS | encoder.string << 8 | byte;
-        const uint32_t slot = FindSlot(table, key, encoder.stretch);
-        if (table.keys[slot] == key) {
-            encoder.string = table.codes[slot];
+        uint32_t& slot = table.slots[FindSlot(table, string, byte)];
+        if (slot != 0) {
+            string = slot % CODES;
+            latest = byte << CODE_BITS | string;
             continue;
         }
-        table.keys[slot] = key;
-        table.codes[slot] = static_cast<uint16_t>(encoder.nextFree);
-        PutCode(encoder, encoder.string);
-        encoder.string = byte;
+        slot = (string << 8 | byte) << CODE_BITS | encoder.nextFree;
+        latest = byte << CODE_BITS | encoder.nextFree;
+        table.latest[encoder.nextFree] = NO_FOLLOWER;
+        PutCode(encoder, string);
+        string = byte;
         if (encoder.nextFree == FULL_TABLE)
             Restart(encoder);
     }
     shared = encoder;
+    shared.string = string;
 }
 
 void PutString(LzwEncoder& encoder)

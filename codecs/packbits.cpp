@@ -2,13 +2,22 @@
 
 #include "codecs/buffers.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
 namespace tiff {
 
-static_assert(SPARE_LINE_BYTES >= 129, "a packet may begin at the last byte of a line");
+static constexpr uint32_t MOST_BYTES = 129;      // that a packet repeats
+static constexpr uint32_t MOST_CODE_BYTES = 129; // of a literal, with its header
+
+// Packets are mostly short: so much is written of each without asking how long it is.
+static constexpr uint32_t COPIED_BYTES = 32;
+static constexpr uint32_t FILLED_BYTES = 64;
+
+static_assert(SPARE_LINE_BYTES >= MOST_BYTES + FILLED_BYTES, "a packet may begin at a line's last byte");
 
 static Status NextByte(CodecContext* context, uint8_t& byte)
 {
@@ -55,17 +64,66 @@ static Status DecodePacket(CodecContext* context, uint32_t& written)
     return error::None;
 }
 
+// Copies in steps of 32 bytes: up to 31 more are overwritten.
+static void CopyBytes(uint8_t* target, const uint8_t* source, uint32_t count)
+{
+    for (uint32_t at = 0;; at += COPIED_BYTES) {
+        std::memcpy(target + at, source + at, COPIED_BYTES);
+        if (at + COPIED_BYTES >= count)
+            return;
+    }
+}
+
+// Fills in steps of 64 bytes.
+static void FillBytes(uint8_t* target, uint8_t byte, uint32_t count)
+{
+    for (uint32_t at = 0;; at += FILLED_BYTES) {
+        std::memset(target + at, byte, FILLED_BYTES);
+        if (at + FILLED_BYTES >= count)
+            return;
+    }
+}
+
+// The packets of a line, as long as the bytes held are enough for any packet.
+static void DecodePacketsInside(CodecContext* context, int64_t& missing)
+{
+    const uint8_t* code = context->codeCursor;
+    const uint8_t* const end = code + context->codeBytesLeft;
+    uint8_t* line = context->lineCursor;
+    uint8_t* const lineEnd = line + missing;
+    while (line < lineEnd && end - code >= MOST_CODE_BYTES) {
+        const uint32_t header = *code;
+        if (header < 0x80) {
+            CopyBytes(line, code + 1, header + 1);
+            line += header + 1;
+            code += header + 2;
+        } else {
+            FillBytes(line, code[1], 257 - header);
+            line += 257 - header;
+            code += 2;
+        }
+    }
+    missing = lineEnd - line;
+    context->lineCursor = line;
+    context->codeCursor += code - context->codeCursor;
+    context->codeBytesLeft = static_cast<uint32_t>(end - code);
+}
+
 Status DecodePackBits(CodecContext* context)
 {
     Status status = InitDecodeBuffers(context);
+    const bool swaps = HasSwappedSamples(context);
     int64_t missing = context->lineBytes;
     while (status == error::None) {
-        uint32_t written = 0;
-        status = DecodePacket(context, written);
-        missing -= written;
+        DecodePacketsInside(context, missing);
+        if (missing > 0) {
+            uint32_t written = 0;
+            status = DecodePacket(context, written);
+            missing -= written;
+        }
         // What a packet holds beyond the line lies in the spare bytes and is lost there.
         if (status == error::None && missing <= 0) {
-            status = HandOverSamples(context);
+            status = swaps ? HandOverSamples(context) : HandOverLine(context, context->lineBuffer);
             missing = context->lineBytes;
         }
     }
@@ -74,57 +132,106 @@ Status DecodePackBits(CodecContext* context)
 
 static constexpr uint32_t MOST_ADDED = 127; // bytes of a packet beyond its first
 
-// How many bytes, at most limit, come before the first one that is equal to its successor, or
-// that differs from it. The byte at the limit is there to be read.
-template <bool EQUAL>
-static uint32_t FindNeighbours(const uint8_t* bytes, uint32_t limit)
+// Lines are packed in parts, of which is known beforehand which bytes are equal to their
+// successors: looking for it packet by packet, each would wait for the one before.
+static constexpr uint32_t PART_BYTES = 2048; // that a packet may begin in
+static constexpr uint32_t WORD_BYTES = 32;
+static constexpr uint32_t SCANNED_BYTES = PART_BYTES + 4 * WORD_BYTES;
+
+static_assert(SCANNED_BYTES - PART_BYTES >= MOST_ADDED && SPARE_LINE_BYTES > WORD_BYTES);
+
+struct EqualNeighbours {
+    uint8_t bits[SCANNED_BYTES / 8 + 8]; // the lowest first, with a word to spare
+};
+
+static uint32_t CompareWord(const uint8_t* bytes)
 {
-    constexpr uint64_t ONES = 0x0101010101010101, SIGNS = ONES << 7;
-    uint32_t at = 0;
-    for (; at + 8 <= limit; at += 8) {
-        uint64_t here, next;
-        std::memcpy(&here, bytes + at, 8);
-        std::memcpy(&next, bytes + at + 1, 8);
-        const uint64_t differing = here ^ next;
-        const uint64_t found = EQUAL ? (differing - ONES) & ~differing & SIGNS : differing;
-        if (found)
-            return at + static_cast<uint32_t>(std::countr_zero(found)) / 8;
-    }
-    while (at < limit && (bytes[at] == bytes[at + 1]) != EQUAL)
-        ++at;
-    return at;
+    const auto* words = reinterpret_cast<const __m128i*>(bytes);
+    const auto* next = reinterpret_cast<const __m128i*>(bytes + 1);
+    const __m128i low = _mm_cmpeq_epi8(_mm_loadu_si128(words), _mm_loadu_si128(next));
+    const __m128i high = _mm_cmpeq_epi8(_mm_loadu_si128(words + 1), _mm_loadu_si128(next + 1));
+    return static_cast<uint32_t>(_mm_movemask_epi8(low)) | static_cast<uint32_t>(_mm_movemask_epi8(high))
+                                                               << 16;
 }
 
-// A packet goes straight into the code buffer as long as it fits.
+// Looks at up to 32 bytes behind the last.
+static void CompareNeighbours(EqualNeighbours& equal, std::span<const uint8_t> bytes)
+{
+    const size_t count = std::min<size_t>(bytes.size(), SCANNED_BYTES);
+    size_t at = 0;
+    for (; at < count; at += WORD_BYTES) {
+        const uint32_t bits = CompareWord(&bytes[at]);
+        std::memcpy(&equal.bits[at / 8], &bits, sizeof(bits));
+    }
+    std::memset(&equal.bits[at / 8], 0, sizeof(uint64_t));
+}
+
+// How many bytes, at most limit, go the way of the first: all equal to their successors, or all
+// different from them.
+static uint32_t CountAlike(const EqualNeighbours& equal, uint32_t first, uint32_t limit, bool& repeats)
+{
+    constexpr uint32_t AT_ONCE = 56; // what is left of any eight bytes from any bit on
+    uint64_t flip = 0;
+    for (uint32_t at = 0;;) {
+        uint64_t bits;
+        std::memcpy(&bits, &equal.bits[(first + at) / 8], sizeof(bits));
+        bits >>= (first + at) % 8;
+        if (at == 0) {
+            repeats = bits & 1;
+            flip = 0 - (bits & 1);
+        }
+        const auto alike = static_cast<uint32_t>(std::countr_zero((bits ^ flip) | uint64_t{1} << AT_ONCE));
+        at += alike;
+        if (alike < AT_ONCE || at >= limit)
+            return std::min(at, limit);
+    }
+}
+
+// The bytes are followed by as many as a line has to spare.
 static Status PutPacket(CodecContext* context, uint8_t header, std::span<const uint8_t> bytes)
 {
-    if (context->codeBytesLeft <= bytes.size()) {
+    if (context->codeBytesLeft <= MOST_CODE_BYTES) {
         const Status status = PutBytes(context, {&header, 1});
         return status == error::None ? PutBytes(context, bytes) : status;
     }
+    const auto count = static_cast<uint32_t>(bytes.size());
     *context->codeCursor = header;
-    std::memcpy(context->codeCursor + 1, bytes.data(), bytes.size());
-    context->codeCursor += bytes.size() + 1;
-    context->codeBytesLeft -= static_cast<uint32_t>(bytes.size()) + 1;
+    CopyBytes(context->codeCursor + 1, bytes.data(), count);
+    context->codeCursor += count + 1;
+    context->codeBytesLeft -= count + 1;
     return error::None;
 }
 
-// Wanted: the literal takes in the byte that starts the repeat, so 41 42 42 42 packs to
-// 01 41 42 FF 42. A tidier split would change every file we write.
+// The packets that begin in the first part of a line. Wanted: the literal takes in the byte that
+// starts the repeat, so 41 42 42 42 packs to 01 41 42 FF 42. A tidier split would change every
+// file we write.
+static Status EncodePart(CodecContext* context, std::span<const uint8_t>& line)
+{
+    EqualNeighbours equal;
+    CompareNeighbours(equal, line);
+    const auto lineBytes = static_cast<uint32_t>(line.size());
+    const uint32_t end = std::min(lineBytes, PART_BYTES);
+    uint32_t at = 0;
+    while (at < end) {
+        bool repeats = false;
+        const uint32_t limit = std::min(lineBytes - at - 1, MOST_ADDED);
+        const uint32_t added = CountAlike(equal, at, limit, repeats);
+        const uint32_t header = repeats ? 0u - added : added;
+        const Status status =
+            PutPacket(context, static_cast<uint8_t>(header), line.subspan(at, repeats ? 1 : added + 1));
+        if (status != error::None)
+            return status;
+        at += added + 1;
+    }
+    line = line.subspan(at);
+    return error::None;
+}
+
 static Status EncodePackets(CodecContext* context, std::span<const uint8_t> line)
 {
     Status status = error::None;
-    while (status == error::None && !line.empty()) {
-        const auto limit = static_cast<uint32_t>(std::min<size_t>(line.size() - 1, MOST_ADDED));
-        uint32_t added = FindNeighbours<false>(line.data(), limit);
-        if (added > 0) {
-            status = PutPacket(context, static_cast<uint8_t>(0u - added), line.first(1));
-        } else {
-            added = FindNeighbours<true>(line.data(), limit);
-            status = PutPacket(context, static_cast<uint8_t>(added), line.first(added + 1));
-        }
-        line = line.subspan(added + 1);
-    }
+    while (status == error::None && !line.empty())
+        status = EncodePart(context, line);
     return status;
 }
 

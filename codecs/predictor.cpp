@@ -4,11 +4,17 @@
 
 namespace tiff {
 
+// The sums stay in registers: read back from the line, each would wait for the store before.
 template <uint32_t CHANNELS>
 static void SumBytes(uint8_t* line, uint32_t bytes)
 {
-    for (uint32_t at = CHANNELS; at < bytes; ++at)
-        line[at] = static_cast<uint8_t>(line[at] + line[at - CHANNELS]);
+    uint8_t sums[CHANNELS] = {};
+    size_t at = 0;
+    for (; at + CHANNELS <= bytes; at += CHANNELS)
+        for (size_t channel = 0; channel < CHANNELS; ++channel)
+            line[at + channel] = sums[channel] = static_cast<uint8_t>(sums[channel] + line[at + channel]);
+    for (size_t channel = 0; at < bytes; ++at, ++channel)
+        line[at] = static_cast<uint8_t>(sums[channel] + line[at]);
 }
 
 static void SumNibbles(uint8_t* line, uint32_t bytes)

@@ -1,8 +1,7 @@
 #include "codecs/stored.h"
 
 #include "codecs/buffers.h"
-
-#include <cstring>
+#include "core/copy_row.h"
 
 namespace tiff {
 
@@ -11,9 +10,16 @@ Status DecodeStored(CodecContext* context)
     Status status = InitDecodeBuffers(context);
     uint32_t missing = context->lineBytes;
     while (status == error::None) {
+        if (PassesLines(context) && missing == context->lineBytes && context->codeBytesLeft >= missing) {
+            uint8_t* line = context->codeCursor;
+            context->codeCursor += missing;
+            context->codeBytesLeft -= missing;
+            status = HandOverLine(context, line);
+            continue;
+        }
         const bool complete = context->codeBytesLeft >= missing;
         const uint32_t bytes = complete ? missing : context->codeBytesLeft;
-        std::memcpy(context->lineCursor, context->codeCursor, bytes);
+        CopyRow(context->lineCursor, context->codeCursor, bytes);
         context->codeCursor += bytes;
         context->codeBytesLeft -= bytes;
         if (complete) {

@@ -68,7 +68,35 @@ bool FindSeen(SeenOffsets& seen, const WalkedPage* pages, uint32_t pageCount, ui
     return true;
 }
 
-// Adds up what the page's tags will need and finds its kind; no values are fetched.
+// Adds an entry to what the page's tags will need, and takes the page's kind from it.
+void CountEntry(const DirectoryEntry& entry, WalkedPage& page, uint64_t& bytes)
+{
+    bytes += sizeof(TagRecord) + KeptBytes(entry);
+    if (entry.tag != tag::NewSubfileType && entry.tag != tag::SubfileType)
+        return;
+    const uint32_t value = entry.type == fieldtype::Byte    ? entry.field[0]
+                           : entry.type == fieldtype::Short ? entry.Field() & 0xFFFF
+                                                            : entry.Field();
+    page.kind = entry.tag == tag::NewSubfileType ? value : value - 1;
+}
+
+// No values are fetched. A directory that lies in the window whole is parsed where it is.
+bool ScanEntries(DirectoryWindow& window, uint32_t entryCount, WalkedPage& page, uint64_t& bytes)
+{
+    DirectoryEntry entry;
+    const uint32_t entryBytes = entryCount * ENTRY_BYTES;
+    const uint8_t* raw =
+        entryBytes <= WINDOW_BYTES ? Fetch(window, page.directoryOffset + uint64_t{2}, entryBytes) : nullptr;
+    for (uint32_t index = 0; index < entryCount; ++index) {
+        if (raw)
+            ParseEntry(raw + index * ENTRY_BYTES, window.byteOrder, entry);
+        else if (!FetchEntry(window, page.directoryOffset, index, entry))
+            return false;
+        CountEntry(entry, page, bytes);
+    }
+    return true;
+}
+
 bool ScanDirectory(DirectoryWindow& window, WalkedPage& page)
 {
     const uint8_t* counted = Fetch(window, page.directoryOffset, 2);
@@ -77,19 +105,8 @@ bool ScanDirectory(DirectoryWindow& window, WalkedPage& page)
     const uint32_t entryCount = Load16(counted, window.byteOrder);
     uint64_t bytes = 0;
     page.kind = 0;
-    for (uint32_t index = 0; index < entryCount; ++index) {
-        DirectoryEntry entry;
-        if (!FetchEntry(window, page.directoryOffset, index, entry))
-            return false;
-        bytes += sizeof(TagRecord) + KeptBytes(entry);
-        const uint32_t value = entry.type == fieldtype::Byte    ? entry.field[0]
-                               : entry.type == fieldtype::Short ? entry.Field() & 0xFFFF
-                                                                : entry.Field();
-        if (entry.tag == tag::NewSubfileType)
-            page.kind = value;
-        else if (entry.tag == tag::SubfileType)
-            page.kind = value - 1;
-    }
+    if (!ScanEntries(window, entryCount, page, bytes))
+        return false;
     page.tagBlockBytes = static_cast<uint32_t>(std::min<uint64_t>(bytes, UINT32_MAX));
     // The file does not get to say that a page is loaded.
     page.kind &= 0xFFFFu & ~uint32_t{PAGE_REGISTERED};
@@ -129,9 +146,9 @@ bool MakeRoom(ChainWalk& walk, uint32_t& room, uint32_t wanted)
 enum class Step { Page, End, Broken, Cycle, Failed };
 
 // Follows one link and scans the directory behind it into the page's place.
-Step FollowLink(DirectoryWindow& window, ChainWalk& walk, SeenOffsets& seen, uint32_t& target)
+Step FollowLink(DirectoryWindow& window, ChainWalk& walk, WalkedPage* pages, SeenOffsets& seen,
+                uint32_t& target)
 {
-    Locked<WalkedPage> pages(walk.pages.Get());
     WalkedPage& page = pages[walk.pageCount];
     const uint8_t* link = Fetch(window, walk.linkPosition, 4);
     if (!link)
@@ -140,13 +157,29 @@ Step FollowLink(DirectoryWindow& window, ChainWalk& walk, SeenOffsets& seen, uin
     page.directoryOffset = Load32(link, window.byteOrder);
     if (page.directoryOffset == 0)
         return Step::End;
-    if (!FindSeen(seen, pages.Get(), walk.pageCount, page.directoryOffset, target)) {
+    if (!FindSeen(seen, pages, walk.pageCount, page.directoryOffset, target)) {
         SetTiffError(error::NotEnoughMemory);
         return Step::Failed;
     }
     if (target != NO_PAGE)
         return Step::Cycle;
-    return ScanDirectory(window, page) ? Step::Page : Step::Broken;
+    if (!ScanDirectory(window, page))
+        return Step::Broken;
+    ++walk.pageCount;
+    // The last page allowed is not followed further: its leading link stays the last.
+    if (walk.pageCount < TIFF_MAX_PAGES)
+        walk.linkPosition = page.nextLink;
+    return Step::Page;
+}
+
+// Goes on until the room is used up or something else than a page comes.
+Step FollowLinks(DirectoryWindow& window, ChainWalk& walk, uint32_t room, SeenOffsets& seen, uint32_t& target)
+{
+    Locked<WalkedPage> pages(walk.pages.Get());
+    Step step = Step::Page;
+    while (step == Step::Page && walk.pageCount < room)
+        step = FollowLink(window, walk, pages.Get(), seen, target);
+    return step;
 }
 
 } // namespace
@@ -160,7 +193,9 @@ bool WalkChain(DirectoryWindow& window, ChainWalk& walk)
         if (!MakeRoom(walk, room, std::max(walk.pageCount + 1, FIRST_ROOM)))
             return false;
         uint32_t target = NO_PAGE;
-        switch (FollowLink(window, walk, seen, target)) {
+        switch (FollowLinks(window, walk, room, seen, target)) {
+        case Step::Page:
+            break;
         case Step::End:
             return true;
         case Step::Failed:
@@ -177,13 +212,6 @@ bool WalkChain(DirectoryWindow& window, ChainWalk& walk)
             walk.pageCount = TIFF_MAX_PAGES;
             walk.linkPosition = pages[TIFF_MAX_PAGES - 1].linkPosition;
             return true;
-        }
-        case Step::Page: {
-            Locked<WalkedPage> pages(walk.pages.Get());
-            const WalkedPage& page = pages[walk.pageCount++];
-            // The last page allowed is not followed further: its leading link stays the last.
-            if (walk.pageCount < TIFF_MAX_PAGES)
-                walk.linkPosition = page.nextLink;
         }
         }
     }

@@ -193,7 +193,9 @@ extern "C" int32_t GetTiffImage(HGLOBAL file, uint32_t page) noexcept
         return 0;
     Locked<TiffFileRecord> record(file);
     Stream stream(OpenRecord(*record));
-    DirectoryWindow window{.stream = stream.Get(), .byteOrder = record->byteOrder, .bytes{}};
+    DirectoryWindow window;
+    window.stream = stream.Get();
+    window.byteOrder = record->byteOrder;
     record.Unlock();
     bool whole;
     return LoadPage(file, page, window, mSize(window.stream), whole);

@@ -171,7 +171,8 @@ static bool ReadPages(GlobalBlock& block)
     {
         Locked<TiffFileRecord> record(block.Get());
         Stream stream(OpenRecord(*record));
-        DirectoryWindow window{.stream = stream.Get(), .bytes{}};
+        DirectoryWindow window;
+        window.stream = stream.Get();
         if (!ReadHeader(window) || !WalkChain(window, walk))
             return false;
         // Pages that are there and could not be read would be cut off by the next page written.
@@ -279,9 +280,7 @@ extern "C" int32_t CloseTiffFile(HGLOBAL file) noexcept
 {
     if (!file)
         return 0;
-    const uint32_t pageCount = NumberOfTiffImages(file, TIFF_ALL_PAGES);
-    for (uint32_t page = 0; page < pageCount; ++page)
-        DropTiffImage(file, page);
+    DropPages(file);
     GlobalFree(file);
     UnloadJpegLibrary();
     return 1;

@@ -36,6 +36,23 @@ void RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock)
     entry.kind |= PAGE_REGISTERED;
 }
 
+// Wanted: the handle's value stays in the entry, so that a new page never takes the slot of one
+// that was in use.
+static void Drop(PageEntry& entry)
+{
+    if (!(entry.kind & PAGE_REGISTERED))
+        return;
+    GlobalFree(entry.tagBlock);
+    entry.kind &= static_cast<uint16_t>(~PAGE_REGISTERED);
+}
+
+void DropPages(HGLOBAL file)
+{
+    Locked<TiffFileRecord> record(file);
+    if (record)
+        std::for_each_n(Pages(record.Get()), record->pageCount, Drop);
+}
+
 } // namespace tiff
 
 using namespace tiff;
@@ -58,13 +75,7 @@ extern "C" int32_t DropTiffImage(HGLOBAL file, uint32_t page) noexcept
         SetTiffError(error::IndexOutOfRange);
         return 0;
     }
-    PageEntry& entry = Pages(record.Get())[page];
-    if (entry.kind & PAGE_REGISTERED) {
-        // Wanted: the handle's value stays in the entry, so that a new page never takes the
-        // slot of one that was in use.
-        GlobalFree(entry.tagBlock);
-        entry.kind &= static_cast<uint16_t>(~PAGE_REGISTERED);
-    }
+    Drop(Pages(record.Get())[page]);
     return 1;
 }
 

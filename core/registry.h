@@ -28,6 +28,9 @@ std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page);
 // As IsTiffImageRegistered, without touching the last error.
 bool IsRegistered(HGLOBAL file, uint32_t page);
 
+// Frees the tags of all pages.
+void DropPages(HGLOBAL file);
+
 // A page is registered from here on, with this block of tags.
 void RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock);
 

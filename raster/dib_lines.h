@@ -5,6 +5,9 @@
 
 namespace tiff {
 
+// As DllFlushTiffLine24DIB, but the line stays as it is.
+intptr_t FlushSwappedLine(void* line, uint32_t row, void* context);
+
 intptr_t DllFlushTiffLine16DIB(void* line, uint32_t row, void* context);
 intptr_t DllFlushTiffLineCMYKDIB(void* line, uint32_t row, void* context);
 intptr_t DllFlushTiffLineYCbCrDIB(void* line, uint32_t row, void* context);

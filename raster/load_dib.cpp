@@ -1,5 +1,6 @@
 // Pages to packed DIBs: the page's header and colour table, grown by its rows, and the decode
 // driver with the line routine that suits the samples.
+#include "codecs/decode_driver.h"
 #include "core/desktop.h"
 #include "core/errors.h"
 #include "core/global_block.h"
@@ -22,6 +23,7 @@ constexpr uint32_t TWELVE_BIT_SAMPLES = 4096; // grey levels below this are redu
 struct DibPlan {
     BITMAPINFOHEADER header;
     TiffLineCallback routine = nullptr;
+    bool readsLines = false; // the routine, and no further than they reach
     uint32_t lineBytes = 0;
     uint32_t sampleShift = 0;
     uint32_t orientation = 1;
@@ -63,6 +65,7 @@ Status PlanRows(const PageTags& tags, bool keepColourSpace, DibPlan& plan)
     if (header.biBitCount == 16 && photometric <= photometric::BlackIsZero) {
         header.biBitCount = 8;
         plan.routine = DllFlushTiffLine16DIB;
+        plan.readsLines = true;
         plan.sampleShift = GreyShift(tags);
         return error::None;
     }
@@ -75,7 +78,8 @@ Status PlanRows(const PageTags& tags, bool keepColourSpace, DibPlan& plan)
     else if (photometric == photometric::YCbCr)
         plan.routine = DllFlushTiffLineYCbCrDIB;
     else
-        plan.routine = DllFlushTiffLine24DIB;
+        plan.routine = FlushSwappedLine;
+    plan.readsLines = plan.routine == DllFlushTiffLineDIB || plan.routine == FlushSwappedLine;
     return photometric == photometric::YCbCr && SharesChroma(tags) ? error::ColourFormat : error::None;
 }
 
@@ -113,7 +117,7 @@ Status DecodeRows(HGLOBAL file, uint32_t page, GlobalBlock& block, const DibPlan
         static_cast<uint32_t>(DibStride(static_cast<uint32_t>(plan.header.biWidth), plan.header.biBitCount));
     context.sampleShift = plan.sampleShift;
     context.orientation = plan.orientation;
-    DecodeTiffImage(file, page, 0, 0, &context, plan.routine);
+    DecodePage(file, page, 0, 0, {plan.routine, &context, plan.readsLines});
     return TiffError();
 }
 

@@ -433,3 +433,38 @@ TEST(LzwEncoder, SamplesBecomeDifferencesInTheFilesOrder)
         EXPECT_EQ(Bytes(code.end() - 2, code.end()), (Bytes{0x02, 0x01}));
     }
 }
+
+// The rule, byte by byte.
+static Bytes PackLine(const Bytes& line)
+{
+    Bytes code;
+    for (size_t at = 0; at < line.size();) {
+        const size_t limit = std::min<size_t>(line.size() - at - 1, 127);
+        const bool repeats = limit > 0 && line[at] == line[at + 1];
+        size_t added = 0;
+        while (added < limit && (line[at + added] == line[at + added + 1]) == repeats)
+            ++added;
+        code.push_back(static_cast<uint8_t>(repeats ? 256 - added : added));
+        for (size_t byte = 0; byte < (repeats ? 1 : added + 1); ++byte)
+            code.push_back(line[at + byte]);
+        at += added + 1;
+    }
+    return code;
+}
+
+TEST(PackBitsEncoder, LongLinesPackAsShortOnes)
+{
+    for (const size_t length : {31, 32, 33, 64, 128, 2047, 2048, 2049, 2175, 2176, 2177, 5000}) {
+        SCOPED_TRACE(length);
+        Bytes line;
+        for (uint32_t random = 1, run; line.size() < length; line.insert(line.end(), run, random >> 24 & 1)) {
+            random = random * 1664525 + 1013904223;
+            run = (random >> 16 & 3) == 0 ? random >> 8 & 0xFF : 1;
+        }
+        line.resize(length);
+        const auto width = static_cast<uint32_t>(length);
+        const Bytes code =
+            EncodeStrips({.width = width, .bits = 8, .rows = 30, .compression = 32773}, {{line}}).code;
+        EXPECT_TRUE(code == Repeat(PackLine(line), 30));
+    }
+}

@@ -57,3 +57,28 @@ TEST(FlushLines, ConvertIntoTheRowOfTheDib)
             << "orientation 4 starts at the bottom";
     }
 }
+
+TEST(FlushLines, RowsOfAnyLengthEndWhereTheyEnd)
+{
+    for (uint32_t bytes = 1; bytes <= 150; ++bytes) {
+        SCOPED_TRACE(bytes);
+        Bytes line(bytes), copied(bytes + 20, 0xEE), swapped = copied, passed = copied;
+        for (uint32_t at = 0; at < bytes; ++at)
+            line[at] = static_cast<uint8_t>(at * 7 + 1);
+        Bytes expected = line;
+        for (uint32_t at = 0; at + 3 <= bytes; at += 3)
+            std::swap(expected[at], expected[at + 2]);
+        TiffDecodeLineContext context{.height = 1, .lineBytes = bytes, .orientation = 1};
+        const Bytes rest(20, 0xEE), before = line;
+        context.pixelBits = copied.data();
+        DllFlushTiffLineDIB(line.data(), 0, &context);
+        EXPECT_EQ(copied, line + rest);
+        context.pixelBits = passed.data();
+        FlushSwappedLine(line.data(), 0, &context);
+        EXPECT_EQ(passed, expected + rest);
+        EXPECT_EQ(line, before) << "the line stays as it is";
+        context.pixelBits = swapped.data();
+        DllFlushTiffLine24DIB(line.data(), 0, &context);
+        EXPECT_EQ(swapped, expected + rest);
+    }
+}

@@ -1,0 +1,37 @@
+// Copies of rows and of other pieces of a few hundred bytes. A call of the C library costs as
+// much as such a copy, and libraries choose slow ways for some lengths.
+#pragma once
+
+#include <emmintrin.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tiff {
+
+inline void CopySixteen(uint8_t* target, const uint8_t* source)
+{
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(target), bytes);
+}
+
+// The two must not overlap.
+inline void CopyRow(uint8_t* target, const uint8_t* source, size_t bytes)
+{
+    constexpr size_t WORD = 16, BLOCK = 4 * WORD;
+    size_t at = 0;
+    if (bytes < WORD) {
+        for (; at < bytes; ++at)
+            target[at] = source[at];
+        return;
+    }
+    for (; at + BLOCK <= bytes; at += BLOCK)
+        for (size_t word = 0; word < BLOCK; word += WORD)
+            CopySixteen(target + at + word, source + at + word);
+    for (; at + WORD < bytes; at += WORD)
+        CopySixteen(target + at, source + at);
+    // What is left over is part of the last word, most of which is copied twice.
+    CopySixteen(target + bytes - WORD, source + bytes - WORD);
+}
+
+} // namespace tiff
