@@ -1,6 +1,7 @@
 #include "core/chain_walk.h"
 
 #include "core/errors.h"
+#include "core/open_file.h"
 #include "core/records.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@ namespace tiff {
 
 namespace {
 
-constexpr uint32_t FIRST_LINK = 4;
 constexpr uint32_t FIRST_ROOM = 16;
 constexpr uint32_t NO_PAGE = UINT32_MAX;
 

@@ -15,8 +15,6 @@ namespace tiff {
 
 static constexpr char VERSION_TEXT[] = "Version 12.08";
 static constexpr uint16_t TIFF_VERSION = 42;
-static constexpr uint32_t NEW_FILE_LINK = 4;
-static constexpr uint32_t HEADER_BYTES = 8;
 static constexpr uint32_t ON_DISK = 0xFFFFFFFF;
 static constexpr uint32_t RETRY_PAUSE_MILLISECONDS = 200;
 
@@ -101,6 +99,14 @@ void WritingStream::Commit()
         Locked<TiffFileRecord>(file)->memoryBytes = mSize(stream.Get());
 }
 
+std::array<uint8_t, 8> FileHeader(uint32_t byteOrder)
+{
+    std::array<uint8_t, 8> header{};
+    Store16(&header[0], static_cast<uint16_t>(byteOrder), TIFF_INTEL);
+    Store16(&header[2], TIFF_VERSION, byteOrder);
+    return header;
+}
+
 Status BeginPage(TiffStream stream, HGLOBAL file)
 {
     uint32_t byteOrder, openFlags;
@@ -113,10 +119,8 @@ Status BeginPage(TiffStream stream, HGLOBAL file)
         const bool atEnd = mSeek(stream, 0, 2) != STREAM_FAILED;
         return atEnd ? error::None : error::InputOutput;
     }
-    std::array<uint8_t, HEADER_BYTES> header{};
-    Store16(&header[0], static_cast<uint16_t>(byteOrder), TIFF_INTEL);
-    Store16(&header[2], TIFF_VERSION, byteOrder);
-    const bool written = LongWrite(stream, fieldtype::Byte, HEADER_BYTES, header.data(), TIFF_INTEL, 0);
+    auto header = FileHeader(byteOrder);
+    const bool written = LongWrite(stream, fieldtype::Byte, header.size(), header.data(), TIFF_INTEL, 0);
     return written ? error::None : error::InputOutput;
 }
 
@@ -202,7 +206,7 @@ static GlobalBlock MakeRecord(const char* path, HGLOBAL memoryBlock, uint32_t me
         return {};
     record->byteOrder = TIFF_INTEL;
     record->openFlags = openflag::New;
-    record->linkPosition = NEW_FILE_LINK;
+    record->linkPosition = FIRST_LINK;
     record->memoryBlock = memoryBlock;
     record->memoryBytes = memoryBytes;
     return block;

@@ -6,7 +6,15 @@
 #include "core/stream.h"
 #include "core/vocabulary.h"
 
+#include <array>
+
 namespace tiff {
+
+// A file begins with a header, at whose end is the link to the first page.
+inline constexpr uint32_t FIRST_LINK = 4;
+
+// The header of a file without pages.
+std::array<uint8_t, 8> FileHeader(uint32_t byteOrder);
 
 // The file on disk, or a memory stream over the record's block, for reading.
 TiffStream OpenRecord(const TiffFileRecord& record);

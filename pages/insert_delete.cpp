@@ -14,8 +14,6 @@ namespace tiff {
 
 namespace {
 
-constexpr uint32_t FIRST_LINK = 4;
-
 // A page to be made, as SaveDIBInTiffFileExt takes it.
 struct NewPage {
     HGLOBAL dib;

@@ -17,9 +17,6 @@ namespace tiff {
 namespace {
 
 constexpr uint32_t BUFFER_BYTES = 256 * 1024;
-constexpr uint32_t FIRST_LINK = 4;
-constexpr uint32_t HEADER_BYTES = 8;
-constexpr uint16_t TIFF_VERSION = 42;
 
 Status Flush(CopyOutput& output)
 {
@@ -84,14 +81,6 @@ Status PutLink(CopyOutput& output, uint32_t directoryOffset)
         return status;
     const bool back = mSeek(output.stream, output.flushed, 0) != STREAM_FAILED;
     return back ? error::None : Fail(error::InputOutput);
-}
-
-Status AppendHeader(CopyOutput& output)
-{
-    uint8_t header[HEADER_BYTES] = {};
-    Store16(&header[0], static_cast<uint16_t>(output.byteOrder), TIFF_INTEL);
-    Store16(&header[2], TIFF_VERSION, output.byteOrder);
-    return Append(output, header);
 }
 
 // The link goes first here. Wanted: a copy that breaks off shows as a page that cannot be read,
@@ -226,7 +215,7 @@ Status OpenOutput(CopyRun& run)
     output.flushed = isNew ? 0 : mSeek(output.stream, 0, 2);
     if (output.flushed == STREAM_FAILED)
         return Fail(error::InputOutput);
-    return isNew ? AppendHeader(output) : error::None;
+    return isNew ? Append(output, FileHeader(output.byteOrder)) : error::None;
 }
 
 Status CopyPages(CopyRun& run, PageRange range, Progress* progress)

@@ -13,7 +13,6 @@ namespace tiff {
 
 namespace {
 
-constexpr uint32_t FIRST_LINK = 4;
 constexpr uint32_t BATCH_ENTRIES = 16;
 
 // Wanted: values are little-endian, whatever the file says. Fax boards, which need the page
