@@ -6,6 +6,11 @@
 
 #include <benchmark/benchmark.h>
 
+#include <sys/resource.h>
+
+#include <cstdlib>
+#include <string_view>
+
 namespace {
 
 constexpr uint32_t PICTURE_BYTES = TYPICAL_SPREAD - 178; // with its directory
@@ -20,6 +25,7 @@ struct Job {
     bool changes; // the source, which is then renewed before each run
     void (*library)(const Work& work);
     void (*peer)(const Work& work);
+    const char* tool = nullptr; // of libtiff that does the same
 };
 
 int32_t Middle(const Work& work)
@@ -48,6 +54,14 @@ std::string PagePath(const Work& work, uint32_t page)
     return work.target.substr(0, work.target.size() - 4) + number + ".tif";
 }
 
+// Given the source and where to write.
+void RunTool(const Work& work, const char* tool)
+{
+    const bool splits = std::string_view(tool) == "tiffsplit";
+    const std::string target = splits ? work.target.substr(0, work.target.size() - 4) : work.target;
+    DemandSuccess(std::system((std::string(tool) + ' ' + work.source + ' ' + target).c_str()) == 0, tool);
+}
+
 constexpr Job jobs[] = {
     {"copy pages one by one", false,
      [](const Work& work) {
@@ -63,7 +77,7 @@ constexpr Job jobs[] = {
      [](const Work& work) {
          DemandSuccess(MergeTiffFiles(work.target.c_str(), work.source.c_str(), nullptr, 0), "merging");
      },
-     CopyAllByPeer},
+     CopyAllByPeer, "tiffcp"},
     {"split in halves", true,
      [](const Work& work) {
          DemandSuccess(SplitTiffFile(work.source.c_str(), work.target.c_str(), Middle(work), nullptr, 0),
@@ -88,7 +102,8 @@ constexpr Job jobs[] = {
          for (uint32_t page = 0; page < work.pages; ++page)
              CopyByPeer(source, 1, PagePath(work, page));
          Close(source);
-     }},
+     },
+     "tiffsplit"},
     {"delete a page", true,
      [](const Work& work) {
          DemandSuccess(DeleteTiffImage(work.source.c_str(), Middle(work), 0), "deleting");
@@ -103,15 +118,16 @@ constexpr Job jobs[] = {
      }},
     {"reorder", true,
      [](const Work& work) { DemandSuccess(ReorderTiffFile(work.source.c_str()), "reordering"); },
-     CopyAllByPeer},
+     CopyAllByPeer, "tiffcp"},
 };
 
 void Renew(const Work& work, const Job& job)
 {
-    std::filesystem::remove(work.target);
-    if (std::string_view(job.name) == "cut into pages")
-        for (uint32_t page = 0; page < work.pages; ++page)
-            std::filesystem::remove(PagePath(work, page));
+    const std::filesystem::path target = work.target;
+    const std::string stem = target.stem();
+    for (const auto& file : std::filesystem::directory_iterator(target.parent_path()))
+        if (file.path().filename().string().starts_with(stem))
+            std::filesystem::remove(file);
     if (job.changes)
         std::filesystem::copy_file(work.original, work.source,
                                    std::filesystem::copy_options::overwrite_existing);
@@ -132,6 +148,30 @@ void Run(benchmark::State& state, const Work& work, const Job& job, void (*run)(
     state.counters[SIZE] = work.pages;
 }
 
+double ProcessorSecondsOfTools()
+{
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    const auto seconds = [](timeval time) {
+        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+void TimeTool(benchmark::State& state, const Work& work, const Job& job)
+{
+    WritePages(work.original, work.pages, CLOSE, PICTURE_BYTES);
+    for (auto _ : state) {
+        std::filesystem::copy_file(work.original, work.source,
+                                   std::filesystem::copy_options::overwrite_existing);
+        Renew(work, job);
+        const double before = ProcessorSecondsOfTools();
+        RunTool(work, job.tool);
+        state.SetIterationTime(ProcessorSecondsOfTools() - before);
+    }
+    Renew(work, job);
+}
+
 void CopyFilePlainly(const Work& work)
 {
     std::filesystem::copy_file(work.source, work.target);
@@ -141,7 +181,7 @@ void CopyFilePlainly(const Work& work)
 
 void RegisterEditingJobs(const BenchFolders& folders)
 {
-    for (const uint32_t pages : {100u, 1000u})
+    for (const uint32_t pages : {1000u, 10000u})
         for (const Job& job : jobs) {
             const Work work{(folders.scratch / "edit-original.tif").string(),
                             (folders.scratch / "edit-source.tif").string(),
@@ -155,5 +195,11 @@ void RegisterEditingJobs(const BenchFolders& folders)
             Add("tiff", job.library);
             Add("libtiff", job.peer);
             Add("copy", CopyFilePlainly);
+            if (job.tool)
+                benchmark::RegisterBenchmark(
+                    (name + '/' + job.tool).c_str(),
+                    [=, &job](benchmark::State& state) { TimeTool(state, work, job); })
+                    ->Unit(benchmark::kMillisecond)
+                    ->UseManualTime();
         }
 }
