@@ -15,6 +15,7 @@ namespace tiff {
 
 static constexpr char VERSION_TEXT[] = "Version 12.08";
 static constexpr uint16_t TIFF_VERSION = 42;
+static constexpr uint32_t LINK_BYTES = 4;
 static constexpr uint32_t ON_DISK = 0xFFFFFFFF;
 static constexpr uint32_t RETRY_PAUSE_MILLISECONDS = 200;
 
@@ -107,18 +108,32 @@ std::array<uint8_t, 8> FileHeader(uint32_t byteOrder)
     return header;
 }
 
+// A file may have been cut off in its last link. The link is completed before anything is put
+// where its end belongs.
+static Status MoveToEnd(TiffStream stream, uint32_t linkPosition)
+{
+    const uint32_t end = mSeek(stream, 0, 2);
+    if (end == STREAM_FAILED)
+        return error::InputOutput;
+    if (end >= linkPosition + LINK_BYTES)
+        return error::None;
+    uint8_t noPage[LINK_BYTES] = {};
+    const bool completed = mSeek(stream, linkPosition, 0) != STREAM_FAILED &&
+                           LongWrite(stream, fieldtype::Byte, LINK_BYTES, noPage, TIFF_INTEL, 0);
+    return completed ? error::None : error::InputOutput;
+}
+
 Status BeginPage(TiffStream stream, HGLOBAL file)
 {
-    uint32_t byteOrder, openFlags;
+    uint32_t byteOrder, openFlags, linkPosition;
     {
         Locked<TiffFileRecord> record(file);
         byteOrder = record->byteOrder;
         openFlags = record->openFlags;
+        linkPosition = record->linkPosition;
     }
-    if (!(openFlags & openflag::NoHeader)) {
-        const bool atEnd = mSeek(stream, 0, 2) != STREAM_FAILED;
-        return atEnd ? error::None : error::InputOutput;
-    }
+    if (!(openFlags & openflag::NoHeader))
+        return MoveToEnd(stream, linkPosition);
     auto header = FileHeader(byteOrder);
     const bool written = LongWrite(stream, fieldtype::Byte, header.size(), header.data(), TIFF_INTEL, 0);
     return written ? error::None : error::InputOutput;

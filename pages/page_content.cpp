@@ -97,7 +97,7 @@ Status AddReference(PageContent& content, const Source& source, const PageTags& 
     const auto lengths = tags.Find(reference.lengths);
     if (!offsets || (reference.lengths && !lengths))
         return error::TagsMissing;
-    if (reference.lengths && lengths->count != offsets->count)
+    if (offsets->count == 0 || (reference.lengths && lengths->count != offsets->count))
         return error::BadTag;
     for (uint32_t index = 0; index < offsets->count; ++index) {
         const auto offset = offsets->Number(index);

@@ -212,10 +212,11 @@ Status OpenOutput(CopyRun& run)
         return TiffError();
     output.buffer = {run.buffer.Get(), BUFFER_BYTES};
     output.stream = run.target->Get();
-    output.flushed = isNew ? 0 : mSeek(output.stream, 0, 2);
-    if (output.flushed == STREAM_FAILED)
-        return Fail(error::InputOutput);
-    return isNew ? Append(output, FileHeader(output.byteOrder)) : error::None;
+    if (isNew)
+        return Append(output, FileHeader(output.byteOrder));
+    const Status status = BeginPage(output.stream, run.destination);
+    output.flushed = mTell(output.stream);
+    return status == error::None && output.flushed != STREAM_FAILED ? error::None : Fail(error::InputOutput);
 }
 
 Status CopyPages(CopyRun& run, PageRange range, Progress* progress)

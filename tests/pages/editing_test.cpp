@@ -210,6 +210,20 @@ TEST(PageCopy, FailsBeforeAnythingIsWritten)
     ExpectPages(file.Path(), good, {0, 1, 0});
 }
 
+TEST(PageCopy, CompletesALinkThatWasCutOff)
+{
+    const Bytes pages = Pages(2);
+    for (size_t missing = 1; missing <= 4; ++missing)
+        for (const bool saved : {false, true}) {
+            SCOPED_TRACE(testing::Message() << missing << (saved ? ", saved" : ", copied"));
+            TempFile source(pages), file(Bytes(pages.begin(), pages.end() - static_cast<int>(missing)));
+            EXPECT_EQ(saved ? SaveDIBInTiffFile(file.Path(), NewDib().Get(), 201, 0)
+                            : CopyTiffImageInFile(source.Path(), 0, file.Path(), T_APPEND),
+                      1);
+            ExpectPages(file.Path(), pages, {0, 1, saved ? NEW : 0});
+        }
+}
+
 TEST(PageCopy, WorksFromAndToMemoryAndWithChangedTags)
 {
     NoLeaks leaks;
