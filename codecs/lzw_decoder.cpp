@@ -166,14 +166,15 @@ inline void OpenEntry(LzwTable& table, uint32_t& open, uint32_t& width, uint32_t
 }
 
 // Copies a string to the end of the history; up to 31 bytes more are overwritten. Of a string
-// that reaches that end only the byte there is missing, and put in by the caller.
+// that reaches that end only the byte there is missing, and put in by the caller. The two may lie
+// over each other: sixteen bytes are read before they are written.
 inline void CopyString(uint8_t* target, const uint8_t* source, uint32_t length)
 {
-    std::memcpy(target, source, 16);
-    std::memcpy(target + 16, source + 16, 16);
+    CopySixteen(target, source);
+    CopySixteen(target + 16, source + 16);
     for (uint32_t at = COPIED_BYTES; at < length; at += COPIED_BYTES) {
-        std::memcpy(target + at, source + at, 16);
-        std::memcpy(target + at + 16, source + at + 16, 16);
+        CopySixteen(target + at, source + at);
+        CopySixteen(target + at + 16, source + at + 16);
     }
 }
 
