@@ -83,10 +83,11 @@ Status HandOverLine(CodecContext* context, uint8_t* line)
     if (status != error::None)
         return status;
     BeginLine(context);
-    context->lastLineOfStrip = context->row == context->stripLastRow;
-    ++context->row;
-    if (!context->lastLineOfStrip)
-        return error::None;
+    return CountLine(context);
+}
+
+Status BeginNextStrip(CodecContext* context)
+{
     if (context->row >= Rows(context))
         return ALL_ROWS_DONE;
     ++context->strip;

@@ -31,6 +31,28 @@ void BeginLine(CodecContext* context);
 // Hands a line over that need not be in the line buffer.
 [[nodiscard]] Status HandOverLine(CodecContext* context, uint8_t* line);
 
+// The row that the line in hand belongs to, zeros so far, or null when there is none that also has
+// so many bytes behind the line that a codec may write back as they are.
+inline uint8_t* FreshRow(const CodecContext* context, uint32_t margin)
+{
+    const FreshRows* rows = context->freshRows;
+    if (!rows)
+        return nullptr;
+    uint8_t* row = rows->first + int64_t{context->row} * rows->step;
+    return rows->end - row >= int64_t{context->bytesPerLine} + margin ? row : nullptr;
+}
+
+// Goes on to the strip that follows a strip's last line.
+[[nodiscard]] Status BeginNextStrip(CodecContext* context);
+
+// Counts a line that was handed over or is in its row.
+[[nodiscard]] inline Status CountLine(CodecContext* context)
+{
+    context->lastLineOfStrip = context->row == context->stripLastRow;
+    ++context->row;
+    return context->lastLineOfStrip ? BeginNextStrip(context) : error::None;
+}
+
 // Puts 16-bit samples into the processor's order and hands the line buffer over.
 [[nodiscard]] Status HandOverSamples(CodecContext* context);
 

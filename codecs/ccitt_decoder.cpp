@@ -10,6 +10,7 @@
 #include "core/global_block.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace tiff {
 
@@ -311,14 +312,31 @@ void BeginWhiteReference(CcittDecoder& decoder)
     FinishRunList(decoder.reference, decoder.width);
 }
 
-// Hands the finished line over and takes it for the next reference; the first line of a strip
+bool IsWhite(const RunList& list, int32_t width)
+{
+    return list.ends[0] == width;
+}
+
+// A white line leaves its row as it came from the system: such memory is not even there yet.
+Status PutLine(const CcittDecoder& decoder, CodecContext* context)
+{
+    if (uint8_t* row = FreshRow(context, PAINT_MARGIN)) {
+        if (!IsWhite(decoder.coding, decoder.width))
+            PaintRuns(decoder.coding, row);
+        return CountLine(context);
+    }
+    std::memset(context->lineBuffer, 0, context->bytesPerLine);
+    PaintRuns(decoder.coding, context->lineBuffer);
+    return FlushDataBuffer(context);
+}
+
+// Puts the finished line out and takes it for the next reference; the first line of a strip
 // begins afresh.
 Status FinishLine(CcittDecoder& decoder, CodecContext* context)
 {
     FinishRunList(decoder.coding, decoder.width);
     if (decoder.decodedAny) {
-        PaintRuns(decoder.coding, {context->lineBuffer, context->bytesPerLine});
-        if (const Status status = FlushDataBuffer(context); status != error::None)
+        if (const Status status = PutLine(decoder, context); status != error::None)
             return status;
     }
     std::swap(decoder.coding, decoder.reference);

@@ -7,6 +7,14 @@
 
 #include <cstddef>
 
+// The zero-filled rows of a picture that nobody has seen yet. A codec may put a line right where
+// its row is and hand over none.
+struct FreshRows {
+    uint8_t* first; // row 0
+    int64_t step;   // bytes from one row to the next; below 0 for pictures stored bottom up
+    uint8_t* end;   // of the picture's memory
+};
+
 namespace tiff {
 
 static_assert(offsetof(CodecContext, codeCursor) == 0);

@@ -114,6 +114,7 @@ int32_t DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t ro
     context.userData = target.userData;
     context.lineCallback = target.routine;
     context.readsLines = target.readsLines;
+    context.freshRows = target.freshRows;
     Status status = PrepareContext(&context, file, page, firstStrip, rowCount);
     const bool hasRows = context.row < Rows(&context);
     if (status == error::None && hasRows)

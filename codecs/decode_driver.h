@@ -14,6 +14,7 @@ struct LineTarget {
     TiffLineCallback routine;
     void* userData;
     bool readsLines; // as in the codec context
+    const FreshRows* freshRows = nullptr;
 };
 
 // As DecodeTiffImage.

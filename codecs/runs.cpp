@@ -3,6 +3,7 @@
 #include "core/byte_order.h"
 
 #include <array>
+#include <cstring>
 
 namespace tiff {
 
@@ -78,13 +79,12 @@ static void PaintDisordered(const RunList& list, uint8_t* line)
     }
 }
 
-void PaintRuns(const RunList& list, std::span<uint8_t> line)
+void PaintRuns(const RunList& list, uint8_t* line)
 {
-    std::memset(line.data(), 0, line.size());
     if (list.ordered)
-        PaintOrdered(list, line.data());
+        PaintOrdered(list, line);
     else
-        PaintDisordered(list, line.data());
+        PaintDisordered(list, line);
 }
 
 } // namespace tiff

@@ -11,12 +11,20 @@
 
 namespace tiff {
 
-// The only place that knows which way up a picture is: DIBs store their bottom row first, and
+// Here alone it is known which way up a picture is: DIBs store their bottom row first, and
 // so do pages of orientation 4.
 static uint8_t* DibRow(const TiffDecodeLineContext* context, uint32_t row)
 {
     const uint32_t dibRow = context->orientation == ORIENTATION_BOTTOM_LEFT ? row : context->height - row - 1;
     return context->pixelBits + size_t{dibRow} * context->strideOrColourUse;
+}
+
+FreshRows FreshDibRows(const TiffDecodeLineContext& context)
+{
+    const int64_t stride = context.strideOrColourUse;
+    return {.first = DibRow(&context, 0),
+            .step = context.orientation == ORIENTATION_BOTTOM_LEFT ? stride : -stride,
+            .end = context.pixelBits + static_cast<size_t>(stride) * context.height};
 }
 
 // Pixels that both the row and the DIB have room for, the last one counted when it has begun.

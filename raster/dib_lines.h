@@ -1,9 +1,13 @@
 // Line routines that convert; applications use the plain ones of the public header.
 #pragma once
 
+#include "codecs/codec_context.h"
 #include "tiff/lines.h"
 
 namespace tiff {
+
+// The rows that DllFlushTiffLineDIB copies lines to, for a DIB whose rows are still zeros.
+FreshRows FreshDibRows(const TiffDecodeLineContext& context);
 
 // As DllFlushTiffLine24DIB, but the line stays as it is.
 intptr_t FlushSwappedLine(void* line, uint32_t row, void* context);

@@ -117,7 +117,9 @@ Status DecodeRows(HGLOBAL file, uint32_t page, GlobalBlock& block, const DibPlan
         static_cast<uint32_t>(DibStride(static_cast<uint32_t>(plan.header.biWidth), plan.header.biBitCount));
     context.sampleShift = plan.sampleShift;
     context.orientation = plan.orientation;
-    DecodePage(file, page, 0, 0, {plan.routine, &context, plan.readsLines});
+    const FreshRows rows = FreshDibRows(context);
+    const bool copiesBits = plan.routine == DllFlushTiffLineDIB && plan.header.biBitCount == 1;
+    DecodePage(file, page, 0, 0, {plan.routine, &context, plan.readsLines, copiesBits ? &rows : nullptr});
     return TiffError();
 }
 

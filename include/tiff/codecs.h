@@ -72,6 +72,9 @@ typedef struct CodecContext {
      * where it lies instead of in the line buffer.
      */
     uint32_t readsLines;
+
+    /* Rows that only the library knows of; null for applications. */
+    const struct FreshRows* freshRows;
 } CodecContext;
 
 /* Prepares a context for decoding: allocates the buffers, then positions on the current strip

@@ -1,0 +1,105 @@
+// The loader's rows, painted where the DIB keeps them, against those that the exported line routine
+// copies there.
+#include "core/stream.h"
+#include "support/leaks.h"
+#include "support/pictures.h"
+#include "tiff/ccitt.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+using namespace tiff;
+
+namespace {
+
+constexpr uint32_t ROWS = 11, ROWS_PER_STRIP = 6, COLOUR_BYTES = 40 + 2 * 4;
+
+struct Pixels {
+    uint32_t error;
+    Bytes bytes; // none when there is no picture
+};
+
+// Rows of noise, with one change, and of one colour.
+intptr_t DrawRow(void* line, uint32_t, void* random)
+{
+    auto& next = *static_cast<std::mt19937*>(random);
+    const auto kind = next() % 3;
+    const auto colour = static_cast<uint8_t>(0xFF << next() % 9);
+    for (uint32_t at = 0; at < 9; ++at)
+        static_cast<uint8_t*>(line)[at] = kind == 0 ? static_cast<uint8_t>(next()) : colour;
+    return 0;
+}
+
+Bytes CodeStrip(uint32_t width, uint32_t rows, uint32_t compression, std::mt19937& random)
+{
+    Block block(Bytes(1));
+    const TiffStream stream = OpenMemoryStream(block.Get(), 0);
+    EXPECT_EQ(EncodeCcittImage(stream, width, rows, compression, &random, DrawRow), 1);
+    const uint32_t bytes = mTell(stream);
+    mClose(stream);
+    return Content(block.Get(), bytes);
+}
+
+Pixels Load(HGLOBAL file)
+{
+    HGLOBAL dib = LoadTiffChainIntoDIB(file, 0);
+    Pixels pixels{TiffError(), {}};
+    if (!dib)
+        return pixels;
+    pixels.bytes = Content(dib, GlobalSize(dib));
+    pixels.bytes.erase(pixels.bytes.begin(), pixels.bytes.begin() + COLOUR_BYTES);
+    GlobalFree(dib);
+    return pixels;
+}
+
+Pixels CopyLines(HGLOBAL file, uint32_t width, uint32_t orientation)
+{
+    const uint32_t stride = (width + 31) / 32 * 4;
+    Bytes rows(size_t{stride} * ROWS);
+    TiffDecodeLineContext target{.pixelBits = rows.data(),
+                                 .height = ROWS,
+                                 .lineBytes = (width + 7) / 8,
+                                 .strideOrColourUse = stride,
+                                 .orientation = orientation};
+    DecodeTiffImage(file, 0, 0, 0, &target, DllFlushTiffLineDIB);
+    return {TiffError(), rows};
+}
+
+enum class Damage { None, FirstStrip, LastStrip, CutShort };
+
+TiffPage DrawPage(uint32_t compression, uint32_t width, Damage damage, std::mt19937& random)
+{
+    Bytes first = CodeStrip(width, ROWS_PER_STRIP, compression, random);
+    Bytes last = CodeStrip(width, ROWS - ROWS_PER_STRIP, compression, random);
+    if (damage == Damage::FirstStrip)
+        first[random() % first.size()] ^= static_cast<uint8_t>(1u << random() % 8);
+    if (damage == Damage::LastStrip)
+        last[random() % last.size()] ^= static_cast<uint8_t>(random());
+    if (damage == Damage::CutShort)
+        last.resize(random() % last.size());
+    return TiffPage::Picture(width, ROWS, 1, compression).Long(278, {ROWS_PER_STRIP}).Strips({first, last});
+}
+
+} // namespace
+
+TEST(FreshRows, ShowWhatIsHandedOverLineByLine)
+{
+    NoLeaks leaks;
+    std::mt19937 random(1);
+    for (uint32_t width = 1; width <= 70; ++width)
+        for (const uint32_t compression : {2u, 3u, 0x10003u, 4u})
+            for (const auto damage :
+                 {Damage::None, Damage::FirstStrip, Damage::LastStrip, Damage::CutShort}) {
+                SCOPED_TRACE(testing::Message() << "width " << width << ", compression " << compression
+                                                << ", damage " << static_cast<int>(damage));
+                TiffPage page = DrawPage(compression, width, damage, random);
+                const uint32_t orientation = width % 2 ? 1 : 4;
+                page.Short(274, {orientation}).Short(259, {compression & 0xFFFF});
+                const MemoryTiff tiff(OnePage(page.Long(292, {compression >> 16})));
+                const Pixels loaded = Load(tiff.file), copied = CopyLines(tiff.file, width, orientation);
+                EXPECT_EQ(loaded.error, copied.error);
+                if (damage == Damage::None || !loaded.bytes.empty()) {
+                    EXPECT_EQ(loaded.bytes, copied.bytes);
+                }
+            }
+}
