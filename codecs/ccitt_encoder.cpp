@@ -28,6 +28,17 @@ Status StoreCodeBytes(CodecContext* context, Flush flush, uint32_t bytes, uint32
     return failed;
 }
 
+WordWriter PutAtEdge(WordWriter words, uint64_t code, uint32_t length)
+{
+    constexpr uint32_t HALF = 32;
+    BitWriter& bits = *words.bits;
+    GiveBack(words);
+    if (length > HALF)
+        Put(bits, static_cast<uint32_t>(code >> HALF), length - HALF);
+    Put(bits, static_cast<uint32_t>(code), std::min(length, HALF));
+    return Borrow(bits);
+}
+
 namespace {
 
 using namespace ccitt;
@@ -123,50 +134,90 @@ struct CcittEncoder {
     uint32_t linesSinceRuns; // counted from 1 at a one-dimensional line
 };
 
-// Up to 64 pixels, left-aligned, white behind the width.
-uint64_t LoadPixels(const uint8_t* bytes, uint32_t pixels)
+uint64_t LoadPixels(const uint8_t* bytes)
 {
-    uint32_t halves[2] = {};
-    if (pixels >= 64) {
-        std::memcpy(halves, bytes, sizeof(halves));
-        return uint64_t{Swap32(halves[0])} << 32 | Swap32(halves[1]);
-    }
-    std::memcpy(halves, bytes, (pixels + 7) / 8);
-    const uint64_t word = uint64_t{Swap32(halves[0])} << 32 | Swap32(halves[1]);
-    return word & ~(UINT64_MAX >> pixels);
+    uint64_t word;
+    std::memcpy(&word, bytes, sizeof(word));
+    return Swap64(word);
 }
 
-// A black run that reaches the width may end in a change there: one more sentinel.
+// So many pixels are looked at together, as long as a line is white from its beginning.
+constexpr int32_t WIDE_PIXELS = 256;
+
+bool IsWhite(const uint8_t* bytes)
+{
+    uint64_t words[WIDE_PIXELS / 64];
+    std::memcpy(words, bytes, sizeof(words));
+    return (words[0] | words[1] | words[2] | words[3]) == 0;
+}
+
+// Stores a column for each bit, the highest first.
+int32_t* StoreColumns(uint64_t bits, int32_t column, int32_t* changes)
+{
+    while (bits != 0) {
+        const int32_t bit = std::countl_zero(bits);
+        *changes++ = column + bit;
+        bits ^= UINT64_C(1) << 63 >> bit;
+    }
+    return changes;
+}
+
+// What the line has to spare behind its last pixel is read, and taken for white. A black run that
+// reaches the width may end in a change there: one more sentinel.
 void FindChanges(const uint8_t* line, int32_t width, int32_t* changes)
 {
-    uint64_t carry = 0; // the last pixel of the word before, in the highest bit
-    for (int32_t column = 0; column < width; column += 64, line += 8) {
-        const uint64_t word = LoadPixels(line, static_cast<uint32_t>(width - column));
-        uint64_t left = word ^ (word >> 1 | carry);
-        carry = word << 63;
-        while (left != 0) {
-            const int32_t bit = std::countl_zero(left);
-            *changes++ = column + bit;
-            left ^= UINT64_C(1) << 63 >> bit;
-        }
+    uint64_t before = 0;
+    int32_t column = 0;
+    while (width - column >= WIDE_PIXELS && IsWhite(line)) {
+        column += WIDE_PIXELS;
+        line += WIDE_PIXELS / 8;
+    }
+    for (; width - column >= 64; column += 64, line += 8) {
+        const uint64_t word = LoadPixels(line);
+        changes = StoreColumns(word ^ (word >> 1 | before << 63), column, changes);
+        before = word;
+    }
+    if (column < width) {
+        const uint64_t word = LoadPixels(line) & ~(UINT64_MAX >> (width - column));
+        changes = StoreColumns(word ^ (word >> 1 | before << 63), column, changes);
     }
     std::fill_n(changes, END_SENTINELS, width);
 }
 
-inline void PutRun(BitWriter& bits, uint32_t colour, int32_t pixels)
+// A run that no table holds.
+WordWriter PutLongRun(WordWriter words, uint32_t colour, uint32_t run)
 {
-    auto run = static_cast<uint32_t>(pixels);
-    while (run >= JOINED_RUNS) {
-        Put(bits, extendedCodes.back().code.bits, extendedCodes.back().code.length);
-        run -= LONGEST_MAKE_UP;
-    }
-    const JoinedCode joined = joinedCodes[colour][run];
-    Put(bits, joined >> JOINED_LENGTH_BITS, joined & ((1u << JOINED_LENGTH_BITS) - 1));
+    const Code makeUp = extendedCodes.back().code;
+    for (; run >= JOINED_RUNS; run -= LONGEST_MAKE_UP)
+        Put(words, makeUp.bits, makeUp.length);
+    const JoinedCode last = joinedCodes[colour][run];
+    Put(words, BitsOf(last), LengthOf(last));
+    return words;
 }
 
-inline void PutCode(BitWriter& bits, Code code)
+inline void PutRun(WordWriter& words, uint32_t colour, int32_t pixels)
 {
-    Put(bits, code.bits, code.length);
+    const auto run = static_cast<uint32_t>(pixels);
+    if (run < JOINED_RUNS)
+        Put(words, BitsOf(joinedCodes[colour][run]), LengthOf(joinedCodes[colour][run]));
+    else
+        words = PutLongRun(words, colour, run);
+}
+
+// Two runs of which the first has a colour, behind what may stand before them.
+inline void PutRuns(WordWriter& words, Code prefix, uint32_t colour, int32_t firstRun, int32_t secondRun)
+{
+    const auto first = static_cast<uint32_t>(firstRun), second = static_cast<uint32_t>(secondRun);
+    if (first >= JOINED_RUNS || second >= JOINED_RUNS) {
+        if (prefix.length != 0)
+            Put(words, prefix.bits, prefix.length);
+        words = PutLongRun(words, colour, first);
+        words = PutLongRun(words, colour ^ 1, second);
+        return;
+    }
+    const JoinedCode one = joinedCodes[colour][first], other = joinedCodes[colour ^ 1][second];
+    const uint64_t start = uint64_t{prefix.bits} << LengthOf(one) | BitsOf(one);
+    Put(words, start << LengthOf(other) | BitsOf(other), prefix.length + LengthOf(one) + LengthOf(other));
 }
 
 // Wanted: a line with a white first and a black eighth pixel begins with two empty runs.
@@ -177,27 +228,26 @@ bool BeginsWithEmptyRuns(const CcittEncoder& encoder, const uint8_t* line)
 
 void EncodeRunLine(CcittEncoder& encoder, const uint8_t* line)
 {
-    BitWriter bits = encoder.bits;
-    if (BeginsWithEmptyRuns(encoder, line)) {
-        PutRun(bits, 0, 0);
-        PutRun(bits, 1, 0);
-    }
+    WordWriter words = Borrow(encoder.bits);
+    if (BeginsWithEmptyRuns(encoder, line))
+        words = PutLongRun(PutLongRun(words, 0, 0), 1, 0);
+    const int32_t width = encoder.width;
     const int32_t* change = encoder.coding;
     int32_t position = 0;
-    for (uint32_t colour = 0;; colour ^= 1) {
-        PutRun(bits, colour, *change - position);
-        position = *change++;
-        if (position >= encoder.width)
-            break;
+    for (; change[0] < width; change += 2) {
+        PutRuns(words, {}, 0, change[0] - position, change[1] - change[0]);
+        position = change[1];
     }
-    encoder.bits = bits;
+    if (position < width)
+        PutRun(words, 0, width - position);
+    GiveBack(words);
 }
 
 // Index of a1 and of b1 agree in their lowest bit, which is a0's colour. At a new a0 only the
 // change before b1 can have come to lie right of it, by a vertical mode to the left.
 void EncodeModeLine(CcittEncoder& encoder)
 {
-    BitWriter bits = encoder.bits;
+    WordWriter words = Borrow(encoder.bits);
     const int32_t* a = encoder.coding;    // at a1
     const int32_t* b = encoder.reference; // at b1
     const int32_t width = encoder.width;
@@ -206,27 +256,26 @@ void EncodeModeLine(CcittEncoder& encoder)
     while (a0 < width) {
         const int32_t delta = a[0] - b[0];
         if (b[1] < a[0]) {
-            PutCode(bits, passCode);
+            Put(words, passCode.bits, passCode.length);
             a0 = b[1];
             b += 2;
             continue;
         }
         if (delta >= -FARTHEST_VERTICAL && delta <= FARTHEST_VERTICAL) {
-            PutCode(bits, verticalCodes[static_cast<uint32_t>(delta + FARTHEST_VERTICAL)]);
+            const Code code = verticalCodes[static_cast<uint32_t>(delta + FARTHEST_VERTICAL)];
+            Put(words, code.bits, code.length);
             a0 = *a++;
             colour ^= 1;
             b += b > encoder.reference && b[-1] > a0 ? -1 : 1;
         } else {
-            PutCode(bits, horizontalCode);
-            PutRun(bits, colour, a[0] - a0);
-            PutRun(bits, colour ^ 1, a[1] - a[0]);
+            PutRuns(words, horizontalCode, colour, a[0] - a0, a[1] - a[0]);
             a0 = a[1];
             a += 2;
         }
         while (b[0] <= a0 && b[0] < width)
             b += 2;
     }
-    encoder.bits = bits;
+    GiveBack(words);
 }
 
 bool NextHasRuns(const CcittEncoder& encoder)

@@ -65,4 +65,64 @@ inline void EndCode(BitWriter& bits)
     bits.held = 0;
 }
 
+// The writer in registers, for the length of a line. Every code goes to memory at once, in eight
+// bytes of which the whole ones count: nothing waits for how long a code was.
+struct WordWriter {
+    BitWriter* bits; // which has the rest
+    uint64_t window;
+    uint32_t held; // below 8 where there is room
+    uint8_t* cursor;
+    const uint8_t* end; // of the room in the buffer
+};
+
+// Eight bytes fit in and leave the buffer not full.
+inline bool HasRoom(const WordWriter& words)
+{
+    return words.end - words.cursor > static_cast<ptrdiff_t>(sizeof(uint64_t));
+}
+
+// There must be room.
+inline void StoreWhole(WordWriter& words)
+{
+    const uint64_t stored = Swap64(words.window);
+    std::memcpy(words.cursor, &stored, sizeof(stored));
+    words.cursor += words.held / 8;
+    words.window <<= words.held & ~7u;
+    words.held %= 8;
+}
+
+inline WordWriter Borrow(BitWriter& bits)
+{
+    CodecContext* context = bits.context;
+    WordWriter words{&bits, bits.window, bits.held, context->codeCursor,
+                     context->codeCursor + context->codeBytesLeft};
+    if (HasRoom(words))
+        StoreWhole(words);
+    return words;
+}
+
+inline void GiveBack(const WordWriter& words)
+{
+    BitWriter& bits = *words.bits;
+    bits.context->codeCursor = words.cursor;
+    bits.context->codeBytesLeft = static_cast<uint32_t>(words.end - words.cursor);
+    bits.window = words.window;
+    bits.held = words.held;
+}
+
+// As Put, near the end of the buffer. By value, so that nothing else forces the writer to memory.
+WordWriter PutAtEdge(WordWriter words, uint64_t code, uint32_t length);
+
+// Appends the low bits of a code, 1 to 56 of them; the bits above must be zero.
+inline void Put(WordWriter& words, uint64_t code, uint32_t length)
+{
+    if (!HasRoom(words)) {
+        words = PutAtEdge(words, code, length);
+        return;
+    }
+    words.held += length;
+    words.window |= code << (64 - words.held);
+    StoreWhole(words);
+}
+
 } // namespace tiff

@@ -14,6 +14,16 @@ inline constexpr uint32_t JOINED_LENGTH_BITS = 5;
 using JoinedCode = uint32_t;
 using JoinedCodes = std::array<JoinedCode, JOINED_RUNS>;
 
+constexpr uint32_t LengthOf(JoinedCode code)
+{
+    return code & ((1u << JOINED_LENGTH_BITS) - 1);
+}
+
+constexpr uint32_t BitsOf(JoinedCode code)
+{
+    return code >> JOINED_LENGTH_BITS;
+}
+
 template <size_t SIZE>
 constexpr void PlaceCodes(std::array<Code, FIRST_MAKE_UP>& ending,
                           std::array<Code, JOINED_RUNS / FIRST_MAKE_UP>& makeUp,
