@@ -1,11 +1,12 @@
-// Strings are found through a hash of their prefix's code and last byte. Before that the byte is
-// compared with the one that followed the prefix last: in runs, which are most of a page, each
-// byte waits for one look into a small table and nothing else.
+// Bytes are followed two at a time. A string of an odd length is found through a hash of the string
+// two bytes shorter and those two; one of an even length is only ever the end of a match and is
+// found through the string one byte shorter. Codes of a stretch, what lies between two Clears, are
+// kept and packed together: finding strings and shifting bits each need all registers.
 #include "codecs/lzw_encoder.h"
 
 #include "codecs/buffers.h"
-#include "codecs/ccitt_writer.h"
 #include "codecs/predictor.h"
+#include "core/byte_order.h"
 #include "core/global_block.h"
 
 #include <algorithm>
@@ -24,97 +25,215 @@ constexpr uint32_t LEAST_WIDTH = 9;
 constexpr uint32_t KEPT_ROWS = 3; // that a stretch lives at least, however badly it compresses
 constexpr uint32_t NO_STRING = UINT32_MAX;
 
-// A slot: the prefix's code, the byte and in the low bits the string's own code; 0 is empty.
-constexpr uint32_t CODE_BITS = 12;
-constexpr uint32_t CODES = 1u << CODE_BITS;
-constexpr uint32_t SLOT_BITS = 13;
-constexpr uint32_t SLOTS = 1u << SLOT_BITS;
+// What continues a string: a byte, or two with PAIR above them, the first one lowest. A key is a
+// string's code above what continues it.
+constexpr uint32_t PAIR = 1u << 16;
+constexpr uint32_t KEY_SHIFT = 17;
+constexpr uint32_t NO_KEY = UINT32_MAX;
 
-// The byte that followed a string last, above the code of what they make together.
-constexpr uint32_t NO_FOLLOWER = UINT32_MAX;
+constexpr uint32_t CODES = 4096;
+constexpr uint32_t SLOT_BITS = 14;
+constexpr uint32_t SLOTS = 1u << SLOT_BITS;
+// Codes are given in order, so what continues them alike lies side by side: probing goes far away.
+constexpr uint32_t NEXT_SLOT = 2741;
 
 struct StringTable {
-    uint32_t slots[SLOTS];
-    uint32_t latest[CODES];
+    uint16_t slots[SLOTS]; // strings' codes; 0 is empty
+    uint32_t keys[CODES];
+    uint16_t codes[CODES]; // of the stretch, each at the code of the string that came with it
 };
 
 struct LzwEncoder {
-    BitWriter bits;
+    CodecContext* context;
     StringTable* table;
     uint32_t nextFree = FIRST_FREE;
-    uint32_t width = LEAST_WIDTH;
     uint32_t string = NO_STRING; // code of what is read and not yet coded
+    uint32_t anchor = NO_STRING; // the string, or all but its last byte where its length is even
+    uint8_t lastByte = 0;        // that one
     uint32_t stretchRows = 0;    // whole rows since the last Clear
-    uint32_t lineCodes = 0;      // put during the line in hand
+    uint32_t lineCodes = 0;      // found during the line in hand
+    uint32_t held = 0;           // bits in the window, below 8 between two calls
+    uint64_t window = 0;         // left-aligned
+    Status failed = error::None; // what the last failing flush said
 };
 
-// Counts the entry that the reader makes of it: widths grow with the codes since the Clear.
-inline void PutCode(LzwEncoder& encoder, uint32_t code)
+// Appends up to 48 bits. Eight bytes are stored and the whole ones counted: how many those are is
+// no question that a branch has to guess.
+void PutBits(LzwEncoder& encoder, uint64_t bits, uint32_t length)
 {
-    Put(encoder.bits, code, encoder.width);
-    ++encoder.nextFree;
-    ++encoder.lineCodes;
-    encoder.width += encoder.nextFree >> encoder.width;
+    CodecContext* context = encoder.context;
+    encoder.held += length;
+    encoder.window |= bits << (64 - encoder.held);
+    const uint32_t bytes = encoder.held / 8;
+    uint8_t word[sizeof(uint64_t)];
+    const uint64_t swapped = Swap64(encoder.window);
+    std::memcpy(word, &swapped, sizeof(word));
+    if (context->codeBytesLeft >= sizeof(word)) {
+        std::memcpy(context->codeCursor, word, sizeof(word));
+        context->codeCursor += bytes;
+        context->codeBytesLeft -= bytes;
+    } else if (const Status status = PutBytes(context, {word, bytes}); status != error::None) {
+        encoder.failed = status;
+    }
+    encoder.window <<= bytes * 8;
+    encoder.held %= 8;
 }
 
-inline void Restart(LzwEncoder& encoder)
+// A code is as wide as the code of the string that came with it: the reader makes the same one.
+void PutStretch(LzwEncoder& encoder, uint32_t last)
 {
-    Put(encoder.bits, CLEAR, encoder.width);
+    const uint16_t* codes = encoder.table->codes;
+    for (uint32_t at = FIRST_FREE; at < encoder.nextFree;) {
+        const auto width = static_cast<uint32_t>(std::bit_width(at));
+        const uint32_t end = std::min(encoder.nextFree, 1u << width);
+        for (; at + 4 <= end; at += 4) {
+            const uint64_t first = uint64_t{codes[at]} << width | codes[at + 1];
+            const uint64_t second = uint64_t{codes[at + 2]} << width | codes[at + 3];
+            PutBits(encoder, first << 2 * width | second, 4 * width);
+        }
+        for (; at < end; ++at)
+            PutBits(encoder, codes[at], width);
+    }
+    PutBits(encoder, last, static_cast<uint32_t>(std::bit_width(encoder.nextFree)));
+}
+
+void BeginStretch(LzwEncoder& encoder)
+{
     encoder.nextFree = FIRST_FREE;
-    encoder.width = LEAST_WIDTH;
     encoder.stretchRows = 0;
     std::memset(encoder.table->slots, 0, sizeof(encoder.table->slots));
-    std::fill_n(encoder.table->latest, CLEAR, NO_FOLLOWER);
 }
 
-// The slot that holds a key, a prefix's code and a byte, or the empty one where it belongs. At
-// most half of the slots are taken.
-inline uint32_t FindSlot(const StringTable& table, uint32_t string, uint32_t byte)
+void Restart(LzwEncoder& encoder)
 {
-    const uint32_t key = string << 8 | byte;
-    uint32_t slot = key * 0x9E3779B1u >> (32 - SLOT_BITS);
-    while (table.slots[slot] >> CODE_BITS != key && table.slots[slot] != 0)
-        slot = (slot + 1) % SLOTS;
-    return slot;
+    PutStretch(encoder, CLEAR);
+    BeginStretch(encoder);
 }
 
-void EncodeBytes(LzwEncoder& shared, std::span<const uint8_t> bytes)
+struct Place {
+    uint32_t key, slot, code;
+};
+
+// The slot of a string and what continues it, or the empty one, with code 0, where that belongs.
+inline Place Find(const StringTable& table, uint32_t string, uint32_t continuation)
 {
-    LzwEncoder encoder = shared;
+    Place place{.key = string << KEY_SHIFT | continuation,
+                .slot = (continuation * 0x9E3779B1u >> (32 - SLOT_BITS)) ^ string};
+    for (;;) {
+        place.code = table.slots[place.slot];
+        if (table.keys[place.code] == place.key || place.code == 0)
+            return place;
+        place.slot = (place.slot + NEXT_SLOT) % SLOTS;
+    }
+}
+
+inline void AddString(StringTable& table, const Place& place, uint32_t& nextFree, uint32_t code)
+{
+    table.slots[place.slot] = static_cast<uint16_t>(nextFree);
+    table.keys[nextFree] = place.key;
+    table.codes[nextFree] = static_cast<uint16_t>(code);
+    ++nextFree;
+}
+
+inline uint32_t PairAt(const uint8_t* bytes)
+{
+    return PAIR | Load16(bytes, TIFF_INTEL);
+}
+
+// Adds the string that a pair would have made longer by both bytes, or by the first of them when
+// even that was not known. Returns how many of them it has; the last begins the next string.
+inline uint32_t EndString(StringTable& table, uint32_t& string, uint32_t& nextFree, const Place& pair)
+{
+    const uint32_t first = pair.key % 256, second = pair.key / 256 % 256;
+    const Place single = Find(table, string, first);
+    const bool known = single.code != 0;
+    if (known)
+        AddString(table, pair, nextFree, single.code);
+    else
+        AddString(table, single, nextFree, string);
+    string = known ? second : first;
+    return known ? 2 : 1;
+}
+
+// Takes all bytes but the last, or as many as fill the table. A string of one byte is asked first
+// for the next byte alone: in photographs that mostly settles it.
+inline const uint8_t* TakePairs(StringTable& table, uint32_t& shared, uint32_t& nextFree, const uint8_t* next,
+                                const uint8_t* end)
+{
+    uint32_t string = shared;
+    while (end - next >= 2 && nextFree < FULL_TABLE) {
+        if (string < CLEAR) {
+            const Place single = Find(table, string, *next);
+            if (single.code == 0) {
+                AddString(table, single, nextFree, string);
+                string = *next++;
+                continue;
+            }
+        }
+        Place pair = Find(table, string, PairAt(next));
+        while (pair.code != 0) {
+            string = pair.code;
+            next += 2;
+            if (end - next < 2)
+                break;
+            pair = Find(table, string, PairAt(next));
+        }
+        if (pair.code == 0)
+            next += EndString(table, string, nextFree, pair);
+    }
+    shared = string;
+    return next;
+}
+
+// Returns what is left when the table is full.
+const uint8_t* EncodePart(LzwEncoder& encoder, const uint8_t* next, const uint8_t* end)
+{
     StringTable& table = *encoder.table;
-    auto next = bytes.begin();
-    uint32_t string = encoder.string; // what each byte waits for: not to be looked for in memory
-    if (string == NO_STRING && next != bytes.end())
+    uint32_t string = encoder.anchor, nextFree = encoder.nextFree;
+    if (encoder.string == NO_STRING) {
         string = *next++;
-    for (; next != bytes.end(); ++next) {
-        const uint32_t byte = *next;
-        uint32_t& latest = table.latest[string];
-        if (latest >> CODE_BITS == byte) {
-            string = latest % CODES;
-            continue;
+    } else if (encoder.string != string) {
+        const uint8_t bytes[] = {encoder.lastByte, *next++};
+        const Place pair = Find(table, string, PairAt(bytes));
+        if (pair.code != 0)
+            string = pair.code;
+        else
+            EndString(table, string, nextFree, pair);
+    }
+    next = TakePairs(table, string, nextFree, next, end);
+    encoder.string = string;
+    if (end - next == 1 && nextFree < FULL_TABLE) {
+        encoder.lastByte = *next;
+        const Place single = Find(table, string, *next);
+        encoder.string = single.code;
+        if (single.code == 0) {
+            AddString(table, single, nextFree, string);
+            encoder.string = string = *next;
         }
-        uint32_t& slot = table.slots[FindSlot(table, string, byte)];
-        if (slot != 0) {
-            string = slot % CODES;
-            latest = byte << CODE_BITS | string;
-            continue;
-        }
-        slot = (string << 8 | byte) << CODE_BITS | encoder.nextFree;
-        latest = byte << CODE_BITS | encoder.nextFree;
-        table.latest[encoder.nextFree] = NO_FOLLOWER;
-        PutCode(encoder, string);
-        string = byte;
+        ++next;
+    }
+    encoder.anchor = string;
+    encoder.nextFree = nextFree;
+    return next;
+}
+
+void EncodeBytes(LzwEncoder& encoder, std::span<const uint8_t> bytes)
+{
+    const uint8_t* next = bytes.data();
+    const uint8_t* const end = next + bytes.size();
+    while (next < end) {
+        const uint32_t before = encoder.nextFree;
+        next = EncodePart(encoder, next, end);
+        encoder.lineCodes += encoder.nextFree - before;
         if (encoder.nextFree == FULL_TABLE)
             Restart(encoder);
     }
-    shared = encoder;
-    shared.string = string;
 }
 
 void PutString(LzwEncoder& encoder)
 {
     if (encoder.string != NO_STRING)
-        PutCode(encoder, encoder.string);
+        encoder.table->codes[encoder.nextFree++] = static_cast<uint16_t>(encoder.string);
     encoder.string = NO_STRING;
 }
 
@@ -127,23 +246,28 @@ void FinishLine(LzwEncoder& encoder, const CodecContext* context)
     if (codeBits > uint64_t{context->bytesPerLine} * 8 && encoder.stretchRows >= KEPT_ROWS) {
         PutString(encoder);
         Restart(encoder);
-        encoder.lineCodes = 0;
     }
 }
 
 void FinishStrip(LzwEncoder& encoder)
 {
     PutString(encoder);
-    Put(encoder.bits, END_OF_INFORMATION, encoder.width);
-    EndCode(encoder.bits);
-    encoder.width = LEAST_WIDTH; // of the Clear that begins the next strip
+    PutStretch(encoder, END_OF_INFORMATION);
+    if (encoder.held > 0)
+        PutBits(encoder, 0, 8 - encoder.held);
     encoder.lineCodes = 0;
+}
+
+void BeginStrip(LzwEncoder& encoder)
+{
+    PutBits(encoder, CLEAR, LEAST_WIDTH);
+    BeginStretch(encoder);
 }
 
 Status EncodeLines(LzwEncoder& encoder, CodecContext* context)
 {
     Status status = error::None;
-    Restart(encoder);
+    BeginStrip(encoder);
     while (status == error::None) {
         if (context->compression & compression::HorizontalDifferencing)
             ApplyDifferencing(context);
@@ -154,18 +278,13 @@ Status EncodeLines(LzwEncoder& encoder, CodecContext* context)
             FinishStrip(encoder);
         else
             FinishLine(encoder, context);
-        status = encoder.bits.failed;
+        status = encoder.failed;
         if (status == error::None)
             status = FillDataBuffer(context);
         if (status == error::None && endsStrip)
-            Restart(encoder);
+            BeginStrip(encoder);
     }
     return status;
-}
-
-Status FlushToStrip(CodecContext* context)
-{
-    return FlushCodeBuffer(context);
 }
 
 } // namespace
@@ -178,7 +297,8 @@ Status EncodeLzw(CodecContext* context)
     Locked<StringTable> table(block.Get());
     if (!table)
         return error::NotEnoughMemory;
-    LzwEncoder encoder{.bits = {.context = context, .flush = FlushToStrip}, .table = table.Get()};
+    table->keys[0] = NO_KEY;
+    LzwEncoder encoder{.context = context, .table = table.Get()};
     return CodecResult(EncodeLines(encoder, context));
 }
 

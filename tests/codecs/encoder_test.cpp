@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -395,6 +396,69 @@ TEST(LzwEncoder, AFullTableIsCleared)
     codes.push_back(257);
     EXPECT_EQ(EncodeStrips({.width = 3840, .bits = 8, .compression = 0x10005}, {{line}}).code,
               LzwCode(codes));
+}
+
+// The rule, byte by byte, for one strip.
+static std::vector<uint32_t> LzwCodes(const Source& source)
+{
+    std::vector<uint32_t> codes{256};
+    std::map<std::pair<uint32_t, uint32_t>, uint32_t> strings;
+    uint32_t nextFree = 258, string = UINT32_MAX, rows = 0;
+    const auto restart = [&] {
+        codes.push_back(256);
+        strings.clear();
+        nextFree = 258;
+        rows = 0;
+    };
+    for (size_t row = 0; row < source.lines.size(); ++row) {
+        uint32_t lineCodes = 0;
+        for (const uint8_t byte : source.lines[row]) {
+            const auto known = strings.find({string, byte});
+            if (string == UINT32_MAX || known != strings.end()) {
+                string = string == UINT32_MAX ? byte : known->second;
+                continue;
+            }
+            strings[{string, byte}] = nextFree++;
+            codes.push_back(string);
+            string = byte;
+            ++lineCodes;
+            if (nextFree == 4095)
+                restart();
+        }
+        const size_t bits = size_t{lineCodes} * static_cast<size_t>(std::bit_width(nextFree));
+        if (++rows < 3 || bits <= source.lines[row].size() * 8 || row + 1 == source.lines.size())
+            continue;
+        codes.push_back(string);
+        string = UINT32_MAX;
+        restart();
+    }
+    codes.insert(codes.end(), {string, 257});
+    return codes;
+}
+
+TEST(LzwEncoder, CodesStandForTheLongestStringsKnown)
+{
+    for (const size_t length : {1, 2, 3, 7, 310, 1001, 9000})
+        for (const uint32_t kinds : {1, 2, 3, 12, 256}) {
+            SCOPED_TRACE(testing::Message() << length << " bytes of " << kinds << " kinds");
+            Source source;
+            for (uint32_t random = 1; source.lines.size() < 40;) {
+                Bytes line;
+                while (line.size() < length) {
+                    random = random * 1664525 + 1013904223;
+                    const uint32_t run = (random >> 16 & 7) == 0 ? 1 + (random >> 24) : 1;
+                    line.insert(line.end(), run, static_cast<uint8_t>((random >> 8 & 0xFF) % kinds));
+                }
+                line.resize(length);
+                source.lines.push_back(line);
+            }
+            const Strips strips = {.width = static_cast<uint32_t>(length),
+                                   .bits = 8,
+                                   .rows = 40,
+                                   .rowsPerStrip = 40,
+                                   .compression = 0x10005};
+            EXPECT_TRUE(EncodeStrips(strips, source).code == LzwCode(LzwCodes(source)));
+        }
 }
 
 TEST(LzwEncoder, SamplesBecomeDifferencesInTheFilesOrder)
