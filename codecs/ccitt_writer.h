@@ -1,4 +1,4 @@
-// The bit writer of the CCITT and LZW encoders. Bits gather in a 64-bit window that goes to the
+// The bit writer of the CCITT encoders. Bits gather in a 64-bit window that goes to the
 // code buffer 32 at a time. Copy the writer into a local for the length of a line and back:
 // the window then stays in registers.
 #pragma once
