@@ -317,12 +317,21 @@ bool IsWhite(const RunList& list, int32_t width)
     return list.ends[0] == width;
 }
 
+// Fresh memory that is read before it is written to has to be fetched from the system twice.
+void TouchRow(uint8_t* row, uint32_t bytes)
+{
+    static_cast<volatile uint8_t*>(row)[0] = 0;
+    static_cast<volatile uint8_t*>(row)[bytes - 1] = 0;
+}
+
 // A white line leaves its row as it came from the system: such memory is not even there yet.
 Status PutLine(const CcittDecoder& decoder, CodecContext* context)
 {
     if (uint8_t* row = FreshRow(context, PAINT_MARGIN)) {
-        if (!IsWhite(decoder.coding, decoder.width))
+        if (!IsWhite(decoder.coding, decoder.width)) {
+            TouchRow(row, context->bytesPerLine);
             PaintRuns(decoder.coding, row);
+        }
         return CountLine(context);
     }
     std::memset(context->lineBuffer, 0, context->bytesPerLine);
