@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 
 namespace tiff {
 

@@ -35,12 +35,12 @@ private:
     bool whole;
 };
 
-// Rewrites an opened file without the pages of a range; without any page the file is deleted. The
-// error is set when it fails; stranded tells whether the old file is gone all the same.
 struct Deletion {
-    Status status;
-    bool stranded;
+    Status status; // the error is set when it failed
+    bool stranded; // and the old file is gone all the same
 };
+
+// Rewrites an opened file without the pages of a range; without any page the file is deleted.
 [[nodiscard]] Deletion DeletePages(const char* path, const OpenedTiff& file, PageRange range);
 
 // Sets the error unless the status is success; an exported function's result.

@@ -82,7 +82,6 @@ class RewritingAFile : public Editing {};
 TEST_P(RewritingAFile, KeepsTheOldOneUntilTheNewOneIsWhole)
 {
     const auto& [row, edit, order] = GetParam();
-    const Order old = {0, 1, 2, 3};
     standin::FailEach(CALLS, [&](unsigned n) {
         standin::StopFailing();
         TempFile file(Original());
