@@ -79,8 +79,8 @@ Status Split(const char* source, const char* destination, int32_t firstPage, Tif
              uint64_t user)
 {
     const OpenedTiff from(source, T_READ);
-    if (const Status status = CheckWhole(from); status != error::None)
-        return status;
+    if (!from)
+        return TiffError();
     if (from.PageCount() < 2 || firstPage < 0 || static_cast<uint32_t>(firstPage) > from.PageCount())
         return Fail(error::IndexOutOfRange);
     const auto first = static_cast<uint32_t>(firstPage);
@@ -88,6 +88,8 @@ Status Split(const char* source, const char* destination, int32_t firstPage, Tif
         return MoveFileA(source, destination) ? error::None : Fail(error::InputOutput);
     if (first == from.PageCount())
         return error::None;
+    if (const Status status = CheckWhole(from); status != error::None)
+        return status;
     return MovePages(source, from, destination, first, {callback, user, from.PageCount() - first});
 }
 

@@ -412,6 +412,17 @@ TEST(MovingPages, SplitMovesTheEndOfAFile)
     EXPECT_EQ(SplitTiffFile(source.Path(), moved.Path(), 0, nullptr, 0), 1);
     EXPECT_EQ(ReadFileBytes(moved.Path()), pages);
     EXPECT_FALSE(Exists(source.Path()));
+
+    // Of a file whose chain breaks nothing is taken, but it moves as a whole.
+    Bytes broken = pages;
+    broken.resize(broken.size() - 60);
+    TempFile damaged(broken);
+    NewFile whole;
+    EXPECT_EQ(SplitTiffFile(damaged.Path(), whole.Path(), 1, nullptr, 0), 0);
+    EXPECT_EQ(TiffError(), 6u);
+    EXPECT_EQ(ReadFileBytes(damaged.Path()), broken);
+    EXPECT_EQ(SplitTiffFile(damaged.Path(), whole.Path(), 0, nullptr, 0), 1);
+    EXPECT_EQ(ReadFileBytes(whole.Path()), broken);
 }
 
 TEST(MovingPages, CutMovesTheBeginningIntoSinglePages)
