@@ -31,11 +31,11 @@ void BeginLine(CodecContext* context);
 // Hands a line over that need not be in the line buffer.
 [[nodiscard]] Status HandOverLine(CodecContext* context, uint8_t* line);
 
-// The row that the line in hand belongs to, zeros so far, or null when there is none that also has
-// so many bytes behind the line that a codec may write back as they are.
-inline uint8_t* FreshRow(const CodecContext* context, uint32_t margin)
+// The row that the line in hand belongs to, or null when there is none that also has so many bytes
+// behind the line that a codec may write back as they are.
+inline uint8_t* RowInPlace(const CodecContext* context, uint32_t margin)
 {
-    const FreshRows* rows = context->freshRows;
+    const RowsInPlace* rows = context->rowsInPlace;
     if (!rows)
         return nullptr;
     uint8_t* row = rows->first + int64_t{context->row} * rows->step;

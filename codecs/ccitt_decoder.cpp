@@ -7,6 +7,7 @@
 #include "codecs/ccitt_tables.h"
 #include "codecs/mmr_records.h"
 #include "codecs/runs.h"
+#include "core/copy_row.h"
 #include "core/global_block.h"
 
 #include <algorithm>
@@ -269,7 +270,7 @@ Met DecodeModeLine(CcittDecoder& decoder)
     }
     ModeLine line{.reference = {decoder.reference.ends, decoder.reference.count}};
     while (line.change < decoder.width) {
-        if (decoder.fastLoops && decoder.reference.ordered) {
+        if (decoder.fastLoops && decoder.reference.ordered && decoder.coding.ordered) {
             DecodeModesFast(decoder, line);
             if (line.change >= decoder.width)
                 break;
@@ -324,16 +325,26 @@ void TouchRow(uint8_t* row, uint32_t bytes)
     static_cast<volatile uint8_t*>(row)[bytes - 1] = 0;
 }
 
-// A white line leaves its row as it came from the system: such memory is not even there yet.
+// A white line leaves a row of zeros as it came from the system: such memory is not even there yet.
+Status PaintInPlace(const CcittDecoder& decoder, CodecContext* context, uint8_t* row)
+{
+    const RowsInPlace& rows = *context->rowsInPlace;
+    const bool white = IsWhite(decoder.coding, decoder.width);
+    if (!rows.zeros) {
+        AskForRow(row + rows.step, context->bytesPerLine);
+        std::memset(row, 0, context->bytesPerLine);
+    } else if (!white) {
+        TouchRow(row, context->bytesPerLine);
+    }
+    if (!white)
+        PaintRuns(decoder.coding, row);
+    return CountLine(context);
+}
+
 Status PutLine(const CcittDecoder& decoder, CodecContext* context)
 {
-    if (uint8_t* row = FreshRow(context, PAINT_MARGIN)) {
-        if (!IsWhite(decoder.coding, decoder.width)) {
-            TouchRow(row, context->bytesPerLine);
-            PaintRuns(decoder.coding, row);
-        }
-        return CountLine(context);
-    }
+    if (uint8_t* row = RowInPlace(context, PAINT_MARGIN))
+        return PaintInPlace(decoder, context, row);
     std::memset(context->lineBuffer, 0, context->bytesPerLine);
     PaintRuns(decoder.coding, context->lineBuffer);
     return FlushDataBuffer(context);
@@ -399,7 +410,7 @@ Status DecodeRows(CodecContext* context, const Framing& framing, bool fastLoops)
         .coding = MakeRunList(ends.Get(), room),
         .reference = MakeRunList(ends.Get() + RoomOfList(room), room),
         .width = context->lineFormat.biWidth,
-        .fastLoops = fastLoops && context->lineFormat.biWidth <= WIDEST_FAST_LINE,
+        .fastLoops = fastLoops && context->lineFormat.biWidth <= WIDEST_FAST_LINE && room > Width(context),
     };
     return CodecResult(DecodeLines(decoder, context));
 }

@@ -68,7 +68,6 @@ struct ModeLoop {
     int32_t passedTo;
     const int32_t* const lastB; // only the parity matters behind it
     const int32_t* const firstColumn;
-    const int32_t* const fullColumns; // the list may not have room behind it
     const int32_t width;
 };
 
@@ -82,10 +81,13 @@ void WrapBehindList(ModeLoop& loop)
 bool PlaceRest(ModeLoop& loop, const ModeGroup& group, uint32_t lane)
 {
     ModePlaces places = loop.places;
+    const int32_t passedTo = places.b[-1];
     const uint32_t done = PlaceSingly(group, lane, places, loop.width);
     loop.places = places;
     if (done != 0)
         loop.passedTo = places.columns[-1];
+    else if (group.passed != 0)
+        loop.passedTo = passedTo;
     if (done == group.count && places.columns[-1] < loop.width) {
         Skip(loop.bits, group.bits);
         return true;
@@ -94,14 +96,12 @@ bool PlaceRest(ModeLoop& loop, const ModeGroup& group, uint32_t lane)
     return false;
 }
 
+// The group's passes and vertical modes. False as in PlaceRest.
 bool PlaceGroup(ModeLoop& loop, const ModeGroup& group)
 {
     ModePlaces& places = loop.places;
     places.b += group.passed;
-    WrapBehindList(loop);
     const uint32_t outside = PlaceColumns(places.b, group.deltas, places.columns[-1], places.columns);
-    if (group.passed != 0)
-        loop.passedTo = places.b[-1];
     if ((outside & group.flags) != 0)
         return PlaceRest(loop, group, static_cast<uint32_t>(std::countr_zero(outside)));
     places.columns += group.count;
@@ -110,7 +110,7 @@ bool PlaceGroup(ModeLoop& loop, const ModeGroup& group)
     return true;
 }
 
-// The runs of a horizontal mode. As PlaceGroup.
+// The runs of a horizontal mode.
 bool PlaceRuns(ModeLoop& loop)
 {
     ModePlaces& places = loop.places;
@@ -133,10 +133,21 @@ bool PlaceRuns(ModeLoop& loop)
     places.columns += 2;
     if (a2 == loop.width)
         return false;
+    places.b += 2 * int{*places.b <= a2}; // often, and hard to foretell
     while (*places.b <= a2)
         places.b += 2;
-    WrapBehindList(loop);
     return true;
+}
+
+// Where a group does not just end with a vertical mode.
+bool PlaceEnding(ModeLoop& loop, uint32_t ending)
+{
+    if ((ending & NO_GROUP) != 0)
+        return false;
+    WrapBehindList(loop);
+    const int32_t passed = 0 - static_cast<int32_t>(ending / PASS_BEFORE & 1); // no branch
+    loop.passedTo = std::max(loop.passedTo, loop.places.b[-1] & passed);
+    return (ending & HORIZONTAL) == 0 || PlaceRuns(loop);
 }
 
 // The last run may be white. What follows it may look like a black run.
@@ -159,9 +170,8 @@ void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
         .bits = Borrow(decoder.bits),
         .places = {reference.ends + reference.index, coding.ends + coding.count},
         .passedTo = line.a0,
-        .lastB = reference.ends + reference.count + END_SENTINELS - 2,
+        .lastB = reference.ends + reference.count + LAST_B1,
         .firstColumn = coding.ends,
-        .fullColumns = coding.ends + coding.room - (GROUP_CODES + 2), // a group and two runs
         .width = decoder.width,
     };
     // Empty runs may have left a0 elsewhere. The careful coder goes on then.
@@ -169,18 +179,27 @@ void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
     if (line.a0 != last && (line.a0 < last || line.a0 > std::max(loop.places.b[-1], 0)))
         return;
     const uint64_t start = PositionOf(loop.bits);
-    while (loop.places.columns <= loop.fullColumns) {
-        if (loop.bits.held < GROUP_BITS) {
+    // How many groups are left is foretold well, how many bits is not.
+    constexpr uint32_t GROUPS_HELD = LEAST_FILLED_BITS / GROUP_BITS;
+    uint32_t left = 0;
+    for (;;) {
+        if (left == 0) {
             if (!CanFill(loop.bits))
                 break;
             Fill(loop.bits);
+            left = GROUPS_HELD;
         }
+        --left;
         const ModeGroup& group = modeGroups[loop.bits.window >> (64 - GROUP_BITS)];
-        if (group.bits == 0 || !PlaceGroup(loop, group))
+        if (!PlaceGroup(loop, group))
             break;
-        if ((group.flags & HORIZONTAL) != 0 && !PlaceRuns(loop))
-            break;
+        if ((group.flags & ENDINGS) != 0) {
+            if (!PlaceEnding(loop, group.flags))
+                break;
+            left = 0;
+        }
     }
+    WrapBehindList(loop);
     GiveBack(loop.bits, decoder.bits);
     decoder.decodedAny |= PositionOf(loop.bits) != start;
     decoder.coding.count = static_cast<uint32_t>(loop.places.columns - coding.ends);

@@ -42,7 +42,7 @@ struct ReferencePoint {
     void Advance(uint32_t steps)
     {
         index += steps;
-        const uint32_t last = count + END_SENTINELS - 2;
+        const uint32_t last = count + LAST_B1;
         if (index > last)
             index = last - ((index - last) & 1);
     }

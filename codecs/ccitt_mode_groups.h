@@ -8,16 +8,21 @@ namespace tiff::ccitt {
 
 inline constexpr uint32_t GROUP_CODES = 4;
 inline constexpr uint32_t GROUP_BITS = 11;
+
+// What a group ends with, other than a vertical mode.
 inline constexpr uint8_t HORIZONTAL = 0x80;
+inline constexpr uint8_t PASS_BEFORE = 0x40; // a pass is the last mode that was no horizontal one
+inline constexpr uint8_t NO_GROUP = 0x20;
+inline constexpr uint8_t ENDINGS = HORIZONTAL | PASS_BEFORE | NO_GROUP;
 
 // What the next bits begin with: passes, then up to four vertical modes, then the prefix of a
-// horizontal one. No bits at all: something that the table cannot tell, or no code of a line.
+// horizontal one. Or NO_GROUP and no bits: something that the table cannot tell, or no code of a line.
 struct ModeGroup {
     int8_t deltas[GROUP_CODES];
     uint8_t count;  // of vertical modes
     uint8_t passed; // changes of the reference line
     uint8_t bits;   // of all of it
-    uint8_t flags;  // a bit for each vertical mode, and HORIZONTAL
+    uint8_t flags;  // a bit for each vertical mode, and ENDINGS
 };
 static_assert(sizeof(ModeGroup) == 8);
 
@@ -64,6 +69,10 @@ constexpr ModeGroup GroupOf(uint32_t index)
             ++group.count;
         }
     }
+    if (group.passed != 0 && group.count == 0)
+        group.flags |= PASS_BEFORE;
+    if (group.bits == 0)
+        group.flags |= NO_GROUP;
     return group;
 }
 

@@ -15,6 +15,7 @@ struct Reservoir {
 };
 
 inline constexpr uint32_t FILL_BYTES = 8;
+inline constexpr uint32_t LEAST_FILLED_BITS = 56;
 
 inline Reservoir Borrow(const BitReader& bits)
 {
@@ -40,7 +41,7 @@ inline bool CanFill(const Reservoir& bits)
     return bits.end - bits.cursor >= FILL_BYTES;
 }
 
-// Holds 56 bits or more. The part of the last byte that is not counted yet comes again with the
+// Holds LEAST_FILLED_BITS or more. The part of the last byte that is not counted yet comes again with the
 // next fill, at the same place of the window.
 inline void Fill(Reservoir& bits)
 {
@@ -48,7 +49,7 @@ inline void Fill(Reservoir& bits)
     std::memcpy(&bytes, bits.cursor, FILL_BYTES);
     bits.window |= Swap64(bytes) >> bits.held;
     bits.cursor += (63 - bits.held) / 8;
-    bits.held |= 56;
+    bits.held |= LEAST_FILLED_BITS;
 }
 
 inline void Skip(Reservoir& bits, uint32_t count)

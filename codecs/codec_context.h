@@ -7,12 +7,13 @@
 
 #include <cstddef>
 
-// The zero-filled rows of a picture that nobody has seen yet. A codec may put a line right where
-// its row is and hand over none.
-struct FreshRows {
+// The rows of a picture. A codec may put a line right where its row is and hand over none.
+struct RowsInPlace {
     uint8_t* first; // row 0
     int64_t step;   // bytes from one row to the next; below 0 for pictures stored bottom up
-    uint8_t* end;   // of the picture's memory
+    uint32_t count;
+    bool zeros;     // nobody has seen the rows yet, and they are zeros
+    uint8_t* end;   // of the last of the rows decoded, as they lie in memory
 };
 
 namespace tiff {

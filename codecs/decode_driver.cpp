@@ -72,6 +72,19 @@ Status PrepareContext(CodecContext* context, HGLOBAL file, uint32_t page, uint32
     }
 }
 
+// Lines may be read where they lie, and put where they belong, if line and routine agree on how long
+// they are. Of the rows' memory nothing is touched that the routine would not have written to.
+void ChooseShortWays(CodecContext* context, const LineTarget& target, RowsInPlace& rows)
+{
+    context->readsLines = target.bytesRead != 0 && target.bytesRead <= context->bytesPerLine;
+    if (!target.rows || target.bytesRead != context->bytesPerLine || Rows(context) > target.rows->count)
+        return;
+    rows = *target.rows;
+    const uint32_t highest = rows.step > 0 ? Rows(context) - 1 : context->row;
+    rows.end = rows.first + int64_t{highest} * rows.step + context->bytesPerLine;
+    context->rowsInPlace = &rows;
+}
+
 Status RunDecoder(CodecContext* context, HGLOBAL file)
 {
     Locked<TiffFileRecord> record(file);
@@ -113,10 +126,10 @@ int32_t DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t ro
     const ContextBlocks blocks(&context);
     context.userData = target.userData;
     context.lineCallback = target.routine;
-    context.readsLines = target.readsLines;
-    context.freshRows = target.freshRows;
     Status status = PrepareContext(&context, file, page, firstStrip, rowCount);
     const bool hasRows = context.row < Rows(&context);
+    RowsInPlace rows;
+    ChooseShortWays(&context, target, rows);
     if (status == error::None && hasRows)
         status = RunDecoder(&context, file);
     StoreLastError(status);
@@ -124,11 +137,3 @@ int32_t DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t ro
 }
 
 } // namespace tiff
-
-using namespace tiff;
-
-extern "C" int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
-                                   void* userData, TiffLineCallback lineCallback) noexcept
-{
-    return DecodePage(file, page, firstStrip, rowCount, {lineCallback, userData, false});
-}

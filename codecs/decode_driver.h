@@ -13,8 +13,8 @@ namespace tiff {
 struct LineTarget {
     TiffLineCallback routine;
     void* userData;
-    bool readsLines; // as in the codec context
-    const FreshRows* freshRows = nullptr;
+    uint32_t bytesRead = 0;            // of a line, by a routine that leaves lines as they are
+    const RowsInPlace* rows = nullptr; // that the routine does nothing but copy these bytes to
 };
 
 // As DecodeTiffImage.

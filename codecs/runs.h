@@ -19,8 +19,10 @@ struct RunList {
 };
 
 // Entries of the width that stand behind every finished list, so that looking for b1 and b2
-// needs no test for the end.
-inline constexpr uint32_t END_SENTINELS = 4;
+// needs no test for the end. Only the parity of b1 matters there: it is taken back to the second of
+// them, and looks at most two passes, a neighbour and b2 farther before.
+inline constexpr uint32_t END_SENTINELS = 8;
+inline constexpr uint32_t LAST_B1 = 2;
 
 // Before a list stand columns that everything lies right of. Together with what may be read,
 // but never counts, behind the sentinels it lets four entries be compared with their neighbours

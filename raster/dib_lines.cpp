@@ -4,8 +4,6 @@
 #include "core/vocabulary.h"
 #include "raster/colour.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <cstring>
 
@@ -19,12 +17,14 @@ static uint8_t* DibRow(const TiffDecodeLineContext* context, uint32_t row)
     return context->pixelBits + size_t{dibRow} * context->strideOrColourUse;
 }
 
-FreshRows FreshDibRows(const TiffDecodeLineContext& context)
+RowsInPlace DibRows(const TiffDecodeLineContext& context, bool zeros)
 {
     const int64_t stride = context.strideOrColourUse;
     return {.first = DibRow(&context, 0),
             .step = context.orientation == ORIENTATION_BOTTOM_LEFT ? stride : -stride,
-            .end = context.pixelBits + static_cast<size_t>(stride) * context.height};
+            .count = context.height,
+            .zeros = zeros,
+            .end = nullptr};
 }
 
 // Pixels that both the row and the DIB have room for, the last one counted when it has begun.
@@ -32,15 +32,6 @@ static uint32_t PixelsOf(const TiffDecodeLineContext* context, uint32_t bytesPer
 {
     const uint32_t begun = (context->lineBytes + bytesPerPixel - 1) / bytesPerPixel;
     return std::min(begun, context->strideOrColourUse / 3);
-}
-
-// A picture is gone through from its last row to the first, against the way that the processor
-// looks ahead. So the row to come is asked for; an address outside the picture does no harm.
-static void AskForRow(const uint8_t* row, uint32_t bytes)
-{
-    constexpr uint32_t CACHE_LINE = 64;
-    for (uint32_t at = 0; at < bytes; at += CACHE_LINE)
-        _mm_prefetch(reinterpret_cast<const char*>(row + at), _MM_HINT_T0);
 }
 
 static const TiffDecodeLineContext* ContextOf(void* context)

@@ -6,8 +6,8 @@
 
 namespace tiff {
 
-// The rows that DllFlushTiffLineDIB copies lines to, for a DIB whose rows are still zeros.
-FreshRows FreshDibRows(const TiffDecodeLineContext& context);
+// The rows that DllFlushTiffLineDIB copies lines to.
+RowsInPlace DibRows(const TiffDecodeLineContext& context, bool zeros);
 
 // As DllFlushTiffLine24DIB, but the line stays as it is.
 intptr_t FlushSwappedLine(void* line, uint32_t row, void* context);

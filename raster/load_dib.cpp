@@ -23,7 +23,7 @@ constexpr uint32_t TWELVE_BIT_SAMPLES = 4096; // grey levels below this are redu
 struct DibPlan {
     BITMAPINFOHEADER header;
     TiffLineCallback routine = nullptr;
-    bool readsLines = false; // the routine, and no further than they reach
+    bool readsLines = false; // the routine, and leaves them as they are
     uint32_t lineBytes = 0;
     uint32_t sampleShift = 0;
     uint32_t orientation = 1;
@@ -117,9 +117,10 @@ Status DecodeRows(HGLOBAL file, uint32_t page, GlobalBlock& block, const DibPlan
         static_cast<uint32_t>(DibStride(static_cast<uint32_t>(plan.header.biWidth), plan.header.biBitCount));
     context.sampleShift = plan.sampleShift;
     context.orientation = plan.orientation;
-    const FreshRows rows = FreshDibRows(context);
-    const bool copiesBits = plan.routine == DllFlushTiffLineDIB && plan.header.biBitCount == 1;
-    DecodePage(file, page, 0, 0, {plan.routine, &context, plan.readsLines, copiesBits ? &rows : nullptr});
+    const RowsInPlace rows = DibRows(context, true);
+    const bool copies = plan.routine == DllFlushTiffLineDIB;
+    DecodePage(file, page, 0, 0,
+               {plan.routine, &context, plan.readsLines ? plan.lineBytes : 0, copies ? &rows : nullptr});
     return TiffError();
 }
 

@@ -74,7 +74,7 @@ typedef struct CodecContext {
     uint32_t readsLines;
 
     /* Rows that only the library knows of; null for applications. */
-    const struct FreshRows* freshRows;
+    const struct RowsInPlace* rowsInPlace;
 } CodecContext;
 
 /* Prepares a context for decoding: allocates the buffers, then positions on the current strip

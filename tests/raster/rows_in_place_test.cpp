@@ -1,5 +1,5 @@
-// The loader's rows, painted where the DIB keeps them, against those that the exported line routine
-// copies there.
+// Rows that are painted where a DIB keeps them, the loader's and those of the exported line routine,
+// against those that a routine of the application's own copies there.
 #include "core/stream.h"
 #include "support/leaks.h"
 #include "support/pictures.h"
@@ -52,16 +52,23 @@ Pixels Load(HGLOBAL file)
     return pixels;
 }
 
-Pixels CopyLines(HGLOBAL file, uint32_t width, uint32_t orientation)
+intptr_t CopyLine(void* line, uint32_t row, void* target)
+{
+    return DllFlushTiffLineDIB(line, row, target);
+}
+
+// Into memory that ends with the highest row's last pixel.
+Pixels DecodeLines(HGLOBAL file, uint32_t width, uint32_t orientation, uint8_t before,
+                   TiffLineCallback routine)
 {
     const uint32_t stride = (width + 31) / 32 * 4;
-    Bytes rows(size_t{stride} * ROWS);
+    Bytes rows(size_t{stride} * (ROWS - 1) + (width + 7) / 8, before);
     TiffDecodeLineContext target{.pixelBits = rows.data(),
                                  .height = ROWS,
                                  .lineBytes = (width + 7) / 8,
                                  .strideOrColourUse = stride,
                                  .orientation = orientation};
-    DecodeTiffImage(file, 0, 0, 0, &target, DllFlushTiffLineDIB);
+    DecodeTiffImage(file, 0, 0, 0, &target, routine);
     return {TiffError(), rows};
 }
 
@@ -82,7 +89,7 @@ TiffPage DrawPage(uint32_t compression, uint32_t width, Damage damage, std::mt19
 
 } // namespace
 
-TEST(FreshRows, ShowWhatIsHandedOverLineByLine)
+TEST(RowsInPlace, ShowWhatIsHandedOverLineByLine)
 {
     NoLeaks leaks;
     std::mt19937 random(1);
@@ -96,10 +103,17 @@ TEST(FreshRows, ShowWhatIsHandedOverLineByLine)
                 const uint32_t orientation = width % 2 ? 1 : 4;
                 page.Short(274, {orientation}).Short(259, {compression & 0xFFFF});
                 const MemoryTiff tiff(OnePage(page.Long(292, {compression >> 16})));
-                const Pixels loaded = Load(tiff.file), copied = CopyLines(tiff.file, width, orientation);
+                const auto decode = [&](uint8_t before, TiffLineCallback routine) {
+                    return DecodeLines(tiff.file, width, orientation, before, routine);
+                };
+                const Pixels painted = decode(0x5A, DllFlushTiffLineDIB), copied = decode(0x5A, CopyLine);
+                EXPECT_EQ(painted.error, copied.error);
+                EXPECT_EQ(painted.bytes, copied.bytes);
+                Pixels loaded = Load(tiff.file);
                 EXPECT_EQ(loaded.error, copied.error);
                 if (damage == Damage::None || !loaded.bytes.empty()) {
-                    EXPECT_EQ(loaded.bytes, copied.bytes);
+                    loaded.bytes.resize(copied.bytes.size());
+                    EXPECT_EQ(loaded.bytes, decode(0, CopyLine).bytes);
                 }
             }
 }
