@@ -32,16 +32,15 @@ struct TwoRuns {
 // Two runs take at most 45 bits: a white one 20, a black one 25.
 constexpr uint32_t TWO_RUNS_BITS = 45;
 
-// The bits of a pair must be held.
-TwoRuns TakeTwoRuns(Reservoir& bits, uint32_t colour)
+// The bits of a pair must be held. Where they do not tell two runs, they may be gone afterwards.
+TwoRuns TakeTwoRuns(Reservoir& bits, uint32_t colour, uint32_t& pairsHeld)
 {
     const uint32_t pair = runPairs[colour][bits.window >> (64 - PAIR_INDEX_BITS)];
     if (pair == 0) {
-        if (bits.held < TWO_RUNS_BITS) {
-            if (!CanFill(bits))
-                return {-1, -1};
-            Fill(bits);
-        }
+        if (!CanFill(bits))
+            return {-1, -1};
+        Fill(bits);
+        pairsHeld = 0;
         const int32_t first = TakeRun(bits, colour);
         return {first, TakeRun(bits, colour ^ 1)};
     }
@@ -121,7 +120,8 @@ bool PlaceRuns(ModeLoop& loop)
     }
     Fill(loop.bits);
     const auto colour = static_cast<uint32_t>(places.columns - loop.firstColumn) & 1;
-    const auto [first, second] = TakeTwoRuns(loop.bits, colour);
+    uint32_t pairsHeld = 1;
+    const auto [first, second] = TakeTwoRuns(loop.bits, colour, pairsHeld);
     const int32_t last = places.columns[-1];
     const int32_t a1 = std::max(last, loop.passedTo) + first, a2 = std::min(a1 + second, loop.width);
     if ((first | second) < 0 || a1 <= last || a2 <= a1) {
@@ -179,7 +179,7 @@ void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
     if (line.a0 != last && (line.a0 < last || line.a0 > std::max(loop.places.b[-1], 0)))
         return;
     const uint64_t start = PositionOf(loop.bits);
-    // How many groups are left is foretold well, how many bits is not.
+    // That so many groups are done is foretold well by the processor, that so few bits are left is not.
     constexpr uint32_t GROUPS_HELD = LEAST_FILLED_BITS / GROUP_BITS;
     uint32_t left = 0;
     for (;;) {
@@ -215,16 +215,19 @@ void DecodeRunsFast(CcittDecoder& decoder, int64_t& position)
     const int32_t width = decoder.width;
     int32_t* columns = coding.ends + coding.count;
     const int32_t* const started = columns;
-    const int32_t* const fullColumns = coding.ends + coding.room - 2;
+    constexpr uint32_t PAIRS_HELD = LEAST_FILLED_BITS / PAIR_INDEX_BITS;
+    uint32_t left = 0;
     auto column = static_cast<int32_t>(position);
-    while (column < width && columns <= fullColumns) {
+    while (column < width) {
         const Reservoir before = bits;
-        if (bits.held < PAIR_INDEX_BITS) {
+        if (left == 0) {
             if (!CanFill(bits))
                 break;
             Fill(bits);
+            left = PAIRS_HELD;
         }
-        const auto [white, black] = TakeTwoRuns(bits, 0);
+        --left;
+        const auto [white, black] = TakeTwoRuns(bits, 0, left);
         const int32_t start = column + white, end = start + black;
         if ((white | black) < 0 || start <= columns[-1] || end <= start || end > width) {
             if (EndsInWhite(before, width - column, bits))
