@@ -19,7 +19,7 @@ struct DirectoryWindow {
     std::array<uint8_t, 32768> bytes; // left as they are until they are read
 };
 
-inline constexpr uint32_t WINDOW_BYTES = 4096;
+inline constexpr uint32_t WINDOW_BYTES = 2048;
 
 inline constexpr uint32_t ENTRY_BYTES = 12;
 
