@@ -151,14 +151,25 @@ bool IsWhite(const uint8_t* bytes)
     return (words[0] | words[1] | words[2] | words[3]) == 0;
 }
 
-// Stores a column for each bit, the highest first.
+constexpr uint64_t Reversed(uint64_t bits)
+{
+    bits = (bits >> 1 & 0x5555555555555555) | (bits & 0x5555555555555555) << 1;
+    bits = (bits >> 2 & 0x3333333333333333) | (bits & 0x3333333333333333) << 2;
+    bits = (bits >> 4 & 0x0F0F0F0F0F0F0F0F) | (bits & 0x0F0F0F0F0F0F0F0F) << 4;
+    return Swap64(bits);
+}
+
+// Stores a column for each bit, the highest first. Every processor finds the lowest bit quickly, but
+// not every one the highest.
 int32_t* StoreColumns(uint64_t bits, int32_t column, int32_t* changes)
 {
-    while (bits != 0) {
-        const int32_t bit = std::countl_zero(bits);
-        *changes++ = column + bit;
-        bits ^= UINT64_C(1) << 63 >> bit;
-    }
+    if (bits == 0)
+        return changes;
+    bits = Reversed(bits);
+    do {
+        *changes++ = column + std::countr_zero(bits);
+        bits &= bits - 1;
+    } while (bits != 0);
     return changes;
 }
 
