@@ -101,7 +101,7 @@ bool PlaceGroup(ModeLoop& loop, const ModeGroup& group)
     ModePlaces& places = loop.places;
     places.b += group.passed;
     const uint32_t outside = PlaceColumns(places.b, group.deltas, places.columns[-1], places.columns);
-    if ((outside & group.flags) != 0)
+    if ((outside & group.flags) != 0) [[unlikely]]
         return PlaceRest(loop, group, static_cast<uint32_t>(std::countr_zero(outside)));
     places.columns += group.count;
     places.b += group.count;
@@ -183,7 +183,7 @@ void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
     constexpr uint32_t GROUPS_HELD = LEAST_FILLED_BITS / GROUP_BITS;
     uint32_t left = 0;
     for (;;) {
-        if (left == 0) {
+        if (left == 0) [[unlikely]] {
             if (!CanFill(loop.bits))
                 break;
             Fill(loop.bits);
@@ -191,7 +191,7 @@ void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
         }
         --left;
         const ModeGroup& group = modeGroups[loop.bits.window >> (64 - GROUP_BITS)];
-        if (!PlaceGroup(loop, group))
+        if (!PlaceGroup(loop, group)) [[unlikely]]
             break;
         if ((group.flags & ENDINGS) != 0) {
             if (!PlaceEnding(loop, group.flags))
@@ -220,7 +220,7 @@ void DecodeRunsFast(CcittDecoder& decoder, int64_t& position)
     auto column = static_cast<int32_t>(position);
     while (column < width) {
         const Reservoir before = bits;
-        if (left == 0) {
+        if (left == 0) [[unlikely]] {
             if (!CanFill(bits))
                 break;
             Fill(bits);
