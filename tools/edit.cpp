@@ -45,6 +45,38 @@ bool IsNumber(const char* text, int32_t& number)
     return *text != '\0' && *end == '\0' && value >= INT32_MIN && value <= INT32_MAX;
 }
 
+uint16_t ByteOrder(HGLOBAL file)
+{
+    TiffFileInformation facts{};
+    GetTiffFileInfo(file, &facts);
+    return facts.byteOrder;
+}
+
+// The target stays open: looking for its end anew for each file would take ever longer.
+int AppendPages(HGLOBAL target, const char* path)
+{
+    constexpr uint32_t MIXED_BYTE_ORDERS = 35;
+    const uint32_t pages = CountPages(path);
+    if (pages == 0) {
+        return FAILED;
+    }
+    const OpenFile source(OpenTiffFile(path, T_READ));
+    if (!source.handle) {
+        return ReportError(path, TiffError());
+    }
+    const bool isNew = NumberOfTiffImages(target, TIFF_ALL_PAGES) == 0;
+    if (!isNew && ByteOrder(source.handle) != ByteOrder(target)) {
+        return ReportError(path, MIXED_BYTE_ORDERS);
+    }
+    for (uint32_t page = 0; page < pages; ++page) {
+        if (!CopyTiffImage(source.handle, page, target)) {
+            return ReportError(path, TiffError());
+        }
+        DrawProgress(pages, page + 1, 0);
+    }
+    return ALL_FINE;
+}
+
 int RunCat(Arguments arguments)
 {
     const Options options = ParseOptions(arguments, {"-o"}, {"--append"});
@@ -55,12 +87,13 @@ int RunCat(Arguments arguments)
         return UsageError(catCommand, "needs -o and a file");
     }
     return WriteWhole(options.Value("-o", ""), options.Has("--append"), [&](const char* target) {
+        const OpenFile whole(OpenTiffFile(target, T_APPEND));
+        if (!whole.handle || TiffError() != 0) {
+            return ReportError(options.Value("-o", ""), TiffError());
+        }
         for (const char* path : options.others) {
-            if (CountPages(path) == 0) {
-                return int{FAILED};
-            }
-            if (!MergeTiffFiles(target, path, DrawProgress, 0)) {
-                return ReportError(path, TiffError());
+            if (const int result = AppendPages(whole.handle, path); result != ALL_FINE) {
+                return result;
             }
         }
         return int{ALL_FINE};

@@ -79,6 +79,9 @@ int32_t ReorderTiffFile(const char* path) TIFF_NOEXCEPT;
  *
  * callback  may be null; told the source's page count and the pages done.
  *
+ * The end of the destination is looked for each time. To append thousands of files, open it once and
+ * use CopyTiffImage, page by page.
+ *
  * Pages appended before a failure stay. Errors: also 35 when the files are in different byte
  * orders; nothing is written then.
  */
