@@ -9,6 +9,7 @@
 #include <sys/resource.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <string_view>
 
 namespace {
@@ -26,6 +27,7 @@ struct Job {
     void (*library)(const Work& work);
     void (*peer)(const Work& work);
     const char* tool = nullptr; // of libtiff that does the same
+    bool onePage = false;       // the source has one, and is opened anew for each page of the work
 };
 
 int32_t Middle(const Work& work)
@@ -119,6 +121,26 @@ constexpr Job jobs[] = {
     {"reorder", true,
      [](const Work& work) { DemandSuccess(ReorderTiffFile(work.source.c_str()), "reordering"); },
      CopyAllByPeer, "tiffcp"},
+    {"merge files of a page", false,
+     [](const Work& work) {
+         HGLOBAL target = OpenTiffFile(work.target.c_str(), T_CREAT);
+         for (uint32_t page = 0; page < work.pages; ++page) {
+             HGLOBAL source = OpenTiffFile(work.source.c_str(), T_READ);
+             DemandSuccess(CopyTiffImage(source, 0, target), "copying a page");
+             CloseTiffFile(source);
+         }
+         CloseTiffFile(target);
+     },
+     [](const Work& work) {
+         PeerFile* file = CreatePeerFile(work.target);
+         for (uint32_t page = 0; page < work.pages; ++page) {
+             PeerFile* source = OpenPeerFile(work.source);
+             CopyPages(source, 1, file);
+             Close(source);
+         }
+         Close(file);
+     },
+     nullptr, true},
 };
 
 void Renew(const Work& work, const Job& job)
@@ -135,7 +157,7 @@ void Renew(const Work& work, const Job& job)
 
 void Run(benchmark::State& state, const Work& work, const Job& job, void (*run)(const Work&))
 {
-    WritePages(work.original, work.pages, CLOSE, PICTURE_BYTES);
+    WritePages(work.original, job.onePage ? 1 : work.pages, CLOSE, PICTURE_BYTES);
     std::filesystem::copy_file(work.original, work.source, std::filesystem::copy_options::overwrite_existing);
     for (auto _ : state) {
         state.PauseTiming();
@@ -177,6 +199,18 @@ void CopyFilePlainly(const Work& work)
     std::filesystem::copy_file(work.source, work.target);
 }
 
+// One file behind the other.
+void CopyFilesPlainly(const Work& work)
+{
+    std::vector<char> bytes(std::filesystem::file_size(work.source));
+    std::ofstream target(work.target, std::ios::binary);
+    for (uint32_t page = 0; page < work.pages; ++page) {
+        std::ifstream(work.source, std::ios::binary)
+            .read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        target.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+}
+
 } // namespace
 
 void RegisterEditingJobs(const BenchFolders& folders)
@@ -194,7 +228,7 @@ void RegisterEditingJobs(const BenchFolders& folders)
             };
             Add("tiff", job.library);
             Add("libtiff", job.peer);
-            Add("copy", CopyFilePlainly);
+            Add("copy", job.onePage ? CopyFilesPlainly : CopyFilePlainly);
             if (job.tool)
                 benchmark::RegisterBenchmark(
                     (name + '/' + job.tool).c_str(),

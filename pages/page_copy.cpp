@@ -16,7 +16,8 @@ namespace tiff {
 
 namespace {
 
-constexpr uint32_t BUFFER_BYTES = 256 * 1024;
+// Of the buffer. What is copied is at most the source, and some bytes of directories.
+constexpr uint32_t LEAST_BYTES = 4096, MOST_BYTES = 256 * 1024;
 
 Status Flush(CopyOutput& output)
 {
@@ -170,7 +171,7 @@ CopyRun::CopyRun(HGLOBAL source, HGLOBAL destination)
       sourceBytes(mSize(sourceStream.Get())), window{.stream = sourceStream.Get(),
                                                      .byteOrder = ByteOrderOf(source),
                                                      .bytes{}},
-      bufferBlock(BUFFER_BYTES), buffer(bufferBlock.Get()), output{}
+      bufferBlock(std::clamp(sourceBytes, LEAST_BYTES, MOST_BYTES)), buffer(bufferBlock.Get()), output{}
 {
 }
 
@@ -210,7 +211,7 @@ Status OpenOutput(CopyRun& run)
     run.target.emplace(run.destination);
     if (!*run.target)
         return TiffError();
-    output.buffer = {run.buffer.Get(), BUFFER_BYTES};
+    output.buffer = {run.buffer.Get(), std::clamp(run.sourceBytes, LEAST_BYTES, MOST_BYTES)};
     output.stream = run.target->Get();
     if (isNew)
         return Append(output, FileHeader(output.byteOrder));
