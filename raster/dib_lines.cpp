@@ -51,7 +51,6 @@ static const TiffDecodeLineContext* ContextOf(void* context)
 intptr_t FlushSwappedLine(void* line, uint32_t row, void* context)
 {
     const auto* target = ContextOf(context);
-    AskForRow(DibRow(target, row) - target->strideOrColourUse, target->lineBytes);
     CopySwapped(DibRow(target, row), static_cast<const uint8_t*>(line), target->lineBytes);
     return 0;
 }
