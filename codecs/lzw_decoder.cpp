@@ -308,12 +308,13 @@ void TakeBits(LzwDecoder& decoder, uint64_t bit)
 
 // Decodes as long as strings end inside the strip and the history and the bytes held reach
 // beyond the group. Whatever else comes is left for DecodeCode. Each code of a group has its own
-// copy of the step: the processor guesses their branches each by itself, and so better.
-void DecodeInside(LzwDecoder& decoder)
+// copy of the step: the processor guesses their branches each by itself, and so better. Returns
+// whether it ended because codes grow wider.
+bool DecodeInside(LzwDecoder& decoder)
 {
     CodecContext* context = decoder.context;
     if (context->codeBytesLeft < sizeof(uint64_t))
-        return;
+        return false;
     LzwTable& table = *decoder.table;
     const uint8_t* bytes = context->codeCursor - 1; // bits of the byte before may be left
     const uint64_t lastBit = uint64_t{context->codeBytesLeft + 1 - sizeof(uint64_t)} * 8 + 7;
@@ -355,12 +356,13 @@ void DecodeInside(LzwDecoder& decoder)
         if (!decodeNext())
             break;
     }
-    if (open + 1 == 1u << width && width < MOST_WIDTH)
-        ++decoder.width;
+    const bool widens = open + 1 == 1u << width && width < MOST_WIDTH;
+    decoder.width += widens;
     decoder.stripLeft -= end - decoder.end;
     decoder.end = static_cast<uint32_t>(end);
     decoder.open = static_cast<uint32_t>(open);
     TakeBits(decoder, bit);
+    return widens;
 }
 
 } // namespace
@@ -382,7 +384,8 @@ Status DecodeLzw(CodecContext* context)
     LzwDecoder decoder{.context = context, .table = table.Get()};
     BeginStrip(decoder);
     while (status == error::None) {
-        DecodeInside(decoder);
+        while (DecodeInside(decoder)) {
+        }
         status = DecodeCode(decoder);
     }
     return CodecResult(status);
