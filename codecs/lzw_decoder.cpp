@@ -11,6 +11,8 @@
 #include "core/copy_row.h"
 #include "core/global_block.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -26,7 +28,8 @@ constexpr uint32_t LEAST_WIDTH = 9;
 constexpr uint32_t MOST_WIDTH = 12;
 constexpr uint32_t NO_ENTRY = TABLE_CODES; // what a full table opens instead
 
-constexpr uint32_t COPIED_BYTES = 32; // of every string, however short
+constexpr uint32_t WORD_BYTES = 16;   // strings are copied in words, the shortest as one
+constexpr uint32_t GROUP_CODES = 4;   // that any eight bytes hold, at whatever bit they begin
 constexpr uint32_t FIRST_PLACE = 256; // below it each byte once, the strings of the codes to 255
 constexpr uint32_t END_PLACE = 0xF000;
 
@@ -42,7 +45,7 @@ struct LzwTable {
     // What is left of entries when the history begins anew.
     uint16_t lostLength[TABLE_CODES];
     uint8_t lostLast[TABLE_CODES];
-    uint8_t history[END_PLACE + COPIED_BYTES];
+    uint8_t history[END_PLACE + WORD_BYTES];
 };
 
 struct LzwDecoder {
@@ -165,17 +168,30 @@ inline void OpenEntry(LzwTable& table, uint32_t& open, uint32_t& width, uint32_t
         ++width;
 }
 
-// Copies a string to the end of the history; up to 31 bytes more are overwritten. Of a string
-// that reaches that end only the byte there is missing, and put in by the caller. The two may lie
-// over each other: sixteen bytes are read before they are written.
+// Copies a string to the end of the history; up to 15 bytes more are overwritten.
 inline void CopyString(uint8_t* target, const uint8_t* source, uint32_t length)
 {
     CopySixteen(target, source);
-    CopySixteen(target + 16, source + 16);
-    for (uint32_t at = COPIED_BYTES; at < length; at += COPIED_BYTES) {
+    for (uint32_t at = WORD_BYTES; at < length; at += WORD_BYTES)
         CopySixteen(target + at, source + at);
-        CopySixteen(target + at + 16, source + at + 16);
-    }
+}
+
+// The same for the open entry: it begins length - 1 bytes before the end, and its last byte is its
+// first. That is put into its word, which would have to wait for it if it were stored by itself.
+void CopyOpenString(uint8_t* target, uint32_t length)
+{
+    static constexpr uint8_t LAST_OF_WORD[2 * WORD_BYTES - 1] = {0, 0, 0, 0, 0, 0, 0, 0,
+                                                                 0, 0, 0, 0, 0, 0, 0, 0xFF};
+    const uint8_t* source = target - (length - 1);
+    uint32_t at = 0;
+    for (; at + WORD_BYTES < length; at += WORD_BYTES)
+        CopySixteen(target + at, source + at);
+    const auto* mask = reinterpret_cast<const __m128i*>(&LAST_OF_WORD[at + WORD_BYTES - length]);
+    const __m128i last = _mm_loadu_si128(mask);
+    const __m128i known = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + at));
+    const __m128i first = _mm_set1_epi8(static_cast<char>(*source));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(target + at),
+                     _mm_or_si128(_mm_andnot_si128(last, known), _mm_and_si128(last, first)));
 }
 
 // Begins the history anew with the string that the open entry continues. Of the other entries
@@ -223,9 +239,10 @@ Status WriteString(LzwDecoder& decoder, uint32_t code)
     if (table.strings[code] == NOT_IN_HISTORY)
         RestoreString(decoder, code);
     const uint32_t string = table.strings[code], length = LengthOf(string);
-    // The last byte of the open entry is its first.
-    table.history[decoder.end] = table.history[PlaceOf(string)];
-    CopyString(&table.history[decoder.end], &table.history[PlaceOf(string)], length);
+    if (code == decoder.open)
+        CopyOpenString(&table.history[decoder.end], length);
+    else
+        CopyString(&table.history[decoder.end], &table.history[PlaceOf(string)], length);
     OpenEntry(table, decoder.open, decoder.width, code, String(decoder.end, length));
     const auto written = static_cast<uint32_t>(std::min<uint64_t>(length, decoder.stripLeft));
     decoder.end += written;
@@ -270,58 +287,82 @@ Status DecodeCode(LzwDecoder& decoder)
     return error::None;
 }
 
-// The code at a bit position; up to seven bytes behind it are read.
-inline uint32_t CodeAt(const uint8_t* bytes, uint64_t bit, uint32_t width)
+// Four codes at a bit position, the first one uppermost; eight bytes are read.
+inline uint64_t GroupAt(const uint8_t* bytes, uint64_t bit)
 {
     uint64_t word;
     std::memcpy(&word, bytes + bit / 8, sizeof(word));
-    return static_cast<uint32_t>(Swap64(word) << bit % 8 >> (64 - width));
+    return Swap64(word) << bit % 8;
 }
 
-// Decodes as long as strings end inside the strip and the history and the bytes held reach
-// beyond the code. Whatever else comes is left for DecodeCode.
-void DecodeInside(LzwDecoder& decoder)
+// Takes the bits up to one that is counted from the byte before the cursor.
+void TakeBits(LzwDecoder& decoder, uint64_t bit)
 {
     CodecContext* context = decoder.context;
-    if (context->codeBytesLeft < sizeof(uint64_t))
-        return;
-    LzwTable& table = *decoder.table;
-    const uint8_t* bytes = context->codeCursor - 1; // bits of the byte before may be left
-    const uint64_t lastBit = uint64_t{context->codeBytesLeft + 1 - sizeof(uint64_t)} * 8 + 7;
-    uint64_t bit = 8 - decoder.bitCount;
-    uint32_t end = decoder.end, open = decoder.open, width = decoder.width;
-    const auto limit = end + static_cast<uint32_t>(std::min<uint64_t>(END_PLACE - end, decoder.stripLeft));
-    // The entries of one width; the last of all is left for DecodeCode.
-    while (open < (1u << width) - 1) {
-        const uint32_t code = CodeAt(bytes, bit, width);
-        if (code >= open) {
-            if (code > open)
-                break;
-            table.history[end] = table.history[PlaceOf(table.strings[code])];
-        }
-        const uint32_t string = table.strings[code], length = LengthOf(string);
-        if (end + length >= limit)
-            break;
-        bit += width;
-        CopyString(&table.history[end], &table.history[PlaceOf(string)], length);
-        ++open;
-        table.strings[open] = String(end, length) + ONE_BYTE;
-        table.prefix[open] = static_cast<uint16_t>(code);
-        end += length;
-        if (bit > lastBit)
-            break;
-    }
-    if (open + 1 == 1u << width && width < MOST_WIDTH)
-        ++width;
-    decoder.stripLeft -= end - decoder.end;
-    decoder.end = end;
-    decoder.open = open;
-    decoder.width = width;
     const auto taken = static_cast<uint32_t>((bit + 7) / 8 - 1);
     context->codeCursor += taken;
     context->codeBytesLeft -= taken;
     decoder.bits = context->codeCursor[-1];
     decoder.bitCount = static_cast<uint32_t>((8 - bit % 8) % 8);
+}
+
+// Decodes as long as strings end inside the strip and the history and the bytes held reach
+// beyond the group. Whatever else comes is left for DecodeCode. Each code of a group has its own
+// copy of the step: the processor guesses their branches each by itself, and so better. Returns
+// whether it ended because codes grow wider.
+bool DecodeInside(LzwDecoder& decoder)
+{
+    CodecContext* context = decoder.context;
+    if (context->codeBytesLeft < sizeof(uint64_t))
+        return false;
+    LzwTable& table = *decoder.table;
+    const uint8_t* bytes = context->codeCursor - 1; // bits of the byte before may be left
+    const uint64_t lastBit = uint64_t{context->codeBytesLeft + 1 - sizeof(uint64_t)} * 8 + 7;
+    // The entries of one width; the last of all is left for DecodeCode.
+    const uint32_t width = decoder.width, before = decoder.open, lastOpen = (1u << width) - 1;
+    uint64_t bit = 8 - decoder.bitCount;
+    size_t end = decoder.end, open = before;
+    const size_t limit = end + std::min<uint64_t>(END_PLACE - end, decoder.stripLeft);
+    uint64_t group = 0; // its next code uppermost
+    const auto decodeNext = [&, width]() {
+        const size_t code = group >> (64 - width);
+        const uint32_t string = table.strings[code], length = LengthOf(string);
+        if (end + length >= limit) [[unlikely]]
+            return false;
+        if (code < open) [[likely]]
+            CopyString(&table.history[end], &table.history[PlaceOf(string)], length);
+        else if (code == open)
+            CopyOpenString(&table.history[end], length);
+        else
+            return false;
+        ++open;
+        table.strings[open] = string - PlaceOf(string) + String(static_cast<uint32_t>(end), 1);
+        table.prefix[open] = static_cast<uint16_t>(code);
+        end += length;
+        group <<= width;
+        return true;
+    };
+    while (open + GROUP_CODES <= lastOpen && bit <= lastBit) {
+        group = GroupAt(bytes, bit);
+        if (!decodeNext() || !decodeNext() || !decodeNext() || !decodeNext())
+            break;
+        bit += GROUP_CODES * width;
+    }
+    for (;;) {
+        bit = 8 - decoder.bitCount + (open - before) * width;
+        if (open >= lastOpen || bit > lastBit)
+            break;
+        group = GroupAt(bytes, bit);
+        if (!decodeNext())
+            break;
+    }
+    const bool widens = open + 1 == 1u << width && width < MOST_WIDTH;
+    decoder.width += widens;
+    decoder.stripLeft -= end - decoder.end;
+    decoder.end = static_cast<uint32_t>(end);
+    decoder.open = static_cast<uint32_t>(open);
+    TakeBits(decoder, bit);
+    return widens;
 }
 
 } // namespace
@@ -343,7 +384,8 @@ Status DecodeLzw(CodecContext* context)
     LzwDecoder decoder{.context = context, .table = table.Get()};
     BeginStrip(decoder);
     while (status == error::None) {
-        DecodeInside(decoder);
+        while (DecodeInside(decoder)) {
+        }
         status = DecodeCode(decoder);
     }
     return CodecResult(status);

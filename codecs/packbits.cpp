@@ -133,58 +133,71 @@ Status DecodePackBits(CodecContext* context)
 static constexpr uint32_t MOST_ADDED = 127; // bytes of a packet beyond its first
 
 // Lines are packed in parts, of which is known beforehand which bytes are equal to their
-// successors: looking for it packet by packet, each would wait for the one before.
+// successors, and which of them go another way in that than the next byte does: looking for it
+// packet by packet, each would wait for the one before.
 static constexpr uint32_t PART_BYTES = 2048; // that a packet may begin in
-static constexpr uint32_t WORD_BYTES = 32;
-static constexpr uint32_t SCANNED_BYTES = PART_BYTES + 4 * WORD_BYTES;
+static constexpr uint32_t WORD_BYTES = 64;
+static constexpr uint32_t SCANNED_BYTES = PART_BYTES + 2 * WORD_BYTES;
 
-static_assert(SCANNED_BYTES - PART_BYTES >= MOST_ADDED && SPARE_LINE_BYTES > WORD_BYTES);
+static_assert(SCANNED_BYTES - PART_BYTES >= MOST_ADDED && SPARE_LINE_BYTES >= 2 * WORD_BYTES);
 
-struct EqualNeighbours {
-    uint8_t bits[SCANNED_BYTES / 8 + 8]; // the lowest first, with a word to spare
+// A bit for each byte, the lowest first, with a word to spare.
+struct Neighbours {
+    uint64_t equal[SCANNED_BYTES / WORD_BYTES + 1];
+    uint64_t changes[SCANNED_BYTES / WORD_BYTES + 1];
 };
 
-static uint32_t CompareWord(const uint8_t* bytes)
+static uint64_t CompareWord(const uint8_t* bytes)
 {
-    const auto* words = reinterpret_cast<const __m128i*>(bytes);
-    const auto* next = reinterpret_cast<const __m128i*>(bytes + 1);
-    const __m128i low = _mm_cmpeq_epi8(_mm_loadu_si128(words), _mm_loadu_si128(next));
-    const __m128i high = _mm_cmpeq_epi8(_mm_loadu_si128(words + 1), _mm_loadu_si128(next + 1));
-    return static_cast<uint32_t>(_mm_movemask_epi8(low)) | static_cast<uint32_t>(_mm_movemask_epi8(high))
-                                                               << 16;
+    uint64_t equal = 0;
+    for (uint32_t at = 0; at < WORD_BYTES; at += 16) {
+        const auto* words = reinterpret_cast<const __m128i*>(bytes + at);
+        const auto* next = reinterpret_cast<const __m128i*>(bytes + at + 1);
+        const __m128i same = _mm_cmpeq_epi8(_mm_loadu_si128(words), _mm_loadu_si128(next));
+        equal |= uint64_t{static_cast<uint32_t>(_mm_movemask_epi8(same))} << at;
+    }
+    return equal;
 }
 
-// Looks at up to 32 bytes behind the last.
-static void CompareNeighbours(EqualNeighbours& equal, std::span<const uint8_t> bytes)
+// Looks at up to 128 bytes behind the last.
+static void CompareNeighbours(Neighbours& neighbours, std::span<const uint8_t> bytes)
 {
     const size_t count = std::min<size_t>(bytes.size(), SCANNED_BYTES);
-    size_t at = 0;
-    for (; at < count; at += WORD_BYTES) {
-        const uint32_t bits = CompareWord(&bytes[at]);
-        std::memcpy(&equal.bits[at / 8], &bits, sizeof(bits));
+    uint64_t equal = CompareWord(bytes.data());
+    size_t word = 0;
+    for (size_t at = 0; at < count; at += WORD_BYTES, ++word) {
+        const uint64_t next = CompareWord(&bytes[at] + WORD_BYTES);
+        neighbours.equal[word] = equal;
+        neighbours.changes[word] = equal ^ (equal >> 1 | next << 63);
+        equal = next;
     }
-    std::memset(&equal.bits[at / 8], 0, sizeof(uint64_t));
+    neighbours.changes[word] = 0;
+}
+
+// The bits from one on: no fewer than there are in seven bytes and one bit.
+static uint64_t BitsAt(const uint64_t* words, uint32_t first)
+{
+    uint64_t bits;
+    std::memcpy(&bits, reinterpret_cast<const uint8_t*>(words) + first / 8, sizeof(bits));
+    return bits >> first % 8;
 }
 
 // How many bytes, at most limit, go the way of the first: all equal to their successors, or all
 // different from them.
-static uint32_t CountAlike(const EqualNeighbours& equal, uint32_t first, uint32_t limit, bool& repeats)
+static uint32_t CountAlike(const Neighbours& neighbours, uint32_t first, uint32_t limit)
 {
-    constexpr uint32_t AT_ONCE = 56; // what is left of any eight bytes from any bit on
-    uint64_t flip = 0;
-    for (uint32_t at = 0;;) {
-        uint64_t bits;
-        std::memcpy(&bits, &equal.bits[(first + at) / 8], sizeof(bits));
-        bits >>= (first + at) % 8;
-        if (at == 0) {
-            repeats = bits & 1;
-            flip = 0 - (bits & 1);
-        }
-        const auto alike = static_cast<uint32_t>(std::countr_zero((bits ^ flip) | uint64_t{1} << AT_ONCE));
-        at += alike;
-        if (alike < AT_ONCE || at >= limit)
-            return std::min(at, limit);
+    constexpr uint32_t AT_ONCE = 56;
+    for (uint32_t at = 0; at < limit; at += AT_ONCE) {
+        const uint64_t changes = BitsAt(neighbours.changes, first + at);
+        if (changes == 0)
+            continue;
+        const uint32_t alike = at + static_cast<uint32_t>(std::countr_zero(changes)) + 1;
+        // A branch that is always guessed right: a minimum would be one more step to wait for.
+        if (alike < limit) [[likely]]
+            return alike;
+        break;
     }
+    return limit;
 }
 
 // The bytes are followed by as many as a line has to spare.
@@ -195,9 +208,10 @@ static Status PutPacket(CodecContext* context, uint8_t header, std::span<const u
         return status == error::None ? PutBytes(context, bytes) : status;
     }
     const auto count = static_cast<uint32_t>(bytes.size());
-    *context->codeCursor = header;
-    CopyBytes(context->codeCursor + 1, bytes.data(), count);
-    context->codeCursor += count + 1;
+    uint8_t* code = context->codeCursor;
+    *code = header;
+    CopyBytes(code + 1, bytes.data(), count);
+    context->codeCursor = code + count + 1;
     context->codeBytesLeft -= count + 1;
     return error::None;
 }
@@ -207,15 +221,15 @@ static Status PutPacket(CodecContext* context, uint8_t header, std::span<const u
 // file we write.
 static Status EncodePart(CodecContext* context, std::span<const uint8_t>& line)
 {
-    EqualNeighbours equal;
-    CompareNeighbours(equal, line);
+    Neighbours neighbours;
+    CompareNeighbours(neighbours, line);
     const auto lineBytes = static_cast<uint32_t>(line.size());
     const uint32_t end = std::min(lineBytes, PART_BYTES);
     uint32_t at = 0;
     while (at < end) {
-        bool repeats = false;
         const uint32_t limit = std::min(lineBytes - at - 1, MOST_ADDED);
-        const uint32_t added = CountAlike(equal, at, limit, repeats);
+        const uint32_t added = CountAlike(neighbours, at, limit);
+        const bool repeats = neighbours.equal[at / WORD_BYTES] >> at % WORD_BYTES & 1;
         const uint32_t header = repeats ? 0u - added : added;
         const Status status =
             PutPacket(context, static_cast<uint8_t>(header), line.subspan(at, repeats ? 1 : added + 1));

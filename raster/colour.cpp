@@ -4,37 +4,53 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 namespace tiff {
 
-// Takes the bytes of one mask from where they are, those of the others from two to the right
-// and two to the left.
-static __m128i TakeBytes(__m128i before, __m128i bytes, __m128i after, __m128i here, __m128i fromRight,
-                         __m128i fromLeft)
+static __m128i LoadWord(const uint8_t* bytes)
 {
-    const __m128i right = _mm_or_si128(_mm_srli_si128(bytes, 2), _mm_slli_si128(after, 14));
-    const __m128i left = _mm_or_si128(_mm_slli_si128(bytes, 2), _mm_srli_si128(before, 14));
-    return _mm_or_si128(_mm_and_si128(bytes, here),
-                        _mm_or_si128(_mm_and_si128(right, fromRight), _mm_and_si128(left, fromLeft)));
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+}
+
+// A word holds five whole pixels; the byte behind them stays as it is.
+static void StoreSwapped(uint8_t* bytes, __m128i word)
+{
+    const __m128i first = _mm_setr_epi8(-1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, 0);
+    // What first and third bytes differ in is turned over in both.
+    const __m128i turned = _mm_and_si128(_mm_xor_si128(word, _mm_srli_si128(word, 2)), first);
+    const __m128i both = _mm_or_si128(turned, _mm_slli_si128(turned, 2));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm_xor_si128(word, both));
+}
+
+// The next word is loaded before the one in hand is stored: in place, what was stored a moment ago
+// in part could not be loaded without a wait.
+void CopySwapped(uint8_t* target, const uint8_t* source, uint32_t bytes)
+{
+    constexpr size_t WORD = 16, PIXELS_OF_WORD = 15;
+    size_t at = 0;
+    if (bytes >= WORD) {
+        __m128i word = LoadWord(source);
+        for (; at + PIXELS_OF_WORD + WORD <= bytes; at += PIXELS_OF_WORD) {
+            const __m128i next = LoadWord(source + at + PIXELS_OF_WORD);
+            StoreSwapped(target + at, word);
+            word = next;
+        }
+        StoreSwapped(target + at, word);
+        at += PIXELS_OF_WORD;
+    }
+    for (; at + 3 <= bytes; at += 3) {
+        const uint8_t red = source[at];
+        target[at] = source[at + 2];
+        target[at + 1] = source[at + 1];
+        target[at + 2] = red;
+    }
+    for (; at < bytes; ++at)
+        target[at] = source[at];
 }
 
 void SwapRedAndBlue(uint8_t* row, uint32_t bytes)
 {
-    // The first bytes of pixels, the second and the third; sixteen pixels are three words, which
-    // begin with each of them in turn.
-    const __m128i first = _mm_setr_epi8(-1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1);
-    const __m128i second = _mm_slli_si128(first, 1), third = _mm_slli_si128(first, 2);
-    for (; bytes >= 48; bytes -= 48, row += 48) {
-        auto* words = reinterpret_cast<__m128i*>(row);
-        const __m128i a = _mm_loadu_si128(words), b = _mm_loadu_si128(words + 1),
-                      c = _mm_loadu_si128(words + 2);
-        _mm_storeu_si128(words, TakeBytes(a, a, b, second, first, third));
-        _mm_storeu_si128(words + 1, TakeBytes(a, b, c, first, third, second));
-        _mm_storeu_si128(words + 2, TakeBytes(b, c, c, third, second, first));
-    }
-    for (; bytes >= 3; bytes -= 3, row += 3)
-        std::swap(row[0], row[2]);
+    CopySwapped(row, row, bytes);
 }
 
 void ReduceSamples(uint8_t* target, const uint8_t* samples, uint32_t bytes, uint32_t shift)

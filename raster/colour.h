@@ -9,6 +9,9 @@ namespace tiff {
 // back. One or two bytes left over stay.
 void SwapRedAndBlue(uint8_t* row, uint32_t bytes);
 
+// The same on the way into a row, another one or the very same.
+void CopySwapped(uint8_t* target, const uint8_t* source, uint32_t bytes);
+
 // Bytes of 16-bit samples in the processor's order, reduced by a right shift.
 void ReduceSamples(uint8_t* target, const uint8_t* samples, uint32_t bytes, uint32_t shift);
 

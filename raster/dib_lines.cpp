@@ -41,8 +41,8 @@ static const TiffDecodeLineContext* ContextOf(void* context)
 
 intptr_t FlushSwappedLine(void* line, uint32_t row, void* context)
 {
-    DllFlushTiffLineDIB(line, row, context);
-    SwapRedAndBlue(DibRow(ContextOf(context), row), ContextOf(context)->lineBytes);
+    const auto* target = ContextOf(context);
+    CopySwapped(DibRow(target, row), static_cast<const uint8_t*>(line), target->lineBytes);
     return 0;
 }
 
@@ -121,8 +121,9 @@ extern "C" intptr_t DllFillTiffLineDIB(void* line, uint32_t row, void* context) 
 extern "C" intptr_t DllFillTiffLineDIB24Bit(void* line, uint32_t row, void* context) noexcept
 {
     const auto* source = SourceOf(context);
-    CopyRow(static_cast<uint8_t*>(line), SourceRow(source, row), source->lineBytes);
-    SwapRedAndBlue(static_cast<uint8_t*>(line), source->lineBytes);
+    const uint8_t* from = SourceRow(source, row);
+    AskForRow(from - source->strideOrColourUse, source->lineBytes);
+    CopySwapped(static_cast<uint8_t*>(line), from, source->lineBytes);
     return 0;
 }
 

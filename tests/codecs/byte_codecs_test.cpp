@@ -15,7 +15,7 @@ Decoded DecodeBytes(uint32_t width, uint32_t rows, uint32_t bits, uint32_t compr
 }
 
 // Codes of nine bits.
-Bytes Nine(std::initializer_list<uint32_t> codes)
+Bytes Nine(const std::vector<uint32_t>& codes)
 {
     std::string digits;
     for (const uint32_t code : codes)
@@ -105,6 +105,23 @@ TEST(Lzw, DifferencesAreSummedByDepth)
         EXPECT_EQ(decoded.error, 0u);
         EXPECT_EQ(decoded.Joined(), pixels);
     }
+}
+
+TEST(Lzw, DifferencesOfLinesOfAnyLengthAreSummed)
+{
+    for (const uint32_t samples : {1u, 2u, 3u, 4u})
+        for (uint32_t width = 1; width <= 40; ++width) {
+            SCOPED_TRACE(testing::Message() << width << " pixels of " << samples);
+            std::vector<uint32_t> codes = {256};
+            Bytes sums;
+            for (uint32_t at = 0; at < width * samples; ++at) {
+                codes.push_back(at * 37 % 256);
+                const uint32_t before = at < samples ? 0 : sums[at - samples];
+                sums.push_back(static_cast<uint8_t>(before + codes.back()));
+            }
+            codes.push_back(257);
+            EXPECT_EQ(DecodeBytes(width, 1, 8, 5, Nine(codes), 2, TIFF_INTEL, samples).Joined(), sums);
+        }
 }
 
 TEST(ByteCodecs, SixteenBitSamplesArriveInTheProcessorsOrder)

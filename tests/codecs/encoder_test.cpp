@@ -498,6 +498,24 @@ TEST(LzwEncoder, SamplesBecomeDifferencesInTheFilesOrder)
     }
 }
 
+TEST(LzwEncoder, LinesOfAnyLengthBecomeDifferences)
+{
+    for (const uint32_t samples : {1u, 2u, 3u, 4u})
+        for (uint32_t width = 1; width <= 40; ++width) {
+            SCOPED_TRACE(testing::Message() << width << " pixels of " << samples);
+            Bytes line, differences;
+            for (uint32_t at = 0; at < width * samples; ++at) {
+                line.push_back(static_cast<uint8_t>(at * at * 5 + 3));
+                const uint32_t before = at < samples ? 0 : line[at - samples];
+                differences.push_back(static_cast<uint8_t>(line[at] - before));
+            }
+            Strips strips = {.width = width, .bits = samples * 8, .compression = 0x20005, .sampleBits = 8};
+            const Bytes code = EncodeStrips(strips, {{line}}).code;
+            strips.compression = 0x10005;
+            EXPECT_EQ(code, EncodeStrips(strips, {{differences}}).code);
+        }
+}
+
 // The rule, byte by byte.
 static Bytes PackLine(const Bytes& line)
 {

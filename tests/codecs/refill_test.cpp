@@ -192,19 +192,27 @@ TEST(Lzw, StringsOutliveTheHistory)
 
 TEST(Lzw, ALongRunOutgrowsTheHistory)
 {
-    // Each string is the one before and a byte more: codes 258, 259 and so on to the last.
-    std::vector<uint32_t> codes = {256, 65};
-    for (uint32_t code = 258; code < 4096; ++code)
-        codes.push_back(code);
-    Dictionary dictionary;
-    dictionary.Clear();
-    std::string digits;
-    for (const uint32_t code : codes) {
-        for (uint32_t bit = dictionary.Width(); bit-- > 0;)
-            digits += code >> bit & 1 ? '1' : '0';
-        if (code != 256)
-            dictionary.Take(code);
+    static const struct {
+        const char* row;
+        std::vector<uint32_t> first;
+    } rows[] = {{"of one byte", {256, 65}}, {"that begins with two", {256, 65, 66, 258}}};
+    for (const auto& [row, first] : rows) {
+        SCOPED_TRACE(row);
+        // Each string is the one before and its first byte once more, up to the last code.
+        std::vector<uint32_t> codes = first;
+        while (codes.size() < 4096 - 256)
+            codes.push_back(static_cast<uint32_t>(256 + codes.size()));
+        Dictionary dictionary;
+        dictionary.Clear();
+        std::string digits;
+        for (const uint32_t code : codes) {
+            for (uint32_t bit = dictionary.Width(); bit-- > 0;)
+                digits += code >> bit & 1 ? '1' : '0';
+            if (code != 256)
+                dictionary.Take(code);
+        }
+        const Expected expected = UnpackCodes(Bits(digits), codes);
+        EXPECT_GT(expected.lines.size(), size_t{7000000});
+        ExpectLines(Bits(digits), 0x10005, expected);
     }
-    const uint32_t bytes = 3839 * 3840 / 2 / LINE_BYTES * LINE_BYTES;
-    ExpectLines(Bits(digits), 0x10005, {Bytes(bytes, 65), 12});
 }
