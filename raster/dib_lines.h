@@ -9,8 +9,7 @@ namespace tiff {
 // The rows that DllFlushTiffLineDIB copies lines to.
 RowsInPlace DibRows(const TiffDecodeLineContext& context, bool zeros);
 
-// As DllFlushTiffLine24DIB, but the line stays as it is. For memory that comes fresh from the
-// system, where asking for rows beforehand finds nothing.
+// As DllFlushTiffLine24DIB, but the line stays as it is.
 intptr_t FlushSwappedLine(void* line, uint32_t row, void* context);
 
 intptr_t DllFlushTiffLine16DIB(void* line, uint32_t row, void* context);
