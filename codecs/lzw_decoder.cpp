@@ -11,8 +11,6 @@
 #include "core/copy_row.h"
 #include "core/global_block.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <cstring>
 
@@ -28,9 +26,9 @@ constexpr uint32_t LEAST_WIDTH = 9;
 constexpr uint32_t MOST_WIDTH = 12;
 constexpr uint32_t NO_ENTRY = TABLE_CODES; // what a full table opens instead
 
-constexpr uint32_t WORD_BYTES = 16;   // strings are copied in words, the shortest as one
-constexpr uint32_t GROUP_CODES = 4;   // that any eight bytes hold, at whatever bit they begin
-constexpr uint32_t FIRST_PLACE = 256; // below it each byte once, the strings of the codes to 255
+constexpr uint32_t WORD_BYTES = SIXTEEN; // strings are copied in words, the shortest as one
+constexpr uint32_t GROUP_CODES = 4;      // that any eight bytes hold, at whatever bit they begin
+constexpr uint32_t FIRST_PLACE = 256;    // below it each byte once, the strings of the codes to 255
 constexpr uint32_t END_PLACE = 0xF000;
 
 // A string: its length above, its place in the low 16 bits. No string is as long as this one,
@@ -186,12 +184,9 @@ void CopyOpenString(uint8_t* target, uint32_t length)
     uint32_t at = 0;
     for (; at + WORD_BYTES < length; at += WORD_BYTES)
         CopySixteen(target + at, source + at);
-    const auto* mask = reinterpret_cast<const __m128i*>(&LAST_OF_WORD[at + WORD_BYTES - length]);
-    const __m128i last = _mm_loadu_si128(mask);
-    const __m128i known = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + at));
-    const __m128i first = _mm_set1_epi8(static_cast<char>(*source));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(target + at),
-                     _mm_or_si128(_mm_andnot_si128(last, known), _mm_and_si128(last, first)));
+    const Sixteen last = LoadSixteen(&LAST_OF_WORD[at + WORD_BYTES - length]);
+    const Sixteen known = LoadSixteen(source + at), first = SixteenOf(*source);
+    StoreSixteen(target + at, Or(Without(known, last), And(first, last)));
 }
 
 // Begins the history anew with the string that the open entry continues. Of the other entries

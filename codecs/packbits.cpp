@@ -1,8 +1,7 @@
 #include "codecs/packbits.h"
 
 #include "codecs/buffers.h"
-
-#include <emmintrin.h>
+#include "core/sixteen.h"
 
 #include <algorithm>
 #include <bit>
@@ -150,12 +149,8 @@ struct Neighbours {
 static uint64_t CompareWord(const uint8_t* bytes)
 {
     uint64_t equal = 0;
-    for (uint32_t at = 0; at < WORD_BYTES; at += 16) {
-        const auto* words = reinterpret_cast<const __m128i*>(bytes + at);
-        const auto* next = reinterpret_cast<const __m128i*>(bytes + at + 1);
-        const __m128i same = _mm_cmpeq_epi8(_mm_loadu_si128(words), _mm_loadu_si128(next));
-        equal |= uint64_t{static_cast<uint32_t>(_mm_movemask_epi8(same))} << at;
-    }
+    for (uint32_t at = 0; at < WORD_BYTES; at += SIXTEEN)
+        equal |= uint64_t{EqualBytes(LoadSixteen(bytes + at), LoadSixteen(bytes + at + 1))} << at;
     return equal;
 }
 

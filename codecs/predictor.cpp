@@ -1,59 +1,43 @@
 #include "codecs/predictor.h"
 
 #include "core/byte_order.h"
-
-#include <emmintrin.h>
+#include "core/sixteen.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace tiff {
 
-static constexpr uint32_t WORD_BYTES = 16;
-
-static __m128i LoadWord(const uint8_t* bytes)
-{
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-}
-
-static void StoreWord(uint8_t* bytes, __m128i word)
-{
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), word);
-}
-
 // Of pixels of three bytes a word holds four; what is behind them means nothing.
 template <uint32_t CHANNELS>
 static constexpr uint32_t PIXEL_BYTES_OF_WORD = CHANNELS == 3 ? 12 : 16;
 
 template <uint32_t CHANNELS>
-static __m128i SumInsideWord(__m128i word)
+static Sixteen SumInsideWord(Sixteen word)
 {
     if constexpr (CHANNELS == 3) {
-        word = _mm_add_epi8(word, _mm_slli_si128(word, 3));
-        return _mm_add_epi8(word, _mm_slli_si128(word, 6));
+        word = AddBytes(word, ShiftUp<3>(word));
+        return AddBytes(word, ShiftUp<6>(word));
     }
     if constexpr (CHANNELS == 1)
-        word = _mm_add_epi8(word, _mm_slli_si128(word, 1));
+        word = AddBytes(word, ShiftUp<1>(word));
     if constexpr (CHANNELS <= 2)
-        word = _mm_add_epi8(word, _mm_slli_si128(word, 2));
-    word = _mm_add_epi8(word, _mm_slli_si128(word, 4));
-    return _mm_add_epi8(word, _mm_slli_si128(word, 8));
+        word = AddBytes(word, ShiftUp<2>(word));
+    word = AddBytes(word, ShiftUp<4>(word));
+    return AddBytes(word, ShiftUp<8>(word));
 }
 
 // A word of its last pixel alone.
 template <uint32_t CHANNELS>
-static __m128i SpreadLastPixel(__m128i word)
+static Sixteen SpreadLastPixel(Sixteen word)
 {
     if constexpr (CHANNELS == 3) {
-        word = _mm_srli_si128(_mm_slli_si128(word, 4), 13);
-        word = _mm_or_si128(word, _mm_slli_si128(word, 3));
-        return _mm_or_si128(word, _mm_slli_si128(word, 6));
+        word = ShiftDown<13>(ShiftUp<4>(word));
+        word = Or(word, ShiftUp<3>(word));
+        return Or(word, ShiftUp<6>(word));
+    } else {
+        return RepeatLast<CHANNELS>(word);
     }
-    if constexpr (CHANNELS == 1)
-        word = _mm_unpackhi_epi8(word, word);
-    if constexpr (CHANNELS <= 2)
-        word = _mm_shufflehi_epi16(word, 0xFF);
-    return _mm_shuffle_epi32(word, 0xFF);
 }
 
 // What comes before a word is added to all of it at once, so that words wait for one addition only.
@@ -62,18 +46,18 @@ template <uint32_t CHANNELS>
 static void SumBytes(uint8_t* line, uint32_t bytes)
 {
     constexpr uint32_t STEP = PIXEL_BYTES_OF_WORD<CHANNELS>;
-    __m128i before = _mm_setzero_si128();
+    Sixteen before = SixteenOf(0);
     size_t at = 0;
-    if (bytes >= WORD_BYTES) {
-        __m128i word = LoadWord(line);
-        for (; at + STEP + WORD_BYTES <= bytes; at += STEP) {
-            const __m128i next = LoadWord(line + at + STEP);
-            const __m128i sums = SumInsideWord<CHANNELS>(word);
-            StoreWord(line + at, _mm_add_epi8(sums, before));
-            before = _mm_add_epi8(before, SpreadLastPixel<CHANNELS>(sums));
+    if (bytes >= SIXTEEN) {
+        Sixteen word = LoadSixteen(line);
+        for (; at + STEP + SIXTEEN <= bytes; at += STEP) {
+            const Sixteen next = LoadSixteen(line + at + STEP);
+            const Sixteen sums = SumInsideWord<CHANNELS>(word);
+            StoreSixteen(line + at, AddBytes(sums, before));
+            before = AddBytes(before, SpreadLastPixel<CHANNELS>(sums));
             word = next;
         }
-        StoreWord(line + at, word);
+        StoreSixteen(line + at, word);
     }
     for (at = std::max<size_t>(at, CHANNELS); at < bytes; ++at)
         line[at] = static_cast<uint8_t>(line[at] + line[at - CHANNELS]);
@@ -103,9 +87,9 @@ template <uint32_t CHANNELS>
 static void SubtractBytes(uint8_t* line, uint32_t bytes)
 {
     uint32_t at = bytes;
-    for (; at >= CHANNELS + WORD_BYTES; at -= WORD_BYTES) {
-        uint8_t* word = line + at - WORD_BYTES;
-        StoreWord(word, _mm_sub_epi8(LoadWord(word), LoadWord(word - CHANNELS)));
+    for (; at >= CHANNELS + SIXTEEN; at -= SIXTEEN) {
+        uint8_t* word = line + at - SIXTEEN;
+        StoreSixteen(word, SubtractBytes(LoadSixteen(word), LoadSixteen(word - CHANNELS)));
     }
     for (; at > CHANNELS; --at)
         line[at - 1] = static_cast<uint8_t>(line[at - 1] - line[at - 1 - CHANNELS]);

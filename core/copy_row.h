@@ -2,10 +2,7 @@
 // much as such a copy, and libraries choose slow ways for some lengths.
 #pragma once
 
-#include <emmintrin.h>
-
-#include <cstddef>
-#include <cstdint>
+#include "core/sixteen.h"
 
 namespace tiff {
 
@@ -15,19 +12,13 @@ inline void AskForRow(const uint8_t* row, uint32_t bytes)
 {
     constexpr uint32_t CACHE_LINE = 64;
     for (uint32_t at = 0; at < bytes; at += CACHE_LINE)
-        _mm_prefetch(reinterpret_cast<const char*>(row + at), _MM_HINT_T0);
-}
-
-inline void CopySixteen(uint8_t* target, const uint8_t* source)
-{
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(target), bytes);
+        AskForMemory(row + at);
 }
 
 // The two must not overlap.
 inline void CopyRow(uint8_t* target, const uint8_t* source, size_t bytes)
 {
-    constexpr size_t WORD = 16, BLOCK = 4 * WORD;
+    constexpr size_t WORD = SIXTEEN, BLOCK = 4 * WORD;
     size_t at = 0;
     if (bytes < WORD) {
         for (; at < bytes; ++at)

@@ -1,37 +1,31 @@
 #include "raster/colour.h"
 
-#include <emmintrin.h>
+#include "core/sixteen.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace tiff {
 
-static __m128i LoadWord(const uint8_t* bytes)
-{
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-}
-
 // A word holds five whole pixels; the byte behind them stays as it is.
-static void StoreSwapped(uint8_t* bytes, __m128i word)
+static void StoreSwapped(uint8_t* bytes, Sixteen word)
 {
-    const __m128i first = _mm_setr_epi8(-1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, 0);
+    static constexpr uint8_t FIRST[SIXTEEN] = {0xFF, 0, 0, 0xFF, 0, 0, 0xFF, 0, 0, 0xFF, 0, 0, 0xFF, 0, 0, 0};
     // What first and third bytes differ in is turned over in both.
-    const __m128i turned = _mm_and_si128(_mm_xor_si128(word, _mm_srli_si128(word, 2)), first);
-    const __m128i both = _mm_or_si128(turned, _mm_slli_si128(turned, 2));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm_xor_si128(word, both));
+    const Sixteen turned = And(Xor(word, ShiftDown<2>(word)), LoadSixteen(FIRST));
+    StoreSixteen(bytes, Xor(word, Or(turned, ShiftUp<2>(turned))));
 }
 
 // The next word is loaded before the one in hand is stored: in place, what was stored a moment ago
 // in part could not be loaded without a wait.
 void CopySwapped(uint8_t* target, const uint8_t* source, uint32_t bytes)
 {
-    constexpr size_t WORD = 16, PIXELS_OF_WORD = 15;
+    constexpr size_t WORD = SIXTEEN, PIXELS_OF_WORD = 15;
     size_t at = 0;
     if (bytes >= WORD) {
-        __m128i word = LoadWord(source);
+        Sixteen word = LoadSixteen(source);
         for (; at + PIXELS_OF_WORD + WORD <= bytes; at += PIXELS_OF_WORD) {
-            const __m128i next = LoadWord(source + at + PIXELS_OF_WORD);
+            const Sixteen next = LoadSixteen(source + at + PIXELS_OF_WORD);
             StoreSwapped(target + at, word);
             word = next;
         }

@@ -1,0 +1,275 @@
+// Sixteen bytes, or four columns, at a time. Here alone it is known how the processor does that: SSE2
+// is part of every 64-bit x86 processor; elsewhere plain code does the same.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#if (defined(__SSE2__) || defined(_M_X64)) && !defined(TIFF_PLAIN)
+#define TIFF_SSE2
+#include <emmintrin.h>
+#endif
+
+namespace tiff {
+
+inline constexpr uint32_t SIXTEEN = 16;
+
+#ifdef TIFF_SSE2
+
+using Sixteen = __m128i;
+
+inline Sixteen LoadSixteen(const void* bytes)
+{
+    return _mm_loadu_si128(static_cast<const __m128i*>(bytes));
+}
+
+inline void StoreSixteen(void* bytes, Sixteen value)
+{
+    _mm_storeu_si128(static_cast<__m128i*>(bytes), value);
+}
+
+inline Sixteen SixteenOf(uint8_t byte)
+{
+    return _mm_set1_epi8(static_cast<char>(byte));
+}
+
+inline Sixteen And(Sixteen one, Sixteen other)
+{
+    return _mm_and_si128(one, other);
+}
+
+// The bits of one that the other does not have.
+inline Sixteen Without(Sixteen one, Sixteen other)
+{
+    return _mm_andnot_si128(other, one);
+}
+
+inline Sixteen Or(Sixteen one, Sixteen other)
+{
+    return _mm_or_si128(one, other);
+}
+
+inline Sixteen Xor(Sixteen one, Sixteen other)
+{
+    return _mm_xor_si128(one, other);
+}
+
+inline Sixteen AddBytes(Sixteen one, Sixteen other)
+{
+    return _mm_add_epi8(one, other);
+}
+
+inline Sixteen SubtractBytes(Sixteen one, Sixteen other)
+{
+    return _mm_sub_epi8(one, other);
+}
+
+// A bit for each byte that is the same in both, the lowest for the first.
+inline uint32_t EqualBytes(Sixteen one, Sixteen other)
+{
+    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(one, other)));
+}
+
+// Moves all bytes some places towards the last or the first. Zeros follow.
+template <int PLACES>
+Sixteen ShiftUp(Sixteen value)
+{
+    return _mm_slli_si128(value, PLACES);
+}
+
+template <int PLACES>
+Sixteen ShiftDown(Sixteen value)
+{
+    return _mm_srli_si128(value, PLACES);
+}
+
+// The last one, two or four bytes over and over.
+template <int BYTES>
+Sixteen RepeatLast(Sixteen value)
+{
+    static_assert(BYTES == 1 || BYTES == 2 || BYTES == 4);
+    if constexpr (BYTES == 1)
+        value = _mm_unpackhi_epi8(value, value);
+    if constexpr (BYTES <= 2)
+        value = _mm_shufflehi_epi16(value, 0xFF);
+    return _mm_shuffle_epi32(value, 0xFF);
+}
+
+// Four numbers out of four signed bytes.
+inline Sixteen WidenToColumns(const int8_t* bytes)
+{
+    int32_t packed;
+    std::memcpy(&packed, bytes, sizeof(packed));
+    Sixteen value = _mm_cvtsi32_si128(packed);
+    value = _mm_unpacklo_epi8(value, value);
+    return _mm_srai_epi32(_mm_unpacklo_epi16(value, value), 24);
+}
+
+// One number, and zeros behind it.
+inline Sixteen FirstColumn(int32_t column)
+{
+    return _mm_cvtsi32_si128(column);
+}
+
+inline Sixteen AddColumns(Sixteen one, Sixteen other)
+{
+    return _mm_add_epi32(one, other);
+}
+
+// All bits of each number that is greater than the other one's.
+inline Sixteen GreaterColumns(Sixteen one, Sixteen other)
+{
+    return _mm_cmpgt_epi32(one, other);
+}
+
+// The highest bit of each number, the lowest for the first.
+inline uint32_t ColumnBits(Sixteen columns)
+{
+    return static_cast<uint32_t>(_mm_movemask_ps(_mm_castsi128_ps(columns)));
+}
+
+inline void AskForMemory(const uint8_t* address)
+{
+    _mm_prefetch(reinterpret_cast<const char*>(address), _MM_HINT_T0);
+}
+
+#else
+
+struct Sixteen {
+    uint8_t bytes[SIXTEEN];
+};
+
+inline Sixteen LoadSixteen(const void* bytes)
+{
+    Sixteen value;
+    std::memcpy(value.bytes, bytes, SIXTEEN);
+    return value;
+}
+
+inline void StoreSixteen(void* bytes, Sixteen value)
+{
+    std::memcpy(bytes, value.bytes, SIXTEEN);
+}
+
+template <class Element, class Make>
+Sixteen MakeElements(Make make)
+{
+    Element elements[SIXTEEN / sizeof(Element)];
+    for (size_t index = 0; index < SIXTEEN / sizeof(Element); ++index)
+        elements[index] = static_cast<Element>(make(index));
+    return LoadSixteen(elements);
+}
+
+template <class Element, class Combine>
+Sixteen CombineElements(Sixteen one, Sixteen other, Combine combine)
+{
+    Element ones[SIXTEEN / sizeof(Element)], others[SIXTEEN / sizeof(Element)];
+    std::memcpy(ones, one.bytes, SIXTEEN);
+    std::memcpy(others, other.bytes, SIXTEEN);
+    return MakeElements<Element>([&](size_t index) { return combine(ones[index], others[index]); });
+}
+
+inline Sixteen SixteenOf(uint8_t byte)
+{
+    return MakeElements<uint8_t>([=](size_t) { return byte; });
+}
+
+inline Sixteen And(Sixteen one, Sixteen other)
+{
+    return CombineElements<uint64_t>(one, other, [](uint64_t a, uint64_t b) { return a & b; });
+}
+
+inline Sixteen Without(Sixteen one, Sixteen other)
+{
+    return CombineElements<uint64_t>(one, other, [](uint64_t a, uint64_t b) { return a & ~b; });
+}
+
+inline Sixteen Or(Sixteen one, Sixteen other)
+{
+    return CombineElements<uint64_t>(one, other, [](uint64_t a, uint64_t b) { return a | b; });
+}
+
+inline Sixteen Xor(Sixteen one, Sixteen other)
+{
+    return CombineElements<uint64_t>(one, other, [](uint64_t a, uint64_t b) { return a ^ b; });
+}
+
+inline Sixteen AddBytes(Sixteen one, Sixteen other)
+{
+    return CombineElements<uint8_t>(one, other, [](uint8_t a, uint8_t b) { return a + b; });
+}
+
+inline Sixteen SubtractBytes(Sixteen one, Sixteen other)
+{
+    return CombineElements<uint8_t>(one, other, [](uint8_t a, uint8_t b) { return a - b; });
+}
+
+inline uint32_t EqualBytes(Sixteen one, Sixteen other)
+{
+    uint32_t bits = 0;
+    for (uint32_t index = 0; index < SIXTEEN; ++index)
+        bits |= uint32_t{one.bytes[index] == other.bytes[index]} << index;
+    return bits;
+}
+
+template <int PLACES>
+Sixteen ShiftUp(Sixteen value)
+{
+    return MakeElements<uint8_t>(
+        [&](size_t index) { return index < PLACES ? 0 : value.bytes[index - PLACES]; });
+}
+
+template <int PLACES>
+Sixteen ShiftDown(Sixteen value)
+{
+    return MakeElements<uint8_t>(
+        [&](size_t index) { return index + PLACES < SIXTEEN ? value.bytes[index + PLACES] : 0; });
+}
+
+template <int BYTES>
+Sixteen RepeatLast(Sixteen value)
+{
+    return MakeElements<uint8_t>([&](size_t index) { return value.bytes[SIXTEEN - BYTES + index % BYTES]; });
+}
+
+inline Sixteen WidenToColumns(const int8_t* bytes)
+{
+    return MakeElements<int32_t>([=](size_t index) { return bytes[index]; });
+}
+
+inline Sixteen FirstColumn(int32_t column)
+{
+    return MakeElements<int32_t>([=](size_t index) { return index == 0 ? column : 0; });
+}
+
+inline Sixteen AddColumns(Sixteen one, Sixteen other)
+{
+    return CombineElements<int32_t>(one, other, [](int32_t a, int32_t b) { return a + b; });
+}
+
+inline Sixteen GreaterColumns(Sixteen one, Sixteen other)
+{
+    return CombineElements<int32_t>(one, other, [](int32_t a, int32_t b) { return a > b ? -1 : 0; });
+}
+
+inline uint32_t ColumnBits(Sixteen columns)
+{
+    uint32_t bits = 0;
+    for (uint32_t index = 0; index < 4; ++index)
+        bits |= uint32_t{columns.bytes[4 * index + 3]} >> 7 << index;
+    return bits;
+}
+
+inline void AskForMemory(const uint8_t*)
+{
+}
+
+#endif
+
+inline void CopySixteen(uint8_t* target, const uint8_t* source)
+{
+    StoreSixteen(target, LoadSixteen(source));
+}
+
+} // namespace tiff
