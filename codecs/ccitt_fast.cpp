@@ -30,7 +30,7 @@ struct TwoRuns {
 };
 
 // Two runs take at most 45 bits: a white one 20, a black one 25.
-constexpr uint32_t TWO_RUNS_BITS = 45;
+static_assert(LEAST_FILLED_BITS >= 45);
 
 // The bits of a pair must be held. Where they do not tell two runs, they may be gone afterwards.
 TwoRuns TakeTwoRuns(Reservoir& bits, uint32_t colour, uint32_t& pairsHeld)
