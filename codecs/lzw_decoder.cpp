@@ -54,6 +54,7 @@ struct LzwDecoder {
     uint32_t end = FIRST_PLACE;         // of the history
     uint32_t drained = FIRST_PLACE;     // up to here lines have it
     uint32_t open = END_OF_INFORMATION; // the newest entry
+    uint32_t even = CLEAR;              // an entry that is one byte over and over
     uint32_t width = LEAST_WIDTH;
     uint32_t bits = 0; // the low bitCount bits are not yet taken
     uint32_t bitCount = 0;
@@ -77,6 +78,7 @@ constexpr uint32_t LengthOf(uint32_t string)
 void ResetTable(LzwDecoder& decoder)
 {
     decoder.open = END_OF_INFORMATION;
+    decoder.even = CLEAR;
     decoder.width = LEAST_WIDTH;
 }
 
@@ -189,6 +191,28 @@ void CopyOpenString(uint8_t* target, uint32_t length)
     StoreSixteen(target + at, Or(Without(known, last), And(first, last)));
 }
 
+// As the last one, for the open entry behind a string of one byte over and over. Runs of a colour come
+// that way, each string a byte longer than the one before and waiting for it, if it were copied.
+void FillOpenString(uint8_t* target, uint32_t length)
+{
+    const Sixteen bytes = SixteenOf(target[-1]);
+    for (uint32_t at = 0; at < length; at += WORD_BYTES)
+        StoreSixteen(target + at, bytes);
+}
+
+// Continues the string in front of the target. Returns the newest entry known to be even.
+uint32_t WriteOpenString(const LzwTable& table, uint32_t open, uint32_t even, uint8_t* target,
+                         uint32_t length)
+{
+    const uint32_t prefix = table.prefix[open];
+    if (prefix < CLEAR || prefix == even) {
+        FillOpenString(target, length);
+        return open;
+    }
+    CopyOpenString(target, length);
+    return even;
+}
+
 // Begins the history anew with the string that the open entry continues. Of the other entries
 // stays what they can be made from.
 void RenewHistory(LzwDecoder& decoder)
@@ -235,7 +259,7 @@ Status WriteString(LzwDecoder& decoder, uint32_t code)
         RestoreString(decoder, code);
     const uint32_t string = table.strings[code], length = LengthOf(string);
     if (code == decoder.open)
-        CopyOpenString(&table.history[decoder.end], length);
+        decoder.even = WriteOpenString(table, code, decoder.even, &table.history[decoder.end], length);
     else
         CopyString(&table.history[decoder.end], &table.history[PlaceOf(string)], length);
     OpenEntry(table, decoder.open, decoder.width, code, String(decoder.end, length));
@@ -318,6 +342,7 @@ bool DecodeInside(LzwDecoder& decoder)
     uint64_t bit = 8 - decoder.bitCount;
     size_t end = decoder.end, open = before;
     const size_t limit = end + std::min<uint64_t>(END_PLACE - end, decoder.stripLeft);
+    uint32_t even = decoder.even;
     uint64_t group = 0; // its next code uppermost
     const auto decodeNext = [&, width]() {
         const size_t code = group >> (64 - width);
@@ -327,7 +352,7 @@ bool DecodeInside(LzwDecoder& decoder)
         if (code < open) [[likely]]
             CopyString(&table.history[end], &table.history[PlaceOf(string)], length);
         else if (code == open)
-            CopyOpenString(&table.history[end], length);
+            even = WriteOpenString(table, static_cast<uint32_t>(code), even, &table.history[end], length);
         else
             return false;
         ++open;
@@ -356,6 +381,7 @@ bool DecodeInside(LzwDecoder& decoder)
     decoder.stripLeft -= end - decoder.end;
     decoder.end = static_cast<uint32_t>(end);
     decoder.open = static_cast<uint32_t>(open);
+    decoder.even = even;
     TakeBits(decoder, bit);
     return widens;
 }

@@ -66,6 +66,9 @@ TEST(Lzw, StringsAreUnpackedOverLineEnds)
     } rows[] = {
         {"strings and clear", 3, 2, Nine({256, 65, 66, 258, 256, 67, 68, 257}), Hex("414241 424344"), 0},
         {"a code that is being made", 3, 1, Nine({256, 65, 258, 257}), Hex("414141"), 0},
+        {"the same code of other strings after a clear", 6, 3,
+         Nine({256, 65, 258, 256, 65, 66, 258, 260, 256, 67, 68, 69, 70, 71, 72, 73, 74, 257}),
+         Hex("414141 414241 424142 414344 454647 48494A"), 0},
         {"neither clear nor end", 3, 1, Nine({65, 258}), Hex("414141"), 0},
         {"a string over three lines", 1, 6, Nine({256, 65, 258, 259, 257}), Hex("41414141 4141"), 0},
         {"a code beyond the table", 3, 1, Nine({256, 65, 259}), {}, 12},
