@@ -129,9 +129,10 @@ int32_t DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t ro
     Status status = PrepareContext(&context, file, page, firstStrip, rowCount);
     const bool hasRows = context.row < Rows(&context);
     RowsInPlace rows;
-    ChooseShortWays(&context, target, rows);
-    if (status == error::None && hasRows)
+    if (status == error::None && hasRows) {
+        ChooseShortWays(&context, target, rows);
         status = RunDecoder(&context, file);
+    }
     StoreLastError(status);
     return status == error::None;
 }
