@@ -325,26 +325,32 @@ void TouchRow(uint8_t* row, uint32_t bytes)
     static_cast<volatile uint8_t*>(row)[bytes - 1] = 0;
 }
 
-// A white line leaves a row of zeros as it came from the system: such memory is not even there yet.
-Status PaintInPlace(const CcittDecoder& decoder, CodecContext* context, uint8_t* row)
+void PaintInPlace(const CcittDecoder& decoder, const CodecContext* context, uint8_t* row)
 {
     const RowsInPlace& rows = *context->rowsInPlace;
-    const bool white = IsWhite(decoder.coding, decoder.width);
-    if (!rows.zeros) {
+    if (rows.zeros) {
+        TouchRow(row, context->bytesPerLine);
+    } else {
         AskForRow(row + rows.step, context->bytesPerLine);
         std::memset(row, 0, context->bytesPerLine);
-    } else if (!white) {
-        TouchRow(row, context->bytesPerLine);
     }
-    if (!white)
-        PaintRuns(decoder.coding, row);
-    return CountLine(context);
+    PaintRuns(decoder.coding, row);
 }
 
+bool HasRowOfZeros(const CodecContext* context)
+{
+    return RowInPlace(context, 0) && context->rowsInPlace->zeros;
+}
+
+// A white line leaves a row of zeros as it came from the system: such memory is not even there yet.
 Status PutLine(const CcittDecoder& decoder, CodecContext* context)
 {
-    if (uint8_t* row = RowInPlace(context, PAINT_MARGIN))
-        return PaintInPlace(decoder, context, row);
+    if (IsWhite(decoder.coding, decoder.width) && HasRowOfZeros(context))
+        return CountLine(context);
+    if (uint8_t* row = RowInPlace(context, PAINT_MARGIN)) {
+        PaintInPlace(decoder, context, row);
+        return CountLine(context);
+    }
     std::memset(context->lineBuffer, 0, context->bytesPerLine);
     PaintRuns(decoder.coding, context->lineBuffer);
     return FlushDataBuffer(context);

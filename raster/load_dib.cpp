@@ -13,6 +13,9 @@
 #include "tiff/codecs.h"
 #include "tiff/load.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace tiff {
 
 namespace {
@@ -101,6 +104,52 @@ bool KeepsPicture(Status status)
            status == error::EofbUnexpected;
 }
 
+// Rows that nobody has seen yet. Memory that comes fresh from the system is fetched page by page when
+// it is first written to. To do that for many pages in a row takes less time than for one now and then,
+// between other work: so rows to come are fetched together with the one in hand.
+struct NewRows {
+    TiffDecodeLineContext dib{}; // first: the routine may be given all of this
+    TiffLineCallback routine;
+    RowsInPlace rows{};
+    uint8_t *begin = nullptr, *end = nullptr; // of the memory that is not fetched yet
+};
+
+static_assert(offsetof(NewRows, dib) == 0);
+
+constexpr ptrdiff_t FETCHED_TOGETHER = 64 * 1024, LEAST_PAGE = 4096;
+
+// Zeros go where zeros are: where no row has been written yet.
+void Fetch(uint8_t* memory, ptrdiff_t bytes)
+{
+    volatile uint8_t* touched = memory;
+    for (ptrdiff_t at = 0; at < bytes; at += LEAST_PAGE)
+        touched[at] = 0;
+}
+
+// Rows come from the end of the memory to its beginning, or the other way.
+void FetchRow(NewRows& target, uint8_t* row)
+{
+    uint8_t* const behind = row + target.dib.strideOrColourUse;
+    if (row >= target.end || behind <= target.begin)
+        return;
+    if (target.rows.step < 0) {
+        const ptrdiff_t bytes = std::min(behind - target.begin, FETCHED_TOGETHER);
+        target.end = behind - bytes;
+        Fetch(target.end, bytes);
+    } else {
+        const ptrdiff_t bytes = std::min(target.end - row, FETCHED_TOGETHER);
+        target.begin = row + bytes;
+        Fetch(row, bytes);
+    }
+}
+
+intptr_t WriteNewRow(void* line, uint32_t row, void* userData)
+{
+    auto& target = *static_cast<NewRows*>(userData);
+    FetchRow(target, target.rows.first + int64_t{row} * target.rows.step);
+    return target.routine(line, row, &target.dib);
+}
+
 // Decodes into the grown block; what the driver reports is the last error.
 Status DecodeRows(HGLOBAL file, uint32_t page, GlobalBlock& block, const DibPlan& plan)
 {
@@ -108,7 +157,8 @@ Status DecodeRows(HGLOBAL file, uint32_t page, GlobalBlock& block, const DibPlan
     if (!dib)
         return error::NotEnoughMemory;
     *reinterpret_cast<BITMAPINFOHEADER*>(dib.Get()) = plan.header;
-    TiffDecodeLineContext context{};
+    NewRows target{.routine = plan.routine};
+    TiffDecodeLineContext& context = target.dib;
     context.dib = block.Get();
     context.pixelBits = dib.Get() + plan.header.biSize + DibColours(plan.header) * sizeof(RGBQUAD);
     context.height = static_cast<uint32_t>(plan.header.biHeight);
@@ -117,10 +167,14 @@ Status DecodeRows(HGLOBAL file, uint32_t page, GlobalBlock& block, const DibPlan
         static_cast<uint32_t>(DibStride(static_cast<uint32_t>(plan.header.biWidth), plan.header.biBitCount));
     context.sampleShift = plan.sampleShift;
     context.orientation = plan.orientation;
-    const RowsInPlace rows = DibRows(context, true);
+    target.rows = DibRows(context, true);
+    target.begin = context.pixelBits;
+    target.end = context.pixelBits + plan.header.biSizeImage;
+    // Rows of a bit a pixel are too short to gain by it.
+    const TiffLineCallback routine = plan.header.biBitCount > 1 ? WriteNewRow : plan.routine;
     const bool copies = plan.routine == DllFlushTiffLineDIB;
     DecodePage(file, page, 0, 0,
-               {plan.routine, &context, plan.readsLines ? plan.lineBytes : 0, copies ? &rows : nullptr});
+               {routine, &target, plan.readsLines ? plan.lineBytes : 0, copies ? &target.rows : nullptr});
     return TiffError();
 }
 
