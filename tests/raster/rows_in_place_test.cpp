@@ -6,6 +6,8 @@
 #include "tiff/ccitt.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 #include <random>
 
 using namespace tiff;
@@ -116,4 +118,31 @@ TEST(RowsInPlace, ShowWhatIsHandedOverLineByLine)
                     EXPECT_EQ(loaded.bytes, decode(0, CopyLine).bytes);
                 }
             }
+}
+
+// Grey rows whose memory is fetched many at a time, and a row that is longer than that.
+TEST(RowsInPlace, StandInMuchMemory)
+{
+    NoLeaks leaks;
+    std::mt19937 random(2);
+    for (const uint32_t width : {252u, 70000u})
+        for (const uint32_t orientation : {1u, 4u}) {
+            SCOPED_TRACE(testing::Message() << "width " << width << ", orientation " << orientation);
+            const uint32_t rows = 280000 / width;
+            Bytes pixels(size_t{width} * rows);
+            std::generate(pixels.begin(), pixels.end(), [&] { return static_cast<uint8_t>(random()); });
+            TiffPage page =
+                TiffPage::Picture(width, rows, 8, 1, 1).Short(274, {orientation}).Strips({pixels});
+            page.Long(256, {width});
+            const MemoryTiff tiff(OnePage(page));
+            HGLOBAL dib = LoadTiffChainIntoDIB(tiff.file, 0);
+            ASSERT_TRUE(dib);
+            const Bytes loaded = Content(dib, GlobalSize(dib));
+            GlobalFree(dib);
+            for (uint32_t row = 0; row < rows; ++row) {
+                const uint32_t stored = orientation == 4 ? row : rows - 1 - row;
+                const auto* found = &loaded[loaded.size() - size_t{width} * (rows - stored)];
+                ASSERT_TRUE(std::equal(found, found + width, &pixels[size_t{width} * row])) << "row " << row;
+            }
+        }
 }
