@@ -16,8 +16,12 @@ namespace tiff {
 
 namespace {
 
-// Of the buffer. What is copied is at most the source, and some bytes of directories.
-constexpr uint32_t LEAST_BYTES = 4096, MOST_BYTES = 256 * 1024;
+// What is copied is at most the source, and some bytes of directories.
+constexpr uint32_t BufferBytes(uint32_t sourceBytes)
+{
+    constexpr uint32_t LEAST = 4096, MOST = 256 * 1024;
+    return std::clamp(sourceBytes, LEAST, MOST);
+}
 
 Status Flush(CopyOutput& output)
 {
@@ -171,7 +175,7 @@ CopyRun::CopyRun(HGLOBAL source, HGLOBAL destination)
       sourceBytes(mSize(sourceStream.Get())), window{.stream = sourceStream.Get(),
                                                      .byteOrder = ByteOrderOf(source),
                                                      .bytes{}},
-      bufferBlock(std::clamp(sourceBytes, LEAST_BYTES, MOST_BYTES)), buffer(bufferBlock.Get()), output{}
+      bufferBlock(BufferBytes(sourceBytes)), buffer(bufferBlock.Get()), output{}
 {
 }
 
@@ -211,7 +215,7 @@ Status OpenOutput(CopyRun& run)
     run.target.emplace(run.destination);
     if (!*run.target)
         return TiffError();
-    output.buffer = {run.buffer.Get(), std::clamp(run.sourceBytes, LEAST_BYTES, MOST_BYTES)};
+    output.buffer = {run.buffer.Get(), BufferBytes(run.sourceBytes)};
     output.stream = run.target->Get();
     if (isNew)
         return Append(output, FileHeader(output.byteOrder));
