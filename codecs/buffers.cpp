@@ -4,6 +4,7 @@
 #include "core/global_block.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace tiff {
 
@@ -42,6 +43,32 @@ Status AllocateBuffers(CodecContext* context, uint32_t codeBytes)
     context->lastLineOfStrip = 0;
     SetStripLastRow(context);
     return error::None;
+}
+
+// New memory of the system is zeros that cost nothing until they are used: a line of white that is
+// millions of pixels wide costs less so than by clearing it.
+static bool RenewBuffers(CodecContext* context)
+{
+    const size_t codeBytes = context->codeBufferSize + BUFFER_SLACK;
+    const auto read = context->codeCursor - CodeBuffer(context);
+    GlobalBlock block(context->lineBufferSize + codeBytes);
+    auto* line = block ? static_cast<uint8_t*>(GlobalLock(block.Get())) : nullptr;
+    if (!line)
+        return false;
+    std::memcpy(line + context->lineBufferSize, CodeBuffer(context), codeBytes);
+    GlobalUnlock(context->bufferBlock);
+    GlobalFree(context->bufferBlock);
+    context->bufferBlock = block.Release();
+    context->lineBuffer = context->lineCursor = line;
+    context->codeCursor = CodeBuffer(context) + read;
+    return true;
+}
+
+void ClearLine(CodecContext* context)
+{
+    constexpr uint32_t WIDE_LINE = 1 << 20;
+    if (context->bytesPerLine < WIDE_LINE || !RenewBuffers(context))
+        std::memset(context->lineBuffer, 0, context->bytesPerLine);
 }
 
 static bool StripOffset(const CodecContext* context, uint32_t strip, uint32_t& offset)

@@ -28,6 +28,9 @@ void SetStripLastRow(CodecContext* context);
 // Sets the line cursor and the per-line copies for the next line.
 void BeginLine(CodecContext* context);
 
+// Makes the line buffer zeros.
+void ClearLine(CodecContext* context);
+
 // Hands a line over that need not be in the line buffer.
 [[nodiscard]] Status HandOverLine(CodecContext* context, uint8_t* line);
 

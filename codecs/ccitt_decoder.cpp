@@ -177,7 +177,7 @@ Met DecodeRunLine(CcittDecoder& decoder)
         return Met::LineEnd;
     int64_t position = 0;
     for (uint32_t colour = 0; position < decoder.width; colour ^= 1) {
-        if (colour == 0 && decoder.fastLoops) {
+        if (colour == 0 && decoder.fastLoops && HasOnlyChanges(decoder.coding)) {
             DecodeRunsFast(decoder, position);
             if (position >= decoder.width)
                 break;
@@ -194,7 +194,7 @@ Met DecodeRunLine(CcittDecoder& decoder)
     return Met::LineEnd;
 }
 
-// Wanted: an early EOFB is reported only when the bytes held show it whole. When the buffer had
+// Deliberate: an early EOFB is reported only when the bytes held show it whole. When the buffer had
 // to be refilled on the way, decoding ends as the refill did, with success.
 Status CheckEofb(BitReader& bits)
 {
@@ -227,6 +227,8 @@ Met DecodeVerticalMode(CcittDecoder& decoder, ModeLine& line, int32_t delta)
 {
     decoder.decodedAny = true;
     line.a0 = line.change = VerticalChange(delta, line.reference, decoder.width);
+    if (WalksInCircles(line.reference, decoder.coding))
+        return Met::BadCode;
     return AppendRunEnd(decoder.coding, line.change, decoder.width) ? Met::Run : Met::BadCode;
 }
 
@@ -249,6 +251,8 @@ Met DecodeMode(CcittDecoder& decoder, ModeLine& line)
         decoder.decodedAny = true;
         line.a0 = line.reference.B2();
         line.reference.Advance(2);
+        if (line.reference.emptyRuns)
+            line.reference.SkipThrough(line.a0, decoder.width);
         return Met::Run;
     default:
         return decoder.framing.skipsExtensions ? Met::Run : Met::BadCode;
@@ -268,9 +272,10 @@ Met DecodeModeLine(CcittDecoder& decoder)
         decoder.decodedAny = AppendRunEnd(decoder.coding, decoder.width, decoder.width);
         return Met::LineEnd;
     }
-    ModeLine line{.reference = {decoder.reference.ends, decoder.reference.count}};
+    const RunList& above = decoder.reference;
+    ModeLine line{.reference = {above.ends, above.count, above.emptyRuns}};
     while (line.change < decoder.width) {
-        if (decoder.fastLoops && decoder.reference.ordered && decoder.coding.ordered) {
+        if (decoder.fastLoops && HasOnlyChanges(above) && HasOnlyChanges(decoder.coding)) {
             DecodeModesFast(decoder, line);
             if (line.change >= decoder.width)
                 break;
@@ -298,12 +303,15 @@ Status StatusOf(Met met, BitReader& bits)
     }
 }
 
-// Lists for two lines. A line in order has at most one entry a column, and every entry takes a
-// bit of code: a small file gets small lists, whatever width it claims.
+// Lists for two lines. A line in order has at most one change a column, and may have as many
+// empty runs. Every entry takes a bit of code: a small file gets small lists, whatever width it
+// claims.
 GlobalBlock MakeRunLists(const CodecContext* context, uint32_t& room)
 {
+    constexpr uint64_t MOST_ENTRIES = UINT32_MAX / 2;
     const uint64_t codeBits = uint64_t{context->dataEnd} * 8;
-    room = static_cast<uint32_t>(std::min<uint64_t>(Width(context), codeBits)) + END_SENTINELS;
+    const uint64_t entries = std::min({uint64_t{Width(context)} * 2, codeBits, MOST_ENTRIES});
+    room = static_cast<uint32_t>(entries) + END_SENTINELS;
     return GlobalBlock(2 * RoomOfList(room) * sizeof(int32_t));
 }
 
@@ -351,7 +359,7 @@ Status PutLine(const CcittDecoder& decoder, CodecContext* context)
         PaintInPlace(decoder, context, row);
         return CountLine(context);
     }
-    std::memset(context->lineBuffer, 0, context->bytesPerLine);
+    ClearLine(context);
     PaintRuns(decoder.coding, context->lineBuffer);
     return FlushDataBuffer(context);
 }

@@ -28,7 +28,9 @@ struct CcittDecoder {
 struct ReferencePoint {
     const int32_t* ends;
     uint32_t count;
+    bool emptyRuns;
     uint32_t index = 0;
+    uint32_t stepsBack = 0;
 
     int32_t B1() const
     {
@@ -55,6 +57,11 @@ struct ReferencePoint {
     {
         return index > 1 && ends[index - 2] > column;
     }
+    void StepBack()
+    {
+        index -= 2;
+        ++stepsBack;
+    }
 };
 
 // A two-dimensional line in the making.
@@ -70,14 +77,20 @@ inline int32_t VerticalChange(int32_t delta, ReferencePoint& reference, int32_t 
     reference.Advance(1);
     if (delta < 0) {
         while (reference.PreviousIsRightOf(a1))
-            reference.index -= 2;
-    } else if (delta > 0) {
-        if (reference.PreviousIsRightOf(a1))
-            reference.index -= 2;
-        else
-            reference.SkipThrough(a1, width);
+            reference.StepBack();
+    } else if (delta > 0 && reference.PreviousIsRightOf(a1)) {
+        reference.StepBack();
+    } else if (delta > 0 || reference.emptyRuns) {
+        reference.SkipThrough(a1, width);
     }
     return a1;
+}
+
+// Without damage a0 only moves to the right, and a change of the reference line is stepped back over
+// once a change coded at most. Damaged lines could walk to and fro for hours.
+inline bool WalksInCircles(const ReferencePoint& reference, const RunList& coding)
+{
+    return reference.stepsBack > uint64_t{reference.count} + coding.count + END_SENTINELS;
 }
 
 } // namespace tiff::ccitt

@@ -15,7 +15,8 @@ struct RunList {
     int32_t* ends; // columns, at most the width
     uint32_t count;
     uint32_t room;
-    bool ordered = true; // false when damage made a column lie left of the one before it
+    bool ordered = true;    // false when damage made a column lie left of the one before it
+    bool emptyRuns = false; // a column stands twice: encoders that work run by run write such lines
 };
 
 // Entries of the width that stand behind every finished list, so that looking for b1 and b2
@@ -45,21 +46,32 @@ inline void ClearRunList(RunList& list)
 {
     list.count = 0;
     list.ordered = true;
+    list.emptyRuns = false;
 }
 
-// Ends the run in hand. A run of no pixels joins its neighbours, so that the list holds real
-// changes only; just the first white run may be empty. False when the list is full.
+// Whether the list holds real changes only. Its first white run may be empty.
+inline bool HasOnlyChanges(const RunList& list)
+{
+    return list.ordered && !list.emptyRuns;
+}
+
+// Ends the run in hand. Empty runs stay as they were coded, because the next line counts them too.
+// In a full list they join their neighbours; any other run is refused there, with false.
 inline bool AppendRunEnd(RunList& list, int64_t end, int32_t width)
 {
     const auto column = static_cast<int32_t>(end < 0 ? 0 : end > width ? width : end);
-    if (list.count > 0 && column == list.ends[list.count - 1]) {
-        --list.count;
-        return true;
+    const bool isFull = list.count == list.room;
+    if (list.count > 0 && column <= list.ends[list.count - 1]) {
+        const bool isEmpty = column == list.ends[list.count - 1];
+        list.emptyRuns |= isEmpty;
+        list.ordered &= isEmpty;
+        if (isEmpty && isFull) {
+            --list.count;
+            return true;
+        }
     }
-    if (list.count == list.room)
+    if (isFull)
         return false;
-    if (list.count > 0 && column < list.ends[list.count - 1])
-        list.ordered = false;
     list.ends[list.count++] = column;
     return true;
 }

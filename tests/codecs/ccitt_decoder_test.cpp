@@ -142,10 +142,10 @@ TEST(Group3, TwoDimensionalRowsReferToTheRowAbove)
              one + "00110101 11 1110" + two + "111" + two + "011 1 1",
              0,
              {"##......", "##......", ".#......"}},
-            {"empty runs in the reference are no changes",
+            {"empty runs in the reference are passed like others",
              8,
              2,
-             one + "00110101 0000110111 1000 11 00110101 0000110111 1000" + two + "111",
+             one + "00110101 0000110111 1000 11 00110101 0000110111 1000" + two + "0001 111",
              0,
              {"...##...", "...##..."}},
         });
@@ -190,6 +190,23 @@ TEST(Group4, RowsAreModesAlone)
              0,
              {"...#.#..", "......#."}},
         });
+    // Eight empty runs lie between what the second row steps to and fro over.
+    std::string to, fro;
+    for (int times = 0; times < 8; ++times) {
+        to += "001 00110101 0000110111";
+        fro += "0000010 1";
+    }
+    const std::string row = "001 00111 0000110111" + to + "001 0111 0000110111 001 0111 11";
+    ExpectRows(4, 0,
+               {
+                   {"a step over empty runs",
+                    16,
+                    2,
+                    row + "1 0000010 1 0000011 1",
+                    0,
+                    {"..............##", "..........#####."}},
+                   {"steps without end", 16, 2, row + "1" + fro + "0000011 1", 12, {"..............##"}},
+               });
 }
 
 // All-white rows take one bit each, so that the EOFB can be put on any byte. It is checked in
