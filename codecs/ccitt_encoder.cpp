@@ -16,14 +16,16 @@
 
 namespace tiff {
 
-Status StoreCodeBytes(CodecContext* context, Flush flush, uint32_t bytes, uint32_t count)
+Status StoreCodeBytes(CodecContext* context, Flush flush, Status failed, uint32_t bytes, uint32_t count)
 {
-    Status failed = error::None;
     for (; count > 0; --count, bytes <<= 8) {
         *context->codeCursor++ = static_cast<uint8_t>(bytes >> 24);
-        if (--context->codeBytesLeft == 0)
-            if (const Status status = flush(context); status != error::None)
-                failed = status;
+        if (--context->codeBytesLeft != 0)
+            continue;
+        if (failed == error::None)
+            failed = flush(context);
+        else
+            EmptyCodeBuffer(context);
     }
     return failed;
 }

@@ -15,19 +15,18 @@ struct BitWriter {
     Flush flush;
     uint64_t window = 0;         // left-aligned
     uint32_t held = 0;           // bits in the window, below 32 between two calls
-    Status failed = error::None; // what the last failing flush said
+    Status failed = error::None; // what the flush that failed said
 };
 
 // Stores left-aligned bytes one by one. The buffer is flushed as soon as it is full, so there
-// is always room for one.
-[[nodiscard]] Status StoreCodeBytes(CodecContext* context, Flush flush, uint32_t bytes, uint32_t count);
+// is always room for one. After a failure nothing more is written; the failure is returned.
+[[nodiscard]] Status StoreCodeBytes(CodecContext* context, Flush flush, Status failed, uint32_t bytes,
+                                    uint32_t count);
 
 inline void StoreBytes(BitWriter& bits, uint32_t count)
 {
-    const Status status =
-        StoreCodeBytes(bits.context, bits.flush, static_cast<uint32_t>(bits.window >> 32), count);
-    if (status != error::None)
-        bits.failed = status;
+    bits.failed = StoreCodeBytes(bits.context, bits.flush, bits.failed,
+                                 static_cast<uint32_t>(bits.window >> 32), count);
 }
 
 // Appends the low bits of a code, 1 to 32 of them; the bits above must be zero.

@@ -140,15 +140,18 @@ Status EncodePage(CodecContext* context, HGLOBAL file, uint32_t page)
     if (!stream)
         return TiffError();
     context->stream = stream.Get();
+    bool linked = false;
     Status status = BeginPage(stream.Get(), file);
     if (status == error::None)
         status = RunEncoder(context);
     if (status == error::None)
         status = DefineStrips(context, file, page);
     if (status == error::None)
-        status = WriteDirectory(stream.Get(), file, page);
+        status = WriteDirectory(stream.Get(), file, page, linked);
     if (status == error::None)
         stream.Commit();
+    else if (!linked)
+        stream.TakeBack();
     return status;
 }
 

@@ -54,7 +54,7 @@ struct LzwEncoder {
     uint32_t lineCodes = 0;      // found during the line in hand
     uint32_t held = 0;           // bits in the window, below 8 between two calls
     uint64_t window = 0;         // left-aligned
-    Status failed = error::None; // what the last failing flush said
+    Status failed = error::None; // what the flush that failed said; nothing is written after it
 };
 
 // Appends up to 48 bits. Eight bytes are stored and the whole ones counted: how many those are is
@@ -72,8 +72,8 @@ void PutBits(LzwEncoder& encoder, uint64_t bits, uint32_t length)
         std::memcpy(context->codeCursor, word, sizeof(word));
         context->codeCursor += bytes;
         context->codeBytesLeft -= bytes;
-    } else if (const Status status = PutBytes(context, {word, bytes}); status != error::None) {
-        encoder.failed = status;
+    } else if (encoder.failed == error::None) {
+        encoder.failed = PutBytes(context, {word, bytes});
     }
     encoder.window <<= bytes * 8;
     encoder.held %= 8;

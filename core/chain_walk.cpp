@@ -3,6 +3,7 @@
 #include "core/errors.h"
 #include "core/open_file.h"
 #include "core/records.h"
+#include "core/stream.h"
 
 #include <algorithm>
 #include <bit>
@@ -115,6 +116,14 @@ bool ScanDirectory(DirectoryWindow& window, WalkedPage& page)
     return nextLink <= UINT32_MAX;
 }
 
+// Directories of their own do not fit into less than they take: those that lie over each other could
+// make a small file cost hours.
+bool TakeRoom(ChainWalk& walk, const WalkedPage& page)
+{
+    walk.directoryBytes += page.nextLink - page.directoryOffset;
+    return walk.directoryBytes <= walk.fileBytes;
+}
+
 // From the page that the chain came back to, everything repeats.
 void RepeatCycle(WalkedPage* pages, uint32_t pageCount, uint32_t target)
 {
@@ -163,7 +172,7 @@ Step FollowLink(DirectoryWindow& window, ChainWalk& walk, WalkedPage* pages, See
     }
     if (target != NO_PAGE)
         return Step::Cycle;
-    if (!ScanDirectory(window, page))
+    if (!ScanDirectory(window, page) || !TakeRoom(walk, page))
         return Step::Broken;
     ++walk.pageCount;
     // The last page allowed is not followed further: its leading link stays the last.
@@ -189,6 +198,10 @@ bool WalkChain(DirectoryWindow& window, ChainWalk& walk)
     SeenOffsets seen;
     uint32_t room = 0;
     walk.linkPosition = FIRST_LINK;
+    if (!SizeToRead(window.stream, walk.fileBytes)) {
+        SetTiffError(error::InputOutput);
+        return false;
+    }
     while (walk.pageCount < TIFF_MAX_PAGES) {
         if (!MakeRoom(walk, room, std::max(walk.pageCount + 1, FIRST_ROOM)))
             return false;

@@ -19,7 +19,9 @@ struct ChainWalk {
     GlobalBlock pages; // WalkedPages
     uint32_t pageCount = 0;
     uint32_t linkPosition = 0; // of the last link looked at
-    bool broken = false;       // the chain goes on, but not to a directory
+    bool broken = false;       // the chain goes on, but not to a directory of its own
+    uint32_t fileBytes = 0;
+    uint64_t directoryBytes = 0; // of the directories so far, links apart
 };
 
 // Walks from the link in the file's header. A chain that leads back into itself is unrolled up

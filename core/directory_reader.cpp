@@ -121,7 +121,7 @@ void ReadRecords(DirectoryLoad& load, TagBlock* block)
 GlobalBlock LoadTags(DirectoryWindow& window, uint32_t fileBytes, uint32_t directory, bool& whole)
 {
     DirectoryLoad load{window, directory, 0, 0, true};
-    const uint8_t* counted = fileBytes == STREAM_FAILED ? nullptr : Fetch(window, directory, 2);
+    const uint8_t* counted = Fetch(window, directory, 2);
     if (!counted) {
         SetTiffError(error::InputOutput);
         return {};
@@ -197,6 +197,11 @@ extern "C" int32_t GetTiffImage(HGLOBAL file, uint32_t page) noexcept
     window.stream = stream.Get();
     window.byteOrder = record->byteOrder;
     record.Unlock();
+    uint32_t fileBytes;
+    if (!SizeToRead(window.stream, fileBytes)) {
+        SetTiffError(error::InputOutput);
+        return 0;
+    }
     bool whole;
-    return LoadPage(file, page, window, mSize(window.stream), whole);
+    return LoadPage(file, page, window, fileBytes, whole);
 }

@@ -7,8 +7,8 @@
 namespace tiff {
 
 // As GetTiffImage. The window is of the file's stream and byte order, and serves for all its
-// pages; fileBytes is the stream's size, or STREAM_FAILED. Whole tells whether everything that
-// the file has of the tags was loaded.
+// pages; fileBytes is the size to read. Whole says whether everything that the file has of the tags
+// was loaded.
 int32_t LoadPage(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes, bool& whole);
 
 } // namespace tiff

@@ -1,13 +1,13 @@
 #include "core/directory_window.h"
 
-#include <span>
+#include "core/stream.h"
 
 namespace tiff {
 
 bool IsInFile(TiffStream stream, uint64_t position, uint64_t count)
 {
-    const uint32_t size = mSize(stream);
-    return size == STREAM_FAILED || position + count <= size;
+    uint32_t size;
+    return !SizeToRead(stream, size) || position + count <= size;
 }
 
 const uint8_t* Fetch(DirectoryWindow& window, uint64_t position, uint32_t count)

@@ -11,6 +11,7 @@
 #include "tiff/pages.h"
 
 #include <array>
+#include <span>
 
 namespace tiff {
 
@@ -72,8 +73,28 @@ Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset,
                                                                              : error::InputOutput;
 }
 
-Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page)
+// A link that was not written whole may lead anywhere: it is put back. Says whether it is as it was.
+static bool RestoreLink(TiffStream stream, uint32_t position, std::span<uint8_t> before)
 {
+    return mSeek(stream, position, 0) != STREAM_FAILED &&
+           mWrite(stream, before.data(), static_cast<uint32_t>(before.size())) == before.size();
+}
+
+static Status SetLink(TiffStream stream, uint32_t position, uint32_t directoryOffset, uint32_t byteOrder,
+                      bool& linked)
+{
+    std::array<uint8_t, 4> before;
+    if (mSeek(stream, position, 0) == STREAM_FAILED ||
+        mRead(stream, before.data(), before.size()) != before.size())
+        return Fail(error::InputOutput);
+    const Status status = PatchLink(stream, position, directoryOffset, byteOrder);
+    linked = status == error::None || !RestoreLink(stream, position, before);
+    return status;
+}
+
+Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page, bool& linked)
+{
+    linked = false;
     uint32_t byteOrder, linkPosition;
     {
         Locked<TiffFileRecord> record(file);
@@ -91,7 +112,7 @@ Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page)
         return status;
     // The link goes last. Until it is written the new page is only unreferenced bytes, and the
     // file reads as it did before.
-    if (const Status status = PatchLink(stream, linkPosition, layout.directoryOffset, byteOrder);
+    if (const Status status = SetLink(stream, linkPosition, layout.directoryOffset, byteOrder, linked);
         status != error::None)
         return status;
     TakeDirectory(file, page, layout);
@@ -110,10 +131,13 @@ extern "C" uint32_t WriteTiffImageDirectory(HGLOBAL file, uint32_t page) noexcep
     WritingStream stream(file);
     if (!stream)
         return TiffError();
+    bool linked = false;
     Status status = BeginPage(stream.Get(), file);
     if (status == error::None)
-        status = WriteDirectory(stream.Get(), file, page);
+        status = WriteDirectory(stream.Get(), file, page, linked);
     if (status == error::None)
         stream.Commit();
+    else if (!linked)
+        stream.TakeBack();
     return Fail(status);
 }

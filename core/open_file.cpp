@@ -78,17 +78,22 @@ static TiffStream OpenRecordForWriting(HGLOBAL file, uint32_t retries, GlobalBlo
 }
 
 WritingStream::WritingStream(HGLOBAL file, uint32_t retries)
-    : file(file), stream(OpenRecordForWriting(file, retries, fresh))
+    : file(file), stream(OpenRecordForWriting(file, retries, fresh)), knowsEnd(SizeToRead(stream.Get(), end))
 {
 }
 
 // Writing may have moved the block. The record takes the new handle, or the caller would be
-// left holding memory that no longer exists. A block that failed to grow still exists, and
-// the stream has forgotten it: then the record's handle is the good one.
+// left holding memory that no longer exists.
 WritingStream::~WritingStream()
 {
-    Locked<TiffFileRecord> record(fresh ? nullptr : file);
+    GiveBackRoom(stream.Get());
     HGLOBAL block = MemoryStreamBlock(stream.Get());
+    if (fresh) {
+        fresh.Release();
+        fresh.Adopt(block);
+        return;
+    }
+    Locked<TiffFileRecord> record(file);
     if (record && block)
         record->memoryBlock = block;
 }
@@ -98,6 +103,13 @@ void WritingStream::Commit()
     fresh.Release();
     if (MemoryStreamBlock(stream.Get()))
         Locked<TiffFileRecord>(file)->memoryBytes = mSize(stream.Get());
+}
+
+void WritingStream::TakeBack()
+{
+    constexpr uint32_t BEYOND_OFFSETS = UINT32_MAX; // nothing was written to such a file
+    if (knowsEnd && end != BEYOND_OFFSETS)
+        CutStream(stream.Get(), end);
 }
 
 std::array<uint8_t, 8> FileHeader(uint32_t byteOrder)
@@ -240,13 +252,20 @@ static HGLOBAL OpenExisting(GlobalBlock block, uint32_t openFlags)
 
 enum class Found { Nothing, Pages, Unreadable };
 
+// A size that cannot be found out is none that allows to begin the file anew.
+static bool IsEmpty(HANDLE file)
+{
+    LARGE_INTEGER size;
+    return GetFileSizeEx(file, &size) && size.QuadPart == 0;
+}
+
 // A file that is there and cannot be looked into must not be taken for a new one: its pages
 // would go with the first that is written.
 static Found LookFor(const char* path)
 {
     FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
     if (file)
-        return GetFileSize(file.Get(), nullptr) != 0 ? Found::Pages : Found::Nothing;
+        return IsEmpty(file.Get()) ? Found::Nothing : Found::Pages;
     return GetFileAttributesA(path) == INVALID_FILE_ATTRIBUTES ? Found::Nothing : Found::Unreadable;
 }
 
@@ -350,7 +369,7 @@ extern "C" int32_t ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byt
 
 extern "C" void GetTiffVersion(char* buffer, int32_t size) noexcept
 {
-    if (size <= 0)
+    if (!buffer || size <= 0)
         return;
     // Wanted: the count is taken at its word, so a short buffer gets no terminator.
     std::memcpy(buffer, VERSION_TEXT, std::min(static_cast<size_t>(size), sizeof(VERSION_TEXT)));

@@ -42,10 +42,15 @@ public:
     // this it keeps the size it had, and what was written is written over by the next page.
     void Commit();
 
+    // The page failed and nothing leads to what was written: the file ends where it did again.
+    void TakeBack();
+
 private:
     HGLOBAL file;
     GlobalBlock fresh; // of a TIFF in memory that had no block, until it has a page
     Stream stream;
+    uint32_t end = 0; // of the file as it was opened
+    bool knowsEnd;
 };
 
 // Writes the header of a file that has none yet, or moves to the end of one that has.

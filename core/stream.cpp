@@ -4,6 +4,7 @@
 #include "core/handles.h"
 #include "core/thread_state.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -75,16 +76,37 @@ static uint32_t ReadMemory(MemoryFileSlot& slot, void* buffer, uint32_t count)
     return bytes;
 }
 
+static HGLOBAL Resized(HGLOBAL block, SIZE_T bytes)
+{
+    return block ? GlobalReAlloc(block, bytes, GMEM_MOVEABLE | GMEM_ZEROINIT)
+                 : GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, bytes);
+}
+
+// Room grows by half, so that a file written in many parts is not copied once a part. A block that
+// cannot grow stays the slot's: it holds the file as it was.
+static bool MakeRoom(MemoryFileSlot& slot, SIZE_T bytes)
+{
+    const SIZE_T room = slot.block ? GlobalSize(slot.block) : 0;
+    if (slot.block && bytes <= room)
+        return true;
+    const SIZE_T more = std::min<SIZE_T>(room + room / 2, INT32_MAX);
+    HGLOBAL grown = bytes < more ? Resized(slot.block, more) : nullptr;
+    if (!grown)
+        grown = Resized(slot.block, bytes);
+    if (grown)
+        slot.block = grown;
+    return grown != nullptr;
+}
+
 static uint32_t WriteMemory(MemoryFileSlot& slot, const void* buffer, uint32_t count)
 {
     const int64_t end = int64_t{slot.position} + count;
     if (end > INT32_MAX)
         return STREAM_FAILED;
     if (end > slot.size) {
-        const auto bytes = static_cast<SIZE_T>(end);
+        if (!MakeRoom(slot, static_cast<SIZE_T>(end)))
+            return STREAM_FAILED;
         slot.size = static_cast<int32_t>(end);
-        slot.block = slot.block ? GlobalReAlloc(slot.block, bytes, GMEM_ZEROINIT)
-                                : GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, bytes);
     }
     Locked<uint8_t> block(slot.block);
     if (!block)
@@ -116,6 +138,40 @@ static uint32_t SeekMemory(MemoryFileSlot& slot, uint32_t offset, int32_t origin
         return STREAM_FAILED;
     slot.position = static_cast<int32_t>(position);
     return static_cast<uint32_t>(position);
+}
+
+void GiveBackRoom(TiffStream stream)
+{
+    MemoryFileSlot* slot = MemoryFile(stream);
+    if (!slot || !slot->block || slot->size == 0 ||
+        GlobalSize(slot->block) <= static_cast<SIZE_T>(slot->size))
+        return;
+    if (HGLOBAL block = Resized(slot->block, static_cast<SIZE_T>(slot->size)))
+        slot->block = block;
+}
+
+bool SizeToRead(TiffStream stream, uint32_t& bytes)
+{
+    if (!IsFile(stream)) {
+        bytes = mSize(stream);
+        return bytes != STREAM_FAILED;
+    }
+    LARGE_INTEGER size;
+    const bool known = GetFileSizeEx(FileOf(stream), &size);
+    bytes = known ? static_cast<uint32_t>(std::min<int64_t>(size.QuadPart, UINT32_MAX)) : 0;
+    return known;
+}
+
+bool CutStream(TiffStream stream, uint32_t bytes)
+{
+    if (IsFile(stream))
+        return SeekFile(stream, bytes, 0) == bytes && SetEndOfFile(FileOf(stream));
+    MemoryFileSlot* slot = MemoryFile(stream);
+    if (!slot || bytes > static_cast<uint32_t>(slot->size))
+        return false;
+    slot->size = static_cast<int32_t>(bytes);
+    slot->position = std::min(slot->position, slot->size);
+    return true;
 }
 
 } // namespace tiff
