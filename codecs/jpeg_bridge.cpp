@@ -45,21 +45,28 @@ Status ReadOldJpegTags(CodecContext* context, HGLOBAL file, uint32_t page)
     context->tilesDown = TilesAlong(Rows(context), context->tileLength);
     context->rowsPerStrip = context->tileLength;
 
-    uint32_t offsetCount = 0;
-    const bool complete =
-        GetTiffImageInfoBuffer(file, page, tag::TileOffsets, &context->stripOffsets,
-                               &context->stripOffsetsType, &offsetCount) &&
-        GetTiffImageInfoBuffer(file, page, tag::TileByteCounts, &context->stripByteCounts, nullptr,
-                               nullptr) &&
-        GetTiffImageInfoBuffer(file, page, tag::JpegQTables, &context->quantisationTables, nullptr,
-                               nullptr) &&
-        GetTiffImageInfoBuffer(file, page, tag::JpegAcTables, &context->acTables, nullptr, nullptr) &&
-        GetTiffImageInfoBuffer(file, page, tag::JpegDcTables, &context->dcTables, nullptr, nullptr);
-    if (!complete)
-        return error::TagsMissing;
-    // Never more tiles than there are offsets, whatever the page's size says.
-    context->stripCount = static_cast<uint32_t>(
-        std::min<uint64_t>(uint64_t{context->tilesAcross} * context->tilesDown, offsetCount));
+    const struct {
+        uint16_t tag;
+        HGLOBAL& block;
+        uint32_t* type;
+    } lists[] = {{tag::TileOffsets, context->stripOffsets, &context->stripOffsetsType},
+                 {tag::TileByteCounts, context->stripByteCounts, nullptr},
+                 {tag::JpegQTables, context->quantisationTables, nullptr},
+                 {tag::JpegAcTables, context->acTables, nullptr},
+                 {tag::JpegDcTables, context->dcTables, nullptr}};
+    for (const auto& list : lists) {
+        if (!tags.Find(list.tag))
+            return error::TagsMissing;
+        if (!GetTiffImageInfoBuffer(file, page, list.tag, &list.block, list.type, nullptr))
+            return error::NotEnoughMemory;
+    }
+    // Never more tiles than there are offsets, whatever the page's size says. They are read as 16-bit
+    // numbers under one type only, and as 32-bit ones under any other.
+    const auto offsets = tags.Find(tag::TileOffsets);
+    const uint64_t offsetCount =
+        offsets->type == fieldtype::Short ? offsets->count : offsets->values.size() / sizeof(uint32_t);
+    context->stripCount =
+        static_cast<uint32_t>(std::min(uint64_t{context->tilesAcross} * context->tilesDown, offsetCount));
     context->planarConfiguration = tags.Value(tag::PlanarConfiguration, 1);
     context->restartInterval = tags.Value(tag::JpegRestartInterval, 0);
     if (context->lineFormat.biBitCount > 8)
@@ -70,7 +77,8 @@ Status ReadOldJpegTags(CodecContext* context, HGLOBAL file, uint32_t page)
 static Status RunJpegFunction(const char* name, CodecContext* context)
 {
     Status status = error::None;
-    const FARPROC function = FindJpegFunction(name, status);
+    Module held;
+    const FARPROC function = FindJpegFunction(name, held, status);
     if (!function)
         return status;
     using JpegCodec = uint32_t (*)(CodecContext*);

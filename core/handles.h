@@ -49,7 +49,11 @@ public:
     Module(Module&& other) noexcept : module(other.Release())
     {
     }
-    Module& operator=(Module&&) = delete;
+    Module& operator=(Module&& other) noexcept
+    {
+        Module released(std::exchange(module, other.Release()));
+        return *this;
+    }
     ~Module()
     {
         if (module)

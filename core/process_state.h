@@ -3,12 +3,14 @@
 
 #include "core/win32.h"
 
+#include <atomic>
+
 namespace tiff {
 
 struct ProcessState {
     DWORD threadSlot = TLS_OUT_OF_INDEXES;
-    HMODULE module = nullptr;      // this library, for its dialogs
-    HMODULE jpegLibrary = nullptr; // loaded by the first page that needs it
+    HMODULE module = nullptr;                   // this library, for its dialogs
+    std::atomic<HMODULE> jpegLibrary = nullptr; // kept loaded between pages; threads share it
 };
 
 extern ProcessState processState;

@@ -40,26 +40,44 @@ static bool IsLoaded(HMODULE module)
     return reinterpret_cast<uintptr_t>(module) >= LEAST_MODULE;
 }
 
-FARPROC FindJpegFunction(const char* name, Status& status)
+// Null for handles that are error codes.
+static Module LoadJpegLibrary()
 {
-    if (!IsLoaded(processState.jpegLibrary))
-        processState.jpegLibrary = LoadLibraryA("JPGLIB.DLL");
+    const HMODULE module = LoadLibraryA("JPGLIB.DLL");
+    return Module(IsLoaded(module) ? module : nullptr);
+}
+
+// Loading it for every page would take longer than many a page: one reference stays until a file is
+// closed. Another thread may have left one meanwhile.
+static void KeepJpegLibrary()
+{
+    if (processState.jpegLibrary)
+        return;
+    Module another = LoadJpegLibrary();
+    HMODULE none = nullptr;
+    if (processState.jpegLibrary.compare_exchange_strong(none, another.Get()))
+        another.Release();
+}
+
+FARPROC FindJpegFunction(const char* name, Module& held, Status& status)
+{
+    held = LoadJpegLibrary();
     FARPROC function = nullptr;
-    if (!IsLoaded(processState.jpegLibrary))
-        status = error::JpegLibraryMissing;
-    else if (function = GetProcAddress(processState.jpegLibrary, name); !function)
-        status = error::JpegFunctionMissing;
-    else
+    if (held) {
+        KeepJpegLibrary();
+        function = GetProcAddress(held.Get(), name);
+    }
+    if (function)
         return function;
+    status = held ? error::JpegFunctionMissing : error::JpegLibraryMissing;
     SetTiffError(status);
     return nullptr;
 }
 
 void UnloadJpegLibrary()
 {
-    if (IsLoaded(processState.jpegLibrary))
-        FreeLibrary(processState.jpegLibrary);
-    processState.jpegLibrary = nullptr;
+    if (const HMODULE library = processState.jpegLibrary.exchange(nullptr))
+        FreeLibrary(library);
 }
 
 } // namespace tiff
