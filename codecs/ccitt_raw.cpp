@@ -6,6 +6,7 @@
 #include "codecs/codec_table.h"
 #include "core/byte_order.h"
 #include "core/errors.h"
+#include "core/stream.h"
 #include "tiff/ccitt.h"
 
 namespace tiff {
@@ -16,8 +17,8 @@ namespace {
 // data, stands for the current position.
 bool FindData(TiffStream stream, uint32_t offset, uint32_t& dataBytes)
 {
-    const uint32_t size = mSize(stream);
-    if (size == STREAM_FAILED)
+    uint32_t size;
+    if (!SizeToRead(stream, size))
         return false;
     const uint32_t start = offset != 0 && offset < size ? mSeek(stream, offset, 0) : mTell(stream);
     if (start == STREAM_FAILED)
@@ -45,6 +46,8 @@ int32_t DecodeRaw(const RawImage& image, uint32_t offset, CodecRoutine decode)
 
 Status DescribeRawImage(CodecContext* context, const RawImage& image)
 {
+    if (!image.lineCallback)
+        return error::InvalidParameters;
     if (image.width > INT32_MAX)
         return error::NotEnoughMemory;
     context->stream = image.stream;

@@ -34,9 +34,11 @@ uint32_t CompressionCode(const PageTags& tags)
 Status ChooseStrips(CodecContext* context, HGLOBAL file, uint32_t page, uint32_t firstStrip,
                     uint32_t rowCount)
 {
+    if (!PageTags(file, page).Find(tag::StripOffsets))
+        return error::TagsMissing;
     if (!GetTiffImageInfoBuffer(file, page, tag::StripOffsets, &context->stripOffsets,
                                 &context->stripOffsetsType, &context->stripCount))
-        return error::TagsMissing;
+        return error::NotEnoughMemory;
     // Offsets of another type are read as 32-bit numbers too, as many as their bytes make.
     const uint32_t type = context->stripOffsetsType;
     if (type != fieldtype::Short && type != fieldtype::Long)
@@ -90,8 +92,7 @@ Status RunDecoder(CodecContext* context, HGLOBAL file)
     Locked<TiffFileRecord> record(file);
     const Stream stream(OpenRecord(*record));
     context->stream = stream.Get();
-    context->dataEnd = mSize(context->stream);
-    if (context->dataEnd == STREAM_FAILED || mSeek(context->stream, 0, 0) == STREAM_FAILED)
+    if (!SizeToRead(context->stream, context->dataEnd) || mSeek(context->stream, 0, 0) == STREAM_FAILED)
         return error::InputOutput;
     return Decode(context);
 }
@@ -126,7 +127,8 @@ int32_t DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t ro
     const ContextBlocks blocks(&context);
     context.userData = target.userData;
     context.lineCallback = target.routine;
-    Status status = PrepareContext(&context, file, page, firstStrip, rowCount);
+    Status status = target.routine ? PrepareContext(&context, file, page, firstStrip, rowCount)
+                                   : Status{error::InvalidParameters};
     const bool hasRows = context.row < Rows(&context);
     RowsInPlace rows;
     if (status == error::None && hasRows) {

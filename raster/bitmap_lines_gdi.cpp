@@ -1,5 +1,6 @@
 // Line routines for bitmaps. GDI takes and gives one line at a time in whole 32-bit words, which
 // the line buffer has room for.
+#include "raster/bitmap_lines_gdi.h"
 #include "core/global_block.h"
 #include "core/thread_state.h"
 #include "raster/colour.h"
@@ -47,6 +48,14 @@ size_t WidthOf(const TiffEncodeLineContext* context)
 }
 
 } // namespace
+
+intptr_t FlushYCbCrLine(void* line, uint32_t row, void* context)
+{
+    auto* bytes = static_cast<uint8_t*>(line);
+    ConvertYCbCr(bytes, bytes, TargetOf(context)->lineBytes / 3);
+    PutLine(TargetOf(context), line, row, DIB_RGB_COLORS);
+    return 0;
+}
 
 } // namespace tiff
 

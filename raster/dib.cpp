@@ -13,6 +13,11 @@ struct HeaderFacts {
     uint64_t headerBytes, colourCount;
 };
 
+constexpr bool IsDepth(uint32_t bitCount)
+{
+    return StandardColours(bitCount) != 0 || bitCount == 16 || bitCount == 24 || bitCount == 32;
+}
+
 bool ReadCoreHeader(std::span<uint8_t> block, DibView& view, HeaderFacts& facts)
 {
     BITMAPCOREHEADER header;
@@ -57,6 +62,8 @@ Status ViewDib(std::span<uint8_t> block, DibView& view)
         std::memcpy(&headerBytes, block.data(), sizeof(headerBytes));
     const bool read = headerBytes == sizeof(BITMAPCOREHEADER) ? ReadCoreHeader(block, view, facts)
                                                               : ReadInfoHeader(block, view, facts);
+    if (read && !IsDepth(view.bitCount))
+        return error::ColourFormat;
     const bool compressed = view.compression != 0 && view.compression <= LAST_PIXEL_COMPRESSION;
     if (!read || compressed || facts.width <= 0 || facts.height == 0)
         return error::BadDib;

@@ -45,8 +45,9 @@ struct DibView {
     }
 };
 
-// Error 30 when the header makes no sense, is of compressed pixels, or the block is shorter
-// than it claims. An unset colour count in the caller's header is set to the standard one.
+// Error 16 for a depth that no DIB has; error 30 when the header makes no sense, is of compressed
+// pixels, or the block is shorter than it claims. An unset colour count in the caller's header is set to the
+// standard one.
 [[nodiscard]] Status ViewDib(std::span<uint8_t> block, DibView& view);
 
 } // namespace tiff

@@ -3,6 +3,7 @@
 #include "core/desktop.h"
 #include "core/errors.h"
 #include "core/global_block.h"
+#include "raster/bitmap_lines_gdi.h"
 #include "raster/convert_gdi.h"
 #include "raster/load_dialog.h"
 #include "raster/loaded_page.h"
@@ -43,8 +44,10 @@ void DecodeRows(HGLOBAL file, uint32_t page, HDC screen, HBITMAP bitmap, HGLOBAL
     context.height = static_cast<uint32_t>(header.biHeight);
     context.lineBytes = LineBytes(header);
     context.strideOrColourUse = DIB_RGB_COLORS;
-    DecodeTiffImage(file, page, 0, 0, &context,
-                    header.biBitCount == 24 ? DllFlushTiffLine24 : DllFlushTiffLine);
+    TiffLineCallback routine = DllFlushTiffLine;
+    if (header.biBitCount == 24)
+        routine = IsYCbCr(PageTags(file, page)) ? FlushYCbCrLine : DllFlushTiffLine24;
+    DecodeTiffImage(file, page, 0, 0, &context, routine);
 }
 
 HBITMAP LoadJpegPage(HGLOBAL file, uint32_t page, GdiObject<HBITMAP>& begun)
@@ -76,6 +79,10 @@ HBITMAP LoadBitmap(HGLOBAL file, uint32_t page, HDC screen, HGLOBAL block)
     const SelectedPalette selected(screen, palette.Get());
     if (!bitmap)
         return nullptr;
+    if (SharesChroma(PageTags(file, page))) {
+        SetTiffError(error::ColourFormat);
+        return nullptr;
+    }
     DecodeRows(file, page, screen, bitmap.Get(), block);
     if (IsLeftToJpegCodec())
         return LoadJpegPage(file, page, bitmap);

@@ -45,12 +45,6 @@ uint32_t GreyShift(const PageTags& tags)
     return tags.Value(tag::MaxSampleValue, 0) < TWELVE_BIT_SAMPLES ? 4 : 8;
 }
 
-// Lines of shared chroma cannot be converted pixel by pixel.
-bool SharesChroma(const PageTags& tags)
-{
-    return tags.Value(tag::YCbCrSubSampling, 1, 0) != 1 || tags.Value(tag::YCbCrSubSampling, 1, 1) != 1;
-}
-
 Status PlanRows(const PageTags& tags, bool keepColourSpace, DibPlan& plan)
 {
     BITMAPINFOHEADER& header = plan.header;
@@ -83,7 +77,7 @@ Status PlanRows(const PageTags& tags, bool keepColourSpace, DibPlan& plan)
     else
         plan.routine = FlushSwappedLine;
     plan.readsLines = plan.routine == DllFlushTiffLineDIB || plan.routine == FlushSwappedLine;
-    return photometric == photometric::YCbCr && SharesChroma(tags) ? error::ColourFormat : error::None;
+    return SharesChroma(tags) ? error::ColourFormat : error::None;
 }
 
 // Room for the rows behind the header and colours. The picture's size is a 32-bit field.

@@ -235,6 +235,8 @@ uint64_t WrittenRowBytes(const PagePlan& plan)
 
 Status PlanPage(const SaveRequest& request, PagePlan& plan)
 {
+    if (request.dialog && !request.path)
+        return error::InvalidParameters;
     SaveSettings& settings = ThreadState().save;
     const SaveVariant& variant = request.variant;
     settings.colourCount = variant.bilevelStart ? 2 : plan.colourCount;
@@ -265,6 +267,7 @@ Status PlanPage(const SaveRequest& request, PagePlan& plan)
 Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant, PageEncoder encode,
                   const void* source)
 {
+    const BusyCursor busy;
     if (IsMotorola(file))
         return error::MixedByteOrders;
     if (!ModiTiffFileInfo(file, nullptr, TIFF_INTEL))

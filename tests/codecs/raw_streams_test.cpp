@@ -3,6 +3,7 @@
 #include "support/leaks.h"
 #include "support/pictures.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 using namespace tiff;
@@ -127,4 +128,24 @@ TEST(MmrRecords, CodeComesInRecords)
         EXPECT_EQ(decoded.error, error);
         EXPECT_EQ(decoded.rows.size(), decodedRows);
     }
+}
+
+TEST(RawStreams, WithoutALineRoutineNothingHappens)
+{
+    const MemoryTiff page(OnePage(TiffPage::Picture(8, 1, 1, 1).Strips({{0}})));
+    const Block block(Bytes(8));
+    const TiffStream stream = OpenMemoryStream(block.Get(), 8);
+    const std::function<int32_t()> calls[] = {
+        [&] { return DecodeTiffImage(page.file, 0, 0, 0, nullptr, nullptr); },
+        [&] { return DecodeCcittImage(stream, 8, 1, 4, nullptr, nullptr); },
+        [&] { return DecodeMMRImage(stream, 0, 8, 1, 4, 1, TIFF_INTEL, nullptr, nullptr); },
+        [&] { return EncodeCcittImage(stream, 8, 1, 4, nullptr, nullptr); },
+        [&] { return EncodeMMRImage(stream, 8, 1, 4, nullptr, nullptr); },
+    };
+    for (const auto& call : calls) {
+        SetTiffError(0);
+        EXPECT_EQ(call(), 0);
+        EXPECT_EQ(TiffError(), 29u);
+    }
+    mClose(stream);
 }

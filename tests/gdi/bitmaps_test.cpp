@@ -78,6 +78,7 @@ TEST(Bitmaps, OfEveryDepthShowWhatTheHeaderSays)
         {"16 bits, five for each colour",
          TiffPage::Picture(3, 1, 16, 1, 1).Strips({Hex("FF7F 1F00 007C")}),
          {WHITE, 0x0000FF, 0xFF0000}},
+        {"Y, Cb, Cr", Colour(6, 3, Hex("008080 4C55FF"), 2), {0x000000, 0xFE0000}},
         {"CMYK, shown as four bytes", Colour(5, 4, Hex("11223300 AABBCC00"), 2), {0x332211, 0xCCBBAA}},
     };
     for (const auto& [row, page, pixels, error] : rows) {
@@ -115,6 +116,7 @@ TEST(Bitmaps, FailuresHaveTheirErrors)
     const TempFile good(OnePage(Bilevel({0x80}, 1, 1))), jpegFile(jpeg);
     const TempFile narrow(OnePage(Bilevel({0x80}, 0, 1)));
     const TempFile tall(OnePage(Bilevel({0x80}, 1, 1).Long(257, {0x80000001})));
+    const TempFile shared(OnePage(Colour(6, 3, Bytes(12), 2).Short(530, {2, 2})));
     const TempFile planes(OnePage(Colour(2, 3, Bytes(3), 1).Short(284, {2})));
     const TempFile early(
         OnePage(TiffPage::Picture(8, 4, 1, 4).Strips({Bits("001 1000 11 1 111 000000000001000000000001")})));
@@ -127,6 +129,7 @@ TEST(Bitmaps, FailuresHaveTheirErrors)
         {"no such file", "no-such-file.tif", 0, 6},
         {"no such page", good.Path(), 1, 3},
         {"no header", planes.Path(), 0, 16},
+        {"shared chroma", shared.Path(), 0, 16},
         {"no width", narrow.Path(), 0, 1},
         {"a height below 0", tall.Path(), 0, 1},
         {"early end of the facsimile block, kept in a DIB only", early.Path(), 0, 20},

@@ -158,8 +158,10 @@ TEST(SaveDib, RequestsThatCannotBeMetLeaveNoFile)
 {
     NoLeaks leaks;
     const DibPicture fax{9, 2, 1, whiteBlack, Hex("0F000000 81800000")};
-    Bytes cut = PackedDib(fax), packed = PackedDib(fax), wide = PackedDib(fax);
+    Bytes cut = PackedDib(fax), packed = PackedDib(fax), wide = PackedDib(fax), flat = PackedDib(fax);
     cut.pop_back();
+    flat[14] = 0; // bits, of a picture of any size
+    std::fill_n(&flat[8], 3, uint8_t{0xFF});
     packed[16] = 1;
     wide[4] = 0;
     const struct {
@@ -179,6 +181,7 @@ TEST(SaveDib, RequestsThatCannotBeMetLeaveNoFile)
         {"a block shorter than its header says", cut, 201, 1, 0, 30},
         {"run-length pixels", packed, 201, 1, 0, 30},
         {"no width", wide, 201, 1, 0, 30},
+        {"no depth", flat, 201, 1, 0, 16},
         {"less than a header", Hex("28000000"), 201, 1, 0, 30},
     };
     for (const auto& [row, bytes, selector, fillOrder, dialog, error] : rows) {

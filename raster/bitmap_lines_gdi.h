@@ -1,0 +1,12 @@
+// The line routine for bitmaps that applications have no name for.
+#pragma once
+
+#include <cstdint>
+
+namespace tiff {
+
+// Converts a row of Y, Cb, Cr in the line buffer, then puts it into the bitmap. The user data is a
+// TiffDecodeLineContext.
+intptr_t FlushYCbCrLine(void* line, uint32_t row, void* context);
+
+} // namespace tiff
