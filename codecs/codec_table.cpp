@@ -1,11 +1,11 @@
 #include "codecs/codec_table.h"
 
-#include "codecs/ccitt_decoder.h"
-#include "codecs/ccitt_encoder.h"
+#include "codecs/ccitt/decoder.h"
+#include "codecs/ccitt/encoder.h"
 #include "codecs/jpeg_bridge.h"
-#include "codecs/lzw_decoder.h"
-#include "codecs/lzw_encoder.h"
-#include "codecs/packbits.h"
+#include "codecs/bytes/lzw_decoder.h"
+#include "codecs/bytes/lzw_encoder.h"
+#include "codecs/bytes/packbits.h"
 #include "codecs/stored.h"
 
 namespace tiff {

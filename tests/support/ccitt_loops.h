@@ -3,8 +3,8 @@
 #pragma once
 
 #include "codecs/buffers.h"
-#include "codecs/ccitt_decoder.h"
-#include "codecs/ccitt_raw.h"
+#include "codecs/ccitt/decoder.h"
+#include "codecs/ccitt/raw.h"
 #include "core/stream.h"
 
 struct CcittOutcome {

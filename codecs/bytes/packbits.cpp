@@ -1,4 +1,4 @@
-#include "codecs/packbits.h"
+#include "codecs/bytes/packbits.h"
 
 #include "codecs/buffers.h"
 #include "core/sixteen.h"

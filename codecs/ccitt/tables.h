@@ -2,7 +2,7 @@
 // reader promises no more than eight bits of look-ahead at the end of the data.
 #pragma once
 
-#include "codecs/ccitt_codes.h"
+#include "codecs/ccitt/codes.h"
 
 namespace tiff::ccitt {
 

@@ -1,13 +1,13 @@
 // The changes of a line are found once, 64 pixels at a time, and the list serves as the
 // reference for the next line. Two line coders, one over runs and one over modes, work on such
 // lists; what the schemes differ in is a Framing record; one loop encodes the rows of all.
-#include "codecs/ccitt_encoder.h"
+#include "codecs/ccitt/encoder.h"
 
 #include "codecs/buffers.h"
-#include "codecs/ccitt_writer.h"
-#include "codecs/encode_tables.h"
-#include "codecs/mmr_records.h"
-#include "codecs/runs.h"
+#include "codecs/ccitt/writer.h"
+#include "codecs/ccitt/encode_tables.h"
+#include "codecs/ccitt/mmr_records.h"
+#include "codecs/ccitt/runs.h"
 #include "core/global_block.h"
 #include "core/thread_state.h"
 

@@ -3,10 +3,10 @@
 // the history. It is opened as soon as its prefix is written; its last byte is the first of
 // the string after it. Counting entries that early is what makes the widths switch at 511,
 // 1023 and 2047.
-#include "codecs/lzw_decoder.h"
+#include "codecs/bytes/lzw_decoder.h"
 
 #include "codecs/buffers.h"
-#include "codecs/predictor.h"
+#include "codecs/bytes/predictor.h"
 #include "core/byte_order.h"
 #include "core/copy_row.h"
 #include "core/global_block.h"

@@ -1,4 +1,4 @@
-#include "codecs/predictor.h"
+#include "codecs/bytes/predictor.h"
 
 #include "core/byte_order.h"
 #include "core/sixteen.h"

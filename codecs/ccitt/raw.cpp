@@ -1,8 +1,8 @@
 // CCITT code from a bare stream, as one strip.
-#include "codecs/ccitt_raw.h"
+#include "codecs/ccitt/raw.h"
 
 #include "codecs/buffers.h"
-#include "codecs/ccitt_decoder.h"
+#include "codecs/ccitt/decoder.h"
 #include "codecs/codec_table.h"
 #include "core/byte_order.h"
 #include "core/errors.h"

@@ -1,4 +1,4 @@
-#include "codecs/ccitt_mode_groups.h"
+#include "codecs/ccitt/mode_groups.h"
 
 #include <algorithm>
 

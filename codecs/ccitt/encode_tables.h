@@ -2,7 +2,7 @@
 // the code that ends its run are joined into one.
 #pragma once
 
-#include "codecs/ccitt_codes.h"
+#include "codecs/ccitt/codes.h"
 
 namespace tiff::ccitt {
 

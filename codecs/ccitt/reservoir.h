@@ -2,7 +2,7 @@
 // filled by one load of eight bytes.
 #pragma once
 
-#include "codecs/ccitt_bits.h"
+#include "codecs/ccitt/bits.h"
 #include "core/byte_order.h"
 
 namespace tiff::ccitt {

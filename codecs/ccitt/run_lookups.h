@@ -1,7 +1,7 @@
 // Whole run codes, and pairs of them, in one look: the fast loops' tables, derived from the code list.
 #pragma once
 
-#include "codecs/ccitt_codes.h"
+#include "codecs/ccitt/codes.h"
 
 namespace tiff::ccitt {
 

@@ -82,11 +82,4 @@ inline void FinishRunList(RunList& list, int32_t width)
         list.ends[list.count + index] = width;
 }
 
-// Paints a finished list over a line, 1 for black. In a list out of order, a black run that ends
-// before it begins still shows as one pixel. The line must be zero-filled. So many bytes behind
-// it may be read and written back as they are.
-inline constexpr uint32_t PAINT_MARGIN = 8;
-
-void PaintRuns(const RunList& list, uint8_t* line);
-
 } // namespace tiff

@@ -2,8 +2,8 @@
 // and the place in the reference line.
 #pragma once
 
-#include "codecs/ccitt_bits.h"
-#include "codecs/runs.h"
+#include "codecs/ccitt/bits.h"
+#include "codecs/ccitt/runs.h"
 
 #include <algorithm>
 

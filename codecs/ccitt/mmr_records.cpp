@@ -1,4 +1,4 @@
-#include "codecs/mmr_records.h"
+#include "codecs/ccitt/mmr_records.h"
 
 #include "codecs/buffers.h"
 #include "core/byte_order.h"

@@ -1,4 +1,4 @@
-#include "codecs/runs.h"
+#include "codecs/ccitt/painter.h"
 
 #include "core/byte_order.h"
 

@@ -2,10 +2,10 @@
 // two bytes shorter and those two; one of an even length is only ever the end of a match and is
 // found through the string one byte shorter. Codes of a stretch, what lies between two Clears, are
 // kept and packed together: finding strings and shifting bits each need all registers.
-#include "codecs/lzw_encoder.h"
+#include "codecs/bytes/lzw_encoder.h"
 
 #include "codecs/buffers.h"
-#include "codecs/predictor.h"
+#include "codecs/bytes/predictor.h"
 #include "core/byte_order.h"
 #include "core/global_block.h"
 

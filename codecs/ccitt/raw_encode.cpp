@@ -1,7 +1,7 @@
 // CCITT code onto a bare stream, as one strip.
 #include "codecs/buffers.h"
-#include "codecs/ccitt_encoder.h"
-#include "codecs/ccitt_raw.h"
+#include "codecs/ccitt/encoder.h"
+#include "codecs/ccitt/raw.h"
 #include "codecs/codec_table.h"
 #include "core/errors.h"
 #include "core/thread_state.h"

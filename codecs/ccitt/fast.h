@@ -3,7 +3,7 @@
 // damage and empty runs. The careful coder does the next code then, and may call them again.
 #pragma once
 
-#include "codecs/ccitt_line.h"
+#include "codecs/ccitt/line.h"
 
 namespace tiff::ccitt {
 

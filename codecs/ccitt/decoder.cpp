@@ -1,12 +1,12 @@
 // Two line coders, one over runs and one over modes, append to a list of run ends. What the
 // five schemes differ in is a Framing record; one loop decodes the rows of all of them.
-#include "codecs/ccitt_decoder.h"
+#include "codecs/ccitt/decoder.h"
 
 #include "codecs/buffers.h"
-#include "codecs/ccitt_fast.h"
-#include "codecs/ccitt_tables.h"
-#include "codecs/mmr_records.h"
-#include "codecs/runs.h"
+#include "codecs/ccitt/fast.h"
+#include "codecs/ccitt/tables.h"
+#include "codecs/ccitt/mmr_records.h"
+#include "codecs/ccitt/runs.h"
 #include "core/copy_row.h"
 #include "core/global_block.h"
 

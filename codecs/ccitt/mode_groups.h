@@ -2,7 +2,7 @@
 // way on where the codes of a group cannot be placed all together.
 #pragma once
 
-#include "codecs/ccitt_tables.h"
+#include "codecs/ccitt/tables.h"
 
 namespace tiff::ccitt {
 

@@ -1,9 +1,9 @@
-#include "codecs/ccitt_fast.h"
+#include "codecs/ccitt/fast.h"
 
-#include "codecs/ccitt_mode_groups.h"
-#include "codecs/ccitt_reservoir.h"
-#include "codecs/ccitt_run_lookups.h"
-#include "codecs/lanes.h"
+#include "codecs/ccitt/mode_groups.h"
+#include "codecs/ccitt/reservoir.h"
+#include "codecs/ccitt/run_lookups.h"
+#include "codecs/ccitt/lanes.h"
 
 namespace tiff::ccitt {
 
