@@ -1,5 +1,6 @@
 #include "codecs/buffers.h"
 
+#include "codecs/old_jpeg.h"
 #include "core/byte_order.h"
 #include "core/global_block.h"
 
@@ -10,7 +11,6 @@ namespace tiff {
 
 static constexpr uint32_t NOTHING_LOADED = 0xFFFFFF;
 static constexpr uint32_t BUFFER_SLACK = 100;
-static constexpr uint32_t NEW_FORMAT_TILE_HEADER = 8;
 
 void SetStripLastRow(CodecContext* context)
 {
@@ -78,8 +78,7 @@ static bool StripOffset(const CodecContext* context, uint32_t strip, uint32_t& o
         return false;
     offset = context->stripOffsetsType == fieldtype::Short ? Load16(&offsets[size_t{strip} * 2], TIFF_INTEL)
                                                            : Load32(&offsets[size_t{strip} * 4], TIFF_INTEL);
-    if ((context->compression & 0xFFFF) == compression::OldJpeg && context->jpegProcess == 0)
-        offset += NEW_FORMAT_TILE_HEADER;
+    offset += TileHeaderBytes(context);
     return true;
 }
 

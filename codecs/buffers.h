@@ -36,7 +36,7 @@ void ClearLine(CodecContext* context);
 
 // The row that the line in hand belongs to, or null when there is none that also has so many bytes
 // behind the line that a codec may write back as they are.
-inline uint8_t* RowInPlace(const CodecContext* context, uint32_t margin)
+inline uint8_t* RowInPlace(const CodecCall* context, uint32_t margin)
 {
     const RowsInPlace* rows = context->rowsInPlace;
     if (!rows)
@@ -60,7 +60,7 @@ inline uint8_t* RowInPlace(const CodecContext* context, uint32_t margin)
 [[nodiscard]] Status HandOverSamples(CodecContext* context);
 
 // Whether a line may be handed over where it was found.
-inline bool PassesLines(const CodecContext* context)
+inline bool PassesLines(const CodecCall* context)
 {
     return context->readsLines && !HasSwappedSamples(context);
 }

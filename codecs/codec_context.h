@@ -1,20 +1,11 @@
-// What codecs share of a CodecContext, and the proof of its layout: companion libraries and
-// applications are compiled against it.
+// What codecs share of a call: the public context, with the proof of its layout, which companion
+// libraries and applications are compiled against, and behind it what only the library knows of.
 #pragma once
 
 #include "core/vocabulary.h"
 #include "tiff/codecs.h"
 
 #include <cstddef>
-
-// The rows of a picture. A codec may put a line right where its row is and hand over none.
-struct RowsInPlace {
-    uint8_t* first; // row 0
-    int64_t step;   // bytes from one row to the next; below 0 for pictures stored bottom up
-    uint32_t count;
-    bool zeros;   // nobody has seen the rows yet, and they are zeros
-    uint8_t* end; // of the last of the rows decoded, as they lie in memory
-};
 
 namespace tiff {
 
@@ -47,6 +38,37 @@ static_assert(offsetof(CodecContext, stripByteCounts) == 168);
 static_assert(offsetof(CodecContext, lineCallback) == 176);
 static_assert(offsetof(CodecContext, lineBuffer) == 184);
 static_assert(offsetof(CodecContext, lineBufferSize) == 192);
+static_assert(offsetof(CodecContext, bitsPerSample) == 196);
+static_assert(offsetof(CodecContext, jpegProcess) == 200);
+static_assert(offsetof(CodecContext, tileWidth) == 204);
+static_assert(offsetof(CodecContext, tileLength) == 208);
+static_assert(offsetof(CodecContext, tilesAcross) == 212);
+static_assert(offsetof(CodecContext, tilesDown) == 216);
+static_assert(offsetof(CodecContext, planarConfiguration) == 220);
+static_assert(offsetof(CodecContext, restartInterval) == 224);
+static_assert(offsetof(CodecContext, quantisationTables) == 232);
+static_assert(offsetof(CodecContext, acTables) == 240);
+static_assert(offsetof(CodecContext, dcTables) == 248);
+static_assert(offsetof(CodecContext, subSampling) == 256);
+static_assert(offsetof(CodecContext, referenceBlackWhite) == 264);
+static_assert(sizeof(CodecContext) == 312);
+
+// The rows of a picture. A codec may put a line right where its row is and hand over none.
+struct RowsInPlace {
+    uint8_t* first; // row 0
+    int64_t step;   // bytes from one row to the next; below 0 for pictures stored bottom up
+    uint32_t count;
+    bool zeros;   // nobody has seen the rows yet, and they are zeros
+    uint8_t* end; // of the last of the rows decoded, as they lie in memory
+};
+
+// A call of the library's own. Codecs that applications write have the public part alone.
+struct CodecCall : CodecContext {
+    // The line routine leaves lines as they are and looks at no spare bytes: it may get a line where it
+    // lies instead of in the line buffer.
+    bool readsLines = false;
+    const RowsInPlace* rowsInPlace = nullptr;
+};
 
 inline uint32_t Width(const CodecContext* context)
 {

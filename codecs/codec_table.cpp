@@ -1,12 +1,15 @@
 #include "codecs/codec_table.h"
 
-#include "codecs/ccitt/decoder.h"
-#include "codecs/ccitt/encoder.h"
-#include "codecs/jpeg_bridge.h"
 #include "codecs/bytes/lzw_decoder.h"
 #include "codecs/bytes/lzw_encoder.h"
 #include "codecs/bytes/packbits.h"
+#include "codecs/ccitt/decoder.h"
+#include "codecs/ccitt/encoder.h"
+#include "codecs/old_jpeg.h"
 #include "codecs/stored.h"
+#include "codecs/strips.h"
+
+#include <algorithm>
 
 namespace tiff {
 
@@ -34,24 +37,117 @@ constexpr Codec codecs[] = {
     {PackBits, DecodePackBits, EncodePackBits},
 };
 
-} // namespace
-
-Status Decode(CodecContext* context)
+uint32_t NoVariant(const PageTags&)
 {
-    if (context->compression == ModifiedHuffman)
-        context->compression |= ByteAligned;
-    for (const Codec& codec : codecs)
-        if (codec.code == context->compression)
-            return codec.decode(context);
-    return error::UnknownCompression;
+    return 0;
 }
 
-Status Encode(CodecContext* context)
+uint32_t AlwaysAligned(const PageTags&)
 {
-    for (const Codec& codec : codecs)
-        if (codec.code == context->compression)
-            return codec.encode(context);
-    return error::UnknownCompression;
+    return ByteAligned;
+}
+
+uint32_t OptionsOfGroup3(const PageTags& tags)
+{
+    return tags.Value(tag::T4Options, 0) << 16;
+}
+
+uint32_t PredictorOfLzw(const PageTags& tags)
+{
+    return tags.Value(tag::Predictor, 1) << 16;
+}
+
+bool Never(const PageTags&)
+{
+    return false;
+}
+
+bool Always(const PageTags&)
+{
+    return true;
+}
+
+constexpr PageScheme Striped(uint32_t compression, uint32_t (*variant)(const PageTags&))
+{
+    return {.compression = compression,
+            .variant = variant,
+            .isLeft = Never,
+            .notDecoded = error::None,
+            .notEncoded = error::None,
+            .describeDecoding = DescribeStripsToDecode,
+            .describeEncoding = DescribeStripsToEncode,
+            .defineData = DefineStrips,
+            .countsStrips = true};
+}
+
+constexpr PageScheme WholePictures(uint32_t compression)
+{
+    PageScheme scheme = Striped(compression, NoVariant);
+    scheme.isLeft = Always;
+    scheme.notDecoded = error::JpegPage;
+    scheme.notEncoded = error::UnknownCompression;
+    return scheme;
+}
+
+constexpr PageScheme others = Striped(0, NoVariant);
+
+constexpr PageScheme schemes[] = {
+    Striped(ModifiedHuffman, AlwaysAligned),
+    Striped(Group3, OptionsOfGroup3),
+    Striped(Lzw, PredictorOfLzw),
+    {.compression = OldJpeg,
+     .variant = NoVariant,
+     .isLeft = HasNoTiles,
+     .notDecoded = error::OldJpegPage,
+     .notEncoded = error::OldJpegPage,
+     .describeDecoding = DescribeTilesToDecode,
+     .describeEncoding = DescribeTilesToEncode,
+     .defineData = DefineTiles,
+     .countsStrips = false},
+    WholePictures(Jpeg),
+};
+
+CodecRoutine RoutineFor(uint32_t code, CodecRoutine Codec::*routine)
+{
+    const auto* found = std::ranges::find(codecs, code, &Codec::code);
+    return found != std::end(codecs) ? found->*routine : nullptr;
+}
+
+Status Run(CodecCall* call, CodecRoutine routine)
+{
+    return routine ? routine(call) : Status{error::UnknownCompression};
+}
+
+} // namespace
+
+Status Decode(CodecCall* call)
+{
+    if (call->compression == ModifiedHuffman)
+        call->compression |= ByteAligned;
+    return Run(call, RoutineFor(call->compression, &Codec::decode));
+}
+
+Status Encode(CodecCall* call)
+{
+    return Run(call, RoutineFor(call->compression, &Codec::encode));
+}
+
+bool HasEncoder(uint32_t compression)
+{
+    return std::ranges::any_of(codecs,
+                               [=](const Codec& codec) { return (codec.code & 0xFFFF) == compression; });
+}
+
+const PageScheme& SchemeOf(const PageTags& tags)
+{
+    const uint32_t compression = tags.Value(tag::Compression, Stored);
+    const auto* found = std::ranges::find(schemes, compression, &PageScheme::compression);
+    return found != std::end(schemes) ? *found : others;
+}
+
+uint32_t CompressionCode(const PageTags& tags)
+{
+    return tags.Value(tag::Compression, Stored) | SchemeOf(tags).variant(tags);
 }
 
 } // namespace tiff

@@ -1,7 +1,7 @@
-// From a page's tags to a codec context.
+// From a page's tags to the calls of a line routine.
 #pragma once
 
-#include "codecs/codec_context.h"
+#include "codecs/line_target.h"
 #include "core/win32.h"
 
 namespace tiff {
@@ -10,15 +10,8 @@ namespace tiff {
 // and fill order.
 [[nodiscard]] Status DescribeLines(CodecContext* context, HGLOBAL file, uint32_t page);
 
-struct LineTarget {
-    TiffLineCallback routine;
-    void* userData;
-    uint32_t bytesRead = 0;            // of a line, by a routine that leaves lines as they are
-    const RowsInPlace* rows = nullptr; // that the routine does nothing but copy these bytes to
-};
-
-// As DecodeTiffImage.
-int32_t DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
-                   const LineTarget& target);
+// The rows of a loaded page from a strip on, as DecodeTiffImage has them; 29 without a routine.
+[[nodiscard]] Status DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
+                                const LineTarget& target);
 
 } // namespace tiff

@@ -5,7 +5,7 @@
 
 namespace tiff {
 
-Status DecodeStored(CodecContext* context)
+Status DecodeStored(CodecCall* context)
 {
     Status status = InitDecodeBuffers(context);
     uint32_t missing = context->lineBytes;
@@ -34,7 +34,7 @@ Status DecodeStored(CodecContext* context)
     return CodecResult(status);
 }
 
-Status EncodeStored(CodecContext* context)
+Status EncodeStored(CodecCall* context)
 {
     Status status = InitEncodeBuffers(context);
     while (status == error::None) {

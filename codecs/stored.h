@@ -5,7 +5,7 @@
 
 namespace tiff {
 
-[[nodiscard]] Status DecodeStored(CodecContext* context);
-[[nodiscard]] Status EncodeStored(CodecContext* context);
+[[nodiscard]] Status DecodeStored(CodecCall* context);
+[[nodiscard]] Status EncodeStored(CodecCall* context);
 
 } // namespace tiff

@@ -12,8 +12,6 @@
 
 namespace tiff {
 
-inline constexpr uint32_t LSB_FIRST = 2; // fill order
-
 constexpr uint16_t Swap16(uint16_t value)
 {
     return static_cast<uint16_t>(value << 8 | value >> 8);

@@ -130,7 +130,7 @@ extern "C" uint32_t WriteTiffImageDirectory(HGLOBAL file, uint32_t page) noexcep
         return error::NotEnoughMemory;
     WritingStream stream(file);
     if (!stream)
-        return TiffError();
+        return Fail(stream.OpenStatus());
     bool linked = false;
     Status status = BeginPage(stream.Get(), file);
     if (status == error::None)

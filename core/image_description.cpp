@@ -1,7 +1,8 @@
 // What a page's tags say: single values, arrays, size, resolution, colours.
+#include "core/image_description.h"
 #include "core/desktop.h"
 #include "core/errors.h"
-#include "core/tag_block.h"
+#include "core/registry.h"
 #include "tiff/directory.h"
 
 #include <algorithm>
@@ -73,6 +74,12 @@ bool IsBitCount(uint64_t bits)
 
 Status Describe(const PageTags& tags, BITMAPINFOHEADER& header)
 {
+    header.biSize = sizeof(header);
+    header.biPlanes = 1;
+    header.biCompression = 0;
+    header.biSizeImage = 0;
+    if (!tags)
+        return error::NotRegistered;
     const auto width = tags.Find(tag::ImageWidth);
     const auto length = tags.Find(tag::ImageLength);
     if (!width || !length)
@@ -126,34 +133,6 @@ bool FillFromMap(std::span<RGBQUAD> colours, const PageTags& tags)
     return true;
 }
 
-bool FillColours(std::span<RGBQUAD> colours, uint32_t important, uint32_t photometric, const PageTags& tags)
-{
-    switch (photometric) {
-    case photometric::Rgb:
-    case photometric::Separated:
-    case photometric::YCbCr:
-        return true;
-    case photometric::WhiteIsZero:
-    case photometric::Mask:
-        FillGreys(colours, important, true);
-        return true;
-    case photometric::BlackIsZero:
-        FillGreys(colours, important, false);
-        return true;
-    case photometric::Palette:
-        // Wanted: two colours are white and black whatever the map says, but there must be one.
-        if (!FillFromMap(colours, tags))
-            return false;
-        if (colours.size() == 2)
-            FillGreys(colours, important, true);
-        return true;
-    default:
-        if (colours.size() == 2)
-            FillGreys(colours, important, true);
-        return true;
-    }
-}
-
 // The list of tags as 32-bit numbers.
 GlobalBlock ListTags(const PageTags& tags)
 {
@@ -182,15 +161,53 @@ GlobalBlock CopyValues(std::span<const uint8_t> values)
 
 } // namespace
 
+void FillPlainColours(std::span<RGBQUAD> colours, uint32_t important, uint32_t photometric)
+{
+    switch (photometric) {
+    case photometric::Rgb:
+    case photometric::Separated:
+    case photometric::YCbCr:
+        return;
+    case photometric::WhiteIsZero:
+    case photometric::Mask:
+        return FillGreys(colours, important, true);
+    case photometric::BlackIsZero:
+        return FillGreys(colours, important, false);
+    default:
+        if (colours.size() == 2)
+            FillGreys(colours, important, true);
+    }
+}
+
+Status DescribeImage(const PageTags& tags, BITMAPINFOHEADER& header)
+{
+    return Describe(tags, header);
+}
+
+Status DescribeColours(const PageTags& tags, const BITMAPINFOHEADER& header, std::span<RGBQUAD> colours)
+{
+    uint32_t photometric = tags.Value(tag::PhotometricInterpretation, UINT32_MAX);
+    if (header.biBitCount == 32 && photometric != photometric::Separated)
+        return error::ColourFormat;
+    if (header.biClrUsed == 0 && photometric != photometric::Separated && photometric != photometric::YCbCr)
+        photometric = photometric::Rgb;
+    colours = colours.first(header.biClrUsed);
+    // Deliberate: two colours are white and black whatever the map says, but there must be one.
+    if (photometric == photometric::Palette && !FillFromMap(colours, tags))
+        return error::TagsMissing;
+    FillPlainColours(colours, header.biClrImportant, photometric);
+    return error::None;
+}
+
 } // namespace tiff
 
 using namespace tiff;
 
 extern "C" int32_t GetTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, void* out) noexcept
 {
-    const PageTags tags(file, page);
-    if (!tags)
+    if (!IsTiffImageRegistered(file, page))
         return 0;
+    const PageTags tags(file, page);
     const auto found = tags.Find(tag);
     if (!found) {
         SetTiffError(error::TagNotDefined);
@@ -220,9 +237,9 @@ extern "C" int32_t GetTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, v
 extern "C" int32_t GetTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, HGLOBAL* outBlock,
                                           uint32_t* outType, uint32_t* outCount) noexcept
 {
-    const PageTags tags(file, page);
-    if (!tags)
+    if (!IsTiffImageRegistered(file, page))
         return 0;
+    const PageTags tags(file, page);
     const auto found = tag ? tags.Find(tag) : std::nullopt;
     if (tag && !found) {
         SetTiffError(error::TagNotDefined);
@@ -247,14 +264,9 @@ extern "C" uint32_t GetTiffDimensions(HGLOBAL file, uint32_t page, BITMAPINFOHEA
 {
     if (!header)
         return Fail(error::InvalidParameters);
-    header->biSize = sizeof(*header);
-    header->biPlanes = 1;
-    header->biCompression = 0;
-    header->biSizeImage = 0;
     const PageTags tags(file, page);
-    if (!tags)
-        return file ? TiffError() : Fail(error::InvalidHandle);
-    return Fail(Describe(tags, *header));
+    const Status described = Describe(tags, *header);
+    return Fail(tags ? described : PageStatus(file, page));
 }
 
 extern "C" uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) noexcept
@@ -264,7 +276,7 @@ extern "C" uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) 
     *out = 0;
     const PageTags tags(file, page);
     if (!tags)
-        return file ? TiffError() : Fail(error::InvalidHandle);
+        return Fail(PageStatus(file, page));
     const Resolution resolution = ResolutionOf(tags);
     *out = RoundedDotsPerInch(resolution.vertical, resolution.unit) << 16 |
            RoundedDotsPerInch(resolution.horizontal, resolution.unit);
@@ -283,18 +295,9 @@ extern "C" HGLOBAL GetTiffRGBQuad(HGLOBAL file, uint32_t page) noexcept
         return nullptr;
     }
     *built = header;
-
-    const PageTags tags(file, page);
-    uint32_t photometric = tags.Value(tag::PhotometricInterpretation, UINT32_MAX);
-    if (header.biBitCount == 32 && photometric != photometric::Separated) {
-        SetTiffError(error::ColourFormat);
-        return nullptr;
-    }
-    if (header.biClrUsed == 0 && photometric != photometric::Separated && photometric != photometric::YCbCr)
-        photometric = photometric::Rgb;
     const std::span colours(reinterpret_cast<RGBQUAD*>(built.Get() + 1), header.biClrUsed);
-    if (!FillColours(colours, header.biClrImportant, photometric, tags)) {
-        SetTiffError(error::TagsMissing);
+    if (const Status status = DescribeColours(PageTags(file, page), header, colours); status != error::None) {
+        SetTiffError(status);
         return nullptr;
     }
     built.Unlock();
@@ -303,8 +306,10 @@ extern "C" HGLOBAL GetTiffRGBQuad(HGLOBAL file, uint32_t page) noexcept
 
 extern "C" uint32_t GetTiffRowsPerStrip(HGLOBAL file, uint32_t page) noexcept
 {
+    if (!IsTiffImageRegistered(file, page))
+        return 0;
     const PageTags tags(file, page);
-    const auto length = tags ? tags.Find(tag::ImageLength) : std::nullopt;
+    const auto length = tags.Find(tag::ImageLength);
     if (!length)
         return 0;
     const uint32_t rows = length->Number(0).value_or(0);
@@ -314,7 +319,9 @@ extern "C" uint32_t GetTiffRowsPerStrip(HGLOBAL file, uint32_t page) noexcept
 
 extern "C" uint32_t GetTiffStripCount(HGLOBAL file, uint32_t page) noexcept
 {
+    if (!IsTiffImageRegistered(file, page))
+        return 0;
     const PageTags tags(file, page);
-    const auto offsets = tags ? tags.Find(tag::StripOffsets) : std::nullopt;
+    const auto offsets = tags.Find(tag::StripOffsets);
     return offsets ? offsets->count : 0;
 }

@@ -40,33 +40,24 @@ static TiffStream OpenForWriting(const TiffFileRecord& record)
     return handle ? static_cast<TiffStream>(reinterpret_cast<intptr_t>(handle.Release())) : NO_STREAM;
 }
 
-static TiffStream Opened(TiffStream stream)
-{
-    if (stream == NO_STREAM)
-        SetTiffError(error::InputOutput);
-    return stream;
-}
-
 // The block that a memory file begins with is made here, not by the first write: so there is
 // always someone who knows it, even when a later write has failed to make it larger.
 static TiffStream OpenMemoryForWriting(const TiffFileRecord& record, GlobalBlock& fresh)
 {
     if (!record.memoryBlock) {
         fresh = GlobalBlock(0);
-        if (!fresh) {
-            SetTiffError(error::NotEnoughMemory);
+        if (!fresh)
             return NO_STREAM;
-        }
     }
     const bool isNew = record.openFlags & openflag::NoHeader;
-    return Opened(OpenMemoryStream(fresh ? fresh.Get() : record.memoryBlock, isNew ? 0 : record.memoryBytes));
+    return OpenMemoryStream(fresh ? fresh.Get() : record.memoryBlock, isNew ? 0 : record.memoryBytes);
 }
 
 static TiffStream OpenRecordForWriting(HGLOBAL file, uint32_t retries, GlobalBlock& fresh)
 {
     Locked<TiffFileRecord> record(file);
     if (!record)
-        return Opened(NO_STREAM);
+        return NO_STREAM;
     if (!record->path[0])
         return OpenMemoryForWriting(*record, fresh);
     TiffStream stream = OpenForWriting(*record);
@@ -74,7 +65,7 @@ static TiffStream OpenRecordForWriting(HGLOBAL file, uint32_t retries, GlobalBlo
         Sleep(RETRY_PAUSE_MILLISECONDS);
         stream = OpenForWriting(*record);
     }
-    return Opened(stream);
+    return stream;
 }
 
 WritingStream::WritingStream(HGLOBAL file, uint32_t retries)
@@ -103,6 +94,15 @@ void WritingStream::Commit()
     fresh.Release();
     if (MemoryStreamBlock(stream.Get()))
         Locked<TiffFileRecord>(file)->memoryBytes = mSize(stream.Get());
+}
+
+Status WritingStream::OpenStatus() const
+{
+    if (stream)
+        return error::None;
+    const Locked<TiffFileRecord> record(file);
+    const bool noMemory = record && !record->path[0] && !record->memoryBlock && !fresh;
+    return noMemory ? error::NotEnoughMemory : error::InputOutput;
 }
 
 void WritingStream::TakeBack()

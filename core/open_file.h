@@ -23,8 +23,7 @@ TiffStream OpenRecord(const TiffFileRecord& record);
 // stream over the record's block, empty for a file that is to begin afresh.
 class WritingStream {
 public:
-    // A disk file that cannot be opened is tried again so many times, after a pause each. False,
-    // with the error set, when it stays so.
+    // A disk file that cannot be opened is tried again up to `retries` times, after a pause each.
     explicit WritingStream(HGLOBAL file, uint32_t retries = 0);
     WritingStream(const WritingStream&) = delete;
     WritingStream& operator=(const WritingStream&) = delete;
@@ -34,6 +33,8 @@ public:
     {
         return static_cast<bool>(stream);
     }
+    // 0, or why there is no stream: 1 or 6.
+    [[nodiscard]] Status OpenStatus() const;
     TiffStream Get() const
     {
         return stream.Get();

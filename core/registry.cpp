@@ -22,10 +22,14 @@ std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page)
     return Pages(record.Get())[page];
 }
 
-bool IsRegistered(HGLOBAL file, uint32_t page)
+Status PageStatus(HGLOBAL file, uint32_t page)
 {
+    if (!file)
+        return error::InvalidHandle;
     const auto entry = FindPage(file, page);
-    return entry && (entry->kind & PAGE_REGISTERED);
+    if (!entry)
+        return error::IndexOutOfRange;
+    return entry->kind & PAGE_REGISTERED ? error::None : error::NotRegistered;
 }
 
 void RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock)
@@ -59,13 +63,11 @@ using namespace tiff;
 
 extern "C" int32_t IsTiffImageRegistered(HGLOBAL file, uint32_t page) noexcept
 {
-    if (!file)
-        return 0;
-    const auto entry = FindPage(file, page);
-    if (entry && (entry->kind & PAGE_REGISTERED))
-        return 1;
-    SetTiffError(entry ? error::NotRegistered : error::IndexOutOfRange);
-    return 0;
+    const Status status = PageStatus(file, page);
+    // Deliberate: without a file nothing is said.
+    if (status != error::None && file)
+        SetTiffError(status);
+    return status == error::None;
 }
 
 extern "C" int32_t DropTiffImage(HGLOBAL file, uint32_t page) noexcept

@@ -3,6 +3,7 @@
 
 #include "core/global_block.h"
 #include "core/records.h"
+#include "core/vocabulary.h"
 
 #include <optional>
 
@@ -25,8 +26,13 @@ inline PageEntry* Pages(TiffFileRecord* record)
 // A copy of a page's entry, whatever its state; nothing for a page outside the file.
 std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page);
 
-// As IsTiffImageRegistered, without touching the last error.
-bool IsRegistered(HGLOBAL file, uint32_t page);
+// 0 for a page whose tags are loaded or defined; 3, 27 or 34 for no such page, file or tags.
+[[nodiscard]] Status PageStatus(HGLOBAL file, uint32_t page);
+
+inline bool IsRegistered(HGLOBAL file, uint32_t page)
+{
+    return PageStatus(file, page) == error::None;
+}
 
 // Frees the tags of all pages.
 void DropPages(HGLOBAL file);

@@ -50,9 +50,7 @@ void AppendRecord(TagBlock* block, const TagRecord& record, const void* values)
 
 static HGLOBAL TagBlockOf(HGLOBAL file, uint32_t page)
 {
-    if (!IsTiffImageRegistered(file, page))
-        return nullptr;
-    return FindPage(file, page)->tagBlock;
+    return IsRegistered(file, page) ? FindPage(file, page)->tagBlock : nullptr;
 }
 
 PageTags::PageTags(HGLOBAL file, uint32_t page) : block(TagBlockOf(file, page))

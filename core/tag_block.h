@@ -39,7 +39,7 @@ void AppendRecord(TagBlock* block, const TagRecord& record, const void* values);
 // The tags of a loaded page, locked for a scope.
 class PageTags {
 public:
-    // False, with error 3 or 27, for a page that is not loaded.
+    // False for a page that is not loaded.
     PageTags(HGLOBAL file, uint32_t page);
 
     explicit operator bool() const

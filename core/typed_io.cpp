@@ -45,7 +45,7 @@ extern "C" int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, vo
     }
     if (NeedsSwap(type, byteOrder))
         SwapElements({target, static_cast<size_t>(bytes)}, type);
-    if (fillOrder == LSB_FIRST)
+    if (fillOrder == TIFF_LSB_FIRST)
         ReverseBits({target, static_cast<size_t>(bytes)});
     return 1;
 }
@@ -58,7 +58,7 @@ extern "C" int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, v
     auto* source = static_cast<uint8_t*>(buffer);
 
     GlobalBlock block;
-    if (swap || fillOrder == LSB_FIRST)
+    if (swap || fillOrder == TIFF_LSB_FIRST)
         block = GlobalBlock(bytes + SCRATCH_SLACK);
     Locked<uint8_t> scratch(block.Get());
     if (scratch) {
@@ -67,7 +67,7 @@ extern "C" int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, v
     }
     if (swap)
         SwapElements({source, static_cast<size_t>(bytes)}, type);
-    if (fillOrder == LSB_FIRST)
+    if (fillOrder == TIFF_LSB_FIRST)
         ReverseBits({source, static_cast<size_t>(bytes)});
 
     if (!TransferAll(source, bytes, [=](uint8_t* at, uint32_t part) { return mWrite(stream, at, part); })) {

@@ -100,6 +100,9 @@ inline constexpr uint32_t JpegPage = 9991;
 // What FlushDataBuffer says after the last row; never leaves a codec.
 inline constexpr Status ALL_ROWS_DONE = 3;
 
+// The user or a callback stopped the work; no error stands then.
+inline constexpr Status CANCELLED = UINT32_MAX;
+
 namespace compression {
 inline constexpr uint32_t Stored = 1;
 inline constexpr uint32_t ModifiedHuffman = 2;

@@ -116,7 +116,7 @@ Status TestPage(const Search& search, const char* path, uint32_t page, bool& mat
     dib.Adopt(LoadTiffIntoDIB(path, page, 0));
     Locked<uint8_t> block(dib.Get());
     DibView view;
-    if (!block || ViewDib({block.Get(), GlobalSize(dib.Get())}, view) != error::None)
+    if (!block || CompleteDib({block.Get(), GlobalSize(dib.Get())}, view) != error::None)
         return error::InputOutput;
     switch (view.bitCount) {
     case 1:

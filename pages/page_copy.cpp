@@ -116,7 +116,7 @@ Status CopyPage(CopyRun& run, uint32_t page)
 {
     const PageTags tags(run.source, page);
     if (!tags)
-        return TiffError();
+        return Fail(PageStatus(run.source, page));
     const uint64_t roomBytes = ContentBytes(tags);
     const GlobalBlock block(roomBytes);
     Locked<uint8_t> room(block.Get());
@@ -214,7 +214,7 @@ Status OpenOutput(CopyRun& run)
     }
     run.target.emplace(run.destination);
     if (!*run.target)
-        return TiffError();
+        return Fail(run.target->OpenStatus());
     output.buffer = {run.buffer.Get(), BufferBytes(run.sourceBytes)};
     output.stream = run.target->Get();
     if (isNew)

@@ -21,7 +21,7 @@ constexpr uint32_t BUFFER_BYTES = 65534;
 Status CheckStrips(const PageTags& tags)
 {
     if (!tags)
-        return TiffError();
+        return Fail(error::NotRegistered);
     const auto offsets = tags.Find(tag::StripOffsets);
     const auto lengths = tags.Find(tag::StripByteCounts);
     if (!offsets || !lengths)

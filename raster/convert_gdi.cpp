@@ -94,7 +94,7 @@ HBITMAP DibToBitmap(HGLOBAL dib, GdiObject<HPALETTE>& palette)
         return nullptr;
     }
     DibView view;
-    Status status = ViewDib({block.Get(), GlobalSize(dib)}, view);
+    Status status = CompleteDib({block.Get(), GlobalSize(dib)}, view);
     if (status == error::None && view.compression != BI_RGB)
         status = error::BadDib; // a colour space of its own
     GdiObject<HBITMAP> bitmap;

@@ -1,16 +1,26 @@
-// Decoding for applications. Our own line routines, when an application names them, are given less to
-// do than others.
+// Decoding for applications. Behind our own line routines stand others that are given less to do.
 #include "codecs/decode_driver.h"
+#include "core/errors.h"
+#include "core/registry.h"
 #include "raster/dib_lines.h"
 #include "tiff/codecs.h"
 
 namespace tiff {
 
-static int32_t DecodeIntoDib(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
-                             TiffDecodeLineContext& dib)
+static Status DecodeForCaller(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
+                              void* userData, TiffLineCallback lineCallback)
 {
-    const RowsInPlace rows = DibRows(dib, false);
-    return DecodePage(file, page, firstStrip, rowCount, {DllFlushTiffLineDIB, &dib, dib.lineBytes, &rows});
+    LineTarget target{lineCallback, userData};
+    RowsInPlace rows;
+    const DibRoutine* known = userData ? BehindExport(lineCallback) : nullptr;
+    if (known) {
+        const auto& dib = *static_cast<const TiffDecodeLineContext*>(userData);
+        target.routine = known->routine;
+        target.bytesRead = known->leavesLines ? dib.lineBytes : 0;
+        rows = DibRows(dib, false);
+        target.rows = known->copies ? &rows : nullptr;
+    }
+    return DecodePage(file, page, firstStrip, rowCount, target);
 }
 
 } // namespace tiff
@@ -20,10 +30,10 @@ using namespace tiff;
 extern "C" int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
                                    void* userData, TiffLineCallback lineCallback) noexcept
 {
-    auto* dib = static_cast<TiffDecodeLineContext*>(userData);
-    if (dib && lineCallback == DllFlushTiffLineDIB)
-        return DecodeIntoDib(file, page, firstStrip, rowCount, *dib);
-    if (dib && lineCallback == DllFlushTiffLine24DIB)
-        return DecodePage(file, page, firstStrip, rowCount, {FlushSwappedLine, dib, dib->lineBytes});
-    return DecodePage(file, page, firstStrip, rowCount, {lineCallback, userData});
+    // Deliberate: without a loaded page the thread's previous outcome is reported again.
+    if (!IsRegistered(file, page))
+        return TiffError() == error::None;
+    const Status status = DecodeForCaller(file, page, firstStrip, rowCount, userData, lineCallback);
+    StoreLastError(status);
+    return status == error::None;
 }

@@ -1,5 +1,6 @@
 #include "raster/dib.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace tiff {
@@ -53,7 +54,7 @@ bool ReadInfoHeader(std::span<uint8_t> block, DibView& view, HeaderFacts& facts)
 
 } // namespace
 
-Status ViewDib(std::span<uint8_t> block, DibView& view)
+Status CompleteDib(std::span<uint8_t> block, DibView& view)
 {
     view = {};
     uint32_t headerBytes = 0;
@@ -80,6 +81,28 @@ Status ViewDib(std::span<uint8_t> block, DibView& view)
     view.colours = block.subspan(static_cast<size_t>(facts.headerBytes), static_cast<size_t>(colourBytes));
     view.pixels = block.data() + pixelsAt;
     return error::None;
+}
+
+PictureFormat FormatOfDib(const DibView& view)
+{
+    PictureFormat format{};
+    BITMAPINFOHEADER& header = format.stored;
+    header.biSize = sizeof(header);
+    header.biWidth = static_cast<int32_t>(view.width);
+    header.biHeight = static_cast<int32_t>(view.height);
+    header.biPlanes = 1;
+    header.biBitCount = view.bitCount;
+    header.biCompression = view.compression;
+    header.biClrUsed = view.ColourCount();
+    header.biXPelsPerMeter = view.dotsPerMetreX;
+    header.biYPelsPerMeter = view.dotsPerMetreY;
+    const size_t colours = std::min<size_t>(header.biClrUsed, format.colours.size());
+    for (size_t index = 0; index < colours; ++index) {
+        const uint8_t* colour = &view.colours[index * view.colourBytes];
+        format.colours[index] = {colour[0], colour[1], colour[2], 0};
+    }
+    format.lineBytes = static_cast<uint32_t>((uint64_t{view.width} * view.bitCount + 7) / 8);
+    return format;
 }
 
 } // namespace tiff

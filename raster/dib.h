@@ -3,6 +3,7 @@
 
 #include "core/vocabulary.h"
 #include "core/win32.h"
+#include "raster/picture_format.h"
 
 #include <span>
 
@@ -48,6 +49,10 @@ struct DibView {
 // Error 16 for a depth that no DIB has; error 30 when the header makes no sense, is of compressed
 // pixels, or the block is shorter than it claims. An unset colour count in the caller's header is set to the
 // standard one.
-[[nodiscard]] Status ViewDib(std::span<uint8_t> block, DibView& view);
+[[nodiscard]] Status CompleteDib(std::span<uint8_t> block, DibView& view);
+
+// The picture that a view shows: its first 256 colours, rows counted from the top, a colour space in
+// biCompression.
+PictureFormat FormatOfDib(const DibView& view);
 
 } // namespace tiff

@@ -67,6 +67,26 @@ intptr_t DllFlushTiffLineYCbCrDIB(void* line, uint32_t row, void* context)
     return 0;
 }
 
+// By Conversion.
+constexpr DibRoutine dibRoutines[] = {
+    {DllFlushTiffLineDIB, DllFlushTiffLineDIB, true, true},
+    {FlushSwappedLine, DllFlushTiffLine24DIB, true, false},
+    {DllFlushTiffLine16DIB, nullptr, true, false},
+    {DllFlushTiffLineCMYKDIB, nullptr, false, false},
+    {DllFlushTiffLineYCbCrDIB, nullptr, false, false},
+};
+
+const DibRoutine& RoutineOf(Conversion conversion)
+{
+    return dibRoutines[static_cast<size_t>(conversion)];
+}
+
+const DibRoutine* BehindExport(TiffLineCallback exported)
+{
+    const auto* found = std::ranges::find(dibRoutines, exported, &DibRoutine::exported);
+    return exported && found != std::end(dibRoutines) ? found : nullptr;
+}
+
 static const TiffEncodeLineContext* SourceOf(void* context)
 {
     return static_cast<const TiffEncodeLineContext*>(context);

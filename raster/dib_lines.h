@@ -2,6 +2,7 @@
 #pragma once
 
 #include "codecs/codec_context.h"
+#include "raster/picture_format.h"
 #include "tiff/lines.h"
 
 namespace tiff {
@@ -15,6 +16,19 @@ intptr_t FlushSwappedLine(void* line, uint32_t row, void* context);
 intptr_t DllFlushTiffLine16DIB(void* line, uint32_t row, void* context);
 intptr_t DllFlushTiffLineCMYKDIB(void* line, uint32_t row, void* context);
 intptr_t DllFlushTiffLineYCbCrDIB(void* line, uint32_t row, void* context);
+
+// A routine that writes lines into a DIB, and what is known of it.
+struct DibRoutine {
+    TiffLineCallback routine;
+    TiffLineCallback exported; // what applications call for the same pixels; may be null
+    bool leavesLines;          // as they are, and looks at no spare bytes
+    bool copies;               // and does nothing else
+};
+
+const DibRoutine& RoutineOf(Conversion conversion);
+
+// The one that stands behind an exported routine, or null for a routine of the application's own.
+const DibRoutine* BehindExport(TiffLineCallback exported);
 
 // Line bytes count the DIB's bytes: twice as many come out of the first, four for every three
 // out of the second.

@@ -8,9 +8,12 @@
 #include "raster/load_dialog.h"
 #include "raster/loaded_page.h"
 #include "raster/palette_gdi.h"
-#include "raster/whole_jpeg.h"
+#include "raster/row_source.h"
 #include "tiff/lines.h"
 #include "tiff/load.h"
+
+#include <cstring>
+#include <optional>
 
 namespace tiff {
 
@@ -32,63 +35,66 @@ uint32_t LineBytes(const BITMAPINFOHEADER& header)
     return static_cast<uint32_t>((bits + 15) / 8) & ~1u;
 }
 
-// Decodes a page into the bitmap; what the driver reports is the last error. GDI wants a bitmap
-// that is selected nowhere.
-void DecodeRows(HGLOBAL file, uint32_t page, HDC screen, HBITMAP bitmap, HGLOBAL block)
-{
-    const BITMAPINFOHEADER header = *Locked<BITMAPINFOHEADER>(block);
-    TiffDecodeLineContext context{};
-    context.deviceContext = screen;
-    context.bitmap = bitmap;
-    context.dib = block;
-    context.height = static_cast<uint32_t>(header.biHeight);
-    context.lineBytes = LineBytes(header);
-    context.strideOrColourUse = DIB_RGB_COLORS;
-    TiffLineCallback routine = DllFlushTiffLine;
-    if (header.biBitCount == 24)
-        routine = IsYCbCr(PageTags(file, page)) ? FlushYCbCrLine : DllFlushTiffLine24;
-    DecodeTiffImage(file, page, 0, 0, &context, routine);
-}
-
-HBITMAP LoadJpegPage(HGLOBAL file, uint32_t page, GdiObject<HBITMAP>& begun)
-{
-    const NamedTiff named(file);
-    if (!named) {
-        // Wanted: the empty bitmap goes out with this error standing.
-        SetTiffError(error::BadDib);
-        return begun.Release();
-    }
-    Status status = error::None;
-    HBITMAP whole = LoadWholeJpegBitmap(named.Path(), page, status);
-    StoreLastError(status);
-    return whole;
-}
-
-HBITMAP LoadBitmap(HGLOBAL file, uint32_t page, HDC screen, HGLOBAL block)
-{
-    const BusyCursor busy;
-    SetTiffError(error::NotEnoughMemory); // stands until the driver has run
+// Rows go in as the page stores them; GDI makes of them what the header says.
+struct BitmapRecord {
+    HDC screen;
+    GlobalBlock info;
     GdiObject<HPALETTE> palette;
     GdiObject<HBITMAP> bitmap;
-    {
-        const Locked<BITMAPINFO> info(block);
-        const BITMAPINFOHEADER& header = info->bmiHeader;
-        palette.Adopt(MakePalette(*info));
-        bitmap.Adopt(CreateBitmapFor(screen, header.biClrUsed, header.biWidth, header.biHeight));
-    }
-    const SelectedPalette selected(screen, palette.Get());
-    if (!bitmap)
-        return nullptr;
-    if (SharesChroma(PageTags(file, page))) {
-        SetTiffError(error::ColourFormat);
-        return nullptr;
-    }
-    DecodeRows(file, page, screen, bitmap.Get(), block);
-    if (IsLeftToJpegCodec())
-        return LoadJpegPage(file, page, bitmap);
-    // Wanted: unlike DIBs, bitmaps are not kept with errors 19 and 20.
-    const Status status = TiffError();
-    return status == error::None || status == error::UnexpectedEndOfFile ? bitmap.Release() : nullptr;
+    std::optional<SelectedPalette> selected;
+    TiffDecodeLineContext lines{};
+};
+
+Status MakeBitmap(BitmapRecord& record, const PictureFormat& format)
+{
+    const BITMAPINFOHEADER& header = format.stored;
+    record.info = GlobalBlock(sizeof(header) + sizeof(format.colours));
+    const Locked<BITMAPINFO> info(record.info.Get());
+    if (!info)
+        return error::NotEnoughMemory;
+    info->bmiHeader = header;
+    std::memcpy(info->bmiColors, format.colours.data(), sizeof(format.colours));
+    record.palette.Adopt(MakePalette(*info));
+    record.bitmap.Adopt(CreateBitmapFor(record.screen, header.biClrUsed, header.biWidth, header.biHeight));
+    record.selected.emplace(record.screen, record.palette.Get());
+    return record.bitmap ? error::None : error::NotEnoughMemory;
+}
+
+// GDI wants a bitmap that is selected nowhere.
+Status BeginBitmap(void* sink, const PictureFormat& format, LineTarget& target)
+{
+    auto& record = *static_cast<BitmapRecord*>(sink);
+    if (const Status status = MakeBitmap(record, format); status != error::None)
+        return status;
+    if (format.sharesChroma)
+        return error::ColourFormat;
+    record.lines.deviceContext = record.screen;
+    record.lines.bitmap = record.bitmap.Get();
+    record.lines.dib = record.info.Get();
+    record.lines.height = static_cast<uint32_t>(format.stored.biHeight);
+    record.lines.lineBytes = LineBytes(format.stored);
+    record.lines.strideOrColourUse = DIB_RGB_COLORS;
+    target = {DllFlushTiffLine, &record.lines};
+    if (format.stored.biBitCount == 24)
+        target.routine = format.conversion == Conversion::YCbCr ? FlushYCbCrLine : DllFlushTiffLine24;
+    return error::None;
+}
+
+// Deliberate: unlike DIBs, bitmaps are not kept with errors 19 and 20.
+Status EndBitmap(void* sink, Status status)
+{
+    if (status != error::None && status != error::UnexpectedEndOfFile)
+        static_cast<BitmapRecord*>(sink)->bitmap.Adopt(nullptr);
+    return status;
+}
+
+HBITMAP RowsToBitmap(const RowSource& source, HDC screen)
+{
+    const BusyCursor busy;
+    BitmapRecord record{.screen = screen};
+    RowSink sink{.begin = BeginBitmap, .end = EndBitmap, .record = &record, .lines = {}};
+    StoreLastError(SendRows(source, sink));
+    return record.bitmap.Release();
 }
 
 } // namespace
@@ -104,13 +110,13 @@ extern "C" HBITMAP LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) noexcept
     const WindowDc screen(nullptr);
     if (!screen)
         return nullptr;
-    GlobalBlock block;
-    block.Adopt(GetTiffRGBQuad(file, page));
-    if (!block) {
+    RowSource source{};
+    if (const Status status = OpenPageRows(file, page, PageRows::Any, source); status != error::None) {
+        SetTiffError(status);
         LeaveWaitCursor();
         return nullptr;
     }
-    return LoadBitmap(file, page, screen.Get(), block.Get());
+    return RowsToBitmap(source, screen.Get());
 }
 
 extern "C" HBITMAP LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t dialog) noexcept

@@ -12,7 +12,7 @@ namespace tiff {
 static_assert(offsetof(TiffLoadDialogRequest, page) == sizeof(HGLOBAL));
 
 static constexpr int32_t GO_ON = 1;
-static constexpr int32_t CANCELLED = 2;
+static constexpr int32_t CANCEL = 2;
 
 bool PassLoadDialog(int32_t dialog, HGLOBAL file, uint32_t page)
 {
@@ -30,7 +30,7 @@ bool PassLoadDialog(int32_t dialog, HGLOBAL file, uint32_t page)
     TiffLoadDialogRequest request = {file, page};
     const int32_t answer = reinterpret_cast<LoadDialog>(reinterpret_cast<void*>(function))(&request);
     if (answer != GO_ON)
-        SetTiffError(answer == CANCELLED ? error::None : error::NotEnoughMemory);
+        SetTiffError(answer == CANCEL ? error::None : error::NotEnoughMemory);
     return answer == GO_ON;
 }
 

@@ -2,25 +2,10 @@
 // error alone.
 #pragma once
 
-#include "core/tag_block.h"
 #include "tiff/directory.h"
 #include "tiff/files.h"
 
 namespace tiff {
-
-inline bool IsYCbCr(const PageTags& tags)
-{
-    return tags.Value(tag::PhotometricInterpretation, 0) == photometric::YCbCr &&
-           tags.Value(tag::SamplesPerPixel, 1) == 3;
-}
-
-// Lines of shared chroma cannot be converted pixel by pixel. JPEG has ways of its own.
-inline bool SharesChroma(const PageTags& tags)
-{
-    return tags.Value(tag::PhotometricInterpretation, 0) == photometric::YCbCr &&
-           tags.Value(tag::Compression, compression::Stored) != compression::Jpeg &&
-           (tags.Value(tag::YCbCrSubSampling, 1, 0) != 1 || tags.Value(tag::YCbCrSubSampling, 1, 1) != 1);
-}
 
 class LoadedPage {
 public:

@@ -4,28 +4,24 @@
 #include "core/errors.h"
 #include "core/global_block.h"
 #include "core/handles.h"
+#include "core/image_description.h"
 #include "core/thread_state.h"
 #include "raster/convert_gdi.h"
 #include "raster/dib.h"
 #include "raster/palette_gdi.h"
 #include "raster/save_page.h"
-#include "raster/whole_jpeg.h"
 #include "tiff/ccitt.h"
 #include "tiff/codecs.h"
-#include "tiff/directory.h"
 #include "tiff/files.h"
 #include "tiff/lines.h"
 #include "tiff/save.h"
 
+#include <algorithm>
 #include <array>
 
 namespace tiff {
 
 namespace {
-
-constexpr uint32_t MSB_FIRST = 1;
-constexpr uint32_t LSB_FIRST_ON_CLIPBOARD = 2;
-constexpr uint32_t CCITT_FILL_ORDER = 2;
 
 // The colours that the device's rows will index: fetching one row fills them in.
 struct BitmapColours {
@@ -51,21 +47,41 @@ void FetchColours(HBITMAP bitmap, uint32_t bits, BitmapColours& info)
                   DIB_RGB_COLORS);
 }
 
-Status PlanBitmap(const SaveRequest& request, HBITMAP bitmap, BitmapColours& info, PagePlan& plan)
+Status FormatOfBitmap(HBITMAP bitmap, PictureFormat& format)
 {
     BITMAP described;
     if (!GetObjectA(bitmap, sizeof(described), &described))
         return error::InvalidHandle;
-    plan.width = static_cast<uint32_t>(described.bmWidth);
-    plan.height = static_cast<uint32_t>(described.bmHeight);
-    plan.bitCount = DibDepth(described);
-    plan.colourCount = 1u << plan.bitCount;
-    if (plan.bitCount == 4 || plan.bitCount == 8) {
-        FetchColours(bitmap, plan.bitCount, info);
-        plan.colours = {reinterpret_cast<const uint8_t*>(info.colours.data()), size_t{plan.colourCount} * 4};
-        plan.colourBytes = sizeof(RGBQUAD);
-    }
-    return PlanPage(request, plan);
+    BITMAPINFOHEADER& header = format.stored;
+    header.biSize = sizeof(header);
+    header.biWidth = described.bmWidth;
+    header.biHeight = described.bmHeight;
+    header.biPlanes = 1;
+    header.biBitCount = static_cast<WORD>(DibDepth(described));
+    header.biClrUsed = 1u << header.biBitCount;
+    format.lineBytes =
+        static_cast<uint32_t>((uint64_t{static_cast<uint32_t>(header.biWidth)} * header.biBitCount + 7) / 8);
+    if (header.biBitCount != 4 && header.biBitCount != 8)
+        return error::None;
+    BitmapColours info;
+    FetchColours(bitmap, header.biBitCount, info);
+    std::copy_n(info.colours.begin(), header.biClrUsed, format.colours.begin());
+    return error::None;
+}
+
+// What GDI is asked to make of the bitmap's rows: those of the page.
+BitmapColours InfoOfPage(const PagePlan& plan)
+{
+    BitmapColours info{};
+    info.header = plan.format.stored;
+    info.header.biBitCount = static_cast<WORD>(WrittenBits(plan));
+    info.header.biClrUsed = info.header.biClrImportant = StandardColours(info.header.biBitCount);
+    const std::span colours(info.colours.data(), info.header.biClrUsed);
+    if (plan.photometric == photometric::Palette)
+        info.colours = plan.format.colours;
+    else
+        FillPlainColours(colours, info.header.biClrImportant, plan.photometric);
+    return info;
 }
 
 TiffLineCallback RoutineFor(uint32_t colours)
@@ -73,40 +89,31 @@ TiffLineCallback RoutineFor(uint32_t colours)
     return colours == 2 ? DllFillMonoTiffLine : colours != 0 ? DllFillTiffLine : DllFillTiffLineBitmap24Bit;
 }
 
-Status EncodeBitmap(HGLOBAL file, uint32_t page, const PagePlan& /*plan*/, const void* source)
+Status AppendBitmap(HBITMAP bitmap, const SaveRequest& request, const PagePlan& plan)
 {
-    GlobalBlock block;
-    block.Adopt(GetTiffRGBQuad(file, page));
-    Locked<BITMAPINFO> info(block.Get());
-    if (!info)
-        return TiffError();
+    BitmapColours info = InfoOfPage(plan);
+    auto* const described = reinterpret_cast<BITMAPINFO*>(&info);
     const WindowDc window(GetActiveWindow());
     if (!window)
         return error::NotEnoughMemory;
-    const GdiObject<HPALETTE> palette(MakePalette(*info));
+    const GdiObject<HPALETTE> palette(MakePalette(*described));
     const SelectedPalette selected(window.Get(), palette.Get());
-    const BusyCursor busy;
-    TiffEncodeLineContext context{};
-    context.deviceContext = window.Get();
-    context.bitmap = static_cast<HBITMAP>(const_cast<void*>(source));
-    context.bitmapInfo = info.Get();
-    context.strideOrColourUse = DIB_RGB_COLORS;
-    const TiffLineCallback routine = RoutineFor(info->bmiHeader.biClrUsed);
-    return EncodeTiffImage(file, page, &context, routine) ? error::None : TiffError();
+    TiffEncodeLineContext lines{};
+    lines.deviceContext = window.Get();
+    lines.bitmap = bitmap;
+    lines.bitmapInfo = described;
+    lines.strideOrColourUse = DIB_RGB_COLORS;
+    return AppendPageToFile(request, plan, {RoutineFor(info.header.biClrUsed), &lines});
 }
 
 int32_t SaveBitmap(HBITMAP bitmap, const SaveRequest& request)
 {
-    BitmapColours info;
-    PagePlan plan{};
-    Status status = PlanBitmap(request, bitmap, info, plan);
-    if (status != error::None)
-        return FinishSave(status);
-    if (plan.choice.compression->selector == selector::Jpeg)
-        status = SaveWholeJpegBitmap(bitmap, request.path, NextPageOfFile(request.path));
-    else
-        status = AppendPageToFile(request, plan, EncodeBitmap, bitmap);
-    return FinishSave(status);
+    PictureFormat format{};
+    PagePlan plan;
+    Status status = FormatOfBitmap(bitmap, format);
+    if (status == error::None)
+        status = PlanPage(request, format, plan);
+    return FinishSave(status == error::None ? AppendBitmap(bitmap, request, plan) : status);
 }
 
 struct CcittType {
@@ -157,7 +164,7 @@ int32_t EncodeBareBitmap(HANDLE file, HBITMAP bitmap, uint32_t compression)
     context.deviceContext = screen.Get();
     context.bitmap = bitmap;
     return EncodeCcittImageTo(reinterpret_cast<intptr_t>(file), static_cast<uint32_t>(info.header.biWidth),
-                              static_cast<uint32_t>(info.header.biHeight), CCITT_FILL_ORDER, TIFF_INTEL,
+                              static_cast<uint32_t>(info.header.biHeight), TIFF_LSB_FIRST, TIFF_INTEL,
                               compression, &context, DllFillCcittLine);
 }
 
@@ -188,7 +195,7 @@ extern "C" int32_t SaveBitmapInTiffFileExt(const char* path, HBITMAP bitmap, uin
 extern "C" int32_t SaveBitmapInTiffFile(const char* path, HBITMAP bitmap, uint32_t selector,
                                         int32_t dialog) noexcept
 {
-    return SaveBitmapInTiffFileExt(path, bitmap, selector, dialog, MSB_FIRST);
+    return SaveBitmapInTiffFileExt(path, bitmap, selector, dialog, TIFF_MSB_FIRST);
 }
 
 extern "C" int32_t SaveBitmapInTiffFormat(const char* path, HBITMAP bitmap, uint32_t selector,
@@ -202,7 +209,7 @@ extern "C" int32_t SaveTiffFileFromClipboard(const char* path, uint32_t selector
     HBITMAP bitmap = nullptr;
     if (const Status status = BitmapOnClipboard(bitmap); status != error::None)
         return FinishSave(status);
-    return SaveBitmapInTiffFileExt(path, bitmap, selector, dialog, LSB_FIRST_ON_CLIPBOARD);
+    return SaveBitmapInTiffFileExt(path, bitmap, selector, dialog, TIFF_LSB_FIRST);
 }
 
 extern "C" int32_t SaveBitmapInCcittFile(const char* path, HBITMAP bitmap, uint32_t type) noexcept

@@ -27,20 +27,20 @@ void CopyText(char (&target)[SAVE_TEXT_BYTES], const char* source)
     target[length] = 0;
 }
 
-TiffSavePicture DescribePicture(const PagePlan& plan)
+TiffSavePicture DescribePicture(const PictureFormat& format)
 {
     TiffSavePicture picture{};
-    picture.geometry.width = static_cast<int32_t>(plan.width);
-    picture.geometry.height = static_cast<int32_t>(plan.height);
-    picture.geometry.rowBytes = static_cast<uint32_t>((uint64_t{plan.width} * plan.bitCount + 7) / 8);
+    picture.geometry.width = format.stored.biWidth;
+    picture.geometry.height = format.stored.biHeight;
+    picture.geometry.rowBytes = format.lineBytes;
     picture.geometry.planes = 1;
-    picture.geometry.bitsPerPlane = static_cast<uint16_t>(plan.bitCount);
+    picture.geometry.bitsPerPlane = format.stored.biBitCount;
     return picture;
 }
 
 } // namespace
 
-Status ShowSaveDialog(const char* path, const PagePlan& plan, SaveSettings& settings)
+Status ShowSaveDialog(const char* path, const PictureFormat& format, SaveSettings& settings)
 {
     Module library = LoadSibling(DIALOGS_LIBRARY);
     const FARPROC function = library ? GetProcAddress(library.Get(), "TiffSaveDialog") : nullptr;
@@ -51,7 +51,7 @@ Status ShowSaveDialog(const char* path, const PagePlan& plan, SaveSettings& sett
     }
     CopyText(settings.description, path);
 
-    const TiffSavePicture picture = DescribePicture(plan);
+    const TiffSavePicture picture = DescribePicture(format);
     TiffSaveDialogOptions options{};
     std::memcpy(options.description, settings.description, TEXT_BYTES);
     std::memcpy(options.artist, settings.artist, TEXT_BYTES);
@@ -60,7 +60,7 @@ Status ShowSaveDialog(const char* path, const PagePlan& plan, SaveSettings& sett
     options.photometric = settings.photometric;
     options.colourCount = settings.colourCount;
     if (!reinterpret_cast<SaveDialog>(reinterpret_cast<void*>(function))(path, &picture, &options))
-        return NOTHING_TO_SAVE;
+        return CANCELLED;
 
     CopyText(settings.description, options.description);
     CopyText(settings.artist, options.artist);

@@ -1,5 +1,6 @@
 #include "raster/save_page.h"
 
+#include "codecs/codec_table.h"
 #include "core/desktop.h"
 #include "core/errors.h"
 #include "core/thread_state.h"
@@ -30,6 +31,21 @@ constexpr uint32_t LEAST_FINE_ROWS = 1101; // of a page that does not say
 
 constexpr uint32_t WITH_FILL_BITS = 4;
 constexpr uint32_t PAGE_OF_MANY = 2;
+
+uint32_t WidthOf(const PagePlan& plan)
+{
+    return static_cast<uint32_t>(plan.format.stored.biWidth);
+}
+
+uint32_t HeightOf(const PagePlan& plan)
+{
+    return static_cast<uint32_t>(plan.format.stored.biHeight);
+}
+
+uint32_t BitsOf(const PagePlan& plan)
+{
+    return plan.format.stored.biBitCount;
+}
 
 bool DefineShort(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t value)
 {
@@ -77,16 +93,17 @@ uint32_t DotsPerInchOf(int32_t dotsPerMetre, uint32_t screen)
 DotsPerInch OwnResolution(const PagePlan& plan)
 {
     DotsPerInch screen{};
-    if (plan.dotsPerMetreX == 0 || plan.dotsPerMetreY == 0)
+    if (plan.format.stored.biXPelsPerMeter == 0 || plan.format.stored.biYPelsPerMeter == 0)
         screen = ScreenResolution();
-    return {DotsPerInchOf(plan.dotsPerMetreX, screen.horizontal),
-            DotsPerInchOf(plan.dotsPerMetreY, screen.vertical)};
+    return {DotsPerInchOf(plan.format.stored.biXPelsPerMeter, screen.horizontal),
+            DotsPerInchOf(plan.format.stored.biYPelsPerMeter, screen.vertical)};
 }
 
 DotsPerInch FaxResolution(const PagePlan& plan)
 {
-    const bool fine = plan.dotsPerMetreY ? DotsPerInchOf(plan.dotsPerMetreY, 0) >= LEAST_FINE
-                                         : plan.height >= LEAST_FINE_ROWS;
+    const bool fine = plan.format.stored.biYPelsPerMeter
+                          ? DotsPerInchOf(plan.format.stored.biYPelsPerMeter, 0) >= LEAST_FINE
+                          : HeightOf(plan) >= LEAST_FINE_ROWS;
     return {FAX_HORIZONTAL, fine ? FAX_FINE : FAX_COARSE};
 }
 
@@ -136,35 +153,28 @@ bool DefineCoding(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
 // A size beyond a SHORT is written as a LONG: a cut one would lose the picture.
 bool WidenSizes(HGLOBAL file, uint32_t page, const PagePlan& plan)
 {
-    if (plan.width > LARGEST_SHORT &&
-        !DefineTiffImageInfo(file, page, tag::ImageWidth, fieldtype::Long, plan.width))
+    if (WidthOf(plan) > LARGEST_SHORT &&
+        !DefineTiffImageInfo(file, page, tag::ImageWidth, fieldtype::Long, WidthOf(plan)))
         return false;
-    if (plan.height <= LARGEST_SHORT)
+    if (HeightOf(plan) <= LARGEST_SHORT)
         return true;
     const bool oneStrip = plan.choice.compression->bilevel; // a CCITT page
-    return DefineTiffImageInfo(file, page, tag::ImageLength, fieldtype::Long, plan.height) &&
-           (!oneStrip || DefineTiffImageInfo(file, page, tag::RowsPerStrip, fieldtype::Long, plan.height));
+    return DefineTiffImageInfo(file, page, tag::ImageLength, fieldtype::Long, HeightOf(plan)) &&
+           (!oneStrip || DefineTiffImageInfo(file, page, tag::RowsPerStrip, fieldtype::Long, HeightOf(plan)));
 }
 
 // All reds, then greens, then blues. Colours that the table does not have are 0.
 bool DefineColourMap(HGLOBAL file, uint32_t page, const PagePlan& plan)
 {
     std::array<uint16_t, 3 * 256> map{};
-    const uint32_t entries = 1u << plan.bitCount;
+    const uint32_t entries = 1u << BitsOf(plan);
     for (uint32_t channel = 0; channel < 3; ++channel)
         for (uint32_t index = 0; index < entries; ++index) {
-            const size_t at = size_t{index} * plan.colourBytes + 2 - channel;
-            if (at < plan.colours.size())
-                map[channel * entries + index] = static_cast<uint16_t>(plan.colours[at] * 257);
+            const RGBQUAD& colour = plan.format.colours[index];
+            const uint8_t levels[] = {colour.rgbRed, colour.rgbGreen, colour.rgbBlue};
+            map[channel * entries + index] = static_cast<uint16_t>(levels[channel] * 257);
         }
     return DefineTiffImageInfoBuffer(file, page, tag::ColorMap, map.data(), fieldtype::Short, 3 * entries);
-}
-
-uint32_t WrittenBits(const PagePlan& plan)
-{
-    if (plan.bilevel)
-        return 1;
-    return plan.choice.samples ? plan.choice.samples->bitsPerPixel : plan.bitCount;
 }
 
 Status DefinePage(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveVariant& variant)
@@ -176,11 +186,11 @@ Status DefinePage(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
 
     const TiffPageGeometry geometry = {
         .kind = 0,
-        .width = static_cast<int32_t>(plan.width),
-        .height = static_cast<int32_t>(plan.height),
-        .rowBytes = static_cast<uint32_t>((uint64_t{plan.width} * plan.bitCount + 7) / 8),
+        .width = plan.format.stored.biWidth,
+        .height = plan.format.stored.biHeight,
+        .rowBytes = plan.format.lineBytes,
         .planes = 1,
-        .bitsPerPlane = static_cast<uint16_t>(plan.bilevel ? 1 : plan.bitCount),
+        .bitsPerPlane = static_cast<uint16_t>(plan.bilevel ? 1 : BitsOf(plan)),
     };
     if (const Status status = DefineGeneralTags(file, page, &geometry); status != error::None)
         return status;
@@ -226,30 +236,74 @@ bool IsMotorola(HGLOBAL file)
     return GetTiffFileInfo(file, &info) && info.byteOrder == TIFF_MOTOROLA;
 }
 
+// Bilevel and grey pages follow the source's first colour; one without colours is taken as it is.
+void MatchFirstColour(const SaveVariant& variant, PagePlan& plan)
+{
+    constexpr uint32_t LIGHT_LEVEL = 127; // a first colour with a channel of this much is light
+    if (!variant.followsColours || plan.photometric > photometric::BlackIsZero ||
+        plan.format.stored.biClrUsed == 0)
+        return;
+    const RGBQUAD& first = plan.format.colours[0];
+    const bool light = std::max({first.rgbRed, first.rgbGreen, first.rgbBlue}) >= LIGHT_LEVEL;
+    const bool widened = plan.choice.samples != nullptr;
+    if (variant.faxBoard) {
+        // Deliberate: a light first colour leaves the interpretation as it was chosen, and a dark one of
+        // more than a bit is not turned round.
+        plan.invert = !light && BitsOf(plan) == 1;
+        if (!light)
+            plan.photometric = photometric::WhiteIsZero;
+    } else if (light) {
+        plan.invert = widened;
+        plan.photometric = widened ? photometric::BlackIsZero : photometric::WhiteIsZero;
+    } else {
+        plan.invert = BitsOf(plan) == 1;
+        plan.photometric = plan.invert ? photometric::WhiteIsZero : photometric::BlackIsZero;
+    }
+}
+
+// What the thread's settings and the dialog make of the request.
+Status ChooseSettings(const SaveRequest& request, const PictureFormat& format, SaveSettings& settings)
+{
+    const SaveVariant& variant = request.variant;
+    settings.colourCount = variant.bilevelStart ? 2 : format.stored.biClrUsed;
+    settings.fillOrder = variant.fixedFillOrder ? variant.fixedFillOrder : request.fillOrder;
+    settings.selector = SelectorOf(request);
+    settings.photometric =
+        variant.bilevelStart ? photometric::WhiteIsZero : PhotometricOf(format.stored.biBitCount);
+    if (!request.dialog)
+        return error::None;
+    if (!request.path)
+        return error::InvalidParameters;
+    if (const Status status = ShowSaveDialog(request.path, format, settings); status != error::None)
+        return status;
+    if (settings.photometric == photometric::Palette && format.stored.biBitCount > 8)
+        settings.photometric = photometric::Rgb;
+    return error::None;
+}
+
 } // namespace
+
+uint32_t WrittenBits(const PagePlan& plan)
+{
+    if (plan.bilevel)
+        return 1;
+    return plan.choice.samples ? plan.choice.samples->bitsPerPixel : BitsOf(plan);
+}
 
 uint64_t WrittenRowBytes(const PagePlan& plan)
 {
-    return (uint64_t{plan.width} * WrittenBits(plan) + 7) / 8;
+    return (uint64_t{WidthOf(plan)} * WrittenBits(plan) + 7) / 8;
 }
 
-Status PlanPage(const SaveRequest& request, PagePlan& plan)
+Status PlanPage(const SaveRequest& request, const PictureFormat& format, PagePlan& plan)
 {
-    if (request.dialog && !request.path)
-        return error::InvalidParameters;
     SaveSettings& settings = ThreadState().save;
     const SaveVariant& variant = request.variant;
-    settings.colourCount = variant.bilevelStart ? 2 : plan.colourCount;
-    settings.fillOrder = variant.fixedFillOrder ? variant.fixedFillOrder : request.fillOrder;
-    settings.selector = SelectorOf(request);
-    settings.photometric = variant.bilevelStart ? photometric::WhiteIsZero : PhotometricOf(plan.bitCount);
-    if (request.dialog) {
-        if (const Status status = ShowSaveDialog(request.path, plan, settings); status != error::None)
-            return status;
-        if (settings.photometric == photometric::Palette && plan.bitCount > 8)
-            settings.photometric = photometric::Rgb;
-    }
-    if (const Status status = ChooseSave(settings.selector, plan.bitCount, variant.sampleKinds, plan.choice);
+    plan = {.format = format};
+    if (const Status status = ChooseSettings(request, format, settings); status != error::None)
+        return status;
+    if (const Status status =
+            ChooseSave(settings.selector, format.stored.biBitCount, variant.sampleKinds, plan.choice);
         status != error::None)
         return status;
     if (plan.choice.samples)
@@ -259,51 +313,43 @@ Status PlanPage(const SaveRequest& request, PagePlan& plan)
         settings.photometric = photometric::WhiteIsZero;
         settings.colourCount = 2;
     }
-    plan.photometric = settings.photometric;
+    plan.photometric = variant.keepsColourSpace ? format.stored.biCompression : settings.photometric;
     plan.fillOrder = settings.fillOrder;
-    return error::None;
+    MatchFirstColour(variant, plan);
+    return HasEncoder(plan.choice.compression->compression) ? error::None : error::UnknownCompression;
 }
 
-Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant, PageEncoder encode,
-                  const void* source)
+Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant, const LineFeed& feed)
 {
     const BusyCursor busy;
     if (IsMotorola(file))
         return error::MixedByteOrders;
     if (!ModiTiffFileInfo(file, nullptr, TIFF_INTEL))
-        return TiffError();
+        return error::InvalidHandle;
     const int32_t defined = DefineTiffImage(file);
     if (defined < 0)
         return error::NotEnoughMemory;
     const auto page = static_cast<uint32_t>(defined);
     Status status = DefinePage(file, page, plan, variant);
     if (status == error::None)
-        status = encode(file, page, plan, source);
+        status = EncodePage(file, page, feed);
     DropTiffImage(file, page);
     return status;
 }
 
-Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, PageEncoder encode,
-                        const void* source)
+Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, const LineFeed& feed)
 {
     HGLOBAL file = OpenTiffFile(request.path, T_APPEND);
     if (!file)
         return error::CannotOpen;
-    const Status status = AppendPage(file, plan, request.variant, encode, source);
+    const Status status = AppendPage(file, plan, request.variant, feed);
     CloseTiffFile(file);
     return status;
 }
 
-uint32_t NextPageOfFile(const char* path)
-{
-    const KeepLastError keep;
-    const uint32_t pages = GetNumberOfImagesInTiffFile(path);
-    return pages == 0xFFFFFFFF ? 0 : pages;
-}
-
 int32_t FinishSave(Status status)
 {
-    StoreLastError(status == NOTHING_TO_SAVE ? error::None : status);
+    StoreLastError(status == CANCELLED ? error::None : status);
     return status == error::None;
 }
 

@@ -24,6 +24,7 @@ struct SaveVariant {
     bool bilevelStart = false;     // a picture of any depth is begun as black and white
     bool faxBoard = false;         // colours and rows as the boards have them
     bool pageTags = false;         // NewSubfileType 2 and PageNumber
+    bool followsColours = true;    // bilevel and grey pages are interpreted as the first colour is
     Resolution resolution = Resolution::Dib;
     FillBits fillBits = FillBits::NotSaid;
 };
@@ -33,7 +34,7 @@ inline constexpr SaveVariant colourSpaceSave = {.fixedSelector = selector::LzwDi
                                                 .sampleKinds = true,
                                                 .identityTags = true,
                                                 .keepsColourSpace = true};
-inline constexpr SaveVariant bitmapSave = {.identityTags = true};
+inline constexpr SaveVariant bitmapSave = {.identityTags = true, .followsColours = false};
 inline constexpr SaveVariant memorySave = {
     .sampleKinds = true, .identityTags = true, .unknownIsStored = true};
 

@@ -47,7 +47,7 @@ struct LzwTable {
 };
 
 struct LzwDecoder {
-    CodecContext* context;
+    CodecCall* context;
     LzwTable* table;
     uint64_t stripLeft = 0;             // bytes that the strip still lacks
     uint32_t lineLeft = 0;              // of them, those of the line in hand behind what was drained
@@ -84,7 +84,7 @@ void ResetTable(LzwDecoder& decoder)
 
 void BeginStrip(LzwDecoder& decoder)
 {
-    const CodecContext* context = decoder.context;
+    const CodecCall* context = decoder.context;
     ResetTable(decoder);
     decoder.bits = 0;
     decoder.bitCount = 0;
@@ -96,7 +96,7 @@ void BeginStrip(LzwDecoder& decoder)
 // 16-bit samples are put in order before they are summed.
 Status FinishLine(LzwDecoder& decoder)
 {
-    CodecContext* context = decoder.context;
+    CodecCall* context = decoder.context;
     if (HasSwappedSamples(context))
         SwapElements({context->lineBuffer, context->bytesPerLine}, fieldtype::Short);
     if (context->compression & compression::HorizontalDifferencing)
@@ -109,7 +109,7 @@ Status FinishLine(LzwDecoder& decoder)
 // Brings the lines up to what is decoded. The history does not reach beyond a strip.
 Status Drain(LzwDecoder& decoder)
 {
-    CodecContext* context = decoder.context;
+    CodecCall* context = decoder.context;
     const bool passes = PassesLines(context) && !(context->compression & compression::HorizontalDifferencing);
     while (decoder.drained < decoder.end) {
         if (passes && decoder.lineLeft == context->lineBytes &&
@@ -144,7 +144,7 @@ Status Refill(LzwDecoder& decoder)
 
 Status NextCode(LzwDecoder& decoder, uint32_t& code)
 {
-    CodecContext* context = decoder.context;
+    CodecCall* context = decoder.context;
     while (decoder.bitCount < decoder.width) {
         if (context->codeBytesLeft == 0)
             if (const Status status = Refill(decoder); status != error::None)
@@ -317,7 +317,7 @@ inline uint64_t GroupAt(const uint8_t* bytes, uint64_t bit)
 // Takes the bits up to one that is counted from the byte before the cursor.
 void TakeBits(LzwDecoder& decoder, uint64_t bit)
 {
-    CodecContext* context = decoder.context;
+    CodecCall* context = decoder.context;
     const auto taken = static_cast<uint32_t>((bit + 7) / 8 - 1);
     context->codeCursor += taken;
     context->codeBytesLeft -= taken;
@@ -331,7 +331,7 @@ void TakeBits(LzwDecoder& decoder, uint64_t bit)
 // whether it ended because codes grow wider.
 bool DecodeInside(LzwDecoder& decoder)
 {
-    CodecContext* context = decoder.context;
+    CodecCall* context = decoder.context;
     if (context->codeBytesLeft < sizeof(uint64_t))
         return false;
     LzwTable& table = *decoder.table;
@@ -388,7 +388,7 @@ bool DecodeInside(LzwDecoder& decoder)
 
 } // namespace
 
-Status DecodeLzw(CodecContext* context)
+Status DecodeLzw(CodecCall* context)
 {
     Status status = InitDecodeBuffers(context);
     if (status != error::None)

@@ -5,6 +5,6 @@
 
 namespace tiff {
 
-[[nodiscard]] Status DecodeLzw(CodecContext* context);
+[[nodiscard]] Status DecodeLzw(CodecCall* context);
 
 } // namespace tiff

@@ -289,7 +289,7 @@ Status EncodeLines(LzwEncoder& encoder, CodecContext* context)
 
 } // namespace
 
-Status EncodeLzw(CodecContext* context)
+Status EncodeLzw(CodecCall* context)
 {
     if (const Status status = InitEncodeBuffers(context); status != error::None)
         return CodecResult(status);

@@ -5,6 +5,6 @@
 
 namespace tiff {
 
-[[nodiscard]] Status EncodeLzw(CodecContext* context);
+[[nodiscard]] Status EncodeLzw(CodecCall* context);
 
 } // namespace tiff

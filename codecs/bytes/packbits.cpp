@@ -108,7 +108,7 @@ static void DecodePacketsInside(CodecContext* context, int64_t& missing)
     context->codeBytesLeft = static_cast<uint32_t>(end - code);
 }
 
-Status DecodePackBits(CodecContext* context)
+Status DecodePackBits(CodecCall* context)
 {
     Status status = InitDecodeBuffers(context);
     const bool swaps = HasSwappedSamples(context);
@@ -244,7 +244,7 @@ static Status EncodePackets(CodecContext* context, std::span<const uint8_t> line
     return status;
 }
 
-Status EncodePackBits(CodecContext* context)
+Status EncodePackBits(CodecCall* context)
 {
     Status status = InitEncodeBuffers(context);
     while (status == error::None) {

@@ -5,7 +5,7 @@
 
 namespace tiff {
 
-[[nodiscard]] Status DecodePackBits(CodecContext* context);
-[[nodiscard]] Status EncodePackBits(CodecContext* context);
+[[nodiscard]] Status DecodePackBits(CodecCall* context);
+[[nodiscard]] Status EncodePackBits(CodecCall* context);
 
 } // namespace tiff

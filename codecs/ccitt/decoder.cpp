@@ -4,9 +4,9 @@
 
 #include "codecs/buffers.h"
 #include "codecs/ccitt/fast.h"
-#include "codecs/ccitt/tables.h"
 #include "codecs/ccitt/mmr_records.h"
-#include "codecs/ccitt/runs.h"
+#include "codecs/ccitt/painter.h"
+#include "codecs/ccitt/tables.h"
 #include "core/copy_row.h"
 #include "core/global_block.h"
 
@@ -333,7 +333,7 @@ void TouchRow(uint8_t* row, uint32_t bytes)
     static_cast<volatile uint8_t*>(row)[bytes - 1] = 0;
 }
 
-void PaintInPlace(const CcittDecoder& decoder, const CodecContext* context, uint8_t* row)
+void PaintInPlace(const CcittDecoder& decoder, const CodecCall* context, uint8_t* row)
 {
     const RowsInPlace& rows = *context->rowsInPlace;
     if (rows.zeros) {
@@ -345,13 +345,13 @@ void PaintInPlace(const CcittDecoder& decoder, const CodecContext* context, uint
     PaintRuns(decoder.coding, row);
 }
 
-bool HasRowOfZeros(const CodecContext* context)
+bool HasRowOfZeros(const CodecCall* context)
 {
     return RowInPlace(context, 0) && context->rowsInPlace->zeros;
 }
 
 // A white line leaves a row of zeros as it came from the system: such memory is not even there yet.
-Status PutLine(const CcittDecoder& decoder, CodecContext* context)
+Status PutLine(const CcittDecoder& decoder, CodecCall* context)
 {
     if (IsWhite(decoder.coding, decoder.width) && HasRowOfZeros(context))
         return CountLine(context);
@@ -366,7 +366,7 @@ Status PutLine(const CcittDecoder& decoder, CodecContext* context)
 
 // Puts the finished line out and takes it for the next reference; the first line of a strip
 // begins afresh.
-Status FinishLine(CcittDecoder& decoder, CodecContext* context)
+Status FinishLine(CcittDecoder& decoder, CodecCall* context)
 {
     FinishRunList(decoder.coding, decoder.width);
     if (decoder.decodedAny) {
@@ -377,7 +377,7 @@ Status FinishLine(CcittDecoder& decoder, CodecContext* context)
     return error::None;
 }
 
-Status DecodeLines(CcittDecoder& decoder, CodecContext* context)
+Status DecodeLines(CcittDecoder& decoder, CodecCall* context)
 {
     const Framing& framing = decoder.framing;
     bool modes = framing.beginsWithModes;
@@ -408,7 +408,7 @@ Status DecodeLines(CcittDecoder& decoder, CodecContext* context)
     }
 }
 
-Status DecodeRows(CodecContext* context, const Framing& framing, bool fastLoops)
+Status DecodeRows(CodecCall* context, const Framing& framing, bool fastLoops)
 {
     Status status = framing.init(context);
     if (status != error::None)
@@ -431,32 +431,32 @@ Status DecodeRows(CodecContext* context, const Framing& framing, bool fastLoops)
 
 } // namespace
 
-Status DecodeCcitt(CodecContext* context, CcittScheme scheme, CcittLoops loops)
+Status DecodeCcitt(CodecCall* context, CcittScheme scheme, CcittLoops loops)
 {
     return DecodeRows(context, *framings[static_cast<size_t>(scheme)], loops == CcittLoops::All);
 }
 
-Status DecodeModifiedHuffman(CodecContext* context)
+Status DecodeModifiedHuffman(CodecCall* context)
 {
     return DecodeCcitt(context, CcittScheme::ModifiedHuffman);
 }
 
-Status DecodeGroup3(CodecContext* context)
+Status DecodeGroup3(CodecCall* context)
 {
     return DecodeCcitt(context, CcittScheme::Group3);
 }
 
-Status DecodeGroup3TwoDimensional(CodecContext* context)
+Status DecodeGroup3TwoDimensional(CodecCall* context)
 {
     return DecodeCcitt(context, CcittScheme::Group3TwoDimensional);
 }
 
-Status DecodeGroup4(CodecContext* context)
+Status DecodeGroup4(CodecCall* context)
 {
     return DecodeCcitt(context, CcittScheme::Group4);
 }
 
-Status DecodeMmrRecords(CodecContext* context)
+Status DecodeMmrRecords(CodecCall* context)
 {
     return DecodeCcitt(context, CcittScheme::MmrRecords);
 }

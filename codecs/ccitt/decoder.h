@@ -5,20 +5,19 @@
 
 namespace tiff {
 
-[[nodiscard]] Status DecodeModifiedHuffman(CodecContext* context);
-[[nodiscard]] Status DecodeGroup3(CodecContext* context);
-[[nodiscard]] Status DecodeGroup3TwoDimensional(CodecContext* context);
-[[nodiscard]] Status DecodeGroup4(CodecContext* context);
+[[nodiscard]] Status DecodeModifiedHuffman(CodecCall* context);
+[[nodiscard]] Status DecodeGroup3(CodecCall* context);
+[[nodiscard]] Status DecodeGroup3TwoDimensional(CodecCall* context);
+[[nodiscard]] Status DecodeGroup4(CodecCall* context);
 
 // Group 4 code framed in records; the buffers and the first record are loaded by it.
-[[nodiscard]] Status DecodeMmrRecords(CodecContext* context);
+[[nodiscard]] Status DecodeMmrRecords(CodecCall* context);
 
 // The same by scheme. The careful loops alone give the same rows and end in the same way as all of
 // them together; comparing the two is what they are to be had separately for.
 enum class CcittScheme { ModifiedHuffman, Group3, Group3TwoDimensional, Group4, MmrRecords };
 enum class CcittLoops { All, CarefulOnly };
 
-[[nodiscard]] Status DecodeCcitt(CodecContext* context, CcittScheme scheme,
-                                 CcittLoops loops = CcittLoops::All);
+[[nodiscard]] Status DecodeCcitt(CodecCall* context, CcittScheme scheme, CcittLoops loops = CcittLoops::All);
 
 } // namespace tiff

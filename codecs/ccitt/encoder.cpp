@@ -4,10 +4,10 @@
 #include "codecs/ccitt/encoder.h"
 
 #include "codecs/buffers.h"
-#include "codecs/ccitt/writer.h"
 #include "codecs/ccitt/encode_tables.h"
 #include "codecs/ccitt/mmr_records.h"
 #include "codecs/ccitt/runs.h"
+#include "codecs/ccitt/writer.h"
 #include "core/global_block.h"
 #include "core/thread_state.h"
 
@@ -379,7 +379,7 @@ Status EncodeLines(CcittEncoder& encoder, CodecContext* context)
     return status == ALL_ROWS_DONE ? framing.flush(context) : status;
 }
 
-Status EncodeRows(CodecContext* context, const Framing& framing)
+Status EncodeRows(CodecCall* context, const Framing& framing)
 {
     if (framing.lines != Lines::Runs && context->bytesPerLine > WIDEST_MODE_LINE)
         return error::BadCode;
@@ -412,27 +412,27 @@ bool IsAligned(const CodecContext* context)
 
 } // namespace
 
-Status EncodeModifiedHuffman(CodecContext* context)
+Status EncodeModifiedHuffman(CodecCall* context)
 {
     return EncodeRows(context, modifiedHuffman);
 }
 
-Status EncodeGroup3(CodecContext* context)
+Status EncodeGroup3(CodecCall* context)
 {
     return EncodeRows(context, IsAligned(context) ? group3Aligned : group3);
 }
 
-Status EncodeGroup3TwoDimensional(CodecContext* context)
+Status EncodeGroup3TwoDimensional(CodecCall* context)
 {
     return EncodeRows(context, IsAligned(context) ? group3TwoDimensionalAligned : group3TwoDimensional);
 }
 
-Status EncodeGroup4(CodecContext* context)
+Status EncodeGroup4(CodecCall* context)
 {
     return EncodeRows(context, group4);
 }
 
-Status EncodeMmrRecords(CodecContext* context)
+Status EncodeMmrRecords(CodecCall* context)
 {
     return EncodeRows(context, mmrRecords);
 }

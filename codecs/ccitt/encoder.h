@@ -5,12 +5,12 @@
 
 namespace tiff {
 
-[[nodiscard]] Status EncodeModifiedHuffman(CodecContext* context);
-[[nodiscard]] Status EncodeGroup3(CodecContext* context);
-[[nodiscard]] Status EncodeGroup3TwoDimensional(CodecContext* context);
-[[nodiscard]] Status EncodeGroup4(CodecContext* context);
+[[nodiscard]] Status EncodeModifiedHuffman(CodecCall* context);
+[[nodiscard]] Status EncodeGroup3(CodecCall* context);
+[[nodiscard]] Status EncodeGroup3TwoDimensional(CodecCall* context);
+[[nodiscard]] Status EncodeGroup4(CodecCall* context);
 
 // Group 4 code framed in records, the last one written too.
-[[nodiscard]] Status EncodeMmrRecords(CodecContext* context);
+[[nodiscard]] Status EncodeMmrRecords(CodecCall* context);
 
 } // namespace tiff

@@ -3,7 +3,6 @@
 
 #include "codecs/buffers.h"
 #include "codecs/ccitt/decoder.h"
-#include "codecs/codec_table.h"
 #include "core/byte_order.h"
 #include "core/errors.h"
 #include "core/stream.h"
@@ -27,17 +26,12 @@ bool FindData(TiffStream stream, uint32_t offset, uint32_t& dataBytes)
     return true;
 }
 
-int32_t DecodeRaw(const RawImage& image, uint32_t offset, CodecRoutine decode)
+// Deliberate: a picture of no pixels fails without a word.
+int32_t DecodeForCaller(const RawImage& image, const LineTarget& target, CodecRoutine decode)
 {
     if (image.width == 0 || image.rows == 0)
         return 0;
-    CodecContext context{};
-    const ContextBlocks blocks(&context);
-    Status status = DescribeRawImage(&context, image);
-    if (status == error::None && !FindData(image.stream, offset, context.dataEnd))
-        status = error::InputOutput;
-    if (status == error::None)
-        status = decode(&context);
+    const Status status = DecodeRawImage(image, target, decode);
     StoreLastError(status);
     return status == error::None;
 }
@@ -46,13 +40,9 @@ int32_t DecodeRaw(const RawImage& image, uint32_t offset, CodecRoutine decode)
 
 Status DescribeRawImage(CodecContext* context, const RawImage& image)
 {
-    if (!image.lineCallback)
-        return error::InvalidParameters;
     if (image.width > INT32_MAX)
         return error::NotEnoughMemory;
     context->stream = image.stream;
-    context->userData = image.userData;
-    context->lineCallback = image.lineCallback;
     BITMAPINFOHEADER& format = context->lineFormat;
     format.biSize = sizeof(format);
     format.biWidth = static_cast<int32_t>(image.width);
@@ -63,10 +53,25 @@ Status DescribeRawImage(CodecContext* context, const RawImage& image)
     format.biClrImportant = 2;
     context->bytesPerLine = (image.width + 7) / 8;
     context->compression = image.compression;
-    context->fillOrder = image.fillOrder == LSB_FIRST ? LSB_FIRST : 1;
+    context->fillOrder = image.fillOrder == TIFF_LSB_FIRST ? TIFF_LSB_FIRST : TIFF_MSB_FIRST;
     context->byteOrder = image.byteOrder == TIFF_MOTOROLA ? TIFF_MOTOROLA : TIFF_INTEL;
     context->rowsPerStrip = image.rows;
     return error::None;
+}
+
+Status DecodeRawImage(const RawImage& image, const LineTarget& target, CodecRoutine decode)
+{
+    if (!target.routine)
+        return error::InvalidParameters;
+    CodecCall call{};
+    const ContextBlocks blocks(&call);
+    if (const Status status = DescribeRawImage(&call, image); status != error::None)
+        return status;
+    if (!FindData(image.stream, image.offset, call.dataEnd))
+        return error::InputOutput;
+    RowsInPlace rows;
+    TakeTarget(&call, target, rows);
+    return decode(&call);
 }
 
 } // namespace tiff
@@ -76,21 +81,22 @@ using namespace tiff;
 extern "C" int32_t DecodeCcittImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_t compression,
                                     void* userData, TiffLineCallback lineCallback) noexcept
 {
-    return DecodeRaw({stream, width, rows, compression, 1, TIFF_INTEL, userData, lineCallback}, 0, Decode);
+    return DecodeForCaller({stream, width, rows, compression, 1, TIFF_INTEL}, {lineCallback, userData},
+                           Decode);
 }
 
 extern "C" int32_t DecodeCcittImageFrom(TiffStream stream, uint32_t offset, uint32_t width, uint32_t rows,
                                         uint32_t compression, uint32_t fillOrder, uint32_t byteOrder,
                                         void* userData, TiffLineCallback lineCallback) noexcept
 {
-    return DecodeRaw({stream, width, rows, compression, fillOrder, byteOrder, userData, lineCallback}, offset,
-                     Decode);
+    return DecodeForCaller({stream, width, rows, compression, fillOrder, byteOrder, offset},
+                           {lineCallback, userData}, Decode);
 }
 
 extern "C" int32_t DecodeMMRImage(TiffStream stream, uint32_t offset, uint32_t width, uint32_t rows,
                                   uint32_t /*compression*/, uint32_t fillOrder, uint32_t byteOrder,
                                   void* userData, TiffLineCallback lineCallback) noexcept
 {
-    return DecodeRaw({stream, width, rows, 0, fillOrder, byteOrder, userData, lineCallback}, offset,
-                     DecodeMmrRecords);
+    return DecodeForCaller({stream, width, rows, 0, fillOrder, byteOrder, offset}, {lineCallback, userData},
+                           DecodeMmrRecords);
 }

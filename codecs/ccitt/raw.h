@@ -1,20 +1,26 @@
 // What both directions need to run codecs over a bare stream.
 #pragma once
 
-#include "codecs/codec_context.h"
+#include "codecs/codec_table.h"
+#include "codecs/line_target.h"
 
 namespace tiff {
 
+// Bilevel rows as one strip, from the stream's position on.
 struct RawImage {
     TiffStream stream;
     uint32_t width, rows;
     uint32_t compression;
     uint32_t fillOrder, byteOrder; // any values: unknown ones mean 1 and Intel
-    void* userData;
-    TiffLineCallback lineCallback;
+    uint32_t offset = 0;           // decoding: where the code begins; 0 and beyond the data: here
 };
 
-// Describes the image to a context as one strip of bilevel rows.
+// Fails with 1 for a picture too wide.
 [[nodiscard]] Status DescribeRawImage(CodecContext* context, const RawImage& image);
+
+// Decodes with the scheme of the image, or with another routine. Also fails with 29 without a line
+// routine and with 6 when the stream has no size.
+[[nodiscard]] Status DecodeRawImage(const RawImage& image, const LineTarget& target,
+                                    CodecRoutine decode = Decode);
 
 } // namespace tiff

@@ -2,7 +2,7 @@
 #include "codecs/buffers.h"
 #include "codecs/ccitt/encoder.h"
 #include "codecs/ccitt/raw.h"
-#include "codecs/codec_table.h"
+#include "codecs/encode_driver.h"
 #include "core/errors.h"
 #include "core/thread_state.h"
 #include "tiff/ccitt.h"
@@ -13,17 +13,19 @@ namespace {
 
 constexpr int32_t LEAST_K_FACTOR = 2;
 
-int32_t EncodeRaw(const RawImage& image, CodecRoutine encode)
+int32_t EncodeForCaller(const RawImage& image, const LineFeed& feed, CodecRoutine encode)
 {
     if (image.width == 0 || image.rows == 0)
         return 0;
-    CodecContext context{};
-    const ContextBlocks blocks(&context);
-    Status status = DescribeRawImage(&context, image);
+    CodecCall call{};
+    const ContextBlocks blocks(&call);
+    call.userData = feed.userData;
+    call.lineCallback = feed.routine;
+    Status status = feed.routine ? DescribeRawImage(&call, image) : Status{error::InvalidParameters};
     if (status == error::None)
-        status = encode(&context);
+        status = encode(&call);
     if (status == error::None)
-        status = FlushCodeBuffer(&context);
+        status = FlushCodeBuffer(&call);
     StoreLastError(status);
     return status == error::None;
 }
@@ -37,21 +39,23 @@ using namespace tiff;
 extern "C" int32_t EncodeCcittImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_t compression,
                                     void* userData, TiffLineCallback lineCallback) noexcept
 {
-    return EncodeRaw({stream, width, rows, compression, 1, TIFF_INTEL, userData, lineCallback}, Encode);
+    return EncodeForCaller({stream, width, rows, compression, 1, TIFF_INTEL}, {lineCallback, userData},
+                           Encode);
 }
 
 extern "C" int32_t EncodeCcittImageTo(TiffStream stream, uint32_t width, uint32_t rows, uint32_t fillOrder,
                                       uint32_t byteOrder, uint32_t compression, void* userData,
                                       TiffLineCallback lineCallback) noexcept
 {
-    return EncodeRaw({stream, width, rows, compression, fillOrder, byteOrder, userData, lineCallback},
-                     Encode);
+    return EncodeForCaller({stream, width, rows, compression, fillOrder, byteOrder}, {lineCallback, userData},
+                           Encode);
 }
 
 extern "C" int32_t EncodeMMRImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_t /*compression*/,
                                   void* userData, TiffLineCallback lineCallback) noexcept
 {
-    return EncodeRaw({stream, width, rows, 0, 1, TIFF_INTEL, userData, lineCallback}, EncodeMmrRecords);
+    return EncodeForCaller({stream, width, rows, 0, 1, TIFF_INTEL}, {lineCallback, userData},
+                           EncodeMmrRecords);
 }
 
 extern "C" int32_t SetKfactor(int32_t k) noexcept

@@ -67,14 +67,6 @@ typedef struct CodecContext {
     HGLOBAL dcTables;                 /* JPEGDCTables */
     uint32_t subSampling[2];          /* horizontal, vertical */
     uint32_t referenceBlackWhite[12]; /* numerator and denominator of six values */
-
-    /* The line routine leaves lines as they are and looks at no spare bytes: it may get a line
-     * where it lies instead of in the line buffer.
-     */
-    uint32_t readsLines;
-
-    /* Rows that only the library knows of; null for applications. */
-    const struct RowsInPlace* rowsInPlace;
 } CodecContext;
 
 /* Prepares a context for decoding: allocates the buffers, then positions on the current strip

@@ -33,9 +33,7 @@ typedef struct TiffLoadDialogRequest {
  */
 HGLOBAL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
-/* The same from an open file, which stays open. A JPEG page of a TIFF in memory is loaded through
- * a temporary file; error 30 when that cannot be written.
- */
+/* The same from an open file, which stays open. */
 HGLOBAL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* The same, but pages with PhotometricInterpretation 7 to 17 come unconverted, first and third
@@ -59,9 +57,8 @@ HBITMAP LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF
 /* The same as LoadTiffIntoBitmap. */
 HBITMAP LoadTiffFileIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
-/* The same from an open file, which stays open; the page must be loaded. A JPEG page of a TIFF in
- * memory is loaded through a temporary file; when that cannot be written, the bitmap is empty and
- * comes with error 30. When the page has no header (GetTiffRGBQuad), the wait cursor stays.
+/* The same from an open file, which stays open; the page must be loaded. When the page has no header
+ * (GetTiffRGBQuad), the wait cursor stays.
  */
 HBITMAP LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 

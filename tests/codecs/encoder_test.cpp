@@ -94,7 +94,7 @@ struct Encoded {
 
 Encoded EncodeStrips(const Strips& strips, Source source)
 {
-    CodecContext context{};
+    CodecCall context{};
     context.stream = OpenMemoryStream(nullptr, 0);
     const Bytes before(strips.start, 0xEE);
     mWrite(context.stream, before.data(), strips.start);

@@ -151,21 +151,6 @@ TEST(Bitmaps, FailuresHaveTheirErrors)
     EXPECT_EQ(TakeMarks().temporaryFiles, before.temporaryFiles);
 }
 
-TEST(Bitmaps, OfJpegPagesInMemoryNeedATemporaryFile)
-{
-    const MemoryTiff memory(OnePage(TiffPage::Picture(8, 1, 8, 7).Strips({{0}})));
-    char kept[MAX_PATH];
-    GetEnvironmentVariableA("TMP", kept, MAX_PATH);
-    SetEnvironmentVariableA("TMP", "Z:\\no\\such\\folder");
-    HBITMAP bitmap = LoadTiffChainIntoBitmap(memory.file, 0);
-    EXPECT_EQ(TiffError(), 30u);
-    EXPECT_EQ(Look(bitmap).width, 8); // the one that was begun
-    DeleteObject(bitmap);
-    EXPECT_EQ(LoadTiffChainIntoDIB(memory.file, 0), nullptr);
-    EXPECT_EQ(TiffError(), 30u);
-    SetEnvironmentVariableA("TMP", kept);
-}
-
 TEST(Bitmaps, TheWaitCursorGoesAgain)
 {
     const TempFile good(OnePage(Bilevel({0x80}, 1, 1)));

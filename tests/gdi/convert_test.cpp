@@ -74,7 +74,7 @@ TEST(Convert, FailuresHaveTheirErrors)
         {"no rows", Dib(1, 1, 24, {}, {}), 30},
         {"a colour space", space, 30},
         {"3 bits", Dib(1, 1, 3, {}, Bytes(4)), 16},
-        {"larger than a bitmap can be", Dib(1, 0x7FFFFFFF, 0, {}, {}), 1},
+        {"no depth", Dib(1, 0x7FFFFFFF, 0, {}, {}), 16},
     };
     for (const auto& [row, dib, error] : rows) {
         SCOPED_TRACE(row);

@@ -32,10 +32,11 @@ inline CcittOutcome DecodeWith(tiff::CcittLoops loops, HGLOBAL block, uint32_t b
 {
     CcittOutcome outcome{.rowBytes = (width + 7) / 8};
     const TiffStream stream = tiff::OpenMemoryStream(block, bytes);
-    CodecContext context{};
+    tiff::CodecCall context{};
     const tiff::ContextBlocks blocks(&context);
-    if (tiff::DescribeRawImage(&context, {stream, width, rows, 0, 1, TIFF_INTEL, &outcome, HashRow}) ==
-        tiff::error::None) {
+    context.userData = &outcome;
+    context.lineCallback = HashRow;
+    if (tiff::DescribeRawImage(&context, {stream, width, rows, 0, 1, TIFF_INTEL}) == tiff::error::None) {
         context.dataEnd = bytes;
         outcome.status = tiff::DecodeCcitt(&context, scheme, loops);
     }

@@ -1,8 +1,8 @@
-#include "codecs/jpeg_bridge.h"
+#include "codecs/old_jpeg.h"
 
+#include "codecs/strips.h"
 #include "core/global_block.h"
 #include "core/sibling_library.h"
-#include "core/tag_block.h"
 #include "tiff/directory.h"
 
 #include <algorithm>
@@ -15,9 +15,14 @@ namespace {
 constexpr uint32_t UNKNOWN_PROCESS = UINT32_MAX;
 constexpr uint32_t LAST_PROCESS = 1; // 0 and 1 are known
 
-uint32_t TilesAlong(uint32_t pixels, uint32_t tilePixels)
+void MeasureTiles(CodecContext* context, const PageTags& tags)
 {
-    return tilePixels ? static_cast<uint32_t>((uint64_t{pixels} + tilePixels - 1) / tilePixels) : 1;
+    context->tileWidth = tags.Value(tag::TileWidth, 0);
+    context->tileLength = tags.Value(tag::TileLength, 0);
+    context->tilesAcross = static_cast<uint32_t>(PartsOf(Width(context), context->tileWidth));
+    context->tilesDown = static_cast<uint32_t>(PartsOf(Rows(context), context->tileLength));
+    context->planarConfiguration = tags.Value(tag::PlanarConfiguration, 1);
+    context->restartInterval = tags.Value(tag::JpegRestartInterval, 0);
 }
 
 void ReadColourTags(CodecContext* context, const PageTags& tags)
@@ -31,7 +36,12 @@ void ReadColourTags(CodecContext* context, const PageTags& tags)
 
 } // namespace
 
-Status ReadOldJpegTags(CodecContext* context, HGLOBAL file, uint32_t page)
+bool HasNoTiles(const PageTags& tags)
+{
+    return !tags.Find(tag::TileWidth);
+}
+
+Status DescribeTilesToDecode(CodecContext* context, HGLOBAL file, uint32_t page, RowRange)
 {
     const PageTags tags(file, page);
     if (!tags.Find(tag::JpegProc) || !tags.Find(tag::TileWidth) || !tags.Find(tag::TileLength))
@@ -39,10 +49,7 @@ Status ReadOldJpegTags(CodecContext* context, HGLOBAL file, uint32_t page)
     context->jpegProcess = tags.Value(tag::JpegProc, UNKNOWN_PROCESS);
     if (context->jpegProcess > LAST_PROCESS)
         return error::UnknownCompression;
-    context->tileWidth = tags.Value(tag::TileWidth, 0);
-    context->tileLength = tags.Value(tag::TileLength, 0);
-    context->tilesAcross = TilesAlong(Width(context), context->tileWidth);
-    context->tilesDown = TilesAlong(Rows(context), context->tileLength);
+    MeasureTiles(context, tags);
     context->rowsPerStrip = context->tileLength;
 
     const struct {
@@ -67,11 +74,48 @@ Status ReadOldJpegTags(CodecContext* context, HGLOBAL file, uint32_t page)
         offsets->type == fieldtype::Short ? offsets->count : offsets->values.size() / sizeof(uint32_t);
     context->stripCount =
         static_cast<uint32_t>(std::min(uint64_t{context->tilesAcross} * context->tilesDown, offsetCount));
-    context->planarConfiguration = tags.Value(tag::PlanarConfiguration, 1);
-    context->restartInterval = tags.Value(tag::JpegRestartInterval, 0);
     if (context->lineFormat.biBitCount > 8)
         ReadColourTags(context, tags);
     return error::None;
+}
+
+Status DescribeTilesToEncode(CodecContext* context, HGLOBAL file, uint32_t page)
+{
+    const PageTags tags(file, page);
+    MeasureTiles(context, tags);
+    context->rowsPerStrip = context->tileLength ? context->tileLength : Rows(context);
+    context->jpegProcess = tags.Value(tag::JpegProc, 1);
+    for (uint32_t axis = 0; axis < 2; ++axis) {
+        const uint32_t factor = tags.Value(tag::YCbCrSubSampling, 2, axis);
+        context->subSampling[axis] = factor ? factor : 2;
+    }
+    return MakeLists(context, uint64_t{context->tilesAcross} * context->tilesDown);
+}
+
+// One offset for each sample, of the tables that the library has left in the context.
+static bool DefineTables(const CodecContext* context, HGLOBAL file, uint32_t page)
+{
+    const struct {
+        uint16_t tag;
+        HGLOBAL block;
+    } tables[] = {{tag::JpegQTables, context->quantisationTables},
+                  {tag::JpegAcTables, context->acTables},
+                  {tag::JpegDcTables, context->dcTables}};
+    const uint32_t samples = PageTags(file, page).Value(tag::SamplesPerPixel, 1);
+    return std::all_of(std::begin(tables), std::end(tables), [=](const auto& table) {
+        const uint64_t held = table.block ? GlobalSize(table.block) / 4 : 0;
+        const auto count = static_cast<uint32_t>(std::min<uint64_t>(samples, held));
+        return count == 0 || DefineList(file, page, table.tag, table.block, count);
+    });
+}
+
+Status DefineTiles(const CodecContext* context, HGLOBAL file, uint32_t page)
+{
+    const bool defined =
+        DefineList(file, page, tag::TileOffsets, context->stripOffsets, context->stripCount) &&
+        DefineList(file, page, tag::TileByteCounts, context->stripByteCounts, context->stripCount) &&
+        DefineTables(context, file, page);
+    return defined ? error::None : error::NotEnoughMemory;
 }
 
 static Status RunJpegFunction(const char* name, CodecContext* context)
@@ -85,14 +129,14 @@ static Status RunJpegFunction(const char* name, CodecContext* context)
     return reinterpret_cast<JpegCodec>(reinterpret_cast<void*>(function))(context);
 }
 
-Status DecodeOldJpeg(CodecContext* context)
+Status DecodeOldJpeg(CodecCall* call)
 {
-    return RunJpegFunction("JPEGDecoder", context);
+    return RunJpegFunction("JPEGDecoder", call);
 }
 
-Status EncodeOldJpeg(CodecContext* context)
+Status EncodeOldJpeg(CodecCall* call)
 {
-    return RunJpegFunction("JPEGEncoder", context);
+    return RunJpegFunction("JPEGEncoder", call);
 }
 
 } // namespace tiff

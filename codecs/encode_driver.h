@@ -1,0 +1,19 @@
+// From lines to a page of a file.
+#pragma once
+
+#include "core/vocabulary.h"
+#include "core/win32.h"
+#include "tiff/codecs.h"
+
+namespace tiff {
+
+// Where lines come from.
+struct LineFeed {
+    TiffLineCallback routine;
+    void* userData;
+};
+
+// Encodes a defined page and writes its directory, as EncodeTiffImage has it.
+[[nodiscard]] Status EncodePage(HGLOBAL file, uint32_t page, const LineFeed& feed);
+
+} // namespace tiff

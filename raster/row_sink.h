@@ -1,0 +1,18 @@
+// Where rows go: a DIB, a bitmap, the screen, an application's line routine.
+#pragma once
+
+#include "codecs/line_target.h"
+#include "raster/picture_format.h"
+
+namespace tiff {
+
+struct RowSink {
+    // Prepares for rows of this format and fills in the line target; null where that is there already.
+    Status (*begin)(void* record, const PictureFormat& format, LineTarget& lines);
+    // Told how the rows ended, says how that leaves the picture; null where there is nothing to do.
+    Status (*end)(void* record, Status status);
+    void* record; // the sink's own
+    LineTarget lines;
+};
+
+} // namespace tiff
