@@ -3,7 +3,9 @@
  */
 #include "bmp.h"
 
+#include "diagnosis.h"
 #include "tiff/base.h"
+#include "whole_file.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -76,9 +78,9 @@ std::string WriteBmp(const char* path, std::span<const uint8_t> dib)
 std::string ReadBmp(const char* path, HGLOBAL& dib)
 {
     dib = nullptr;
-    FILE* const file = fopen(path, "rb");
+    FILE* const file = IsFolder(path) ? nullptr : fopen(path, "rb");
     if (!file) {
-        return std::string("cannot be read: ") + strerror(errno);
+        return WhyNotTiff(path);
     }
     std::string content;
     char part[65536];

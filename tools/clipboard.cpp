@@ -3,6 +3,7 @@
  */
 #include "choices.h"
 #include "commands.h"
+#include "diagnosis.h"
 
 #include <cstring>
 

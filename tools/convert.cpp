@@ -4,6 +4,7 @@
 #include "choices.h"
 #include "commands.h"
 #include "pages.h"
+#include "whole_file.h"
 
 #include <cstring>
 

@@ -2,9 +2,11 @@
  * being decoded.
  */
 #include "choices.h"
+#include "diagnosis.h"
 #include "options.h"
 #include "pages.h"
 #include "progress.h"
+#include "whole_file.h"
 
 #include <cstdio>
 #include <cstdlib>

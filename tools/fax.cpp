@@ -1,7 +1,9 @@
 /* tifftool fax and blank: pages for fax boards, and pages that need not be sent. */
 #include "choices.h"
+#include "diagnosis.h"
 #include "options.h"
 #include "pages.h"
+#include "whole_file.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,6 +1,7 @@
 /* tifftool info: what stands in a file, page by page, without decoding anything. */
 #include "commands.h"
 #include "describe.h"
+#include "diagnosis.h"
 
 #include <algorithm>
 #include <cstdio>

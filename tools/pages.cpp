@@ -1,6 +1,7 @@
 #include "pages.h"
 
 #include "bmp.h"
+#include "diagnosis.h"
 #include "progress.h"
 
 #include <cstring>
@@ -52,11 +53,6 @@ int HandlePictures(const char* path, uint32_t first, uint32_t last, const Pictur
     return picture ? handle(OwnedBlock(picture), path) : HandlePages(path, first, last, handle);
 }
 
-bool Exists(const char* path)
-{
-    return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
-}
-
 } // namespace
 
 int ForEachPicture(const char* path, const PictureHandler& handle)
@@ -78,24 +74,6 @@ int CheckDepth(const OwnedBlock& dib, uint32_t selector, const std::string& wher
     }
     return ReportSentence(where, "has " + std::to_string(header.biBitCount) +
                                      " bits per pixel; this compression takes black and white pages only");
-}
-
-int WriteWhole(const char* path, bool append, const std::function<int(const char*)>& write)
-{
-    const std::string unfinished = std::string(path) + ".part";
-    DeleteFileA(unfinished.c_str());
-    if (append && Exists(path) && !CopyFileA(path, unfinished.c_str(), TRUE)) {
-        return ReportSentence(path, "cannot be copied to be added to");
-    }
-    const int result = write(unfinished.c_str());
-    if (result != ALL_FINE) {
-        DeleteFileA(unfinished.c_str());
-        return result;
-    }
-    if (!MoveFileExA(unfinished.c_str(), path, MOVEFILE_REPLACE_EXISTING)) {
-        return ReportSentence(path, "cannot be replaced; the result is in " + unfinished);
-    }
-    return ALL_FINE;
 }
 
 } // namespace tifftool

@@ -1,4 +1,4 @@
-/* Pictures that commands read, and files that they write whole or not at all. */
+/* Pictures that commands read. */
 #ifndef TOOLS_PAGES_H
 #define TOOLS_PAGES_H
 
@@ -21,10 +21,6 @@ int WithPicture(const char* path, uint32_t page, const PictureHandler& handle);
 
 // Says why a picture does not suit a compression: the library would take samples for bits.
 int CheckDepth(const OwnedBlock& dib, uint32_t selector, const std::string& where);
-
-// Lets a file be written beside its place and moves it there when it is whole. With append the
-// writer finds a copy of what there was.
-int WriteWhole(const char* path, bool append, const std::function<int(const char* unfinished)>& write);
 
 } // namespace tifftool
 

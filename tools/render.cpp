@@ -2,6 +2,8 @@
 #include "bmp.h"
 #include "choices.h"
 #include "commands.h"
+#include "diagnosis.h"
+#include "whole_file.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -30,15 +32,6 @@ std::string FileStem(const std::string& path)
     return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
 
-bool IsDirectory(const std::string& path)
-{
-    if (!path.empty() && IsSeparator(path.back())) {
-        return true;
-    }
-    const DWORD attributes = GetFileAttributesA(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
 std::string Numbered(const std::string& stem, uint32_t page)
 {
     char number[24];
@@ -53,7 +46,7 @@ std::string OutputPath(const RenderOrder& order, uint32_t page, bool single)
         return Numbered(FileStem(order.input), page);
     }
     const std::string output = order.output;
-    if (IsDirectory(output)) {
+    if (IsFolder(output) || IsSeparator(output.back())) {
         return Numbered(output + (IsSeparator(output.back()) ? "" : "/") + FileStem(order.input), page);
     }
     if (single) {
@@ -73,8 +66,15 @@ int RenderPage(const RenderOrder& order, uint32_t page, bool single)
     }
     const OwnedBlock dib(loaded);
     const std::string path = OutputPath(order, page, single);
-    if (const std::string failure = WriteBmp(path.c_str(), {dib.bytes, dib.size}); !failure.empty()) {
-        return ReportSentence(path, failure);
+    if (IsSameFile(path, order.input)) {
+        return ReportSentence(path, "the picture would take the place of the file that it is in");
+    }
+    const int written = WriteWhole(path, false, [&](const char* unfinished) {
+        const std::string failure = WriteBmp(unfinished, {dib.bytes, dib.size});
+        return failure.empty() ? int{ALL_FINE} : ReportSentence(path, failure);
+    });
+    if (written != ALL_FINE) {
+        return written;
     }
     printf("%s\n", path.c_str());
     // The library hands out what it could decode of a damaged page and leaves the cause standing.

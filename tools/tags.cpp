@@ -1,6 +1,7 @@
 /* tifftool tag: lists, sets and removes the tags of a page. */
 #include "choices.h"
 #include "describe.h"
+#include "diagnosis.h"
 #include "options.h"
 
 #include <cstdio>

@@ -104,22 +104,6 @@ int ReportError(const std::string& where, uint32_t code)
     return ReportSentence(where, DescribeError(code));
 }
 
-int ReportOpenFailure(const char* path, uint32_t code)
-{
-    if (FILE* const file = fopen(path, "rb")) {
-        uint8_t start[4] = {};
-        const size_t got = fread(start, 1, sizeof start, file);
-        fclose(file);
-        const bool big = memcmp(start, "II\x2B\0", 4) == 0 || memcmp(start, "MM\0\x2B", 4) == 0;
-        if (got == sizeof start && big) {
-            return ReportSentence(path, "this is a BigTIFF file (version 43); only classic TIFF files "
-                                        "(version 42) can be read (error " +
-                                            std::to_string(code) + ")");
-        }
-    }
-    return ReportError(path, code);
-}
-
 } // namespace tifftool
 
 int main(int argc, char** argv)
