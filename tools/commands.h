@@ -89,6 +89,9 @@ int ReportError(const std::string& where, uint32_t code);
 // Prints "tifftool: where: sentence"; returns FAILED.
 int ReportSentence(const std::string& where, const std::string& sentence);
 
+// What would be done is said instead of being done.
+int DryRun(const std::string& sentence);
+
 } // namespace tifftool
 
 #endif

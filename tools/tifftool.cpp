@@ -1,11 +1,14 @@
 /* tifftool: looks into TIFF files and takes pages out of them, through the public interface
  * of the library alone. This file has the command table and what all commands report alike.
  */
+#include "arguments.h"
 #include "commands.h"
 #include "describe.h"
+#include "progress.h"
 
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 namespace tifftool {
 
@@ -93,10 +96,17 @@ int UsageError(const Command& command, const std::string& what)
 
 int ReportSentence(const std::string& where, const std::string& sentence)
 {
+    EndProgress();
     // Both streams may lead to one place; what was printed before must stand before.
     fflush(stdout);
     fprintf(stderr, "tifftool: %s: %s\n", where.c_str(), sentence.c_str());
     return FAILED;
+}
+
+int DryRun(const std::string& sentence)
+{
+    printf("would %s\n", sentence.c_str());
+    return ALL_FINE;
 }
 
 int ReportError(const std::string& where, uint32_t code)
@@ -106,7 +116,20 @@ int ReportError(const std::string& where, uint32_t code)
 
 } // namespace tifftool
 
-int main(int argc, char** argv)
+// Names may have characters that only the wide form of the command line has.
+int wmain(int count, wchar_t** wide)
 {
-    return tifftool::Run(tifftool::Arguments(argv + 1, argc > 0 ? static_cast<size_t>(argc - 1) : 0));
+    std::vector<std::string> texts;
+    const std::span all(wide, static_cast<size_t>(count));
+    if (!tifftool::ReadArguments(all.subspan(all.empty() ? 0 : 1), texts)) {
+        return tifftool::WRONG_USAGE;
+    }
+    std::vector<char*> arguments;
+    for (std::string& text : texts) {
+        arguments.push_back(text.data());
+    }
+    const int result = tifftool::Run(arguments);
+    tifftool::EndProgress();
+    tifftool::RestoreNames();
+    return result;
 }

@@ -17,9 +17,9 @@ std::string MakeUnfinished(const std::string& path, bool copyOld)
 {
     const uint32_t seed = GetCurrentProcessId() * 2654435761u + GetTickCount();
     for (uint32_t tries = 0; tries < MOST_NAMES; ++tries) {
-        char ending[24];
-        snprintf(ending, sizeof ending, ".%08X.part", seed + tries);
-        const std::string name = path + ending;
+        char ownName[24];
+        snprintf(ownName, sizeof ownName, "~%08X.part", seed + tries);
+        const std::string name = FolderOf(path) + ownName;
         if (copyOld) {
             if (CopyFileA(path.c_str(), name.c_str(), TRUE)) {
                 return name;
