@@ -3,10 +3,13 @@
  */
 #include "bmp.h"
 
+#include "diagnosis.h"
 #include "tiff/base.h"
+#include "whole_file.h"
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace tifftool {
@@ -16,21 +19,39 @@ namespace {
 constexpr uint32_t FILE_HEADER_BYTES = 14;
 
 struct DibParts {
-    uint64_t headBytes;  // header and colour table
+    uint32_t depth;
+    uint64_t headBytes;  // header and colour table; 0 for a header that makes no sense
     uint64_t totalBytes; // the same and the pixels
 };
 
-DibParts MeasureDib(const BITMAPINFOHEADER& header)
+// Both kinds of header, and rows from the bottom or from the top.
+DibParts MeasureDib(std::span<const uint8_t> dib)
 {
+    BITMAPCOREHEADER core = {};
+    BITMAPINFOHEADER header = {};
+    if (dib.size() < sizeof core) {
+        return {};
+    }
+    memcpy(&core, dib.data(), sizeof core);
+    const bool isCore = core.bcSize == sizeof core;
+    if (isCore) {
+        header.biWidth = core.bcWidth;
+        header.biHeight = core.bcHeight;
+        header.biBitCount = core.bcBitCount;
+    } else if (core.bcSize < sizeof header || core.bcSize > dib.size()) {
+        return {};
+    } else {
+        memcpy(&header, dib.data(), sizeof header);
+    }
     uint64_t colours = header.biClrUsed;
     if (colours == 0 && header.biBitCount <= 8) {
         colours = uint64_t{1} << header.biBitCount;
     }
     const auto width = static_cast<uint64_t>(header.biWidth < 0 ? 0 : header.biWidth);
-    const auto rows = static_cast<uint64_t>(header.biHeight < 0 ? 0 : header.biHeight);
+    const auto rows = static_cast<uint64_t>(std::abs(int64_t{header.biHeight}));
     const uint64_t stride = (width * header.biBitCount + 31) / 32 * 4;
-    const uint64_t headBytes = header.biSize + 4 * colours;
-    return {headBytes, headBytes + stride * rows};
+    const uint64_t headBytes = core.bcSize + (isCore ? 3 : 4) * colours;
+    return {header.biBitCount, headBytes, headBytes + stride * rows};
 }
 
 void Append32(std::string& bytes, uint64_t value)
@@ -40,45 +61,51 @@ void Append32(std::string& bytes, uint64_t value)
     }
 }
 
+bool WriteAll(HANDLE file, const void* bytes, DWORD count)
+{
+    DWORD written = 0;
+    return WriteFile(file, bytes, count, &written, nullptr) && written == count;
+}
+
 } // namespace
 
-std::string WriteBmp(const char* path, std::span<const uint8_t> dib)
+uint32_t DepthOf(std::span<const uint8_t> dib)
 {
-    BITMAPINFOHEADER header;
-    if (dib.size() < sizeof header) {
-        return "the picture has no header";
-    }
-    memcpy(&header, dib.data(), sizeof header);
-    const auto [headBytes, totalBytes] = MeasureDib(header);
-    if (header.biSize != sizeof header || totalBytes > dib.size() ||
-        totalBytes > 0xFFFFFFFF - FILE_HEADER_BYTES) {
-        return "the picture does not fit its block";
+    return MeasureDib(dib).depth;
+}
+
+uint32_t WriteBmp(const char* path, std::span<const uint8_t> dib, bool isNew)
+{
+    const auto [depth, headBytes, totalBytes] = MeasureDib(dib);
+    if (headBytes == 0 || totalBytes > dib.size() || totalBytes > 0xFFFFFFFF - FILE_HEADER_BYTES) {
+        return ERROR_INVALID_DATA;
     }
     std::string fileHeader = "BM";
     Append32(fileHeader, FILE_HEADER_BYTES + totalBytes);
     Append32(fileHeader, 0);
     Append32(fileHeader, FILE_HEADER_BYTES + headBytes);
 
-    FILE* const file = fopen(path, "wb");
-    if (!file) {
-        return std::string("cannot be created: ") + strerror(errno);
+    const HANDLE file = CreateFileA(path, GENERIC_WRITE, 0, nullptr, isNew ? CREATE_NEW : TRUNCATE_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return GetLastError();
     }
-    const auto dibBytes = static_cast<size_t>(totalBytes);
-    const bool written = fwrite(fileHeader.data(), 1, fileHeader.size(), file) == fileHeader.size() &&
-                         fwrite(dib.data(), 1, dibBytes, file) == dibBytes;
-    if (fclose(file) != 0 || !written) {
-        remove(path);
-        return "cannot be written";
+    const bool written = WriteAll(file, fileHeader.data(), FILE_HEADER_BYTES) &&
+                         WriteAll(file, dib.data(), static_cast<DWORD>(totalBytes));
+    const DWORD cause = GetLastError();
+    CloseHandle(file);
+    if (!written && isNew) {
+        DeleteFileA(path);
     }
-    return "";
+    return written ? ERROR_SUCCESS : cause;
 }
 
 std::string ReadBmp(const char* path, HGLOBAL& dib)
 {
     dib = nullptr;
-    FILE* const file = fopen(path, "rb");
+    FILE* const file = IsFolder(path) ? nullptr : fopen(path, "rb");
     if (!file) {
-        return std::string("cannot be read: ") + strerror(errno);
+        return WhyNotTiff(path);
     }
     std::string content;
     char part[65536];
@@ -92,16 +119,16 @@ std::string ReadBmp(const char* path, HGLOBAL& dib)
     if (content.compare(0, 2, "BM") != 0) {
         return "";
     }
-    BITMAPINFOHEADER header;
     uint32_t pixelsAt = 0;
-    if (content.size() < FILE_HEADER_BYTES + sizeof header) {
-        return "the picture has no header";
+    const std::span bytes(reinterpret_cast<const uint8_t*>(content.data()), content.size());
+    const uint64_t headBytes =
+        bytes.size() < FILE_HEADER_BYTES ? 0 : MeasureDib(bytes.subspan(FILE_HEADER_BYTES)).headBytes;
+    if (headBytes == 0) {
+        return "this is a BMP picture whose header makes no sense";
     }
     memcpy(&pixelsAt, &content[10], sizeof pixelsAt);
-    memcpy(&header, &content[FILE_HEADER_BYTES], sizeof header);
-    const uint64_t headBytes = MeasureDib(header).headBytes;
     if (pixelsAt > content.size() || FILE_HEADER_BYTES + headBytes > pixelsAt) {
-        return "the picture does not fit its file";
+        return "this is a BMP picture that is cut off, or its header is wrong";
     }
     // Whatever stands between the colours and the pixels is left out.
     const size_t pixelBytes = content.size() - pixelsAt;

@@ -10,9 +10,12 @@
 
 namespace tifftool {
 
-// Returns an empty text, or in a few words what went wrong. A file that could not be written
-// to its end is removed.
-std::string WriteBmp(const char* path, std::span<const uint8_t> dib);
+// Bits per pixel, of a DIB with either kind of header.
+uint32_t DepthOf(std::span<const uint8_t> dib);
+
+// Writes into a file that must be there, or must not. Returns 0, or the system's code for what went
+// wrong; a new file that could not be written to its end is removed.
+uint32_t WriteBmp(const char* path, std::span<const uint8_t> dib, bool isNew);
 
 // Reads a BMP file into a movable block that the caller frees. Returns an empty text, with a
 // null block for a file of another kind, or in a few words what is wrong with it.

@@ -1,10 +1,9 @@
 /* tifftool copy and paste: a page to the clipboard as a bitmap, and the clipboard's bitmap as a
  * new page.
  */
-#include "choices.h"
-#include "commands.h"
-
-#include <cstring>
+#include "options.h"
+#include "source.h"
+#include "whole_file.h"
 
 namespace tifftool {
 
@@ -13,13 +12,13 @@ namespace {
 // The library takes a page that is not to be had for done: it is looked for here first.
 int Copy(const char* path, uint32_t page)
 {
-    const std::string where = std::string(path) + ", page " + std::to_string(page);
+    const std::string where = PageName(path, page);
     {
-        const OpenFile file(OpenTiffFile(path, T_READ));
-        if (!file.handle) {
-            return ReportOpenFailure(path, TiffError());
+        const Source source(path);
+        if (!HasPages(source) || !HasPage(source, page)) {
+            return FAILED;
         }
-        if (!GetTiffImage(file.handle, page - 1)) {
+        if (!GetTiffImage(source.file.handle, page - 1)) {
             return ReportError(where, TiffError());
         }
     }
@@ -32,38 +31,27 @@ int Copy(const char* path, uint32_t page)
 
 int RunCopy(Arguments arguments)
 {
-    const char* path = nullptr;
-    uint32_t page = 1;
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        if (strcmp(arguments[i], "--page") == 0 && i + 1 < arguments.size()) {
-            page = ParsePage(arguments[++i]);
-        } else if (arguments[i][0] == '-' || path) {
-            return UsageError(copyCommand, std::string("cannot use ") + arguments[i]);
-        } else {
-            path = arguments[i];
-        }
+    const Options options = ParseOptions(arguments, {"--page"}, {});
+    if (!CheckOptions(copyCommand, options, 1, 1)) {
+        return WRONG_USAGE;
     }
-    if (!path || page == 0) {
-        return UsageError(copyCommand, path ? "not a page number" : "no file given");
-    }
-    return Copy(path, page);
+    const uint32_t page = PageOption(copyCommand, options, "--page", "1");
+    return page ? Copy(options.others[0], page) : WRONG_USAGE;
 }
 
 int RunPaste(Arguments arguments)
 {
-    const char* path = nullptr;
-    uint32_t compression = FindCompression("lzw");
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        if (strcmp(arguments[i], "--compression") == 0 && i + 1 < arguments.size()) {
-            compression = FindCompression(arguments[++i]);
-        } else if (arguments[i][0] == '-' || path) {
-            return UsageError(pasteCommand, std::string("cannot use ") + arguments[i]);
-        } else {
-            path = arguments[i];
-        }
+    const Options options = ParseOptions(arguments, {"--compression"}, {});
+    if (!CheckOptions(pasteCommand, options, 1, 1)) {
+        return WRONG_USAGE;
     }
-    if (!path || compression == 0) {
-        return UsageError(pasteCommand, path ? "unknown compression" : "no file given");
+    const char* path = options.others[0];
+    const uint32_t compression = CompressionOption(pasteCommand, options, "lzw");
+    if (compression == 0) {
+        return WRONG_USAGE;
+    }
+    if (!CheckOutput(path) || !CanBeAddedTo(path)) {
+        return FAILED;
     }
     return SaveTiffFileFromClipboard(path, compression, 0) ? ALL_FINE : ReportError(path, TiffError());
 }

@@ -89,8 +89,8 @@ int ReportError(const std::string& where, uint32_t code);
 // Prints "tifftool: where: sentence"; returns FAILED.
 int ReportSentence(const std::string& where, const std::string& sentence);
 
-// Reports why OpenTiffFile failed, in a sentence of its own for BigTIFF; returns FAILED.
-int ReportOpenFailure(const char* path, uint32_t code);
+// What would be done is said instead of being done.
+int DryRun(const std::string& sentence);
 
 } // namespace tifftool
 

@@ -1,114 +1,111 @@
 /* tifftool convert: pages of a TIFF file or a BMP picture, saved anew in another compression. The
  * result is written beside its place and moved there when it is whole.
  */
-#include "choices.h"
-#include "commands.h"
+#include "options.h"
 #include "pages.h"
+#include "source.h"
+#include "whole_file.h"
 
-#include <cstring>
+#include <memory>
 
 namespace tifftool {
 
 namespace {
 
-struct Choice {
-    const char* name;
-    uint32_t selector;
-};
-
-constexpr Choice sampleKinds[] = {{"--grey16", 256}, {"--cmyk", 768}, {"--ycbcr", 1024}};
+constexpr uint32_t MOTOROLA_FILE = 35;
+constexpr size_t LARGE_PICTURE = 64u << 20;
 
 struct ConvertOrder {
-    const char* input = nullptr;
-    const char* output = nullptr;
-    uint32_t compression = 0;
-    uint32_t samples = 0;
-    uint32_t fillOrder = 1;
-    bool append = false;
+    const char* output;
+    uint32_t compression;
+    uint32_t samples;
+    uint32_t fillOrder;
 };
 
-uint32_t FindSampleKind(const char* name)
+// The file that is written. It stays open from page to page: looking for its end anew for each
+// would take ever longer.
+struct Target {
+    const ConvertOrder& order;
+    const char* path;
+    std::unique_ptr<OpenFile> file;
+};
+
+int OpenTarget(Target& target)
 {
-    for (const Choice& choice : sampleKinds) {
-        if (strcmp(choice.name, name) == 0) {
-            return choice.selector;
-        }
+    if (!target.file) {
+        target.file = std::make_unique<OpenFile>(OpenTiffFile(target.path, T_APPEND));
     }
-    return 0;
+    TiffFileInformation facts{};
+    if (!target.file->handle || !GetTiffFileInfo(target.file->handle, &facts)) {
+        return ReportError(target.order.output, TiffError());
+    }
+    const bool mixed = facts.pageCount != 0 && facts.byteOrder == TIFF_MOTOROLA;
+    return mixed ? ReportError(target.order.output, MOTOROLA_FILE) : ALL_FINE;
 }
 
-int SaveDib(const ConvertOrder& order, const char* target, const OwnedBlock& dib, const std::string& where)
+// The page is made in memory and appended to the open file.
+int SaveByMemory(Target& target, const Picture& picture, uint32_t selector)
 {
-    if (const int result = CheckDepth(dib, order.compression, where); result != ALL_FINE) {
+    if (const int result = OpenTarget(target); result != ALL_FINE) {
+        return result;
+    }
+    const OwnedBlock saved(SaveTiffToMemory(nullptr, picture.dib.handle, selector, target.order.fillOrder));
+    if (!saved.handle) {
+        return ReportError(picture.where, TiffError());
+    }
+    const OpenFile page(OpenTiffInMemory(saved.handle, static_cast<uint32_t>(saved.size), T_READ));
+    return CopyTiffImage(page.handle, 0, target.file->handle) ? ALL_FINE
+                                                              : ReportError(target.order.output, TiffError());
+}
+
+int SavePicture(Target& target, const Picture& picture)
+{
+    const ConvertOrder& order = target.order;
+    if (const int result = CheckDepth(picture, order.compression); result != ALL_FINE) {
         return result;
     }
     const uint32_t selector = order.compression | order.samples;
-    return SaveDIBInTiffFileExt(target, dib.handle, selector, 0, order.fillOrder)
+    if (picture.dib.size < LARGE_PICTURE) {
+        return SaveByMemory(target, picture, selector);
+    }
+    target.file.reset();
+    return SaveDIBInTiffFileExt(target.path, picture.dib.handle, selector, 0, order.fillOrder)
                ? ALL_FINE
-               : ReportError(where, TiffError());
+               : ReportError(picture.where, TiffError());
 }
 
-int Convert(const ConvertOrder& order)
+uint32_t SampleKind(const Options& options)
 {
-    return WriteWhole(order.output, order.append, [&](const char* target) {
-        return ForEachPicture(order.input, [&](const OwnedBlock& dib, const std::string& where) {
-            return SaveDib(order, target, dib, where);
-        });
-    });
-}
-
-// Takes one option and its value; the number of arguments taken, 0 for an unknown option.
-size_t TakeOption(ConvertOrder& order, Arguments rest)
-{
-    const char* const name = rest[0];
-    if (const uint32_t samples = FindSampleKind(name)) {
-        order.samples = samples;
-        return 1;
-    }
-    if (strcmp(name, "--append") == 0) {
-        order.append = true;
-        return 1;
-    }
-    if (rest.size() < 2) {
-        return 0;
-    }
-    if (strcmp(name, "--compression") == 0) {
-        order.compression = FindCompression(rest[1]);
-        return order.compression ? 2 : 0;
-    }
-    if (strcmp(name, "--fill-order") == 0 && (strcmp(rest[1], "1") == 0 || strcmp(rest[1], "2") == 0)) {
-        order.fillOrder = static_cast<uint32_t>(rest[1][0] - '0');
-        return 2;
-    }
-    return 0;
+    return options.Has("--grey16") ? 256 : options.Has("--cmyk") ? 768 : options.Has("--ycbcr") ? 1024 : 0;
 }
 
 int RunConvert(Arguments arguments)
 {
-    ConvertOrder order;
-    for (size_t i = 0; i < arguments.size();) {
-        const char* const argument = arguments[i];
-        if (argument[0] == '-') {
-            const size_t taken = TakeOption(order, arguments.subspan(i));
-            if (taken == 0) {
-                return UsageError(convertCommand, std::string("cannot use ") + argument);
-            }
-            i += taken;
-            continue;
-        }
-        if (order.output) {
-            return UsageError(convertCommand, "more than two files given");
-        }
-        (order.input ? order.output : order.input) = argument;
-        ++i;
+    const Options options = ParseOptions(arguments, {"--compression", "--fill-order"},
+                                         {"--append", "--grey16", "--cmyk", "--ycbcr"});
+    if (!CheckOptions(convertCommand, options, 2, 2)) {
+        return WRONG_USAGE;
     }
-    if (!order.output || !order.compression) {
-        return UsageError(convertCommand, "needs two files and --compression");
+    const ConvertOrder order = {options.others[1], CompressionOption(convertCommand, options),
+                                SampleKind(options), FillOrderOption(convertCommand, options)};
+    if (order.compression == 0 || order.fillOrder == 0) {
+        return WRONG_USAGE;
+    }
+    if (options.Has("--grey16") + options.Has("--cmyk") + options.Has("--ycbcr") > 1) {
+        return UsageError(convertCommand, "takes one of --grey16, --cmyk and --ycbcr");
     }
     if (order.samples && order.compression >= FIRST_BILEVEL) {
         return UsageError(convertCommand, "this compression takes black and white pages only");
     }
-    return Convert(order);
+    const bool append = options.Has("--append");
+    if (append && !CanBeAddedTo(order.output)) {
+        return FAILED;
+    }
+    return WriteWhole(order.output, append, [&](const char* unfinished) {
+        Target target = {order, unfinished, nullptr};
+        return ForEachPicture(options.others[0], Damage::Refused,
+                              [&](const Picture& picture) { return SavePicture(target, picture); });
+    });
 }
 
 } // namespace

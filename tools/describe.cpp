@@ -1,6 +1,8 @@
 /* The tables of names and the few rules that turn a page's numbers into words. */
 #include "describe.h"
 
+#include "options.h"
+
 #include <algorithm>
 #include <span>
 
@@ -95,11 +97,14 @@ constexpr Name tagNames[] = {
     {34377, "Photoshop"},
     {34665, "ExifIFD"},
     {34675, "ICCProfile"},
+    {34853, "GPSInfoIFD"},
+    {40965, "InteroperabilityIFD"},
 };
 
 constexpr Name typeNames[] = {
-    {1, "BYTE"},      {2, "ASCII"},  {3, "SHORT"}, {4, "LONG"},       {5, "RATIONAL"}, {6, "SBYTE"},
-    {7, "UNDEFINED"}, {8, "SSHORT"}, {9, "SLONG"}, {10, "SRATIONAL"}, {11, "FLOAT"},   {12, "DOUBLE"},
+    {1, "BYTE"},   {2, "ASCII"},     {3, "SHORT"},  {4, "LONG"},  {5, "RATIONAL"},
+    {6, "SBYTE"},  {7, "UNDEFINED"}, {8, "SSHORT"}, {9, "SLONG"}, {10, "SRATIONAL"},
+    {11, "FLOAT"}, {12, "DOUBLE"},   {13, "IFD"},
 };
 
 constexpr Name compressionNames[] = {
@@ -225,6 +230,17 @@ PageFacts ReadPageFacts(HGLOBAL file, uint32_t page)
 std::string TagName(uint32_t tag)
 {
     return NameOr(tagNames, tag, "tag");
+}
+
+uint32_t FindTag(const char* text)
+{
+    int64_t number = 0;
+    if (ParseNumber(text, 1, UINT16_MAX, number)) {
+        return static_cast<uint32_t>(number);
+    }
+    const auto found =
+        std::ranges::find_if(tagNames, [text](const Name& name) { return lstrcmpiA(name.text, text) == 0; });
+    return found == std::end(tagNames) ? 0 : found->number;
 }
 
 std::string FieldTypeName(uint32_t type)

@@ -25,6 +25,7 @@ inline constexpr uint32_t XResolution = 282;
 inline constexpr uint32_t PlanarConfiguration = 284;
 inline constexpr uint32_t Group3Options = 292;
 inline constexpr uint32_t Predictor = 317;
+inline constexpr uint32_t PageNumber = 297;
 inline constexpr uint32_t TileWidth = 322;
 } // namespace tag
 
@@ -43,6 +44,10 @@ struct PageFacts {
 PageFacts ReadPageFacts(HGLOBAL file, uint32_t page);
 
 std::string TagName(uint32_t tag);
+
+// A tag by its number or its name, in capitals or not; 0 for none.
+uint32_t FindTag(const char* text);
+
 std::string FieldTypeName(uint32_t type);
 std::string DescribeCompression(const PageFacts& facts);
 std::string DescribePhotometric(uint32_t photometric);
@@ -52,8 +57,9 @@ std::string DescribeSubfileType(uint32_t newSubfileType);
 // Why this library cannot decode the page, in a few words; empty when nothing speaks against it.
 std::string WhyNotSupported(const PageFacts& facts);
 
-// Prints the tags of a loaded page, a line each; an exit code.
-int PrintTags(HGLOBAL file, uint32_t page, const std::string& where);
+// Prints the tags of a loaded page, counted from 0, a line each; an exit code.
+struct Source;
+int PrintTags(Source& source, uint32_t page);
 
 // The library's text, and the code in brackets.
 std::string DescribeError(uint32_t code);

@@ -1,14 +1,13 @@
-/* tifftool cat, split, cut, insert, delete, reorder, append-raw and number: pages moved about without
- * being decoded.
+/* tifftool cat, split, cut, delete, reorder, append-raw and number: pages moved about without being
+ * decoded.
  */
-#include "choices.h"
+#include "describe.h"
 #include "options.h"
-#include "pages.h"
 #include "progress.h"
+#include "source.h"
+#include "whole_file.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 
 namespace tifftool {
 
@@ -21,58 +20,31 @@ int Result(int32_t succeeded, const std::string& where)
     return succeeded ? ALL_FINE : ReportError(where, TiffError());
 }
 
-// The number of pages, or 0 with a line that says why.
+// The number of pages of a file that can be read to its end, or 0 with a line that says why.
 uint32_t CountPages(const char* path)
 {
-    const uint32_t pages = GetNumberOfImagesInTiffFile(path);
-    const uint32_t error = TiffError();
-    if (pages != 0xFFFFFFFF && pages != 0 && error == 0) {
-        return pages;
-    }
-    if (pages == 0) {
-        ReportSentence(path, "has no pages");
-    } else {
-        ReportOpenFailure(path, error);
-    }
-    return 0;
-}
-
-bool IsNumber(const char* text, int32_t& number)
-{
-    char* end = nullptr;
-    const long value = strtol(text, &end, 10);
-    number = static_cast<int32_t>(value);
-    return *text != '\0' && *end == '\0' && value >= INT32_MIN && value <= INT32_MAX;
-}
-
-uint16_t ByteOrder(HGLOBAL file)
-{
-    TiffFileInformation facts{};
-    GetTiffFileInfo(file, &facts);
-    return facts.byteOrder;
+    const Source source(path);
+    return IsWhole(source) ? source.pages : 0;
 }
 
 // The target stays open: looking for its end anew for each file would take ever longer.
 int AppendPages(HGLOBAL target, const char* path)
 {
     constexpr uint32_t MIXED_BYTE_ORDERS = 35;
-    const uint32_t pages = CountPages(path);
-    if (pages == 0) {
+    const Source source(path);
+    if (!IsWhole(source)) {
         return FAILED;
     }
-    const OpenFile source(OpenTiffFile(path, T_READ));
-    if (!source.handle) {
-        return ReportError(path, TiffError());
-    }
-    const bool isNew = NumberOfTiffImages(target, TIFF_ALL_PAGES) == 0;
-    if (!isNew && ByteOrder(source.handle) != ByteOrder(target)) {
+    TiffFileInformation facts{};
+    if (GetTiffFileInfo(target, &facts) && facts.pageCount != 0 &&
+        (facts.byteOrder == TIFF_MOTOROLA) != IsMotorola(source)) {
         return ReportError(path, MIXED_BYTE_ORDERS);
     }
-    for (uint32_t page = 0; page < pages; ++page) {
-        if (!CopyTiffImage(source.handle, page, target)) {
-            return ReportError(path, TiffError());
+    for (uint32_t page = 0; page < source.pages; ++page) {
+        if (!CopyTiffImage(source.file.handle, page, target)) {
+            return ReportError(PageName(path, page + 1), TiffError());
         }
-        DrawProgress(pages, page + 1, 0);
+        DrawProgress(source.pages, page + 1, 0);
     }
     return ALL_FINE;
 }
@@ -86,10 +58,15 @@ int RunCat(Arguments arguments)
     if (!options.Has("-o")) {
         return UsageError(catCommand, "needs -o and a file");
     }
-    return WriteWhole(options.Value("-o", ""), options.Has("--append"), [&](const char* target) {
-        const OpenFile whole(OpenTiffFile(target, T_APPEND));
+    const char* const output = options.Value("-o", "");
+    const bool append = options.Has("--append");
+    if (append && !CanBeAddedTo(output)) {
+        return FAILED;
+    }
+    return WriteWhole(output, append, [&](const char* unfinished) {
+        const OpenFile whole(OpenTiffFile(unfinished, T_APPEND));
         if (!whole.handle || TiffError() != 0) {
-            return ReportError(options.Value("-o", ""), TiffError());
+            return ReportError(output, TiffError());
         }
         for (const char* path : options.others) {
             if (const int result = AppendPages(whole.handle, path); result != ALL_FINE) {
@@ -100,31 +77,28 @@ int RunCat(Arguments arguments)
     });
 }
 
-// What would be done is said instead of being done.
-int DryRun(const std::string& sentence)
-{
-    printf("would %s\n", sentence.c_str());
-    return ALL_FINE;
-}
-
 std::string PagesText(uint32_t first, uint32_t last)
 {
     return first == last ? "page " + std::to_string(first)
                          : "pages " + std::to_string(first) + " to " + std::to_string(last);
 }
 
-bool IsPageOf(const char* path, uint32_t page, uint32_t pages)
+// False, with a line that says so, for a file that is there and is not to be replaced.
+bool MayWrite(const std::string& path, const Options& options)
 {
-    if (page <= pages) {
+    if (!CheckOutput(path)) {
+        return false;
+    }
+    if (!Exists(path) || options.Has("--force")) {
         return true;
     }
-    ReportSentence(path, "has " + std::to_string(pages) + (pages == 1 ? " page" : " pages"));
+    ReportSentence(path, "is there already; --force replaces it");
     return false;
 }
 
 int RunSplit(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--page"}, {"--dry-run"});
+    const Options options = ParseOptions(arguments, {"--page"}, {"--force", "--dry-run"});
     if (!CheckOptions(splitCommand, options, 2, 2)) {
         return WRONG_USAGE;
     }
@@ -132,24 +106,47 @@ int RunSplit(Arguments arguments)
     if (page == 0) {
         return WRONG_USAGE;
     }
-    const char *source = options.others[0], *target = options.others[1];
-    const uint32_t pages = CountPages(source);
-    if (pages == 0 || !IsPageOf(source, page, pages)) {
-        return FAILED;
+    const char *path = options.others[0], *target = options.others[1];
+    uint32_t pages = 0;
+    {
+        const Source source(path);
+        if (!IsWholeWith(source, page)) {
+            return FAILED;
+        }
+        pages = source.pages;
     }
     // The library would rename the file, or find too few pages in it.
     if (page == 1) {
-        return ReportSentence(source, "nothing would be left; rename the file instead");
+        return ReportSentence(path, "nothing would be left; rename the file instead");
+    }
+    if (IsSameFile(path, target)) {
+        return ReportSentence(target, "is the file that is to be split");
+    }
+    if (!MayWrite(target, options)) {
+        return FAILED;
     }
     if (options.Has("--dry-run")) {
-        return DryRun("move " + PagesText(page, pages) + " of " + source + " to " + target);
+        return DryRun("move " + PagesText(page, pages) + " of " + path + " to " + target);
     }
-    return Result(SplitTiffFile(source, target, static_cast<int32_t>(page - 1), DrawProgress, 0), source);
+    return Result(SplitTiffFile(path, target, static_cast<int32_t>(page - 1), DrawProgress, 0), path);
+}
+
+// In a folder the library finds names that are free.
+bool MayCut(const std::string& base, uint32_t count, const Options& options)
+{
+    for (uint32_t page = 1; page <= count && !IsFolder(base); ++page) {
+        char number[24];
+        snprintf(number, sizeof number, "%04u.tif", page);
+        if (!MayWrite(base + number, options)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 int RunCut(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--pages"}, {"--dry-run"});
+    const Options options = ParseOptions(arguments, {"--pages"}, {"--force", "--dry-run"});
     if (!CheckOptions(cutCommand, options, 2, 2)) {
         return WRONG_USAGE;
     }
@@ -157,52 +154,26 @@ int RunCut(Arguments arguments)
     if (count == 0) {
         return WRONG_USAGE;
     }
-    const char *source = options.others[0], *base = options.others[1];
-    const uint32_t pages = CountPages(source);
-    if (pages == 0 || !IsPageOf(source, count, pages)) {
-        return FAILED;
+    const char *path = options.others[0], *base = options.others[1];
+    uint32_t pages = 0;
+    {
+        const Source source(path);
+        if (!IsWholeWith(source, count)) {
+            return FAILED;
+        }
+        pages = source.pages;
     }
     if (pages == 1) {
-        return ReportSentence(source, "has a single page already");
+        return ReportSentence(path, "has a single page already");
+    }
+    if (!MayCut(base, count, options)) {
+        return FAILED;
     }
     if (options.Has("--dry-run")) {
-        return DryRun("move " + PagesText(1, count) + " of " + source + " to files " + base +
-                      "0001.tif and on" + (count == pages ? ", and delete " + std::string(source) : ""));
+        return DryRun("move " + PagesText(1, count) + " of " + path + " to files " + base +
+                      "0001.tif and on" + (count == pages ? ", and delete " + std::string(path) : ""));
     }
-    return Result(CutTiffFile(source, base, static_cast<int32_t>(count), DrawProgress, 0), source);
-}
-
-int RunInsert(Arguments arguments)
-{
-    const Options options = ParseOptions(arguments, {"--page", "--from", "--compression", "--fill-order"},
-                                         {"--replace", "--in-place", "--dry-run"});
-    if (!CheckOptions(insertCommand, options, 2, 2)) {
-        return WRONG_USAGE;
-    }
-    const uint32_t page = PageOption(insertCommand, options, "--page");
-    const uint32_t from = ParsePage(options.Value("--from", "1"));
-    const uint32_t selector = FindCompression(options.Value("--compression", "lzw"));
-    const char* order = options.Value("--fill-order", "1");
-    if (page == 0) {
-        return WRONG_USAGE;
-    }
-    if (from == 0 || selector == 0 || (strcmp(order, "1") != 0 && strcmp(order, "2") != 0)) {
-        return UsageError(insertCommand, "a value cannot be used");
-    }
-    const char *target = options.others[0], *picture = options.others[1];
-    return WithPicture(picture, from, [&](const OwnedBlock& dib, const std::string& where) {
-        if (const int result = CheckDepth(dib, selector, where); result != ALL_FINE) {
-            return result;
-        }
-        const bool replace = options.Has("--replace");
-        if (options.Has("--dry-run")) {
-            return DryRun(std::string(replace ? "replace page " : "insert before page ") +
-                          std::to_string(page) + " of " + target);
-        }
-        return Result(InsertTiffImage(target, dib.handle, selector, 0, static_cast<uint32_t>(order[0] - '0'),
-                                      static_cast<int32_t>(page - 1), options.Has("--in-place"), replace),
-                      target);
-    });
+    return Result(CutTiffFile(path, base, static_cast<int32_t>(count), DrawProgress, 0), path);
 }
 
 int RunDelete(Arguments arguments)
@@ -219,15 +190,22 @@ int RunDelete(Arguments arguments)
         return WRONG_USAGE;
     }
     const char* path = options.others[0];
-    const uint32_t pages = CountPages(path);
-    if (pages == 0 || !IsPageOf(path, page, pages)) {
-        return FAILED;
+    uint32_t pages = 0;
+    {
+        const Source source(path);
+        if (!IsWholeWith(source, page)) {
+            return FAILED;
+        }
+        pages = source.pages;
     }
     if (options.Has("--dry-run")) {
         return DryRun(pages == 1 ? "delete " + std::string(path) + " with its only page"
                                  : "delete page " + std::to_string(page ? page : pages) + " of " + path);
     }
-    return Result(DeleteTiffImage(path, static_cast<int32_t>(page) - 1, options.Has("--in-place")), path);
+    const int32_t deleted = WithClock(std::string("rewriting ") + path, [&] {
+        return DeleteTiffImage(path, static_cast<int32_t>(page) - 1, options.Has("--in-place"));
+    });
+    return Result(deleted, path);
 }
 
 int RunReorder(Arguments arguments)
@@ -236,7 +214,12 @@ int RunReorder(Arguments arguments)
     if (!CheckOptions(reorderCommand, options, 1, 1)) {
         return WRONG_USAGE;
     }
-    return Result(ReorderTiffFile(options.others[0]), options.others[0]);
+    const char* path = options.others[0];
+    if (CountPages(path) == 0) {
+        return FAILED;
+    }
+    return Result(WithClock(std::string("rewriting ") + path, [path] { return ReorderTiffFile(path); }),
+                  path);
 }
 
 int RunAppendRaw(Arguments arguments)
@@ -246,19 +229,45 @@ int RunAppendRaw(Arguments arguments)
         return WRONG_USAGE;
     }
     const uint32_t page = PageOption(appendRawCommand, options, "--page");
-    int32_t offset = 0;
+    int64_t offset = 0;
     if (page == 0) {
         return WRONG_USAGE;
     }
-    if (!IsNumber(options.Value("--offset", "0"), offset)) {
-        return UsageError(appendRawCommand, "--offset is not a number");
+    if (!ParseNumber(options.Value("--offset", "0"), INT32_MIN, INT32_MAX, offset)) {
+        return UsageError(appendRawCommand, "--offset takes a number of bytes, such as -2");
     }
-    const char *raw = options.others[0], *source = options.others[1];
+    const char *raw = options.others[0], *path = options.others[1];
+    {
+        const Source source(path);
+        if (!HasPages(source) || !HasPage(source, page)) {
+            return FAILED;
+        }
+    }
+    if (!Exists(raw)) {
+        return ReportSentence(raw, "there is no such file");
+    }
+    if (!CheckOutput(raw)) {
+        return FAILED;
+    }
     if (options.Has("--dry-run")) {
-        return DryRun("write page " + std::to_string(page) + " of " + source + " to " + raw +
-                      (offset < 0 ? ", over its last " + std::to_string(-int64_t{offset}) + " bytes" : ""));
+        return DryRun("write page " + std::to_string(page) + " of " + path + " to " + raw +
+                      (offset < 0 ? ", over its last " + std::to_string(-offset) + " bytes" : ""));
     }
-    return Result(AppendCCITTImageFile(raw, source, page - 1, offset) != nullptr, raw);
+    return Result(AppendCCITTImageFile(raw, path, page - 1, static_cast<int32_t>(offset)) != nullptr, raw);
+}
+
+// Pages that cannot be loaded are the library's to report.
+bool HasNumberedPage(const Source& source)
+{
+    for (uint32_t page = 0; page < source.pages; ++page) {
+        const bool numbered = GetTiffImage(source.file.handle, page) &&
+                              GetTiffImageInfo(source.file.handle, page, tag::PageNumber, nullptr);
+        DropTiffImage(source.file.handle, page);
+        if (numbered) {
+            return true;
+        }
+    }
+    return false;
 }
 
 int RunNumber(Arguments arguments)
@@ -268,21 +277,27 @@ int RunNumber(Arguments arguments)
         return WRONG_USAGE;
     }
     const char* path = options.others[0];
-    const uint32_t pages = CountPages(path);
-    const uint32_t total = options.Has("--total") ? PageOption(numberCommand, options, "--total") : pages;
-    if (total == 0) {
-        return options.Has("--total") ? WRONG_USAGE : FAILED;
+    uint32_t total = 0;
+    if (options.Has("--total") &&
+        (total = NumberOption(numberCommand, options, "--total", UINT16_MAX)) == 0) {
+        return WRONG_USAGE;
     }
-    if (pages == 0) {
-        return FAILED;
-    }
-    // The library takes every file to be in Intel order.
     {
-        TiffFileInformation info = {};
-        const OpenFile file(OpenTiffFile(path, T_READ));
-        if (GetTiffFileInfo(file.handle, &info) && info.byteOrder == TIFF_MOTOROLA) {
+        const Source source(path);
+        if (!IsWhole(source)) {
+            return FAILED;
+        }
+        // The library takes every file to be in Intel order.
+        if (IsMotorola(source)) {
             return ReportSentence(path, "is in Motorola byte order, in which totals are not written");
         }
+        if (!HasNumberedPage(source)) {
+            return ReportSentence(path, "no page has a PageNumber tag");
+        }
+        total = total ? total : source.pages;
+    }
+    if (total > UINT16_MAX) {
+        return ReportSentence(path, "has " + std::to_string(total) + " pages; a total is 65535 at most");
     }
     return Result(UpdatePageNumbers(path, total), path);
 }
@@ -301,37 +316,25 @@ const Command catCommand = {
 
 const Command splitCommand = {
     .name = "split",
-    .arguments = "FILE.tif OUT.tif --page N [--dry-run]",
+    .arguments = "FILE.tif OUT.tif --page N [--force] [--dry-run]",
     .summary = "Moves the pages from one to the last into a new file.",
     .details = "  --page N   the first page to move, counted from 1\n"
+               "  --force    replaces OUT.tif\n"
                "  --dry-run  says what would be done\n",
     .run = RunSplit,
 };
 
 const Command cutCommand = {
     .name = "cut",
-    .arguments = "FILE.tif BASE --pages N [--dry-run]",
+    .arguments = "FILE.tif BASE --pages N [--force] [--dry-run]",
     .summary = "Moves the first pages into files of one page each.",
     .details = "  --pages N  how many\n"
+               "  --force    replaces files of the new names\n"
                "  --dry-run  says what would be done\n"
                "\n"
-               "The files are BASE0001.tif, BASE0002.tif and so on, and replace files of these names.\n"
+               "The files are BASE0001.tif, BASE0002.tif and so on.\n"
                "A folder, ending in a backslash, gets names beginning with ~ and a number.\n",
     .run = RunCut,
-};
-
-const Command insertCommand = {
-    .name = "insert",
-    .arguments = "FILE.tif PICTURE.bmp|PICTURE.tif --page P [OPTION...]",
-    .summary = "Puts a picture into a file as a new page.",
-    .details = "  --page P            the page that it comes before, counted from 1\n"
-               "  --from N            the page of PICTURE.tif; without it the first\n"
-               "  --replace           drops page P\n"
-               "  --in-place          relinks the file instead of writing it anew\n"
-               "  --compression NAME  none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4; without it lzw\n"
-               "  --fill-order 1|2    1 stores the most significant bit first, 2 the least\n"
-               "  --dry-run           says what would be done\n",
-    .run = RunInsert,
 };
 
 const Command deleteCommand = {
@@ -369,7 +372,7 @@ const Command numberCommand = {
     .name = "number",
     .arguments = "FILE.tif [--total N]",
     .summary = "Sets the page total in every PageNumber tag.",
-    .details = "  --total N  without it the number of pages in the file\n",
+    .details = "  --total N  up to 65535; without it the number of pages in the file\n",
     .run = RunNumber,
 };
 

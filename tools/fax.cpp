@@ -1,10 +1,11 @@
 /* tifftool fax and blank: pages for fax boards, and pages that need not be sent. */
-#include "choices.h"
 #include "options.h"
 #include "pages.h"
+#include "progress.h"
+#include "source.h"
+#include "whole_file.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace tifftool {
@@ -58,21 +59,47 @@ const Board* FindBoard(const char* name)
     return nullptr;
 }
 
-int WritePages(const char* input, const char* target, const Board& board, const FaxOrder& order)
+// An error of the file that is written is told with its name, others with the page's.
+bool IsOutputError(uint32_t code)
 {
-    const int result = ForEachPicture(input, [&](const OwnedBlock& dib, const std::string& where) {
-        const int depth = CheckDepth(dib, order.selector, where);
-        return depth != ALL_FINE                       ? depth
-               : board.save(target, dib.handle, order) ? int{ALL_FINE}
-                                                       : ReportError(where, TiffError());
+    return code == 2 || code == 6 || code == 35;
+}
+
+int SavePage(const Picture& picture, const char* unfinished, const char* output, const Board& board,
+             const FaxOrder& order)
+{
+    if (const int result = CheckDepth(picture, order.selector); result != ALL_FINE) {
+        return result;
+    }
+    if (board.save(unfinished, picture.dib.handle, order)) {
+        return ALL_FINE;
+    }
+    const uint32_t error = TiffError();
+    return ReportError(IsOutputError(error) ? output : picture.where, error);
+}
+
+int WritePages(const Options& options, const char* unfinished, const Board& board, const FaxOrder& order)
+{
+    const char* const output = options.others[1];
+    const int result = ForEachPicture(options.others[0], Damage::Refused, [&](const Picture& picture) {
+        return SavePage(picture, unfinished, output, board, order);
     });
     if (result != ALL_FINE) {
         return result;
     }
-    if (board.numbered && !UpdatePageNumbers(target, GetNumberOfImagesInTiffFile(target))) {
-        return ReportError(target, TiffError());
+    if (board.numbered && !UpdatePageNumbers(unfinished, GetNumberOfImagesInTiffFile(unfinished))) {
+        return ReportError(output, TiffError());
     }
-    return !board.finish || board.finish(target) ? int{ALL_FINE} : ReportError(target, TiffError());
+    return !board.finish || board.finish(unfinished) ? int{ALL_FINE} : ReportError(output, TiffError());
+}
+
+std::string BoardNames()
+{
+    std::string names;
+    for (const Board& board : boards) {
+        names += (names.empty() ? "" : ", ") + std::string(board.name);
+    }
+    return names;
 }
 
 int RunFax(Arguments arguments)
@@ -83,13 +110,11 @@ int RunFax(Arguments arguments)
         return WRONG_USAGE;
     }
     const Board* board = FindBoard(options.Value("--board", ""));
-    const uint32_t selector = FindCompression(options.Value("--compression", "g3"));
-    const char* order = options.Value("--fill-order", "1");
     if (!board) {
-        return UsageError(faxCommand, "needs --board and gamma, bicom, nms, dialogic or cisco");
-    }
-    if (selector == 0 || (strcmp(order, "1") != 0 && strcmp(order, "2") != 0)) {
-        return UsageError(faxCommand, "a value cannot be used");
+        return UsageError(faxCommand, (options.Has("--board") ? std::string("unknown board \"") +
+                                                                    options.Value("--board", "") + "\""
+                                                              : "needs --board") +
+                                          "; there are " + BoardNames());
     }
     if (board->ownCode && (options.Has("--compression") || options.Has("--fill-order"))) {
         return UsageError(faxCommand,
@@ -98,9 +123,17 @@ int RunFax(Arguments arguments)
     if (strcmp(board->name, "dialogic") == 0 && options.Has("--fill-order")) {
         return UsageError(faxCommand, "dialogic has a fill order of its own");
     }
-    const FaxOrder fax = {selector, static_cast<uint32_t>(order[0] - '0')};
-    return WriteWhole(options.others[1], options.Has("--append"),
-                      [&](const char* target) { return WritePages(options.others[0], target, *board, fax); });
+    const FaxOrder order = {CompressionOption(faxCommand, options, "g3"),
+                            FillOrderOption(faxCommand, options)};
+    if (order.selector == 0 || order.fillOrder == 0) {
+        return WRONG_USAGE;
+    }
+    const bool append = options.Has("--append");
+    if (append && !CanBeAddedTo(options.others[1])) {
+        return FAILED;
+    }
+    return WriteWhole(options.others[1], append,
+                      [&](const char* unfinished) { return WritePages(options, unfinished, *board, order); });
 }
 
 bool ParseLevels(const char* text, uint8_t (&levels)[3])
@@ -122,28 +155,34 @@ int RunBlank(Arguments arguments)
         return WRONG_USAGE;
     }
     uint8_t levels[3];
-    const int threshold = atoi(options.Value("--threshold", "10"));
-    if (!ParseLevels(options.Value("--colour", "128,128,128"), levels) || threshold < 1 || threshold > 1000) {
-        return UsageError(blankCommand, "a value cannot be used");
+    const uint32_t threshold = NumberOption(blankCommand, options, "--threshold", 1000, "10");
+    if (threshold == 0) {
+        return WRONG_USAGE;
     }
-    const char* path = options.others[0];
+    if (!ParseLevels(options.Value("--colour", "128,128,128"), levels)) {
+        return UsageError(blankCommand, "--colour takes three numbers from 0 to 255, such as 128,128,128");
+    }
+    const Source source(options.others[0]);
+    if (!HasPages(source)) {
+        return FAILED;
+    }
     const auto find = options.Has("--black") ? FindBlackPage : FindBlankPage;
-    const uint32_t pages = GetNumberOfImagesInTiffFile(path);
-    if (pages == 0xFFFFFFFF) {
-        return ReportOpenFailure(path, TiffError());
-    }
-    for (uint32_t next = 0; next < pages;) {
-        const uint32_t page = find(path, threshold, static_cast<int32_t>(next), levels);
-        if (page == 0xFFFFFFFF) {
-            return ReportError(path, TiffError());
+    for (uint32_t next = 0; next < source.pages;) {
+        const int32_t page = WithClock("searching " + source.path, [&] {
+            return static_cast<int32_t>(find(source.path.c_str(), static_cast<int32_t>(threshold),
+                                             static_cast<int32_t>(next), levels));
+        });
+        if (page < 0) {
+            return ReportError(source.path, TiffError());
         }
-        if (page == 0) {
+        next = static_cast<uint32_t>(page);
+        if (page == 0 || next > source.pages) {
             break;
         }
-        printf("%u\n", page);
-        next = page;
+        printf("%u\n", next);
+        DrawProgress(source.pages, next, 0);
     }
-    return ALL_FINE;
+    return ReportChain(source);
 }
 
 } // namespace

@@ -1,6 +1,10 @@
 /* tifftool info: what stands in a file, page by page, without decoding anything. */
-#include "commands.h"
+#include "chain.h"
 #include "describe.h"
+#include "diagnosis.h"
+#include "options.h"
+#include "source.h"
+#include "tag_values.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -13,11 +17,7 @@ namespace {
 
 constexpr size_t MAX_TEXT = 64;  // characters shown of an ASCII tag
 constexpr size_t MAX_VALUES = 8; // values shown of any other
-
-std::string Counted(uint64_t count, const char* noun)
-{
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
+constexpr uint32_t BYTE_TYPE = 1;
 
 // In double quotes, up to the first zero, with escapes for what a terminal should not get.
 std::string QuoteText(std::span<const uint8_t> bytes)
@@ -48,66 +48,118 @@ Element ElementAt(const uint8_t* values, size_t index)
     return element;
 }
 
+std::string FormatReal(double value)
+{
+    char text[32];
+    snprintf(text, sizeof text, "%.9g", value);
+    return text;
+}
+
+template <typename Element>
+std::string FormatFraction(const uint8_t* values, size_t index)
+{
+    return std::to_string(ElementAt<Element>(values, 2 * index)) + "/" +
+           std::to_string(ElementAt<Element>(values, 2 * index + 1));
+}
+
 std::string FormatValue(uint32_t type, const uint8_t* values, size_t index)
 {
     switch (type) {
     case 3:
         return std::to_string(ElementAt<uint16_t>(values, index));
     case 4:
+    case 13:
         return std::to_string(ElementAt<uint32_t>(values, index));
     case 5:
-        return std::to_string(ElementAt<uint32_t>(values, 2 * index)) + "/" +
-               std::to_string(ElementAt<uint32_t>(values, 2 * index + 1));
+        return FormatFraction<uint32_t>(values, index);
+    case 6:
+        return std::to_string(ElementAt<int8_t>(values, index));
+    case 8:
+        return std::to_string(ElementAt<int16_t>(values, index));
+    case 9:
+        return std::to_string(ElementAt<int32_t>(values, index));
+    case 10:
+        return FormatFraction<int32_t>(values, index);
+    case 11:
+        return FormatReal(ElementAt<float>(values, index));
+    case 12:
+        return FormatReal(ElementAt<double>(values, index));
     default:
         return std::to_string(values[index]);
     }
 }
 
-size_t ElementSize(uint32_t type)
+// Never looks beyond the bytes that are there, whatever count the file claims.
+std::string FormatValues(uint32_t type, uint32_t count, std::span<const uint8_t> bytes)
 {
-    return type == 3 ? 2 : type == 4 ? 4 : type == 5 ? 8 : 1;
-}
-
-// Never looks beyond the block, whatever count the file claims.
-std::string FormatValues(uint32_t type, uint32_t count, const OwnedBlock& block)
-{
-    const size_t held = std::min<size_t>(count, block.size / ElementSize(type));
+    const size_t held = std::min<size_t>(count, bytes.size() / ElementBytes(type));
     if (type == 2) {
-        return QuoteText({block.bytes, held});
+        return QuoteText(bytes.first(held));
     }
     std::string values;
     for (size_t i = 0; i < std::min(held, MAX_VALUES); ++i) {
-        values += (i ? " " : "") + FormatValue(type, block.bytes, i);
+        values += (i ? " " : "") + FormatValue(type, bytes.data(), i);
     }
     return values + (count > MAX_VALUES ? " ..." : "");
 }
 
-int PrintTag(HGLOBAL file, uint32_t page, uint32_t tag, const std::string& where)
+struct FirstValues {
+    uint32_t type, count;
+    std::vector<uint8_t> bytes; // of the values that are shown, in the processor's order
+};
+
+// What a page in memory has as single bytes may be values of any type in the file.
+FirstValues ReadFromFile(Source& source, uint32_t page, uint32_t tag)
+{
+    RawFile raw(source.path);
+    TagEntry entry;
+    if (!FindEntry(raw, DirectoryOf(source, page), tag, entry)) {
+        return {};
+    }
+    const size_t size = ElementBytes(entry.type);
+    const uint64_t all = uint64_t{entry.count} * size;
+    const auto shown = static_cast<size_t>(std::min<uint64_t>(all, MAX_VALUES * size));
+    FirstValues values = {entry.type, entry.count,
+                          ReadBytes(raw, all <= 4 ? entry.position + 8 : entry.valuesAt, shown)};
+    if (raw.motorola) {
+        ReverseElements(entry.type, values.bytes);
+    }
+    return values;
+}
+
+int PrintTag(Source& source, uint32_t page, uint32_t tag)
 {
     HGLOBAL handle = nullptr;
     uint32_t type = 0, count = 0;
-    if (!GetTiffImageInfoBuffer(file, page, tag, &handle, &type, &count)) {
-        return ReportError(where + ", tag " + std::to_string(tag), TiffError());
+    if (!GetTiffImageInfoBuffer(source.file.handle, page, tag, &handle, &type, &count)) {
+        return ReportError(PageName(source.path, page + 1) + ", tag " + std::to_string(tag), TiffError());
     }
     const OwnedBlock block(handle);
+    std::span<const uint8_t> bytes(block.bytes, block.size);
+    FirstValues inFile = {};
+    if (type == BYTE_TYPE && (inFile = ReadFromFile(source, page, tag)).type > BYTE_TYPE) {
+        type = inFile.type;
+        count = inFile.count;
+        bytes = inFile.bytes;
+    }
     printf("    %5u  %-26s %-9s %6u  %s\n", tag, TagName(tag).c_str(), FieldTypeName(type).c_str(), count,
-           FormatValues(type, count, block).c_str());
+           FormatValues(type, count, bytes).c_str());
     return ALL_FINE;
 }
 
 } // namespace
 
-int PrintTags(HGLOBAL file, uint32_t page, const std::string& where)
+int PrintTags(Source& source, uint32_t page)
 {
     HGLOBAL handle = nullptr;
     uint32_t count = 0;
-    if (!GetTiffImageInfoBuffer(file, page, 0, &handle, nullptr, &count)) {
-        return ReportError(where, TiffError());
+    if (!GetTiffImageInfoBuffer(source.file.handle, page, 0, &handle, nullptr, &count)) {
+        return ReportError(PageName(source.path, page + 1), TiffError());
     }
     const OwnedBlock numbers(handle);
     int result = ALL_FINE;
     for (size_t i = 0; i < std::min<size_t>(count, numbers.size / 4); ++i) {
-        result = std::max(result, PrintTag(file, page, ElementAt<uint32_t>(numbers.bytes, i), where));
+        result = std::max(result, PrintTag(source, page, ElementAt<uint32_t>(numbers.bytes, i)));
     }
     return result;
 }
@@ -145,67 +197,48 @@ std::string DescribePage(HGLOBAL file, uint32_t page, const PageFacts& facts)
     return reason.empty() ? line : line + "; not supported: " + reason;
 }
 
-int PrintPage(const char* path, HGLOBAL file, uint32_t page, bool withTags)
+int PrintPage(Source& source, uint32_t page, bool withTags)
 {
-    const std::string where = std::string(path) + ", page " + std::to_string(page + 1);
+    const HGLOBAL file = source.file.handle;
     if (!GetTiffImage(file, page)) {
-        return ReportError(where, TiffError());
+        return ReportError(PageName(source.path, page + 1), TiffError());
     }
     BITMAPINFOHEADER header = {};
     const uint32_t failure = GetTiffDimensions(file, page, &header);
     printf("  page %u: %s%s\n", page + 1, DescribePage(file, page, ReadPageFacts(file, page)).c_str(),
            failure ? (" - " + DescribeError(failure)).c_str() : "");
-    const int result = withTags ? PrintTags(file, page, where) : ALL_FINE;
+    const int result = withTags ? PrintTags(source, page) : ALL_FINE;
     DropTiffImage(file, page);
     return failure ? FAILED : result;
 }
 
 int PrintFile(const char* path, bool withTags)
 {
-    const OpenFile file(OpenTiffFile(path, T_READ));
-    const uint32_t openError = TiffError();
-    if (!file.handle) {
-        return ReportOpenFailure(path, openError);
+    Source source(path);
+    if (!source.file.handle) {
+        return ReportOpenFailure(path, source.openError);
     }
-    TiffFileInformation information = {};
-    if (!GetTiffFileInfo(file.handle, &information)) {
-        return ReportError(path, TiffError());
-    }
-    const uint32_t pages = information.pageCount;
-    printf("%s: %s, %s\n", path, information.byteOrder == TIFF_MOTOROLA ? "Motorola (MM)" : "Intel (II)",
-           Counted(pages, "page").c_str());
+    printf("%s: %s, %s\n", path, IsMotorola(source) ? "Motorola (MM)" : "Intel (II)",
+           Counted(source.pages, "page").c_str());
     int result = ALL_FINE;
-    for (uint32_t page = 0; page < pages; ++page) {
-        result = std::max(result, PrintPage(path, file.handle, page, withTags));
+    for (uint32_t page = 0; page < source.pages; ++page) {
+        result = std::max(result, PrintPage(source, page, withTags));
     }
-    if (openError == 6) {
-        printf("  the chain of pages is broken after page %u\n", pages);
-        result = ReportError(path, openError);
+    if (!source.chainFault.empty()) {
+        printf("  %s\n", source.chainFault.c_str());
     }
-    return result;
+    return std::max(result, ReportChain(source));
 }
 
 int RunInfo(Arguments arguments)
 {
-    std::vector<const char*> paths;
-    bool withTags = false, optionsEnded = false;
-    for (const char* argument : arguments) {
-        if (optionsEnded || argument[0] != '-') {
-            paths.push_back(argument);
-        } else if (strcmp(argument, "--") == 0) {
-            optionsEnded = true;
-        } else if (strcmp(argument, "--tags") == 0) {
-            withTags = true;
-        } else {
-            return UsageError(infoCommand, std::string("unknown option ") + argument);
-        }
-    }
-    if (paths.empty()) {
-        return UsageError(infoCommand, "no file given");
+    const Options options = ParseOptions(arguments, {}, {"--tags"});
+    if (!CheckOptions(infoCommand, options, 1, SIZE_MAX)) {
+        return WRONG_USAGE;
     }
     int result = ALL_FINE;
-    for (const char* path : paths) {
-        result = std::max(result, PrintFile(path, withTags));
+    for (const char* path : options.others) {
+        result = std::max(result, PrintFile(path, options.Has("--tags")));
     }
     return result;
 }

@@ -1,17 +1,38 @@
 #include "options.h"
 
-#include "choices.h"
+#include "tiff/files.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstring>
 #include <string_view>
 
 namespace tifftool {
 
 namespace {
 
+constexpr struct {
+    const char* name;
+    uint32_t selector;
+} compressions[] = {
+    {"none", 201}, {"packbits", 202}, {"lzw", 203},   {"lzw-pred", 204},
+    {"mh", 205},   {"g3", 206},       {"g3-2d", 207}, {"g4", 208},
+};
+
 bool IsAmong(std::string_view name, std::initializer_list<const char*> names)
 {
     return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+bool IsOption(std::string_view argument)
+{
+    return argument.size() > 1 && argument[0] == '-' &&
+           std::string_view("0123456789.").find(argument[1]) == std::string_view::npos;
+}
+
+std::string Quoted(const char* text)
+{
+    return std::string("\"") + text + "\"";
 }
 
 } // namespace
@@ -21,19 +42,23 @@ Options ParseOptions(Arguments arguments, std::initializer_list<const char*> wit
 {
     Options options;
     bool onlyOthers = false;
-    for (size_t i = 0; i < arguments.size(); ++i) {
+    for (size_t i = 0; i < arguments.size() && options.wrong.empty(); ++i) {
         const std::string_view argument = arguments[i];
         if (!onlyOthers && argument == "--") {
             onlyOthers = true;
-        } else if (onlyOthers || argument.empty() || argument[0] != '-') {
+        } else if (onlyOthers || !IsOption(argument)) {
             options.others.push_back(arguments[i]);
-        } else if (IsAmong(argument, withValue) && i + 1 < arguments.size()) {
-            options.values[arguments[i]] = arguments[i + 1];
-            ++i;
+        } else if (options.Has(arguments[i])) {
+            options.wrong = std::string(argument) + " is given twice";
         } else if (IsAmong(argument, alone)) {
             options.values[arguments[i]] = "";
-        } else if (options.wrong.empty()) {
-            options.wrong = arguments[i];
+        } else if (!IsAmong(argument, withValue)) {
+            options.wrong = "unknown option " + std::string(argument);
+        } else if (i + 1 == arguments.size()) {
+            options.wrong = std::string(argument) + " needs a value";
+        } else {
+            options.values[arguments[i]] = arguments[i + 1];
+            ++i;
         }
     }
     return options;
@@ -42,24 +67,64 @@ Options ParseOptions(Arguments arguments, std::initializer_list<const char*> wit
 bool CheckOptions(const Command& command, const Options& options, size_t least, size_t most)
 {
     if (!options.wrong.empty()) {
-        UsageError(command, "cannot use " + options.wrong);
+        UsageError(command, options.wrong);
     } else if (options.others.size() < least) {
-        UsageError(command, "not enough arguments");
+        const std::string_view usage = command.arguments;
+        UsageError(command, "too few arguments; it takes " + std::string(usage.substr(0, usage.find('\n'))));
     } else if (options.others.size() > most) {
-        UsageError(command, std::string("cannot use ") + options.others[most]);
+        UsageError(command, "one argument too many: " + Quoted(options.others[most]));
     } else {
         return true;
     }
     return false;
 }
 
-uint32_t PageOption(const Command& command, const Options& options, const char* name)
+bool ParseNumber(const char* text, int64_t least, int64_t most, int64_t& number)
 {
-    const uint32_t page = ParsePage(options.Value(name, ""));
-    if (page == 0) {
-        UsageError(command, std::string("needs ") + name + " and a number from 1 on");
+    const char* const end = text + strlen(text);
+    const auto [rest, error] = std::from_chars(text, end, number, 10);
+    return error == std::errc() && rest == end && number >= least && number <= most;
+}
+
+uint32_t NumberOption(const Command& command, const Options& options, const char* name, uint32_t most,
+                      const char* missing)
+{
+    const char* const text = options.Value(name, missing);
+    int64_t number = 0;
+    if (!ParseNumber(text, 1, most, number)) {
+        UsageError(command, (options.Has(name) ? std::string(name) + " cannot be " + Quoted(text) + "; it"
+                                               : "needs " + std::string(name) + ", which") +
+                                " takes a number from 1 to " + std::to_string(most));
+        return 0;
     }
-    return page;
+    return static_cast<uint32_t>(number);
+}
+
+uint32_t PageOption(const Command& command, const Options& options, const char* name, const char* missing)
+{
+    return NumberOption(command, options, name, TIFF_MAX_PAGES, missing);
+}
+
+uint32_t CompressionOption(const Command& command, const Options& options, const char* missing)
+{
+    static constexpr char name[] = "--compression";
+    const std::string_view wanted = options.Value(name, missing);
+    std::string names;
+    for (const auto& choice : compressions) {
+        if (wanted == choice.name) {
+            return choice.selector;
+        }
+        names += (names.empty() ? "" : ", ") + std::string(choice.name);
+    }
+    UsageError(command, (options.Has(name) ? "unknown compression " + Quoted(options.Value(name, ""))
+                                           : std::string("needs --compression")) +
+                            "; there are " + names);
+    return 0;
+}
+
+uint32_t FillOrderOption(const Command& command, const Options& options)
+{
+    return NumberOption(command, options, "--fill-order", 2, "1");
 }
 
 } // namespace tifftool

@@ -4,6 +4,7 @@
 
 #include "commands.h"
 
+#include <initializer_list>
 #include <map>
 #include <vector>
 
@@ -12,7 +13,7 @@ namespace tifftool {
 struct Options {
     std::vector<const char*> others; // what is no option; all that stands behind "--"
     std::map<std::string, const char*> values;
-    std::string wrong; // the first argument that cannot be used
+    std::string wrong; // what is wrong with the first argument that cannot be used
 
     bool Has(const char* name) const
     {
@@ -26,7 +27,7 @@ struct Options {
 };
 
 // "--page" in withValue takes the argument behind it; those in alone take none. A value may begin
-// with a minus sign, so that numbers below zero can be given.
+// with a minus sign, and numbers below zero are no options.
 Options ParseOptions(Arguments arguments, std::initializer_list<const char*> withValue,
                      std::initializer_list<const char*> alone);
 
@@ -34,8 +35,17 @@ Options ParseOptions(Arguments arguments, std::initializer_list<const char*> wit
 // as wanted.
 bool CheckOptions(const Command& command, const Options& options, size_t least, size_t most);
 
-// A page given from 1 on; 0, with a line that says so, when it is none.
-uint32_t PageOption(const Command& command, const Options& options, const char* name);
+// A decimal number from least to most, leading zeros or not; false for anything else.
+bool ParseNumber(const char* text, int64_t least, int64_t most, int64_t& number);
+
+// The following return 0, with a line that lists what can be given, when the value is none of it.
+// Without a value for a missing option, the option must be there.
+uint32_t PageOption(const Command& command, const Options& options, const char* name,
+                    const char* missing = "");
+uint32_t NumberOption(const Command& command, const Options& options, const char* name, uint32_t most,
+                      const char* missing = "");
+uint32_t CompressionOption(const Command& command, const Options& options, const char* missing = "");
+uint32_t FillOrderOption(const Command& command, const Options& options);
 
 } // namespace tifftool
 

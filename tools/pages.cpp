@@ -2,100 +2,85 @@
 
 #include "bmp.h"
 #include "progress.h"
+#include "source.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace tifftool {
 
 namespace {
 
 // Half a picture is not passed on as a whole one.
-int HandlePage(HGLOBAL file, uint32_t page, const std::string& where, const PictureHandler& handle)
+int HandlePage(const Source& source, uint32_t page, Damage damage, const PictureHandler& handle)
 {
-    const HGLOBAL loaded = LoadTiffChainIntoDIB(file, page);
+    const std::string where = PageName(source.path, page);
+    const HGLOBAL loaded = LoadTiffChainIntoDIB(source.file.handle, page - 1);
     const uint32_t error = TiffError();
-    DropTiffImage(file, page);
+    DropTiffImage(source.file.handle, page - 1);
     const OwnedBlock dib(loaded);
-    return loaded && error == 0 ? handle(dib, where) : ReportError(where, error);
+    return loaded && (error == 0 || damage == Damage::Tolerated)
+               ? handle({dib, where, page, source.pages, error})
+               : ReportError(where, error);
 }
 
-int HandlePages(const char* path, uint32_t first, uint32_t last, const PictureHandler& handle)
+// All pages when none is asked for.
+int HandlePages(const char* path, uint32_t only, Damage damage, const PictureHandler& handle)
 {
-    const OpenFile file(OpenTiffFile(path, T_READ));
-    const uint32_t openError = TiffError();
-    if (!file.handle || openError != 0) {
-        return ReportOpenFailure(path, openError);
+    const Source source(path);
+    if (!HasPages(source) || !HasPage(source, only)) {
+        return FAILED;
     }
-    const uint32_t pages = NumberOfTiffImages(file.handle, TIFF_ALL_PAGES);
-    if (pages == 0) {
-        return ReportSentence(path, "has no pages");
+    if (damage == Damage::Refused && ReportChain(source) != ALL_FINE) {
+        return FAILED;
     }
-    if (last == 0) {
-        last = pages;
+    if (only != 0) {
+        return HandlePage(source, only, damage, handle);
     }
-    for (uint32_t page = first; page <= last; ++page) {
-        const std::string where = std::string(path) + ", page " + std::to_string(page);
-        if (const int result = HandlePage(file.handle, page - 1, where, handle); result != ALL_FINE) {
+    int result = ALL_FINE;
+    for (uint32_t page = 1; page <= source.pages; ++page) {
+        result = std::max(result, HandlePage(source, page, damage, handle));
+        if (damage == Damage::Refused && result != ALL_FINE) {
             return result;
         }
-        DrawProgress(last - first + 1, page - first + 1, 0);
+        DrawProgress(source.pages, page, 0);
     }
-    return ALL_FINE;
+    return std::max(result, ReportChain(source));
 }
 
-int HandlePictures(const char* path, uint32_t first, uint32_t last, const PictureHandler& handle)
+int HandlePictures(const char* path, uint32_t only, Damage damage, const PictureHandler& handle)
 {
-    HGLOBAL picture = nullptr;
-    if (const std::string failure = ReadBmp(path, picture); !failure.empty()) {
+    HGLOBAL block = nullptr;
+    if (const std::string failure = ReadBmp(path, block); !failure.empty()) {
         return ReportSentence(path, failure);
     }
-    return picture ? handle(OwnedBlock(picture), path) : HandlePages(path, first, last, handle);
-}
-
-bool Exists(const char* path)
-{
-    return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
+    const OwnedBlock dib(block);
+    if (!block) {
+        return HandlePages(path, only, damage, handle);
+    }
+    return only > 1 ? ReportSentence(path, "is a BMP picture, which has one page only")
+                    : handle({dib, path, 1, 1, 0});
 }
 
 } // namespace
 
-int ForEachPicture(const char* path, const PictureHandler& handle)
+int ForEachPicture(const char* path, Damage damage, const PictureHandler& handle)
 {
-    return HandlePictures(path, 1, 0, handle);
+    return HandlePictures(path, 0, damage, handle);
 }
 
-int WithPicture(const char* path, uint32_t page, const PictureHandler& handle)
+int WithPicture(const char* path, uint32_t page, Damage damage, const PictureHandler& handle)
 {
-    return HandlePictures(path, page, page, handle);
+    return HandlePictures(path, page, damage, handle);
 }
 
-int CheckDepth(const OwnedBlock& dib, uint32_t selector, const std::string& where)
+int CheckDepth(const Picture& picture, uint32_t selector)
 {
-    BITMAPINFOHEADER header = {};
-    memcpy(&header, dib.bytes, sizeof header);
-    if (selector < FIRST_BILEVEL || header.biBitCount == 1) {
-        return ALL_FINE;
-    }
-    return ReportSentence(where, "has " + std::to_string(header.biBitCount) +
-                                     " bits per pixel; this compression takes black and white pages only");
-}
-
-int WriteWhole(const char* path, bool append, const std::function<int(const char*)>& write)
-{
-    const std::string unfinished = std::string(path) + ".part";
-    DeleteFileA(unfinished.c_str());
-    if (append && Exists(path) && !CopyFileA(path, unfinished.c_str(), TRUE)) {
-        return ReportSentence(path, "cannot be copied to be added to");
-    }
-    const int result = write(unfinished.c_str());
-    if (result != ALL_FINE) {
-        DeleteFileA(unfinished.c_str());
-        return result;
-    }
-    if (!MoveFileExA(unfinished.c_str(), path, MOVEFILE_REPLACE_EXISTING)) {
-        return ReportSentence(path, "cannot be replaced; the result is in " + unfinished);
-    }
-    return ALL_FINE;
+    const uint32_t depth = DepthOf({picture.dib.bytes, picture.dib.size});
+    return selector < FIRST_BILEVEL || depth == 1
+               ? ALL_FINE
+               : ReportSentence(picture.where,
+                                "has " + std::to_string(depth) +
+                                    " bits per pixel; this compression takes black and white pages only");
 }
 
 } // namespace tifftool

@@ -1,4 +1,4 @@
-/* Pictures that commands read, and files that they write whole or not at all. */
+/* Pictures that commands read. */
 #ifndef TOOLS_PAGES_H
 #define TOOLS_PAGES_H
 
@@ -10,21 +10,31 @@ namespace tifftool {
 
 inline constexpr uint32_t FIRST_BILEVEL = 205; // selectors from here on are of CCITT compressions
 
-// Handles a packed DIB; "where" names it for messages. Returns an exit code.
-using PictureHandler = std::function<int(const OwnedBlock& dib, const std::string& where)>;
+// A packed DIB, and where it comes from.
+struct Picture {
+    const OwnedBlock& dib;
+    std::string where; // for messages
+    uint32_t page;     // counted from 1; of a BMP 1
+    uint32_t pages;    // how many pages its file has
+    uint32_t error;    // why it is not whole
+};
 
-// Hands over a BMP picture, or every page of a TIFF file, until a handler fails.
-int ForEachPicture(const char* path, const PictureHandler& handle);
+// Returns an exit code.
+using PictureHandler = std::function<int(const Picture& picture)>;
+
+enum class Damage {
+    Refused,  // only whole pictures of whole files, until a handler fails
+    Tolerated // what can be decoded, from each page that can be
+};
+
+// Hands over a BMP picture, or every page of a TIFF file.
+int ForEachPicture(const char* path, Damage damage, const PictureHandler& handle);
 
 // Hands over one page, counted from 1, or a BMP picture.
-int WithPicture(const char* path, uint32_t page, const PictureHandler& handle);
+int WithPicture(const char* path, uint32_t page, Damage damage, const PictureHandler& handle);
 
 // Says why a picture does not suit a compression: the library would take samples for bits.
-int CheckDepth(const OwnedBlock& dib, uint32_t selector, const std::string& where);
-
-// Lets a file be written beside its place and moves it there when it is whole. With append the
-// writer finds a copy of what there was.
-int WriteWhole(const char* path, bool append, const std::function<int(const char* unfinished)>& write);
+int CheckDepth(const Picture& picture, uint32_t selector);
 
 } // namespace tifftool
 

@@ -1,9 +1,33 @@
 #include "progress.h"
 
+#include "tiff/base.h"
+
 #include <cstdio>
-#include <string>
 
 namespace tifftool {
+
+namespace {
+
+bool lineIsOpen = false; // a bar or a clock stands in the current line of the standard error
+
+struct Clock {
+    HANDLE workIsDone;
+    std::string what;
+};
+
+DWORD WINAPI ShowClock(void* parameter)
+{
+    static constexpr DWORD SECOND = 1000;
+    const auto& clock = *static_cast<const Clock*>(parameter);
+    for (unsigned seconds = 1; WaitForSingleObject(clock.workIsDone, SECOND) == WAIT_TIMEOUT; ++seconds) {
+        fprintf(stderr, "\r%s, %u s", clock.what.c_str(), seconds);
+        fflush(stderr);
+        lineIsOpen = true;
+    }
+    return 0;
+}
+
+} // namespace
 
 int32_t DrawProgress(uint32_t total, uint32_t done, uint64_t)
 {
@@ -22,7 +46,34 @@ int32_t DrawProgress(uint32_t total, uint32_t done, uint64_t)
     fprintf(stderr, "\r[%-*s] %u of %u%s", static_cast<int>(WIDTH), bar.c_str(), done, total,
             done == total ? "\n" : "");
     fflush(stderr);
+    lineIsOpen = done != total;
     return 1;
+}
+
+void EndProgress()
+{
+    if (lineIsOpen) {
+        fputc('\n', stderr);
+        lineIsOpen = false;
+    }
+}
+
+int32_t WithClock(const std::string& what, const std::function<int32_t()>& work)
+{
+    Clock clock = {CreateEventA(nullptr, TRUE, FALSE, nullptr), what};
+    const HANDLE thread =
+        clock.workIsDone ? CreateThread(nullptr, 0, ShowClock, &clock, 0, nullptr) : nullptr;
+    const int32_t result = work();
+    if (thread) {
+        SetEvent(clock.workIsDone);
+        WaitForSingleObject(thread, INFINITE);
+        CloseHandle(thread);
+    }
+    if (clock.workIsDone) {
+        CloseHandle(clock.workIsDone);
+    }
+    EndProgress();
+    return result;
 }
 
 } // namespace tifftool

@@ -1,20 +1,22 @@
 /* tifftool render: pages as BMP files. */
 #include "bmp.h"
-#include "choices.h"
-#include "commands.h"
+#include "diagnosis.h"
+#include "options.h"
+#include "pages.h"
+#include "progress.h"
+#include "whole_file.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 
 namespace tifftool {
 
 namespace {
 
 struct RenderOrder {
-    const char* input = nullptr;
-    const char* output = nullptr;
-    uint32_t page = 0; // counted from 1; 0 for all
+    const char* input;
+    std::string output;
+    uint32_t page; // counted from 1; 0 for all
 };
 
 bool IsSeparator(char character)
@@ -24,19 +26,9 @@ bool IsSeparator(char character)
 
 std::string FileStem(const std::string& path)
 {
-    const auto begin = std::find_if(path.rbegin(), path.rend(), IsSeparator).base();
-    const std::string name(begin, path.end());
+    const std::string name = path.substr(FolderOf(path).size());
     const size_t dot = name.rfind('.');
     return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
-}
-
-bool IsDirectory(const std::string& path)
-{
-    if (!path.empty() && IsSeparator(path.back())) {
-        return true;
-    }
-    const DWORD attributes = GetFileAttributesA(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 std::string Numbered(const std::string& stem, uint32_t page)
@@ -49,98 +41,64 @@ std::string Numbered(const std::string& stem, uint32_t page)
 // A single picture goes exactly where -o says; several get their page numbers.
 std::string OutputPath(const RenderOrder& order, uint32_t page, bool single)
 {
-    if (!order.output) {
+    const std::string& output = order.output;
+    if (output.empty()) {
         return Numbered(FileStem(order.input), page);
     }
-    const std::string output = order.output;
-    if (IsDirectory(output)) {
+    if (IsFolder(output) || IsSeparator(output.back())) {
         return Numbered(output + (IsSeparator(output.back()) ? "" : "/") + FileStem(order.input), page);
     }
-    if (single) {
-        return output;
-    }
-    const auto nameStart = std::find_if(output.rbegin(), output.rend(), IsSeparator).base();
-    return Numbered(std::string(output.begin(), nameStart) + FileStem(output), page);
+    return single ? output : Numbered(FolderOf(output) + FileStem(output), page);
 }
 
-int RenderPage(const RenderOrder& order, uint32_t page, bool single)
+// A file that is there stays until the picture is whole.
+int WritePicture(const RenderOrder& order, const Picture& picture, const std::string& path)
 {
-    const std::string where = std::string(order.input) + ", page " + std::to_string(page);
-    const HGLOBAL loaded = LoadTiffIntoDIB(order.input, page - 1, 0);
-    const uint32_t error = TiffError();
-    if (!loaded) {
-        return ReportError(where, error);
+    const std::span dib(picture.dib.bytes, picture.dib.size);
+    const auto report = [&path](uint32_t cause) {
+        return cause ? ReportSentence(path, "cannot be written: " + SystemCause(cause)) : ALL_FINE;
+    };
+    const uint32_t cause = WriteBmp(path.c_str(), dib, true);
+    if (cause != ERROR_FILE_EXISTS && cause != ERROR_ALREADY_EXISTS) {
+        return cause && !CheckOutput(path) ? FAILED : report(cause);
     }
-    const OwnedBlock dib(loaded);
-    const std::string path = OutputPath(order, page, single);
-    if (const std::string failure = WriteBmp(path.c_str(), {dib.bytes, dib.size}); !failure.empty()) {
-        return ReportSentence(path, failure);
+    if (IsSameFile(path, order.input)) {
+        return ReportSentence(path, "the picture would take the place of the file that it is in");
+    }
+    return WriteWhole(path, false,
+                      [&](const char* unfinished) { return report(WriteBmp(unfinished, dib, false)); });
+}
+
+int RenderPicture(const RenderOrder& order, const Picture& picture)
+{
+    const std::string path = OutputPath(order, picture.page, order.page != 0 || picture.pages == 1);
+    if (const int written = WritePicture(order, picture, path); written != ALL_FINE) {
+        return written;
     }
     printf("%s\n", path.c_str());
     // The library hands out what it could decode of a damaged page and leaves the cause standing.
-    if (error == 5 || error == 19 || error == 20) {
-        return ReportError(where + ": warning, the picture is not whole", error);
-    }
-    return ALL_FINE;
-}
-
-int Render(const RenderOrder& order)
-{
-    uint32_t pages = 0, openError = 0;
-    {
-        const OpenFile file(OpenTiffFile(order.input, T_READ));
-        openError = TiffError();
-        if (!file.handle) {
-            return ReportOpenFailure(order.input, openError);
-        }
-        pages = NumberOfTiffImages(file.handle, TIFF_ALL_PAGES);
-    }
-    if (order.page > pages || pages == 0) {
-        return ReportSentence(order.input, order.page ? "has no page " + std::to_string(order.page) +
-                                                            ", only " + std::to_string(pages)
-                                                      : "has no pages");
-    }
-    if (order.page) {
-        return RenderPage(order, order.page, true);
-    }
-    int result = ALL_FINE;
-    for (uint32_t page = 1; page <= pages; ++page) {
-        result = std::max(result, RenderPage(order, page, pages == 1));
-    }
-    if (openError == 6) {
-        const std::string after = "the chain of pages is broken after page " + std::to_string(pages);
-        result = ReportError(std::string(order.input) + ": " + after, openError);
-    }
-    return result;
+    const uint32_t error = picture.error;
+    return error == 5 || error == 19 || error == 20
+               ? ReportError(picture.where + ": warning, the picture is not whole", error)
+               : ALL_FINE;
 }
 
 int RunRender(Arguments arguments)
 {
-    RenderOrder order;
-    bool optionsEnded = false;
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        const char* const argument = arguments[i];
-        if (optionsEnded || argument[0] != '-') {
-            if (order.input) {
-                return UsageError(renderCommand, "more than one file given");
-            }
-            order.input = argument;
-        } else if (strcmp(argument, "--") == 0) {
-            optionsEnded = true;
-        } else if (strcmp(argument, "-o") != 0 && strcmp(argument, "--page") != 0) {
-            return UsageError(renderCommand, std::string("unknown option ") + argument);
-        } else if (i + 1 == arguments.size()) {
-            return UsageError(renderCommand, std::string(argument) + " needs a value");
-        } else if (argument[1] == 'o') {
-            order.output = arguments[++i];
-        } else if (order.page = ParsePage(arguments[++i]); order.page == 0) {
-            return UsageError(renderCommand, std::string("not a page number: ") + arguments[i]);
-        }
+    const Options options = ParseOptions(arguments, {"--page", "-o"}, {});
+    if (!CheckOptions(renderCommand, options, 1, 1)) {
+        return WRONG_USAGE;
     }
-    if (!order.input) {
-        return UsageError(renderCommand, "no file given");
+    RenderOrder order = {options.others[0], options.Value("-o", ""), 0};
+    if (options.Has("-o") && order.output.empty()) {
+        return UsageError(renderCommand, "-o needs a value");
     }
-    return order.output && !*order.output ? UsageError(renderCommand, "-o needs a value") : Render(order);
+    if (options.Has("--page") && (order.page = PageOption(renderCommand, options, "--page")) == 0) {
+        return WRONG_USAGE;
+    }
+    const auto render = [&](const Picture& picture) { return RenderPicture(order, picture); };
+    return order.page ? WithPicture(order.input, order.page, Damage::Tolerated, render)
+                      : ForEachPicture(order.input, Damage::Tolerated, render);
 }
 
 } // namespace
@@ -155,7 +113,7 @@ const Command renderCommand = {
                "\n"
                "Without -o the pictures go to FILE-001.bmp, FILE-002.bmp... in the current folder.\n"
                "The rows of a damaged page that can be decoded are written, with a warning and exit\n"
-               "code 1.\n",
+               "code 1. FILE may be a BMP picture too.\n",
     .run = RunRender,
 };
 

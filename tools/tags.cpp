@@ -1,163 +1,180 @@
 /* tifftool tag: lists, sets and removes the tags of a page. */
-#include "choices.h"
+#include "chain.h"
 #include "describe.h"
 #include "options.h"
+#include "progress.h"
+#include "source.h"
+#include "tag_values.h"
+#include "whole_file.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <vector>
 
 namespace tifftool {
 
 namespace {
 
-struct FieldType {
-    const char* name;
-    uint32_t code;
-    uint32_t bytes;
+constexpr size_t ANY_NUMBER = SIZE_MAX;
+constexpr uint32_t INPUT_OUTPUT = 6;
+
+// Without these nobody would find the picture's data, or know what they are.
+constexpr uint32_t keptTags[] = {259, 273, 279, 324, 325, 347, 513, 514, 519, 520, 521};
+
+// Positions in the file, which no value from outside can know.
+constexpr uint32_t positionTags[] = {273, 279, 324, 325, 330, 513, 514, 519, 520, 521, 34665, 34853, 40965};
+
+bool IsAmong(uint32_t tag, std::span<const uint32_t> tags)
+{
+    return std::ranges::find(tags, tag) != tags.end();
+}
+
+struct TagOrder {
+    const char* path;
+    uint32_t page; // counted from 1
+    uint32_t tag;
+    bool dryRun;
 };
 
-constexpr FieldType fieldTypes[] = {
-    {"byte", 1, 1}, {"ascii", 2, 1}, {"short", 3, 2}, {"long", 4, 4}, {"rational", 5, 4}, {"undefined", 7, 1},
-};
-
-const FieldType* FindType(const char* name)
+std::string Described(uint32_t tag)
 {
-    for (const FieldType& type : fieldTypes) {
-        if (strcmp(type.name, name) == 0) {
-            return &type;
-        }
-    }
-    return nullptr;
-}
-
-bool IsNumber(const char* text, uint64_t most, uint64_t& number, const char** rest = nullptr)
-{
-    char* end = nullptr;
-    number = strtoull(text, &end, 0);
-    if (rest) {
-        *rest = end;
-    }
-    return text[0] >= '0' && text[0] <= '9' && (rest || *end == '\0') && number <= most;
-}
-
-void Append(std::vector<uint8_t>& bytes, uint64_t value, uint32_t count)
-{
-    for (uint32_t index = 0; index < count; ++index) {
-        bytes.push_back(static_cast<uint8_t>(value >> 8 * index));
-    }
-}
-
-// One value as it was typed; a rational is "2" or "3/4".
-bool AppendValue(std::vector<uint8_t>& bytes, const FieldType& type, const char* text)
-{
-    const uint64_t most = (uint64_t{1} << 8 * type.bytes) - 1;
-    uint64_t number = 0, denominator = 1;
-    const char* rest = nullptr;
-    if (!IsNumber(text, most, number, &rest)) {
-        return false;
-    }
-    if (*rest != '\0' && (type.code != 5 || *rest != '/' || !IsNumber(rest + 1, most, denominator))) {
-        return false;
-    }
-    Append(bytes, number, type.bytes);
-    if (type.code == 5) {
-        Append(bytes, denominator, type.bytes);
-    }
-    return true;
-}
-
-// The values of a tag from the command line; false when one of them is none of its type.
-bool ParseValues(const FieldType& type, std::span<const char* const> texts, std::vector<uint8_t>& bytes)
-{
-    if (type.code == 2) {
-        bytes.assign(texts[0], texts[0] + strlen(texts[0]) + 1);
-        return texts.size() == 1;
-    }
-    for (const char* text : texts) {
-        if (!AppendValue(bytes, type, text)) {
-            return false;
-        }
-    }
-    return true;
+    const std::string name = TagName(tag), number = std::to_string(tag);
+    return "tag " + number + (name == "tag " + number ? "" : " (" + name + ")");
 }
 
 int List(const char* path, uint32_t page)
 {
-    const std::string where = std::string(path) + ", page " + std::to_string(page);
-    const OpenFile file(OpenTiffFile(path, T_READ));
-    if (!file.handle) {
-        return ReportOpenFailure(path, TiffError());
+    Source source(path);
+    if (!HasPages(source) || !HasPage(source, page)) {
+        return FAILED;
     }
-    return GetTiffImage(file.handle, page - 1) ? PrintTags(file.handle, page - 1, where)
-                                               : ReportError(where, TiffError());
+    const int result = GetTiffImage(source.file.handle, page - 1)
+                           ? PrintTags(source, page - 1)
+                           : ReportError(PageName(path, page), TiffError());
+    return std::max(result, ReportChain(source));
 }
 
-int Add(const char* path, uint32_t page, uint32_t tag, const FieldType& type,
-        std::span<const char* const> texts)
+// Edits a copy, so that the file keeps its tags until the new ones are as they should be.
+template <class Edit>
+int EditCopy(const TagOrder& order, Edit edit)
+{
+    return WriteWhole(order.path, true, [&](const char* unfinished) {
+        const int32_t edited =
+            WithClock(std::string("rewriting ") + order.path, [&] { return edit(unfinished); });
+        return edited ? int{ALL_FINE} : ReportError(PageName(order.path, order.page), TiffError());
+    });
+}
+
+// The library has counted bytes: the entry gets the count of its values.
+bool CorrectCount(const char* path, const TagOrder& order, const FieldType& type, size_t bytes)
+{
+    RawFile raw(path, "r+b");
+    const Chain chain = WalkChain(raw);
+    TagEntry entry;
+    return order.page <= chain.directories.size() &&
+           FindEntry(raw, chain.directories[order.page - 1], order.tag, entry) && entry.type == type.code &&
+           entry.count == bytes &&
+           WriteCount(raw, entry, static_cast<uint32_t>(bytes / ElementBytes(type.code)));
+}
+
+int Add(const TagOrder& order, const FieldType& type, std::span<const char* const> texts)
 {
     std::vector<uint8_t> bytes;
-    if (!ParseValues(type, texts, bytes)) {
-        return UsageError(tagCommand, std::string("not a value of type ") + type.name);
+    if (const std::string wrong = ParseValues(type, texts, bytes); !wrong.empty()) {
+        return UsageError(tagCommand, wrong);
     }
-    const size_t elements = bytes.size() / (type.code == 5 ? 8 : type.bytes);
-    return AddTiffTagToImage(path, static_cast<int32_t>(page - 1), tag, type.code, bytes.data(),
-                             static_cast<uint32_t>(elements))
-               ? ALL_FINE
-               : ReportError(path, TiffError());
-}
-
-bool HasTag(const char* path, uint32_t page, uint32_t tag)
-{
-    const OpenFile file(OpenTiffFile(path, T_READ));
-    return file.handle && GetTiffImage(file.handle, page - 1) &&
-           GetTiffImageInfo(file.handle, page - 1, tag, nullptr);
+    if (IsAmong(order.tag, positionTags)) {
+        return ReportSentence(order.path, Described(order.tag) + " says where data lie in the file; another "
+                                                                 "value would lose them");
+    }
+    {
+        const Source source(order.path);
+        if (!IsWholeWith(source, order.page)) {
+            return FAILED;
+        }
+        if (type.takenAsBytes && IsMotorola(source)) {
+            ReverseElements(type.code, bytes);
+        }
+    }
+    const size_t count = type.takenAsBytes ? bytes.size() : bytes.size() / ElementBytes(type.code);
+    return EditCopy(order, [&](const char* copy) {
+        const bool added = AddTiffTagToImage(copy, static_cast<int32_t>(order.page - 1), order.tag, type.code,
+                                             bytes.data(), static_cast<uint32_t>(count));
+        if (!added || !type.takenAsBytes || CorrectCount(copy, order, type, bytes.size())) {
+            return int32_t{added};
+        }
+        SetTiffError(INPUT_OUTPUT);
+        return int32_t{0};
+    });
 }
 
 // The library rewrites a file also for a tag that is not there.
-int Delete(const char* path, uint32_t page, uint32_t tag, bool dryRun)
+int Delete(const TagOrder& order)
 {
-    const std::string what = "tag " + std::to_string(tag) + " of page " + std::to_string(page);
-    if (!HasTag(path, page, tag)) {
-        return ReportSentence(path, "has no " + what);
+    const std::string what = Described(order.tag) + " of page " + std::to_string(order.page);
+    {
+        const Source source(order.path);
+        if (!IsWholeWith(source, order.page)) {
+            return FAILED;
+        }
+        if (!GetTiffImage(source.file.handle, order.page - 1)) {
+            return ReportError(PageName(order.path, order.page), TiffError());
+        }
+        if (!GetTiffImageInfo(source.file.handle, order.page - 1, order.tag, nullptr)) {
+            return ReportSentence(order.path, "has no " + what);
+        }
     }
-    if (dryRun) {
-        printf("would remove %s of %s\n", what.c_str(), path);
+    if (IsAmong(order.tag, keptTags)) {
+        return ReportSentence(order.path, "the picture would be lost without " + what);
+    }
+    if (order.dryRun) {
+        printf("would remove %s of %s\n", what.c_str(), order.path);
         return ALL_FINE;
     }
-    return DeleteTiffTagOfImage(path, static_cast<int32_t>(page - 1), tag) ? ALL_FINE
-                                                                           : ReportError(path, TiffError());
+    return EditCopy(order, [&](const char* copy) {
+        return DeleteTiffTagOfImage(copy, static_cast<int32_t>(order.page - 1), order.tag);
+    });
 }
 
 int RunTag(Arguments arguments)
 {
     const Options options = ParseOptions(arguments, {"--page"}, {"--dry-run"});
-    if (!CheckOptions(tagCommand, options, 2, SIZE_MAX)) {
+    if (!CheckOptions(tagCommand, options, 2, ANY_NUMBER)) {
         return WRONG_USAGE;
     }
-    const std::string verb = options.others[0];
-    const char* path = options.others[1];
-    const uint32_t page = ParsePage(options.Value("--page", "1"));
     const std::span others(options.others);
-    uint64_t tag = 0;
-    if (page == 0) {
-        return UsageError(tagCommand, "not a page number");
+    const std::string verb = others[0];
+    TagOrder order = {others[1], PageOption(tagCommand, options, "--page", "1"), 0, options.Has("--dry-run")};
+    if (order.page == 0) {
+        return WRONG_USAGE;
     }
-    if (verb == "list" && others.size() == 2) {
-        return List(path, page);
+    if (verb != "list" && verb != "add" && verb != "delete") {
+        return UsageError(tagCommand, "unknown verb \"" + verb + "\"; there are list, add, delete");
     }
-    if (others.size() < 3 || !IsNumber(others[2], UINT16_MAX, tag) || tag == 0) {
-        return UsageError(tagCommand, "needs list, add or delete, a file, and the tag's number");
+    if (order.dryRun && verb != "delete") {
+        return UsageError(tagCommand, "--dry-run goes with delete only");
     }
-    if (verb == "delete" && others.size() == 3) {
-        return Delete(path, page, static_cast<uint32_t>(tag), options.Has("--dry-run"));
+    const size_t wanted = verb == "list" ? 2 : verb == "delete" ? 3 : 5;
+    if (others.size() < wanted || (others.size() > wanted && verb != "add")) {
+        return UsageError(tagCommand, verb == "list"     ? "list takes a file"
+                                      : verb == "delete" ? "delete takes a file and a tag"
+                                                         : "add takes a file, a tag, a type and values");
     }
-    const FieldType* type = others.size() > 4 ? FindType(others[3]) : nullptr;
-    if (verb != "add" || !type) {
-        return UsageError(tagCommand, "needs add, a file, the tag's number, a type and values");
+    if (verb == "list") {
+        return List(order.path, order.page);
     }
-    return Add(path, page, static_cast<uint32_t>(tag), *type, others.subspan(4));
+    order.tag = FindTag(others[2]);
+    if (order.tag == 0) {
+        return UsageError(tagCommand,
+                          std::string("unknown tag \"") + others[2] +
+                              "\"; a tag is a number from 1 to 65535, or a name as tag list shows it");
+    }
+    if (verb == "delete") {
+        return Delete(order);
+    }
+    const FieldType* const type = FindFieldType(others[3]);
+    return type ? Add(order, *type, others.subspan(4))
+                : UsageError(tagCommand, std::string("unknown type \"") + others[3] + "\"; there are " +
+                                             FieldTypeNames());
 }
 
 } // namespace
@@ -169,8 +186,10 @@ const Command tagCommand = {
                  "       tifftool tag delete FILE.tif [--page N] TAG [--dry-run]",
     .summary = "Lists, sets or removes the tags of a page.",
     .details = "  --page N   the page, counted from 1; without it the first\n"
-               "  TAG        the tag's number\n"
-               "  TYPE       byte, ascii, short, long, rational (as 3/4) or undefined\n"
+               "  TAG        the tag's number, or its name, such as Artist\n"
+               "  TYPE       byte, ascii, short, long, rational (as 3/4), sbyte, undefined, sshort, slong,\n"
+               "             srational, float or double\n"
+               "  VALUE      a number; for ascii one text, in quotes when it has several words\n"
                "  --dry-run  says what would be removed\n",
     .run = RunTag,
 };

@@ -1,11 +1,14 @@
 /* tifftool: looks into TIFF files and takes pages out of them, through the public interface
  * of the library alone. This file has the command table and what all commands report alike.
  */
+#include "arguments.h"
 #include "commands.h"
 #include "describe.h"
+#include "progress.h"
 
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 namespace tifftool {
 
@@ -93,10 +96,17 @@ int UsageError(const Command& command, const std::string& what)
 
 int ReportSentence(const std::string& where, const std::string& sentence)
 {
+    EndProgress();
     // Both streams may lead to one place; what was printed before must stand before.
     fflush(stdout);
     fprintf(stderr, "tifftool: %s: %s\n", where.c_str(), sentence.c_str());
     return FAILED;
+}
+
+int DryRun(const std::string& sentence)
+{
+    printf("would %s\n", sentence.c_str());
+    return ALL_FINE;
 }
 
 int ReportError(const std::string& where, uint32_t code)
@@ -104,25 +114,22 @@ int ReportError(const std::string& where, uint32_t code)
     return ReportSentence(where, DescribeError(code));
 }
 
-int ReportOpenFailure(const char* path, uint32_t code)
-{
-    if (FILE* const file = fopen(path, "rb")) {
-        uint8_t start[4] = {};
-        const size_t got = fread(start, 1, sizeof start, file);
-        fclose(file);
-        const bool big = memcmp(start, "II\x2B\0", 4) == 0 || memcmp(start, "MM\0\x2B", 4) == 0;
-        if (got == sizeof start && big) {
-            return ReportSentence(path, "this is a BigTIFF file (version 43); only classic TIFF files "
-                                        "(version 42) can be read (error " +
-                                            std::to_string(code) + ")");
-        }
-    }
-    return ReportError(path, code);
-}
-
 } // namespace tifftool
 
-int main(int argc, char** argv)
+// Names may have characters that only the wide form of the command line has.
+int wmain(int count, wchar_t** wide)
 {
-    return tifftool::Run(tifftool::Arguments(argv + 1, argc > 0 ? static_cast<size_t>(argc - 1) : 0));
+    std::vector<std::string> texts;
+    const std::span all(wide, static_cast<size_t>(count));
+    if (!tifftool::ReadArguments(all.subspan(all.empty() ? 0 : 1), texts)) {
+        return tifftool::WRONG_USAGE;
+    }
+    std::vector<char*> arguments;
+    for (std::string& text : texts) {
+        arguments.push_back(text.data());
+    }
+    const int result = tifftool::Run(arguments);
+    tifftool::EndProgress();
+    tifftool::RestoreNames();
+    return result;
 }

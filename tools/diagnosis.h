@@ -1,0 +1,24 @@
+/* Why a file cannot be used, in words. */
+#ifndef TOOLS_DIAGNOSIS_H
+#define TOOLS_DIAGNOSIS_H
+
+#include "tiff/base.h"
+
+#include <cstdint>
+#include <string>
+
+namespace tifftool {
+
+// What the system says of a failure.
+std::string SystemCause(DWORD cause);
+
+// Why this is no TIFF file: not there, a folder, empty, held by another program, or of another
+// kind, which is named. Empty when it begins as a TIFF file does.
+std::string WhyNotTiff(const std::string& path);
+
+// Reports why a TIFF file could not be opened, the code in brackets; returns FAILED.
+int ReportOpenFailure(const std::string& path, uint32_t code);
+
+} // namespace tifftool
+
+#endif

@@ -1,0 +1,40 @@
+/* Values of tags, from the command line to the bytes that a file holds. */
+#ifndef TOOLS_TAG_VALUES_H
+#define TOOLS_TAG_VALUES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace tifftool {
+
+enum class ValueKind { Whole, Signed, Real, Text, Fraction, SignedFraction };
+
+struct FieldType {
+    const char* name;
+    uint32_t code;
+    ValueKind kind;
+    bool takenAsBytes; // by the library, which counts bytes then, and exchanges none
+};
+
+// Null for a name that is not known.
+const FieldType* FindFieldType(const char* name);
+
+// The names that FindFieldType knows.
+std::string FieldTypeNames();
+
+// Bytes of one value, 1 for types that are not known.
+size_t ElementBytes(uint32_t type);
+
+// Turns values from the processor's byte order to the other, or back.
+void ReverseElements(uint32_t type, std::span<uint8_t> bytes);
+
+// Appends the values in the processor's order; empty, or what is wrong with one of them.
+std::string ParseValues(const FieldType& type, std::span<const char* const> texts,
+                        std::vector<uint8_t>& bytes);
+
+} // namespace tifftool
+
+#endif
