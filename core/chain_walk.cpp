@@ -1,6 +1,5 @@
 #include "core/chain_walk.h"
 
-#include "core/errors.h"
 #include "core/open_file.h"
 #include "core/records.h"
 #include "core/stream.h"
@@ -144,15 +143,13 @@ bool MakeRoom(ChainWalk& walk, uint32_t& room, uint32_t wanted)
     const uint64_t bytes = uint64_t{larger} * sizeof(WalkedPage);
     if (room == 0)
         walk.pages = GlobalBlock(bytes);
-    if (room == 0 ? !walk.pages : !walk.pages.Resize(bytes)) {
-        SetTiffError(error::NotEnoughMemory);
+    if (room == 0 ? !walk.pages : !walk.pages.Resize(bytes))
         return false;
-    }
     room = larger;
     return true;
 }
 
-enum class Step { Page, End, Broken, Cycle, Failed };
+enum class Step { Page, End, Broken, Cycle, NoMemory };
 
 // Follows one link and scans the directory behind it into the page's place.
 Step FollowLink(DirectoryWindow& window, ChainWalk& walk, WalkedPage* pages, SeenOffsets& seen,
@@ -166,10 +163,8 @@ Step FollowLink(DirectoryWindow& window, ChainWalk& walk, WalkedPage* pages, See
     page.directoryOffset = Load32(link, window.byteOrder);
     if (page.directoryOffset == 0)
         return Step::End;
-    if (!FindSeen(seen, pages, walk.pageCount, page.directoryOffset, target)) {
-        SetTiffError(error::NotEnoughMemory);
-        return Step::Failed;
-    }
+    if (!FindSeen(seen, pages, walk.pageCount, page.directoryOffset, target))
+        return Step::NoMemory;
     if (target != NO_PAGE)
         return Step::Cycle;
     if (!ScanDirectory(window, page) || !TakeRoom(walk, page))
@@ -193,42 +188,39 @@ Step FollowLinks(DirectoryWindow& window, ChainWalk& walk, uint32_t room, SeenOf
 
 } // namespace
 
-bool WalkChain(DirectoryWindow& window, ChainWalk& walk)
+Status WalkChain(DirectoryWindow& window, ChainWalk& walk)
 {
     SeenOffsets seen;
     uint32_t room = 0;
     walk.linkPosition = FIRST_LINK;
-    if (!SizeToRead(window.stream, walk.fileBytes)) {
-        SetTiffError(error::InputOutput);
-        return false;
-    }
+    if (!SizeToRead(window.stream, walk.fileBytes))
+        return error::InputOutput;
     while (walk.pageCount < TIFF_MAX_PAGES) {
         if (!MakeRoom(walk, room, std::max(walk.pageCount + 1, FIRST_ROOM)))
-            return false;
+            return error::NotEnoughMemory;
         uint32_t target = NO_PAGE;
         switch (FollowLinks(window, walk, room, seen, target)) {
         case Step::Page:
             break;
         case Step::End:
-            return true;
-        case Step::Failed:
-            return false;
+            return error::None;
+        case Step::NoMemory:
+            return error::NotEnoughMemory;
         case Step::Broken:
-            SetTiffError(error::InputOutput);
             walk.broken = true;
-            return walk.pageCount > 0;
+            return walk.pageCount > 0 ? error::None : error::InputOutput;
         case Step::Cycle: {
             if (!MakeRoom(walk, room, TIFF_MAX_PAGES))
-                return false;
+                return error::NotEnoughMemory;
             Locked<WalkedPage> pages(walk.pages.Get());
             RepeatCycle(pages.Get(), walk.pageCount, target);
             walk.pageCount = TIFF_MAX_PAGES;
             walk.linkPosition = pages[TIFF_MAX_PAGES - 1].linkPosition;
-            return true;
+            return error::None;
         }
         }
     }
-    return true;
+    return error::None;
 }
 
 } // namespace tiff

@@ -25,8 +25,8 @@ struct ChainWalk {
 };
 
 // Walks from the link in the file's header. A chain that leads back into itself is unrolled up
-// to the largest number of pages without reading anything twice. Fails, with the error set,
-// when there is no telling the first page or the memory is missing.
-[[nodiscard]] bool WalkChain(DirectoryWindow& window, ChainWalk& walk);
+// to the largest number of pages without reading anything twice. Fails with 1, and with 6 when there is
+// no first page.
+[[nodiscard]] Status WalkChain(DirectoryWindow& window, ChainWalk& walk);
 
 } // namespace tiff

@@ -110,70 +110,69 @@ void ReadRecords(DirectoryLoad& load, TagBlock* block)
             }
         }
         if (!readable) {
-            SetTiffError(error::InputOutput);
             load.whole = false;
             return;
         }
     }
 }
 
-// The page's tags in a block of their own; null with the error set when there are none.
-GlobalBlock LoadTags(DirectoryWindow& window, uint32_t fileBytes, uint32_t directory, bool& whole)
+// The page's tags in a block of their own.
+Status ReadTags(DirectoryWindow& window, uint32_t fileBytes, uint32_t directory, bool& whole,
+                GlobalBlock& block)
 {
     DirectoryLoad load{window, directory, 0, 0, true};
     const uint8_t* counted = Fetch(window, directory, 2);
-    if (!counted) {
-        SetTiffError(error::InputOutput);
-        return {};
-    }
+    if (!counted)
+        return error::InputOutput;
     load.entryCount = Load16(counted, window.byteOrder);
     load.valueBudget = uint64_t{fileBytes} * 2 + VALUE_SLACK;
 
     const uint64_t recordBytes = MeasureRecords(load);
-    GlobalBlock block(recordBytes > UINT32_MAX ? UINT64_MAX : sizeof(TagBlock) + recordBytes + 1);
+    block = GlobalBlock(recordBytes > UINT32_MAX ? UINT64_MAX : sizeof(TagBlock) + recordBytes + 1);
     Locked<TagBlock> tags(block.Get());
-    if (!tags) {
-        SetTiffError(error::NotEnoughMemory);
-        return {};
-    }
+    if (!tags)
+        return error::NotEnoughMemory;
     tags->capacity = static_cast<uint32_t>(recordBytes + 1);
     ReadRecords(load, tags.Get());
     whole = load.whole;
-    if (tags->tagCount == 0) {
-        tags.Unlock();
-        SetTiffError(error::InputOutput);
-        return {};
-    }
-    tags.Unlock();
-    return block;
-}
-
-// Whether there is a directory to load from, with the error set.
-bool CanLoadPage(HGLOBAL file, uint32_t page)
-{
-    const auto entry = FindPage(file, page);
-    if (!entry)
-        SetTiffError(error::IndexOutOfRange);
-    else if (entry->directoryOffset == 0)
-        SetTiffError(error::InputOutput); // a page that was never written
-    return entry && entry->directoryOffset != 0;
+    return tags->tagCount > 0 ? error::None : error::InputOutput;
 }
 
 } // namespace
 
-int32_t LoadPage(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes, bool& whole)
+Status LoadTags(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes, bool& whole)
 {
     whole = true;
     if (IsRegistered(file, page))
-        return 1;
-    if (!CanLoadPage(file, page))
-        return 0;
-    GlobalBlock block = LoadTags(window, fileBytes, FindPage(file, page)->directoryOffset, whole);
-    if (!block)
-        return 0;
-    RegisterPage(file, page, block.Release());
-    SetTiffError(error::None);
-    return 1;
+        return error::None;
+    const auto entry = FindPage(file, page);
+    if (!entry)
+        return error::IndexOutOfRange;
+    if (entry->directoryOffset == 0)
+        return error::InputOutput; // a page that was never written
+    GlobalBlock block;
+    const Status status = ReadTags(window, fileBytes, entry->directoryOffset, whole, block);
+    if (status == error::None)
+        RegisterPage(file, page, block.Release());
+    return status;
+}
+
+Status LoadTags(HGLOBAL file, uint32_t page)
+{
+    if (IsRegistered(file, page))
+        return error::None;
+    if (!FindPage(file, page))
+        return error::IndexOutOfRange;
+    Locked<TiffFileRecord> record(file);
+    Stream stream(OpenRecord(*record));
+    DirectoryWindow window;
+    window.stream = stream.Get();
+    window.byteOrder = record->byteOrder;
+    record.Unlock();
+    uint32_t fileBytes;
+    bool whole;
+    return SizeToRead(stream.Get(), fileBytes) ? LoadTags(file, page, window, fileBytes, whole)
+                                               : Status{error::InputOutput};
 }
 
 } // namespace tiff
@@ -189,19 +188,7 @@ extern "C" int32_t GetTiffImage(HGLOBAL file, uint32_t page) noexcept
 {
     if (!file || IsRegistered(file, page))
         return file != nullptr;
-    if (!CanLoadPage(file, page))
-        return 0;
-    Locked<TiffFileRecord> record(file);
-    Stream stream(OpenRecord(*record));
-    DirectoryWindow window;
-    window.stream = stream.Get();
-    window.byteOrder = record->byteOrder;
-    record.Unlock();
-    uint32_t fileBytes;
-    if (!SizeToRead(window.stream, fileBytes)) {
-        SetTiffError(error::InputOutput);
-        return 0;
-    }
-    bool whole;
-    return LoadPage(file, page, window, fileBytes, whole);
+    const Status status = LoadTags(file, page);
+    SetTiffError(status);
+    return status == error::None;
 }

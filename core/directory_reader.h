@@ -6,9 +6,13 @@
 
 namespace tiff {
 
-// As GetTiffImage. The window is of the file's stream and byte order, and serves for all its
-// pages; fileBytes is the size to read. Whole says whether everything that the file has of the tags
-// was loaded.
-int32_t LoadPage(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes, bool& whole);
+// Loads a page that is not loaded yet. The window is of the file's stream and byte order, and serves
+// for all its pages; fileBytes is the size to read. Whole says whether everything that the file has of
+// the tags was loaded. Fails with 1, 3 or 6.
+[[nodiscard]] Status LoadTags(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes,
+                              bool& whole);
+
+// The same through a stream of its own.
+[[nodiscard]] Status LoadTags(HGLOBAL file, uint32_t page);
 
 } // namespace tiff

@@ -26,7 +26,7 @@ Status BuildDirectory(HGLOBAL file, uint32_t page, uint32_t byteOrder, Directory
     const GlobalBlock block(uint64_t{tags.Count()} * sizeof(DirectoryTag));
     Locked<DirectoryTag> first(block.Get());
     if (!first)
-        return Fail(error::NotEnoughMemory);
+        return error::NotEnoughMemory;
     uint32_t position = 0, count = 0;
     while (const auto view = count < tags.Count() ? tags.Next(position) : std::nullopt)
         first[count++] = Described(*view);
@@ -34,12 +34,12 @@ Status BuildDirectory(HGLOBAL file, uint32_t page, uint32_t byteOrder, Directory
     const std::span described(first.Get(), count);
     const auto laidOut = LayOutDirectory(described, layout.start, LayoutOrder::ValuesFirst);
     if (!laidOut)
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     layout = *laidOut;
     bytes = GlobalBlock(layout.end - layout.start);
     Locked<uint8_t> assembled(bytes.Get());
     if (!assembled)
-        return Fail(error::NotEnoughMemory);
+        return error::NotEnoughMemory;
     AssembleDirectory(described, layout, byteOrder, assembled.Get());
     return error::None;
 }
@@ -68,7 +68,7 @@ Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset,
     std::array<uint8_t, 4> link;
     Store32(link.data(), directoryOffset, byteOrder);
     if (mSeek(stream, position, 0) == STREAM_FAILED)
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     return LongWrite(stream, fieldtype::Byte, 4, link.data(), TIFF_INTEL, 0) ? error::None
                                                                              : error::InputOutput;
 }
@@ -86,7 +86,7 @@ static Status SetLink(TiffStream stream, uint32_t position, uint32_t directoryOf
     std::array<uint8_t, 4> before;
     if (mSeek(stream, position, 0) == STREAM_FAILED ||
         mRead(stream, before.data(), before.size()) != before.size())
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     const Status status = PatchLink(stream, position, directoryOffset, byteOrder);
     linked = status == error::None || !RestoreLink(stream, position, before);
     return status;
@@ -103,7 +103,7 @@ Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page, bool& link
     }
     DirectoryLayout layout{.start = mSeek(stream, 0, 2)};
     if (layout.start == STREAM_FAILED)
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     GlobalBlock bytes;
     if (const Status status = BuildDirectory(file, page, byteOrder, layout, bytes); status != error::None)
         return status;

@@ -151,35 +151,27 @@ Status BeginPage(TiffStream stream, HGLOBAL file)
     return written ? error::None : error::InputOutput;
 }
 
-static bool SetPath(TiffFileRecord& record, const char* path)
+static Status SetPath(TiffFileRecord& record, const char* path)
 {
-    if (strnlen(path, sizeof(record.path)) == sizeof(record.path)) {
-        SetTiffError(error::PathTooLong);
-        return false;
-    }
+    if (strnlen(path, sizeof(record.path)) == sizeof(record.path))
+        return error::PathTooLong;
     std::strcpy(record.path, path);
-    return true;
+    return error::None;
 }
 
-// The byte-order mark and the version number; error 6 stands when they cannot be read.
-static bool ReadHeader(DirectoryWindow& window)
+// The byte-order mark and the version number.
+static Status ReadHeader(DirectoryWindow& window)
 {
     const uint8_t* header = Fetch(window, 0, 2);
-    if (!header) {
-        SetTiffError(error::InputOutput);
-        return false;
-    }
+    if (!header)
+        return error::InputOutput;
     window.byteOrder = Load16(header, TIFF_INTEL);
-    if (window.byteOrder != TIFF_INTEL && window.byteOrder != TIFF_MOTOROLA) {
-        SetTiffError(error::BadByteOrder);
-        return false;
-    }
+    if (window.byteOrder != TIFF_INTEL && window.byteOrder != TIFF_MOTOROLA)
+        return error::BadByteOrder;
     header = Fetch(window, 2, 2);
-    if (!header || Load16(header, window.byteOrder) != TIFF_VERSION) {
-        SetTiffError(header ? error::NotTiff : error::InputOutput);
-        return false;
-    }
-    return true;
+    if (!header)
+        return error::InputOutput;
+    return Load16(header, window.byteOrder) == TIFF_VERSION ? error::None : error::NotTiff;
 }
 
 static void TakePages(TiffFileRecord* record, const ChainWalk& walk)
@@ -196,7 +188,7 @@ static void TakePages(TiffFileRecord* record, const ChainWalk& walk)
 }
 
 // Reads the file that a record without pages names and puts its pages in.
-static bool ReadPages(GlobalBlock& block)
+static Status ReadPages(GlobalBlock& block, bool& broken)
 {
     ChainWalk walk;
     {
@@ -204,32 +196,30 @@ static bool ReadPages(GlobalBlock& block)
         Stream stream(OpenRecord(*record));
         DirectoryWindow window;
         window.stream = stream.Get();
-        if (!ReadHeader(window) || !WalkChain(window, walk))
-            return false;
+        if (const Status status = ReadHeader(window); status != error::None)
+            return status;
+        if (const Status status = WalkChain(window, walk); status != error::None)
+            return status;
         // Pages that are there and could not be read would be cut off by the next page written.
         if (walk.broken && window.failed && record->openFlags == openflag::Append && record->path[0])
-            return false;
+            return error::InputOutput;
         record->byteOrder = static_cast<uint16_t>(window.byteOrder);
     }
-    if (!block.Resize(FileRecordBytes(PageRoom(walk.pageCount)))) {
-        SetTiffError(error::NotEnoughMemory);
-        return false;
-    }
+    if (!block.Resize(FileRecordBytes(PageRoom(walk.pageCount))))
+        return error::NotEnoughMemory;
     Locked<TiffFileRecord> record(block.Get());
     TakePages(record.Get(), walk);
-    return true;
+    broken = walk.broken;
+    return error::None;
 }
 
 // An empty record for a new file.
-static GlobalBlock MakeRecord(const char* path, HGLOBAL memoryBlock, uint32_t memoryBytes)
+static GlobalBlock MakeRecord(const char* path, HGLOBAL memoryBlock, uint32_t memoryBytes, Status& status)
 {
     GlobalBlock block(FileRecordBytes(PageRoom(0)));
     Locked<TiffFileRecord> record(block.Get());
-    if (!record) {
-        SetTiffError(error::NotEnoughMemory);
-        return {};
-    }
-    if (!SetPath(*record, path))
+    status = record ? SetPath(*record, path) : Status{error::NotEnoughMemory};
+    if (status != error::None)
         return {};
     record->byteOrder = TIFF_INTEL;
     record->openFlags = openflag::New;
@@ -239,15 +229,19 @@ static GlobalBlock MakeRecord(const char* path, HGLOBAL memoryBlock, uint32_t me
     return block;
 }
 
-static HGLOBAL OpenExisting(GlobalBlock block, uint32_t openFlags)
+// The pages of a broken chain that can be reached are there, and the status says that it is broken.
+static HGLOBAL OpenExisting(GlobalBlock block, uint32_t openFlags, Status& status)
 {
-    {
-        Locked<TiffFileRecord> record(block.Get());
-        if (!record)
-            return nullptr;
-        record->openFlags = openFlags;
-    }
-    return ReadPages(block) ? block.Release() : nullptr;
+    if (!block)
+        return nullptr;
+    Locked<TiffFileRecord>(block.Get())->openFlags = openFlags;
+    bool broken = false;
+    status = ReadPages(block, broken);
+    if (status != error::None)
+        return nullptr;
+    if (broken)
+        status = error::InputOutput;
+    return block.Release();
 }
 
 enum class Found { Nothing, Pages, Unreadable };
@@ -269,43 +263,51 @@ static Found LookFor(const char* path)
     return GetFileAttributesA(path) == INVALID_FILE_ATTRIBUTES ? Found::Nothing : Found::Unreadable;
 }
 
+HGLOBAL OpenFile(const char* path, uint32_t mode, Status& status)
+{
+    status = error::InvalidParameters;
+    if (!path)
+        return nullptr;
+    const Found found = mode == T_APPEND ? LookFor(path) : Found::Pages;
+    status = error::InputOutput;
+    if (found == Found::Unreadable)
+        return nullptr;
+    if (found == Found::Nothing)
+        mode = T_CREAT;
+    GlobalBlock block = MakeRecord(path, nullptr, ON_DISK, status);
+    switch (mode) {
+    case T_READ:
+        return OpenExisting(std::move(block), openflag::Read, status);
+    case T_APPEND:
+        return OpenExisting(std::move(block), openflag::Append, status);
+    default:
+        return block.Release();
+    }
+}
+
 } // namespace tiff
 
 using namespace tiff;
 
 extern "C" HGLOBAL OpenTiffFile(const char* path, uint32_t mode) noexcept
 {
-    SetTiffError(error::None);
-    if (!path) {
-        SetTiffError(error::InvalidParameters);
-        return nullptr;
-    }
-    const Found found = mode == T_APPEND ? LookFor(path) : Found::Pages;
-    if (found == Found::Unreadable) {
-        SetTiffError(error::InputOutput);
-        return nullptr;
-    }
-    if (found == Found::Nothing)
-        mode = T_CREAT;
-    GlobalBlock block = MakeRecord(path, nullptr, ON_DISK);
-    switch (mode) {
-    case T_READ:
-        return OpenExisting(std::move(block), openflag::Read);
-    case T_APPEND:
-        return OpenExisting(std::move(block), openflag::Append);
-    default:
-        return block.Release();
-    }
+    Status status;
+    HGLOBAL file = OpenFile(path, mode, status);
+    SetTiffError(status);
+    return file;
 }
 
 extern "C" HGLOBAL OpenTiffInMemory(HGLOBAL memory, uint32_t size, uint32_t mode) noexcept
 {
-    SetTiffError(error::None);
-    GlobalBlock block = MakeRecord("", memory, size);
-    // Wanted: reading in memory always allows pages to be added, and a new TIFF is made only
+    Status status;
+    GlobalBlock block = MakeRecord("", memory, size, status);
+    // Deliberate: reading in memory always allows pages to be added, and a new TIFF is made only
     // when it is asked for, never in place of an empty one.
-    return mode == T_READ || mode == T_APPEND ? OpenExisting(std::move(block), openflag::Append)
-                                              : block.Release();
+    HGLOBAL file = mode == T_READ || mode == T_APPEND
+                       ? OpenExisting(std::move(block), openflag::Append, status)
+                       : block.Release();
+    SetTiffError(status);
+    return file;
 }
 
 extern "C" HGLOBAL GetMemoryTiffHandle(HGLOBAL file) noexcept
@@ -355,8 +357,11 @@ extern "C" int32_t ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byt
         SetTiffError(error::InvalidHandle);
         return 0;
     }
-    if (path && !SetPath(*record, path))
-        return 0;
+    if (path)
+        if (const Status status = SetPath(*record, path); status != error::None) {
+            SetTiffError(status);
+            return 0;
+        }
     if (byteOrder == 0)
         return 1;
     if (byteOrder != TIFF_INTEL && byteOrder != TIFF_MOTOROLA) {
@@ -371,6 +376,6 @@ extern "C" void GetTiffVersion(char* buffer, int32_t size) noexcept
 {
     if (!buffer || size <= 0)
         return;
-    // Wanted: the count is taken at its word, so a short buffer gets no terminator.
+    // Deliberate: the count is taken at its word, so a short buffer gets no terminator.
     std::memcpy(buffer, VERSION_TEXT, std::min(static_cast<size_t>(size), sizeof(VERSION_TEXT)));
 }

@@ -57,4 +57,7 @@ private:
 // Writes the header of a file that has none yet, or moves to the end of one that has.
 [[nodiscard]] Status BeginPage(TiffStream stream, HGLOBAL file);
 
+// As OpenTiffFile, and how it went: a file whose chain of pages is broken opens with 6.
+HGLOBAL OpenFile(const char* path, uint32_t mode, Status& status);
+
 } // namespace tiff

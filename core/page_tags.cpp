@@ -37,7 +37,7 @@ GlobalBlock MakeTagBlock()
     return block;
 }
 
-// Wanted: the first entry that never had tags, be it that of a page in the file. Callers that
+// Deliberate: the first entry that never had tags, be it that of a page in the file. Callers that
 // number their pages otherwise load them first.
 uint32_t FirstFreePage(const PageEntry* pages, uint32_t pageCount)
 {
@@ -131,7 +131,7 @@ void Put(Definition& definition, uint16_t tag, uint16_t type, const void* values
                                                        static_cast<uint32_t>(count));
 }
 
-// Wanted: numbers above 65535 lose their high bits. Only the caller knows whether a page that
+// Deliberate: numbers above 65535 lose their high bits. Only the caller knows whether a page that
 // large is acceptable, and then defines the tag again.
 void PutShorts(Definition& definition, uint16_t tag, std::initializer_list<uint32_t> values)
 {

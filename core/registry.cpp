@@ -40,7 +40,7 @@ void RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock)
     entry.kind |= PAGE_REGISTERED;
 }
 
-// Wanted: the handle's value stays in the entry, so that a new page never takes the slot of one
+// Deliberate: the handle's value stays in the entry, so that a new page never takes the slot of one
 // that was in use.
 static void Drop(PageEntry& entry)
 {
@@ -92,7 +92,7 @@ extern "C" uint32_t NumberOfTiffImages(HGLOBAL file, uint32_t kind) noexcept
     const PageEntry* pages = Pages(record.Get());
     const auto matches = std::count_if(pages, pages + pageCount,
                                        [kind](const PageEntry& entry) { return entry.kind == kind; });
-    // Wanted: entries not in use count as pages of kind 0.
+    // Deliberate: entries not in use count as pages of kind 0.
     const uint32_t unused = kind == 0 ? TIFF_MAX_PAGES - pageCount : 0;
     return static_cast<uint32_t>(matches) + unused;
 }

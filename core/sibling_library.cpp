@@ -1,6 +1,5 @@
 #include "core/sibling_library.h"
 
-#include "core/errors.h"
 #include "core/process_state.h"
 
 #include <cstdint>
@@ -70,7 +69,6 @@ FARPROC FindJpegFunction(const char* name, Module& held, Status& status)
     if (function)
         return function;
     status = held ? error::JpegFunctionMissing : error::JpegLibraryMissing;
-    SetTiffError(status);
     return nullptr;
 }
 

@@ -12,8 +12,7 @@ namespace tiff {
 Module LoadSibling(const char* fileName);
 
 // A function of the JPEG library, which is loaded if it is not yet and stays loaded while it is
-// held, whatever other threads close. Null with the status and the last error set to 22 (no library)
-// or 23 (no such function).
+// held, whatever other threads close. Null with the status 22 (no library) or 23 (no such function).
 FARPROC FindJpegFunction(const char* name, Module& held, Status& status);
 
 // Closing a file ends what keeps the library loaded between calls.

@@ -187,8 +187,9 @@ bool IsBegun(const CopyRun& run)
 Status LoadForCopy(CopyRun& run, uint32_t page)
 {
     bool whole = false;
-    if (!LoadPage(run.source, page, run.window, run.sourceBytes, whole))
-        return TiffError();
+    if (const Status status = LoadTags(run.source, page, run.window, run.sourceBytes, whole);
+        status != error::None)
+        return Fail(status);
     if (whole)
         return error::None;
     DropTiffImage(run.source, page);

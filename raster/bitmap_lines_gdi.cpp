@@ -28,7 +28,7 @@ UINT ScanLine(const BITMAPINFO* info, uint32_t row)
     return static_cast<UINT>(info->bmiHeader.biHeight) - row - 1;
 }
 
-// Wanted: orientation is not heeded, so pages of orientation 4 come upside down.
+// Deliberate: orientation is not heeded, so pages of orientation 4 come upside down.
 void PutLine(const TiffDecodeLineContext* context, const void* line, uint32_t row, UINT colourUse)
 {
     const Locked<BITMAPINFO> info(context->dib);

@@ -9,7 +9,7 @@ using namespace tiff;
 extern "C" int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) noexcept
 {
     const LoadedPage loaded(path, page);
-    // Wanted: callers paste whatever is there; a page that is not to be had counts as done.
+    // Deliberate: callers paste whatever is there; a page that is not to be had counts as done.
     if (!loaded)
         return 1;
     if (!PassLoadDialog(dialog, loaded.File(), page))
@@ -19,7 +19,7 @@ extern "C" int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, in
     if (!clipboard)
         return 0;
     EmptyClipboard();
-    // Wanted: without a bitmap too, so that the clipboard is left empty and not as it was.
+    // Deliberate: without a bitmap too, so that the clipboard is left empty and not as it was.
     if (SetClipboardData(CF_BITMAP, bitmap.Get()))
         bitmap.Release();
     return 1;

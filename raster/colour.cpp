@@ -77,7 +77,7 @@ static uint8_t Clamped(double level)
     return static_cast<uint8_t>(std::clamp(level, 0.0, 255.0));
 }
 
-// Wanted: the four-digit constants and the trace of Cr in blue are those that pages have always
+// Deliberate: the four-digit constants and the trace of Cr in blue are those that pages have always
 // been converted with.
 void ConvertYCbCr(uint8_t* target, const uint8_t* source, uint32_t pixels)
 {
@@ -98,7 +98,7 @@ void WidenSamples(uint8_t* target, const uint8_t* source, uint32_t samples, uint
     }
 }
 
-// Wanted: black alone leaves nothing to divide by; its other inks are 0.
+// Deliberate: black alone leaves nothing to divide by; its other inks are 0.
 static uint8_t Ink(uint32_t light, uint32_t black, double scale)
 {
     return black == 255 ? 0 : static_cast<uint8_t>((255.0 - light - black) / scale + 0.5);

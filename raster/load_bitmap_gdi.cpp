@@ -22,7 +22,7 @@ namespace {
 // GDI reads up to three bytes behind a row.
 static_assert(SPARE_LINE_BYTES >= sizeof(uint32_t) - 1);
 
-// Wanted: a page without a header leaves the wait cursor behind.
+// Deliberate: a page without a header leaves the wait cursor behind.
 void LeaveWaitCursor()
 {
     SetCursor(LoadCursorA(nullptr, MAKEINTRESOURCEA(32514)));

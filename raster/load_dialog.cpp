@@ -21,7 +21,7 @@ bool PassLoadDialog(int32_t dialog, HGLOBAL file, uint32_t page)
     Module library = LoadSibling(DIALOGS_LIBRARY);
     const FARPROC function = library ? GetProcAddress(library.Get(), "TiffLoadDialog") : nullptr;
     if (!function) {
-        // Wanted: a library of that name that lacks the dialog stays loaded.
+        // Deliberate: a library of that name that lacks the dialog stays loaded.
         library.Release();
         SetTiffError(error::DialogLibraryMissing);
         return false;

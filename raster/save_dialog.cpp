@@ -45,7 +45,7 @@ Status ShowSaveDialog(const char* path, const PictureFormat& format, SaveSetting
     Module library = LoadSibling(DIALOGS_LIBRARY);
     const FARPROC function = library ? GetProcAddress(library.Get(), "TiffSaveDialog") : nullptr;
     if (!function) {
-        // Wanted: a library of that name that lacks the dialog stays loaded.
+        // Deliberate: a library of that name that lacks the dialog stays loaded.
         library.Release();
         return error::DialogLibraryMissing;
     }

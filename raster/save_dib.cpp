@@ -127,7 +127,7 @@ extern "C" int32_t SaveDIBInTiffFormat(const char* path, HGLOBAL dib, uint32_t s
     return SaveDIBInTiffFile(path, dib, selector, dialog);
 }
 
-// Wanted: fewer colour spaces are saved than are loaded.
+// Deliberate: fewer colour spaces are saved than are loaded.
 extern "C" int32_t SaveNonRGBDIBInTiffFile(const char* path, HGLOBAL dib) noexcept
 {
     uint32_t space = 0;

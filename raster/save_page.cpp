@@ -203,7 +203,7 @@ Status DefinePage(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
         return error::NotEnoughMemory;
     if (plan.photometric == photometric::Palette && !DefineColourMap(file, page, plan))
         return error::NotEnoughMemory;
-    // Wanted: these boards are first told that there are no fill bits, and then that there are.
+    // Deliberate: these boards are first told that there are no fill bits, and then that there are.
     if (variant.fillBits == FillBits::NeverThenAlways &&
         plan.choice.compression->selector == selector::Group3 && !DefineOptions(file, page, WITH_FILL_BITS))
         return error::NotEnoughMemory;

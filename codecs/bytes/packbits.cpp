@@ -44,7 +44,7 @@ static Status CopyLiteral(CodecContext* context, uint32_t count)
     return error::None;
 }
 
-// Wanted: there is no packet without effect, -128 repeats its byte 129 times.
+// Deliberate: there is no packet without effect, -128 repeats its byte 129 times.
 static Status DecodePacket(CodecContext* context, uint32_t& written)
 {
     uint8_t header = 0;
@@ -211,7 +211,7 @@ static Status PutPacket(CodecContext* context, uint8_t header, std::span<const u
     return error::None;
 }
 
-// The packets that begin in the first part of a line. Wanted: the literal takes in the byte that
+// The packets that begin in the first part of a line. Deliberate: the literal takes in the byte that
 // starts the repeat, so 41 42 42 42 packs to 01 41 42 FF 42. A tidier split would change every
 // file we write.
 static Status EncodePart(CodecContext* context, std::span<const uint8_t>& line)

@@ -233,7 +233,7 @@ inline void PutRuns(WordWriter& words, Code prefix, uint32_t colour, int32_t fir
     Put(words, start << LengthOf(other) | BitsOf(other), prefix.length + LengthOf(one) + LengthOf(other));
 }
 
-// Wanted: a line with a white first and a black eighth pixel begins with two empty runs.
+// Deliberate: a line with a white first and a black eighth pixel begins with two empty runs.
 bool BeginsWithEmptyRuns(const CcittEncoder& encoder, const uint8_t* line)
 {
     return encoder.width >= 8 && (line[0] & 1) != 0 && encoder.coding[0] != 0;
@@ -303,7 +303,7 @@ bool NextHasRuns(const CcittEncoder& encoder)
     }
 }
 
-// Wanted: filling from the next byte costs a whole byte when the line ends on one.
+// Deliberate: filling from the next byte costs a whole byte when the line ends on one.
 uint32_t FillBits(const CcittEncoder& encoder)
 {
     switch (encoder.framing.fill) {
@@ -351,7 +351,7 @@ void EncodeLine(CcittEncoder& encoder, const uint8_t* line)
     std::swap(encoder.coding, encoder.reference);
 }
 
-// Wanted: tagged EOLs stand between lines and once before the first of all, so a strip after
+// Deliberate: tagged EOLs stand between lines and once before the first of all, so a strip after
 // the first begins without one.
 Status EncodeLines(CcittEncoder& encoder, CodecContext* context)
 {
