@@ -35,6 +35,9 @@ inline bool LiesInEntry(const DirectoryTag& tag)
 // A record of a page as its directory will show it.
 DirectoryTag Described(TagView view);
 
+// Puts the tags in order. Tags that are in order stay as they are.
+void SortTags(std::span<DirectoryTag> tags);
+
 // Puts the tags in order, and their values, in the same order and without gaps, where the file
 // ends now. Nothing when the directory would reach beyond 4 GiB.
 std::optional<DirectoryLayout> LayOutDirectory(std::span<DirectoryTag> tags, uint32_t start,

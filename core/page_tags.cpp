@@ -46,33 +46,23 @@ uint32_t FirstFreePage(const PageEntry* pages, uint32_t pageCount)
     return static_cast<uint32_t>(found - pages);
 }
 
-// The handle is the caller's name for the file: the block may move, the handle must not.
-bool MakeRoom(HGLOBAL file, uint32_t pageCount)
-{
-    const uint32_t room = PageRoom(pageCount + 1);
-    if (room == PageRoom(pageCount))
-        return true;
-    return GlobalReAlloc(file, static_cast<SIZE_T>(FileRecordBytes(room)), GMEM_ZEROINIT) == file;
-}
-
 int32_t AddPage(HGLOBAL file)
 {
-    uint32_t page, pageCount;
+    uint32_t page;
     {
         Locked<TiffFileRecord> record(file);
         if (!record) {
             SetTiffError(error::InvalidHandle);
             return -1;
         }
-        pageCount = record->pageCount;
-        page = FirstFreePage(Pages(record.Get()), pageCount);
+        page = FirstFreePage(Pages(record.Get()), record->pageCount);
     }
     GlobalBlock block = MakeTagBlock();
-    if (!block || pageCount == TIFF_MAX_PAGES || !MakeRoom(file, pageCount)) {
+    if (!block || !MakeRoomForPage(file)) {
         SetTiffError(error::NotEnoughMemory);
         return -1;
     }
-    Locked<TiffFileRecord>(file)->pageCount = pageCount + 1;
+    ++Locked<TiffFileRecord>(file)->pageCount;
     RegisterPage(file, page, block.Release());
     return static_cast<int32_t>(page);
 }

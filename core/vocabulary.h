@@ -39,6 +39,7 @@ inline constexpr uint16_t TileWidth = 322;
 inline constexpr uint16_t TileLength = 323;
 inline constexpr uint16_t TileOffsets = 324;
 inline constexpr uint16_t TileByteCounts = 325;
+inline constexpr uint16_t SubIfds = 330;
 inline constexpr uint16_t JpegTables = 347;
 inline constexpr uint16_t JpegProc = 512;
 inline constexpr uint16_t JpegStream = 513; // JPEGInterchangeFormat: a whole picture
@@ -49,6 +50,9 @@ inline constexpr uint16_t JpegDcTables = 520;
 inline constexpr uint16_t JpegAcTables = 521;
 inline constexpr uint16_t YCbCrSubSampling = 530;
 inline constexpr uint16_t ReferenceBlackWhite = 532;
+inline constexpr uint16_t ExifIfd = 34665;
+inline constexpr uint16_t GpsIfd = 34853;
+inline constexpr uint16_t InteroperabilityIfd = 40965;
 } // namespace tag
 
 namespace fieldtype {
@@ -57,7 +61,14 @@ inline constexpr uint16_t Ascii = 2;
 inline constexpr uint16_t Short = 3;
 inline constexpr uint16_t Long = 4;
 inline constexpr uint16_t Rational = 5;
+inline constexpr uint16_t SByte = 6;
 inline constexpr uint16_t Undefined = 7;
+inline constexpr uint16_t SShort = 8;
+inline constexpr uint16_t SLong = 9;
+inline constexpr uint16_t Ifd = 13;
+inline constexpr uint16_t Long8 = 16;
+inline constexpr uint16_t SLong8 = 17;
+inline constexpr uint16_t Ifd8 = 18;
 } // namespace fieldtype
 
 namespace error {

@@ -22,7 +22,11 @@ Status ConvertForCisco(const char* path)
     Replacement rewritten(path, Naming::TempTiff, OnFailure::DeleteBoth);
     if (!rewritten)
         return TiffError();
-    const Status status = CopyPagesToFile(file.Get(), {0, file.PageCount()}, rewritten.Name(), T_APPEND);
+    Status status;
+    {
+        CopySource source(file.Get(), BrokenBranch::Refused);
+        status = CopyPagesToFile(source, {0, file.PageCount()}, rewritten.Name(), T_APPEND);
+    }
     return status == error::None ? rewritten.Commit() : status;
 }
 

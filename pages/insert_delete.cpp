@@ -29,7 +29,7 @@ Status AppendNewPage(const char* path, const NewPage& page)
     return TiffError() != error::None ? TiffError() : STOPPED; // the user may have cancelled
 }
 
-Status CopyUnlessEmpty(HGLOBAL source, PageRange range, const char* path)
+Status CopyUnlessEmpty(CopySource& source, PageRange range, const char* path)
 {
     return range.first < range.end ? CopyPagesToFile(source, range, path, T_APPEND) : error::None;
 }
@@ -110,27 +110,33 @@ Status DeleteInPlace(const char* path, const OpenedTiff& file, uint32_t page)
     return Relink(work, page, DirectoryOf(file.Get(), page + 1));
 }
 
+Status BuildInserted(const char* path, const OpenedTiff& file, const NewPage& page, uint32_t position,
+                     bool replace)
+{
+    CopySource source(file.Get(), BrokenBranch::Refused);
+    if (CopyUnlessEmpty(source, {0, position}, path) != error::None)
+        return Fail(error::InputOutput);
+    if (const Status status = AppendNewPage(path, page); status != error::None)
+        return status;
+    return CopyUnlessEmpty(source, {replace ? position + 1 : position, file.PageCount()}, path);
+}
+
 Status InsertByCopy(const char* path, const OpenedTiff& file, const NewPage& page, uint32_t position,
                     bool replace)
 {
     Replacement rewritten(path, Naming::TempFolder, OnFailure::DeleteNew);
     if (!rewritten)
         return TiffError();
-    if (CopyUnlessEmpty(file.Get(), {0, position}, rewritten.Name()) != error::None)
-        return Fail(error::InputOutput);
-    if (const Status status = AppendNewPage(rewritten.Name(), page); status != error::None)
-        return status;
-    const PageRange rest{replace ? position + 1 : position, file.PageCount()};
-    if (const Status status = CopyUnlessEmpty(file.Get(), rest, rewritten.Name()); status != error::None)
-        return status;
-    return rewritten.Commit();
+    const Status status = BuildInserted(rewritten.Name(), file, page, position, replace);
+    return status == error::None ? rewritten.Commit() : status;
 }
 
 bool HasContent(const char* path)
 {
     const KeepLastError keep;
     const FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
-    return file && GetFileSize(file.Get(), nullptr) != 0;
+    LARGE_INTEGER size;
+    return file && (!GetFileSizeEx(file.Get(), &size) || size.QuadPart != 0);
 }
 
 // A file that cannot be opened gets the page as its last, if it can be had for that. This is for
@@ -176,7 +182,8 @@ Status CopyWithout(const OpenedTiff& file, PageRange range, const char* path)
     const OpenedTiff built(path, T_APPEND);
     if (!built)
         return TiffError();
-    CopyRun run(file.Get(), built.Get());
+    CopySource source(file.Get(), BrokenBranch::Refused);
+    CopyRun run(source, built.Get());
     Status status = CopyPages(run, {0, range.first});
     if (status == error::None)
         status = CopyPages(run, {range.end, file.PageCount()});
@@ -196,7 +203,7 @@ Status Reorder(const char* path)
 } // namespace
 
 OpenedTiff::OpenedTiff(const char* path, uint32_t mode)
-    : file(OpenTiffFile(path, mode)), whole(file && TiffError() == error::None)
+    : file(OpenTiffFile(path, mode)), whole(file && TiffError() == error::None && !IsRing(file))
 {
 }
 

@@ -1,11 +1,9 @@
 #include "pages/page_copy.h"
 
 #include "core/directory_reader.h"
-#include "core/directory_writer.h"
 #include "core/errors.h"
 #include "core/registry.h"
 #include "pages/file_rewrite.h"
-#include "pages/foreign_values.h"
 #include "pages/page_content.h"
 #include "tiff/files.h"
 #include "tiff/pages.h"
@@ -23,131 +21,53 @@ constexpr uint32_t BufferBytes(uint32_t sourceBytes)
     return std::clamp(sourceBytes, LEAST, MOST);
 }
 
-Status Flush(CopyOutput& output)
-{
-    if (output.filled && mWrite(output.stream, output.buffer.data(), output.filled) != output.filled)
-        return Fail(error::InputOutput);
-    output.flushed += output.filled;
-    output.filled = 0;
-    return error::None;
-}
-
-uint32_t EndOf(const CopyOutput& output)
-{
-    return output.flushed + output.filled;
-}
-
-Status Append(CopyOutput& output, std::span<const uint8_t> bytes)
-{
-    while (!bytes.empty()) {
-        if (output.filled == output.buffer.size())
-            if (const Status status = Flush(output); status != error::None)
-                return status;
-        const auto part = bytes.first(std::min(bytes.size(), output.buffer.size() - output.filled));
-        std::memcpy(&output.buffer[output.filled], part.data(), part.size());
-        output.filled += static_cast<uint32_t>(part.size());
-        bytes = bytes.subspan(part.size());
-    }
-    return error::None;
-}
-
-// Reads straight into the buffer. The segment exists: bytes that do not arrive are an error.
-Status AppendSegment(CopyOutput& output, TiffStream source, Segment segment)
-{
-    if (mSeek(source, segment.offset, 0) == STREAM_FAILED)
-        return Fail(error::InputOutput);
-    while (segment.bytes > 0) {
-        if (output.filled == output.buffer.size())
-            if (const Status status = Flush(output); status != error::None)
-                return status;
-        const auto room = static_cast<uint32_t>(output.buffer.size()) - output.filled;
-        const uint32_t arrived = mRead(source, &output.buffer[output.filled], std::min(segment.bytes, room));
-        if (arrived == 0 || arrived == STREAM_FAILED)
-            return Fail(error::InputOutput);
-        output.filled += arrived;
-        segment.bytes -= arrived;
-    }
-    return error::None;
-}
-
-// Writes a link where it lies: in the buffer, or in the file in front of it.
-Status PutLink(CopyOutput& output, uint32_t directoryOffset)
-{
-    if (output.linkPosition >= output.flushed) {
-        Store32(&output.buffer[output.linkPosition - output.flushed], directoryOffset, output.byteOrder);
-        return error::None;
-    }
-    if (output.flushed - output.linkPosition < 4)
-        if (const Status status = Flush(output); status != error::None)
-            return status;
-    if (const Status status =
-            PatchLink(output.stream, output.linkPosition, directoryOffset, output.byteOrder);
-        status != error::None)
-        return status;
-    const bool back = mSeek(output.stream, output.flushed, 0) != STREAM_FAILED;
-    return back ? error::None : Fail(error::InputOutput);
-}
-
-// The link goes first here. Wanted: a copy that breaks off shows as a page that cannot be read,
-// not as bytes that nobody knows of.
 Status AppendContent(CopyRun& run, const PageContent& content)
 {
-    CopyOutput& output = run.output;
     const DirectoryLayout& layout = content.layout;
-    const GlobalBlock block(layout.end - layout.start);
-    Locked<uint8_t> directory(block.Get());
-    if (!directory)
+    const auto directory = run.source.scratch.TakeSpan<uint8_t>(layout.end - layout.start);
+    if (directory.empty())
         return Fail(error::NotEnoughMemory);
-    AssembleDirectory(content.tags, layout, output.byteOrder, directory.Get());
-    Status status = PutLink(output, layout.directoryOffset);
-    if (status == error::None)
-        status = Append(output, {directory.Get(), layout.end - layout.start});
+    AssembleDirectory(content.tags, layout, run.output.byteOrder, directory.data());
+    Status status = Append(run.output, directory);
     for (const Segment& segment : content.segments)
         if (status == error::None)
-            status = AppendSegment(output, run.sourceStream.Get(), segment);
-    output.directoryOffset = layout.directoryOffset;
-    output.directoryBytes = layout.valueBytes + layout.entryBytes;
-    output.linkPosition = layout.linkPosition;
+            status = AppendFrom(run.output, run.source.stream.Get(), segment.offset, segment.bytes);
     return status;
 }
 
-// A page in order is planned whole before the destination is touched.
+// A page is planned whole before the destination is touched.
 Status CopyPage(CopyRun& run, uint32_t page)
 {
-    const PageTags tags(run.source, page);
+    const PageTags tags(run.source.file, page);
     if (!tags)
         return TiffError();
-    const uint64_t roomBytes = ContentBytes(tags);
-    const GlobalBlock block(roomBytes);
-    Locked<uint8_t> room(block.Get());
-    if (!room)
-        return Fail(error::NotEnoughMemory);
+    run.source.scratch.GiveBack();
     PageContent content;
-    Status status = FindContent(tags, run.window, run.sourceBytes, {room.Get(), roomBytes}, content);
+    Status status = DescribePage(run.source, page, tags, content);
+    if (status == error::None)
+        status = FindContent(run.source, content);
     if (status != error::None)
         return Fail(status);
-    const uint32_t directory = FindPage(run.source, page)->directoryOffset;
-    const uint64_t foreignBytes = ForeignBytes(run.window, run.sourceBytes, directory);
-    const GlobalBlock foreignBlock(foreignBytes);
-    Locked<uint8_t> foreign(foreignBlock.Get());
-    if (!foreign)
-        return Fail(error::NotEnoughMemory);
-    RestoreForeignTypes(run.window, directory, {foreign.Get(), foreignBytes}, content.tags);
-    if (run.window.failed)
-        return Fail(error::InputOutput);
     status = OpenOutput(run);
     if (status != error::None)
         return status;
     status = PlaceContent(content, EndOf(run.output));
-    return status == error::None ? AppendContent(run, content) : Fail(status);
+    if (status != error::None)
+        return Fail(status);
+    status = AppendContent(run, content);
+    if (status != error::None)
+        return status;
+    run.directoryOffset = content.layout.directoryOffset;
+    run.directoryBytes = content.layout.valueBytes + content.layout.entryBytes;
+    return EndPage(run.output, content.layout.directoryOffset, content.layout.linkPosition);
 }
 
 Status CopyAndReport(CopyRun& run, uint32_t page, Progress* progress)
 {
-    Status status = LoadForCopy(run, page);
+    Status status = LoadForCopy(run.source, page);
     if (status == error::None)
         status = CopyPage(run, page);
-    DropTiffImage(run.source, page);
+    DropTiffImage(run.source.file, page);
     if (status != error::None || !progress || !progress->callback)
         return status;
     // Whoever is told of a page finds it in the file.
@@ -155,6 +75,28 @@ Status CopyAndReport(CopyRun& run, uint32_t page, Progress* progress)
     if (status == error::None && !ReportStep(*progress))
         status = STOPPED;
     return status;
+}
+
+// Goes to the end of a file that has pages.
+Status ContinueOutput(CopyRun& run, uint32_t linkPosition)
+{
+    CopyOutput& output = run.output;
+    const Status status = BeginPage(output.stream, run.destination);
+    output.flushed = mTell(output.stream);
+    if (status != error::None || output.flushed == STREAM_FAILED)
+        return Fail(error::InputOutput);
+    output.whole = output.safe = {output.flushed, linkPosition};
+    output.buffer = {run.buffer.Get(), BufferBytes(run.source.bytes)};
+    return error::None;
+}
+
+Status BeginOutput(CopyRun& run)
+{
+    CopyOutput& output = run.output;
+    output.isNew = true;
+    output.whole = output.safe = {0, FIRST_LINK};
+    output.buffer = {run.buffer.Get(), BufferBytes(run.source.bytes)};
+    return Append(output, FileHeader(output.byteOrder));
 }
 
 } // namespace
@@ -165,33 +107,20 @@ bool ReportStep(Progress& progress)
     return !progress.callback || progress.callback(progress.total, progress.done, progress.user) != 0;
 }
 
-static uint32_t ByteOrderOf(HGLOBAL file)
-{
-    return Locked<TiffFileRecord>(file)->byteOrder;
-}
-
-CopyRun::CopyRun(HGLOBAL source, HGLOBAL destination)
-    : source(source), destination(destination), sourceStream(OpenRecord(*Locked<TiffFileRecord>(source))),
-      sourceBytes(mSize(sourceStream.Get())), window{.stream = sourceStream.Get(),
-                                                     .byteOrder = ByteOrderOf(source),
-                                                     .bytes{}},
-      bufferBlock(BufferBytes(sourceBytes)), buffer(bufferBlock.Get()), output{}
+CopyRun::CopyRun(CopySource& source, HGLOBAL destination)
+    : source(source), destination(destination), bufferBlock(BufferBytes(source.bytes)),
+      buffer(bufferBlock.Get()), output{}, directoryOffset(0), directoryBytes(0)
 {
 }
 
-bool IsBegun(const CopyRun& run)
-{
-    return !run.output.buffer.empty();
-}
-
-Status LoadForCopy(CopyRun& run, uint32_t page)
+Status LoadForCopy(CopySource& source, uint32_t page)
 {
     bool whole = false;
-    if (!LoadPage(run.source, page, run.window, run.sourceBytes, whole))
+    if (!LoadPage(source.file, page, source.window, source.bytes, whole))
         return TiffError();
     if (whole)
         return error::None;
-    DropTiffImage(run.source, page);
+    DropTiffImage(source.file, page);
     return Fail(error::InputOutput);
 }
 
@@ -201,32 +130,29 @@ Status OpenOutput(CopyRun& run)
         return error::None;
     if (!run.buffer)
         return Fail(error::NotEnoughMemory);
-    CopyOutput& output = run.output;
     bool isNew;
+    uint32_t linkPosition;
     {
         Locked<TiffFileRecord> record(run.destination);
         isNew = record->openFlags & openflag::NoHeader;
-        if (isNew && record->path[0] && IsSameFile(run.sourceStream.Get(), record->path))
+        if (isNew && record->path[0] && IsSameFile(run.source.stream.Get(), record->path))
             return Fail(error::InvalidParameters);
-        record->byteOrder = static_cast<uint16_t>(run.window.byteOrder);
-        output.byteOrder = record->byteOrder;
-        output.linkPosition = isNew ? FIRST_LINK : record->linkPosition;
+        if (record->pageCount >= TIFF_MAX_PAGES)
+            return Fail(IsRing(run.destination) ? error::InputOutput : error::NotEnoughMemory);
+        record->byteOrder = static_cast<uint16_t>(run.source.window.byteOrder);
+        run.output.byteOrder = record->byteOrder;
+        linkPosition = record->linkPosition;
     }
     run.target.emplace(run.destination);
     if (!*run.target)
         return TiffError();
-    output.buffer = {run.buffer.Get(), BufferBytes(run.sourceBytes)};
-    output.stream = run.target->Get();
-    if (isNew)
-        return Append(output, FileHeader(output.byteOrder));
-    const Status status = BeginPage(output.stream, run.destination);
-    output.flushed = mTell(output.stream);
-    return status == error::None && output.flushed != STREAM_FAILED ? error::None : Fail(error::InputOutput);
+    run.output.stream = run.target->Get();
+    return isNew ? BeginOutput(run) : ContinueOutput(run, linkPosition);
 }
 
 Status CopyPages(CopyRun& run, PageRange range, Progress* progress)
 {
-    if (run.sourceBytes == STREAM_FAILED)
+    if (run.source.bytes == STREAM_FAILED)
         return Fail(error::InputOutput);
     for (uint32_t page = range.first; page < range.end; ++page)
         if (const Status status = CopyAndReport(run, page, progress); status != error::None)
@@ -236,18 +162,20 @@ Status CopyPages(CopyRun& run, PageRange range, Progress* progress)
 
 Status FinishCopy(CopyRun& run, Status status)
 {
-    if (!run.target || !*run.target)
-        return status;
-    const Status flushed = Flush(run.output);
+    if (run.output.buffer.empty())
+        return status; // nothing was begun
     if (status == error::None)
-        status = flushed;
+        status = Flush(run.output);
     if (status == error::None)
         run.target->Commit();
+    else
+        TakeBack(run.output);
     run.target.reset();
     return status;
 }
 
-Status CopyPagesToFile(HGLOBAL source, PageRange range, const char* path, uint32_t mode, Progress* progress)
+Status CopyPagesToFile(CopySource& source, PageRange range, const char* path, uint32_t mode,
+                       Progress* progress)
 {
     HGLOBAL destination = OpenTiffFile(path, mode);
     if (!destination)
@@ -261,52 +189,55 @@ Status CopyPagesToFile(HGLOBAL source, PageRange range, const char* path, uint32
     return status;
 }
 
+// A chain that comes back is repeated up to the largest number of pages.
+bool IsRing(HGLOBAL file)
+{
+    const Locked<TiffFileRecord> record(file);
+    if (!record || record->pageCount < TIFF_MAX_PAGES)
+        return false;
+    const GlobalBlock block(uint64_t{TIFF_MAX_PAGES} * sizeof(uint32_t));
+    const Locked<uint32_t> offsets(block.Get());
+    if (!offsets)
+        return true; // not to be ruled out
+    const PageEntry* pages = Pages(record.Get());
+    uint32_t* end = std::transform(pages, pages + TIFF_MAX_PAGES, offsets.Get(),
+                                   [](const PageEntry& entry) { return entry.directoryOffset; });
+    std::sort(offsets.Get(), end);
+    return std::adjacent_find(offsets.Get(), end) != end;
+}
+
 namespace {
 
-// The page that a caller's handle gets for the copy, and what was in its place before.
-struct AddedPage {
-    HGLOBAL file;
-    uint32_t page, pageCount;
-    PageEntry before;
-};
-
-void KeepPage(const AddedPage& added, const CopyOutput& output)
+// The page that was appended last becomes the record's last. Its entry has tags that were dropped, as
+// any other that was in use.
+void EnterPage(const CopyRun& run, uint16_t kind)
 {
-    Locked<TiffFileRecord> record(added.file);
-    PageEntry& entry = Pages(record.Get())[added.page];
-    entry.directoryOffset = output.directoryOffset;
-    entry.tagBlockBytes = output.directoryBytes;
-    record->linkPosition = output.linkPosition;
+    Locked<TiffFileRecord> record(run.destination);
+    PageEntry& entry = Pages(record.Get())[record->pageCount++];
+    entry = {run.directoryOffset, run.directoryBytes, run.destination,
+             static_cast<uint16_t>(kind & ~PAGE_REGISTERED)};
+    record->linkPosition = run.output.whole.linkPosition;
     record->openFlags = openflag::Existing;
 }
 
-void TakePageBack(const AddedPage& added)
-{
-    Locked<TiffFileRecord> record(added.file);
-    Pages(record.Get())[added.page] = added.before;
-    record->pageCount = added.pageCount;
-}
-
-Status CopyBetweenHandles(HGLOBAL source, uint32_t page, HGLOBAL destination)
+Status CopyBetweenHandles(HGLOBAL file, uint32_t page, HGLOBAL destination)
 {
     // Nothing is made in the destination for a page that there is not.
+    CopySource source(file, BrokenBranch::Ends, destination);
     CopyRun run(source, destination);
-    if (const Status status = LoadForCopy(run, page); status != error::None)
+    if (const Status status = LoadForCopy(source, page); status != error::None)
         return status;
-    const uint32_t pageCount = NumberOfTiffImages(destination, TIFF_ALL_PAGES);
-    const int32_t defined = DefineTiffImage(destination);
-    if (defined < 0)
-        return TiffError();
-    AddedPage added{destination, static_cast<uint32_t>(defined), pageCount, {}};
-    added.before = *FindPage(destination, added.page);
-    added.before.tagBlock = nullptr;
-    added.before.kind &= static_cast<uint16_t>(~PAGE_REGISTERED);
+    if (!MakeRoomForPage(destination)) {
+        DropTiffImage(file, page);
+        return Fail(error::NotEnoughMemory);
+    }
+    const uint16_t kind = FindPage(file, page)->kind;
+    const uint16_t byteOrder = Locked<TiffFileRecord>(destination)->byteOrder;
     const Status status = FinishCopy(run, CopyPages(run, {page, page + 1}));
-    DropTiffImage(destination, added.page);
     if (status == error::None)
-        KeepPage(added, run.output);
-    else if (!IsBegun(run))
-        TakePageBack(added);
+        EnterPage(run, kind);
+    else
+        Locked<TiffFileRecord>(destination)->byteOrder = byteOrder;
     return status;
 }
 
@@ -328,10 +259,14 @@ extern "C" int32_t CopyTiffImage(HGLOBAL source, uint32_t page, HGLOBAL destinat
 extern "C" int32_t CopyTiffImageInFile(const char* sourcePath, uint32_t page, const char* destinationPath,
                                        uint32_t mode) noexcept
 {
-    HGLOBAL source = OpenTiffFile(sourcePath, T_READ);
-    if (!source)
+    HGLOBAL file = OpenTiffFile(sourcePath, T_READ);
+    if (!file)
         return 0;
-    const Status status = CopyPagesToFile(source, {page, page + 1}, destinationPath, mode);
-    CloseTiffFile(source);
+    Status status;
+    {
+        CopySource source(file, BrokenBranch::Ends);
+        status = CopyPagesToFile(source, {page, page + 1}, destinationPath, mode);
+    }
+    CloseTiffFile(file);
     return status == error::None;
 }

@@ -17,7 +17,7 @@ public:
     {
         return file != nullptr;
     }
-    // Whether the chain of pages could be followed to its end. A file that cannot be seen whole
+    // Whether the chain of pages could be followed to its end, and has one. A file that cannot be seen whole
     // must not be replaced by what was seen of it.
     bool IsWhole() const
     {

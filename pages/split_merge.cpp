@@ -38,7 +38,8 @@ Status Merge(const char* destination, const char* source, TiffProgress callback,
     if (to.PageCount() > 0 && to.ByteOrder() != from.ByteOrder())
         return Fail(error::MixedByteOrders);
     Progress progress{callback, user, from.PageCount()};
-    CopyRun run(from.Get(), to.Get());
+    CopySource pages(from.Get(), BrokenBranch::Ends);
+    CopyRun run(pages, to.Get());
     return FinishCopy(run, CopyPages(run, {0, from.PageCount()}, &progress));
 }
 
@@ -52,9 +53,10 @@ Status CopyToNewFile(const OpenedTiff& from, PageRange range, const char* path, 
         const OpenedTiff to(path, T_CREAT);
         if (!to)
             return TiffError();
-        CopyRun run(from.Get(), to.Get());
+        CopySource source(from.Get(), BrokenBranch::Refused);
+        CopyRun run(source, to.Get());
         status = FinishCopy(run, CopyPages(run, range, &progress));
-        begun = IsBegun(run);
+        begun = !run.output.buffer.empty();
     }
     if (begun && status != error::None)
         DeleteFileA(path);
@@ -128,10 +130,11 @@ Status WritePageFiles(const OpenedTiff& from, const char* nameBase, uint32_t pag
     char base[MAX_PATH_BYTES], name[MAX_PATH_BYTES];
     if (const Status status = MakeNameBase(base, nameBase); status != error::None)
         return Fail(status);
+    CopySource source(from.Get(), BrokenBranch::Refused);
     for (uint32_t page = 0; page < pageCount; ++page) {
         if (!MakePageName(name, base, page + 1))
             return Fail(error::PathTooLong);
-        if (const Status status = CopyPagesToFile(from.Get(), {page, page + 1}, name, T_CREAT);
+        if (const Status status = CopyPagesToFile(source, {page, page + 1}, name, T_CREAT);
             status != error::None)
             return status;
         if (!ReportStep(progress))

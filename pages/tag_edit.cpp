@@ -24,8 +24,8 @@ struct TagEdit {
 // Changes the tags that the page has in memory; the copy takes them from there.
 Status EditTags(CopyRun& run, uint32_t page, const TagEdit& edit)
 {
-    HGLOBAL file = run.source;
-    if (const Status status = LoadForCopy(run, page); status != error::None)
+    HGLOBAL file = run.source.file;
+    if (const Status status = LoadForCopy(run.source, page); status != error::None)
         return status;
     if (edit.remove) {
         RemoveRecord(Locked<TagBlock>(FindPage(file, page)->tagBlock).Get(), edit.tag);
@@ -40,7 +40,8 @@ Status CopyEdited(const OpenedTiff& file, uint32_t page, const TagEdit& edit, co
     const OpenedTiff built(path, T_CREAT);
     if (!built)
         return Fail(error::NotEnoughMemory);
-    CopyRun run(file.Get(), built.Get());
+    CopySource source(file.Get(), BrokenBranch::Refused);
+    CopyRun run(source, built.Get());
     Status status = OpenOutput(run);
     if (status == error::None)
         status = CopyPages(run, {0, page});

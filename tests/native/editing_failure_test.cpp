@@ -244,8 +244,7 @@ TEST(MovingFailures, MergingAndCopyingKeepWhatIsThere)
         EXPECT_EQ(CopyTiffImageInFile(source.Path(), 0, file.Path(), T_APPEND), 0);
         EXPECT_EQ(TiffError(), 6u);
         standin::StopFailing();
-        EXPECT_EQ(GetNumberOfImagesInTiffFile(file.Path()), 2u);
-        EXPECT_EQ(TiffError(), 6u) << "the link to the broken page is there";
+        EXPECT_EQ(ReadFileBytes(file.Path()), two);
     }
 }
 

@@ -124,13 +124,21 @@ TEST(PageCopy, KeepsTypesThatPagesInMemoryDoNotHave)
                                            .Entry(60003, 9, 2, half)
                                            .Entry(60004, 11, 1, few)
                                            .Entry(60005, 8, 2, few)
-                                           .Entry(60006, 10, 2, bytes),
+                                           .Entry(60006, 10, 2, bytes)
+                                           .Entry(60007, 2, 0, {}),
                                        order);
         TempFile source(original);
         NewFile copy;
         EXPECT_EQ(CopyTiffImageInFile(source.Path(), 0, copy.Path(), T_CREAT), 1);
         EXPECT_EQ(CopyTiffImageInFile(copy.Path(), 0, copy.Path(), T_APPEND), 1);
         ExpectPages(copy.Path(), original, {0, 0});
+        // A value that no file holds takes no others with it.
+        Bytes impossible = original;
+        impossible[impossible.size() - 4 - 12 + (order == TIFF_INTEL ? 2 : 3)] = 12;
+        std::fill_n(impossible.end() - 12, 8, uint8_t{0x7F});
+        TempFile damaged(impossible);
+        EXPECT_EQ(CopyTiffImageInFile(damaged.Path(), 0, copy.Path(), T_CREAT), 1);
+        EXPECT_NE(DumpTiff(ReadFileBytes(copy.Path())).find("60001 DOUBLE 2"), std::string::npos);
     }
 }
 
@@ -167,6 +175,65 @@ TEST(PageCopy, CopiesWhatExistsOfAStripAndWidensOffsets)
     EXPECT_NE(DumpTiff(ReadFileBytes(turned.Path())).find("273 LONG 1: 661"), std::string::npos);
 }
 
+TEST(PageCopy, FindsOutHowLongStripsAre)
+{
+    const auto picture = [] { return TiffPage::Picture(8, 2, 1, 1).Ascii(270, "values behind"); };
+    const std::vector<Bytes> strips = {Hex("01020304"), Hex("0506")};
+    const struct {
+        const char* row;
+        TiffPage page;
+        bool single;
+    } rows[] = {
+        {"no byte count", picture().Data(273, 0, {strips[0]}), true},
+        {"a byte count of 0", picture().Data(273, 0, {strips[0]}).Long(279, {0}), true},
+        {"some are 0", picture().Data(273, 0, strips).Short(279, {0, 2}), false},
+        {"all are 0", picture().Data(273, 0, strips).Long(279, {0, 0}), false},
+    };
+    for (const auto& [row, page, single] : rows)
+        for (const uint16_t order : byteOrders) {
+            SCOPED_TRACE(row);
+            NoLeaks leaks;
+            const Bytes wanted = TiffBuilder(order)
+                                     .Add(picture().Strips(single ? std::vector<Bytes>{strips[0]} : strips))
+                                     .Add(Page(1))
+                                     .Build();
+            TempFile file(TiffBuilder(order).Add(page).Add(Page(1)).Build()), raw(Hex("FF"));
+            EXPECT_NE(AppendCCITTImageFile(raw.Path(), file.Path(), 0, 0), nullptr);
+            EXPECT_EQ(ReadFileBytes(raw.Path()), Hex(single ? "FF01020304" : "FF010203040506"));
+            EXPECT_EQ(ReorderTiffFile(file.Path()), 1);
+            ExpectPages(file.Path(), wanted, {0, 1});
+        }
+}
+
+TEST(PageCopy, TakesOffsetsAndCountsOfAnyIntegerType)
+{
+    static constexpr struct {
+        uint16_t type;
+        uint32_t bytes;
+    } rows[] = {{1, 1}, {6, 1}, {8, 2}, {9, 4}, {13, 4}, {16, 8}, {17, 8}};
+    for (const auto& [type, bytes] : rows)
+        for (const uint16_t order : byteOrders) {
+            SCOPED_TRACE(type);
+            NoLeaks leaks;
+            std::vector<uint32_t> offset(bytes, 0), count(bytes, 0);
+            const size_t low = order == TIFF_INTEL ? 0 : bytes - 1;
+            offset[low] = 8; // where the builder puts data first
+            count[low] = 3;
+            TempFile file(OnePage(TiffPage::Picture(8, 1, 1, 1)
+                                      .Data(60000, 0, {Hex("010203FF")})
+                                      .Entry(273, type, 1, offset)
+                                      .Entry(279, type, 1, count),
+                                  order));
+            NewFile copy;
+            TempFile raw({});
+            EXPECT_EQ(CopyTiffImageInFile(file.Path(), 0, copy.Path(), T_CREAT), 1);
+            const Bytes copied = ReadFileBytes(copy.Path());
+            EXPECT_NE(PagesOf(copied)[0].find("data 273: 010203\n"), std::string::npos) << DumpTiff(copied);
+            EXPECT_NE(AppendCCITTImageFile(raw.Path(), file.Path(), 0, 0), nullptr);
+            EXPECT_EQ(ReadFileBytes(raw.Path()), Hex("010203"));
+        }
+}
+
 TEST(PageCopy, FailsBeforeAnythingIsWritten)
 {
     const Bytes good = Pages(2);
@@ -176,7 +243,14 @@ TEST(PageCopy, FailsBeforeAnythingIsWritten)
         uint32_t page, error;
     } rows[] = {
         {"counts differ", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {8, 8}).Long(279, {1})), 0, 9},
-        {"no byte counts", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {8})), 0, 10},
+        {"no byte counts", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {8, 8})), 0, 10},
+        {"nothing tells a length", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {60000})), 0, 9},
+        {"nor of a count of 0", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {4}).Long(279, {0})), 0, 9},
+        {"beyond 32 bits",
+         OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {8}).Entry(279, 16, 1, {1, 0, 0, 0, 1, 0, 0, 0})), 0,
+         9},
+        {"a type without a size",
+         OnePage(TiffPage::Picture(8, 2, 1, 1).Entry(273, 99, 1, {8}).Long(279, {1})), 0, 9},
         {"no offsets", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(279, {1})), 0, 10},
         {"offsets that are none", OnePage(TiffPage::Picture(8, 2, 1, 1).Ascii(273, "x").Long(279, {1, 1})), 0,
          9},
@@ -186,6 +260,8 @@ TEST(PageCopy, FailsBeforeAnythingIsWritten)
         SCOPED_TRACE(row);
         NoLeaks leaks;
         TempFile source(bytes), destination(good);
+        EXPECT_EQ(AppendCCITTImageFile(destination.Path(), source.Path(), page, 0), nullptr);
+        EXPECT_EQ(TiffError(), error);
         HGLOBAL from = OpenTiffFile(source.Path(), T_READ), to = OpenTiffFile(destination.Path(), T_APPEND);
         EXPECT_EQ(CopyTiffImage(from, page, to), 0);
         EXPECT_EQ(TiffError(), error);
