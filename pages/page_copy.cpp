@@ -4,7 +4,7 @@
 #include "core/errors.h"
 #include "core/registry.h"
 #include "pages/file_rewrite.h"
-#include "pages/page_content.h"
+#include "pages/sub_directories.h"
 #include "tiff/files.h"
 #include "tiff/pages.h"
 
@@ -21,17 +21,48 @@ constexpr uint32_t BufferBytes(uint32_t sourceBytes)
     return std::clamp(sourceBytes, LEAST, MOST);
 }
 
-Status AppendContent(CopyRun& run, const PageContent& content)
+// A directory, with the link to the next one, and its data.
+Status AppendContent(CopyRun& run, const PageContent& content, uint32_t link)
 {
     const DirectoryLayout& layout = content.layout;
     const auto directory = run.source.scratch.TakeSpan<uint8_t>(layout.end - layout.start);
     if (directory.empty())
         return Fail(error::NotEnoughMemory);
     AssembleDirectory(content.tags, layout, run.output.byteOrder, directory.data());
+    Store32(&directory[layout.linkPosition - layout.start], link, run.output.byteOrder);
     Status status = Append(run.output, directory);
     for (const Segment& segment : content.segments)
         if (status == error::None)
             status = AppendFrom(run.output, run.source.stream.Get(), segment.offset, segment.bytes);
+    return status;
+}
+
+Status AppendPlan(CopyRun& run, const PagePlan& plan)
+{
+    const DirectoryLayout& layout = plan.page.layout;
+    Status status = AppendContent(run, plan.page, 0);
+    for (const SubDirectory* directory = plan.first; directory && status == error::None;
+         directory = directory->next)
+        status = AppendContent(run, directory->content,
+                               directory->follower ? directory->follower->content.layout.directoryOffset : 0);
+    if (status != error::None)
+        return status;
+    run.directoryOffset = layout.directoryOffset;
+    run.directoryBytes = layout.valueBytes + layout.entryBytes;
+    return EndPage(run.output, layout.directoryOffset, layout.linkPosition);
+}
+
+Status PlanPage(CopySource& source, uint32_t page, const PageTags& tags, PagePlan& plan)
+{
+    source.scratch.GiveBack();
+    plan.offset = FindPage(source.file, page)->directoryOffset;
+    Status status = DescribePage(source, page, tags, plan.page);
+    if (status == error::None)
+        status = FindContent(source, plan.page);
+    if (status == error::None)
+        status = FindSubDirectories(source, plan);
+    if (status == error::None && !plan.whole && source.brokenBranch == BrokenBranch::Refused)
+        status = error::InputOutput;
     return status;
 }
 
@@ -41,25 +72,14 @@ Status CopyPage(CopyRun& run, uint32_t page)
     const PageTags tags(run.source.file, page);
     if (!tags)
         return TiffError();
-    run.source.scratch.GiveBack();
-    PageContent content;
-    Status status = DescribePage(run.source, page, tags, content);
-    if (status == error::None)
-        status = FindContent(run.source, content);
-    if (status != error::None)
+    PagePlan plan;
+    if (const Status status = PlanPage(run.source, page, tags, plan); status != error::None)
         return Fail(status);
-    status = OpenOutput(run);
-    if (status != error::None)
+    if (const Status status = OpenOutput(run); status != error::None)
         return status;
-    status = PlaceContent(content, EndOf(run.output));
-    if (status != error::None)
+    if (const Status status = PlacePlan(plan, EndOf(run.output), run.output.byteOrder); status != error::None)
         return Fail(status);
-    status = AppendContent(run, content);
-    if (status != error::None)
-        return status;
-    run.directoryOffset = content.layout.directoryOffset;
-    run.directoryBytes = content.layout.valueBytes + content.layout.entryBytes;
-    return EndPage(run.output, content.layout.directoryOffset, content.layout.linkPosition);
+    return AppendPlan(run, plan);
 }
 
 Status CopyAndReport(CopyRun& run, uint32_t page, Progress* progress)

@@ -210,7 +210,7 @@ TEST(PageCopy, TakesOffsetsAndCountsOfAnyIntegerType)
     static constexpr struct {
         uint16_t type;
         uint32_t bytes;
-    } rows[] = {{1, 1}, {6, 1}, {8, 2}, {9, 4}, {13, 4}, {16, 8}, {17, 8}};
+    } rows[] = {{1, 1}, {6, 1}, {8, 2}, {9, 4}, {16, 8}, {17, 8}};
     for (const auto& [type, bytes] : rows)
         for (const uint16_t order : byteOrders) {
             SCOPED_TRACE(type);
@@ -232,6 +232,81 @@ TEST(PageCopy, TakesOffsetsAndCountsOfAnyIntegerType)
             EXPECT_NE(AppendCCITTImageFile(raw.Path(), file.Path(), 0, 0), nullptr);
             EXPECT_EQ(ReadFileBytes(raw.Path()), Hex("010203"));
         }
+}
+
+TEST(PageEditing, KeepsWhatSubDirectoriesHold)
+{
+    const std::vector<uint32_t> numbers = {1, 2, 3, 4, 5, 6, 7, 8};
+    const auto small = [](uint8_t pixel) { return TiffPage::Picture(8, 1, 1, 1).Strips({{pixel, 9}, {8}}); };
+    const TiffPage exif = TiffPage()
+                              .Ascii(36864, "0230")
+                              .Entry(37500, 7, 8, numbers)
+                              .Directories(40965, {TiffPage().Ascii(1, "R98")});
+    const TiffPage gps = TiffPage().Entry(2, 10, 1, numbers);
+    const auto raw = [&] {
+        return Page(2)
+            .Directories(330, {small(1), small(2).Data(513, 514, {Hex("FFD8FFD9")}), small(3)}, 13)
+            .Directories(34665, {exif})
+            .Directories(34853, {gps})
+            .Directories(60001, {small(4)});
+    };
+    for (const uint16_t order : byteOrders) {
+        NoLeaks leaks;
+        TiffBuilder builder(order);
+        Bytes original = builder.Add(raw()).Add(Page(1)).Add(raw().Ascii(65000, "another")).Build();
+        // The last of the pictures has another behind it, the last that was built of the page.
+        const uint32_t behind =
+            order == TIFF_INTEL ? builder.subDirectories[6] : __builtin_bswap32(builder.subDirectories[6]);
+        std::memcpy(&original[builder.subLinks[2]], &behind, 4);
+        TempFile file(original);
+        EXPECT_EQ(DeleteTiffTagOfImage(file.Path(), 1, 60000), 1);
+        ExpectPages(file.Path(), original, {0, 1, 2});
+        const size_t size = ReadFileBytes(file.Path()).size();
+        EXPECT_EQ(ReorderTiffFile(file.Path()), 1);
+        EXPECT_EQ(ReadFileBytes(file.Path()).size(), size) << "grows";
+        EXPECT_EQ(CopyTiffImageInFile(file.Path(), 0, file.Path(), T_APPEND), 1);
+        EXPECT_EQ(DeleteTiffImage(file.Path(), 0, 0), 1);
+        ExpectPages(file.Path(), original, {1, 2, 0});
+    }
+}
+
+TEST(PageEditing, RefusesSubDirectoriesThatCannotBeSeenWhole)
+{
+    NoLeaks leaks;
+    TiffPage nested = TiffPage().Ascii(36864, "0230");
+    for (int depth = 0; depth < 9; ++depth)
+        nested = TiffPage().Directories(330, {nested});
+    TiffBuilder circle;
+    Bytes toItself = circle.Add(Page(0).Long(34665, {0})).Build();
+    std::memcpy(&toItself[circle.links[0] - 4], &circle.directories[0], 4);
+    TiffBuilder chain;
+    Bytes inCircles = chain.Add(Page(0).Directories(330, {TiffPage().Ascii(270, "round and round")})).Build();
+    std::memcpy(&inCircles[chain.subLinks[0]], &chain.subDirectories[0], 4);
+    const struct {
+        const char* row;
+        Bytes file;
+    } rows[] = {
+        {"outside", OnePage(Page(0).Long(34665, {60000}))},
+        {"its own page", toItself},
+        {"a chain that comes back", inCircles},
+        {"too deep", OnePage(Page(0).Directories(330, {nested}))},
+        {"strips without lengths", OnePage(Page(0).Directories(330, {TiffPage().Long(273, {8, 8})}))},
+        {"offsets that are none", OnePage(Page(0).Rational(34853, 8, 1))},
+    };
+    for (const auto& [row, bytes] : rows) {
+        SCOPED_TRACE(row);
+        TempFile file(bytes);
+        const std::string path = file.Path();
+        const NamedFiles unfinished{{path.substr(0, path.rfind('.')) + ".~~~"}};
+        NewFile copy;
+        EXPECT_EQ(DeleteTiffTagOfImage(file.Path(), 0, 60000), 0);
+        EXPECT_EQ(TiffError(), 6u);
+        EXPECT_EQ(ReadFileBytes(file.Path()), bytes);
+        // A copy leaves the original, and the branch ends.
+        EXPECT_EQ(CopyTiffImageInFile(file.Path(), 0, copy.Path(), T_CREAT), 1);
+        EXPECT_EQ(Complaints(ReadFileBytes(copy.Path())), "");
+        EXPECT_EQ(DeleteTiffTagOfImage(copy.Path(), 0, 60000), 1);
+    }
 }
 
 TEST(PageCopy, FailsBeforeAnythingIsWritten)
