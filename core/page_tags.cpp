@@ -226,7 +226,7 @@ extern "C" int32_t DefineTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32
 {
     if (!IsTiffImageRegistered(file, page))
         return 0;
-    if (!values && count > 0) {
+    if ((!values && count > 0) || tag > UINT16_MAX) {
         SetTiffError(error::InvalidParameters);
         return 0;
     }

@@ -12,6 +12,7 @@ enum class Naming {
     TempFolder, // a free name in the temporary folder
     TempTiff,   // the same with the ending ".tif"; the empty file that reserves the name stays
     BesideFile, // the file's own name with another ending
+    InFolder,   // a free name in the file's folder
 };
 
 // What becomes of the files when the new one is not finished.
@@ -35,9 +36,12 @@ public:
     {
         return name;
     }
-    // Deletes the old file and renames the new one. When either fails the new one stays where it
-    // is: 6, the error set.
+    // Deletes the old file and renames the new one. When the old one cannot be deleted it has all
+    // that it had, and the new one goes; when the renaming fails the new one stays where it is: 6,
+    // the error set.
     [[nodiscard]] Status Commit();
+    // Renames the new file to a name that is free.
+    [[nodiscard]] Status Place();
 
     // The old file is gone and the new one has not got its name.
     bool IsStranded() const
@@ -51,6 +55,28 @@ private:
     bool finished = false;
     bool stranded = false;
     char name[MAX_PATH_BYTES] = {};
+};
+
+// A file that may be in the way, under another name in its folder. It comes back, in place of what has
+// got its name meanwhile, unless it is dropped.
+class SetAside {
+public:
+    // The error is set, and nothing has changed, when the file cannot be moved.
+    explicit SetAside(const char* path);
+    SetAside(const SetAside&) = delete;
+    SetAside& operator=(const SetAside&) = delete;
+    ~SetAside();
+
+    explicit operator bool() const
+    {
+        return done;
+    }
+    void Drop();
+
+private:
+    const char* path;
+    bool done = false;
+    char name[MAX_PATH_BYTES] = {}; // empty when there was no file
 };
 
 // Whether a file on disk is the one that a stream reads.

@@ -174,20 +174,7 @@ Status DeletePage(const char* path, int32_t page, bool inPlace)
         return Fail(error::InputOutput);
     const auto first = static_cast<uint32_t>(deleted);
     return inPlace && file.PageCount() > 1 ? DeleteInPlace(path, file, first)
-                                           : DeletePages(path, file, {first, first + 1}).status;
-}
-
-Status CopyWithout(const OpenedTiff& file, PageRange range, const char* path)
-{
-    const OpenedTiff built(path, T_APPEND);
-    if (!built)
-        return TiffError();
-    CopySource source(file.Get(), BrokenBranch::Refused);
-    CopyRun run(source, built.Get());
-    Status status = CopyPages(run, {0, range.first});
-    if (status == error::None)
-        status = CopyPages(run, {range.end, file.PageCount()});
-    return FinishCopy(run, status);
+                                           : DeletePages(path, file, {first, first + 1});
 }
 
 Status Reorder(const char* path)
@@ -197,7 +184,7 @@ Status Reorder(const char* path)
         return TiffError();
     if (!file.IsWhole())
         return Fail(error::InputOutput);
-    return file.PageCount() > 1 ? DeletePages(path, file, {0, 0}).status : error::None;
+    return file.PageCount() > 1 ? DeletePages(path, file, {0, 0}) : error::None;
 }
 
 } // namespace
@@ -222,15 +209,28 @@ uint32_t OpenedTiff::ByteOrder() const
     return Locked<TiffFileRecord>(file)->byteOrder;
 }
 
-Deletion DeletePages(const char* path, const OpenedTiff& file, PageRange range)
+Status BuildWithout(const OpenedTiff& file, PageRange range, const char* path)
+{
+    const OpenedTiff built(path, T_APPEND);
+    if (!built)
+        return TiffError();
+    CopySource source(file.Get(), BrokenBranch::Refused);
+    CopyRun run(source, built.Get());
+    Status status = CopyPages(run, {0, range.first});
+    if (status == error::None)
+        status = CopyPages(run, {range.end, file.PageCount()});
+    return FinishCopy(run, status);
+}
+
+Status DeletePages(const char* path, const OpenedTiff& file, PageRange range)
 {
     if (range.first == 0 && range.end >= file.PageCount())
-        return {DeleteFileA(path) ? error::None : Fail(error::InputOutput), false};
+        return DeleteFileA(path) ? error::None : Fail(error::InputOutput);
     Replacement rewritten(path, Naming::TempFolder, OnFailure::DeleteNew);
-    Status status = rewritten ? CopyWithout(file, range, rewritten.Name()) : TiffError();
-    if (status == error::None)
-        status = rewritten.Commit();
-    return {status, rewritten.IsStranded()};
+    if (!rewritten)
+        return TiffError();
+    const Status status = BuildWithout(file, range, rewritten.Name());
+    return status == error::None ? rewritten.Commit() : status;
 }
 
 int32_t FinishEdit(Status status)

@@ -35,13 +35,11 @@ private:
     bool whole;
 };
 
-struct Deletion {
-    Status status; // the error is set when it failed
-    bool stranded; // and the old file is gone all the same
-};
+// Builds a new file of the pages of an opened one without those of a range.
+[[nodiscard]] Status BuildWithout(const OpenedTiff& file, PageRange range, const char* path);
 
 // Rewrites an opened file without the pages of a range; without any page the file is deleted.
-[[nodiscard]] Deletion DeletePages(const char* path, const OpenedTiff& file, PageRange range);
+[[nodiscard]] Status DeletePages(const char* path, const OpenedTiff& file, PageRange range);
 
 // Sets the error unless the status is success; an exported function's result.
 int32_t FinishEdit(Status status);

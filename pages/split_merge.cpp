@@ -1,6 +1,7 @@
 // Moving pages between files: merging, splitting, cutting into single pages.
 #include "core/errors.h"
 #include "core/handles.h"
+#include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
 #include "tiff/files.h"
 
@@ -33,6 +34,9 @@ Status Merge(const char* destination, const char* source, TiffProgress callback,
     const OpenedTiff to(destination, T_APPEND);
     if (!to)
         return TiffError();
+    // The pages would hang on a link that leads back.
+    if (IsRing(to.Get()))
+        return Fail(error::InputOutput);
     // The copy takes every file to have the source's order. Of a whole file that would cut off the
     // pages that are there.
     if (to.PageCount() > 0 && to.ByteOrder() != from.ByteOrder())
@@ -43,38 +47,44 @@ Status Merge(const char* destination, const char* source, TiffProgress callback,
     return FinishCopy(run, CopyPages(run, {0, from.PageCount()}, &progress));
 }
 
-// Wanted: of a move that fails, the new file goes; the old one has everything. A file that stood
-// in the way of a copy which never began is not ours to delete.
-Status CopyToNewFile(const OpenedTiff& from, PageRange range, const char* path, Progress progress)
+Status BuildMoved(const OpenedTiff& from, PageRange range, const char* destination, const char* path,
+                  Progress& progress)
 {
-    bool begun = false;
-    Status status;
-    {
-        const OpenedTiff to(path, T_CREAT);
-        if (!to)
-            return TiffError();
-        CopySource source(from.Get(), BrokenBranch::Refused);
-        CopyRun run(source, to.Get());
-        status = FinishCopy(run, CopyPages(run, range, &progress));
-        begun = !run.output.buffer.empty();
-    }
-    if (begun && status != error::None)
-        DeleteFileA(path);
-    return status;
+    CopySource source(from.Get(), BrokenBranch::Refused);
+    if (IsSameFile(source.stream.Get(), destination))
+        return Fail(error::InvalidParameters);
+    return CopyPagesToFile(source, range, path, T_CREAT, &progress);
 }
 
-// The pages leave the old file all at once. When that goes so wrong that the old file is gone, the
-// new one is the only place of its pages and stays.
+// Both files are built aside, and take their places at the end: until then a failure leaves what stood
+// there. When the old file is gone and cannot be replaced, the moved pages stay where they were to go,
+// which has become their only place.
 Status MovePages(const char* source, const OpenedTiff& from, const char* destination, uint32_t first,
                  Progress progress)
 {
     const PageRange moved{first, from.PageCount()};
-    if (const Status status = CopyToNewFile(from, moved, destination, progress); status != error::None)
+    Replacement target(destination, Naming::InFolder, OnFailure::DeleteNew);
+    if (!target)
+        return TiffError();
+    if (const Status status = BuildMoved(from, moved, destination, target.Name(), progress);
+        status != error::None)
         return status;
-    const Deletion deletion = DeletePages(source, from, moved);
-    if (deletion.status != error::None && !deletion.stranded)
+    Replacement rest(source, Naming::TempFolder, OnFailure::DeleteNew);
+    if (!rest)
+        return TiffError();
+    if (const Status status = BuildWithout(from, moved, rest.Name()); status != error::None)
+        return status;
+    SetAside before(destination);
+    if (!before)
+        return TiffError();
+    if (const Status status = target.Place(); status != error::None)
+        return status;
+    const Status status = rest.Commit();
+    if (status == error::None || rest.IsStranded())
+        before.Drop();
+    else
         DeleteFileA(destination);
-    return deletion.status;
+    return status;
 }
 
 Status Split(const char* source, const char* destination, int32_t firstPage, TiffProgress callback,
@@ -151,8 +161,8 @@ Status DeleteCutPages(const char* path, const OpenedTiff& from, uint32_t pageCou
     while (deleted < pageCount && ReportStep(progress))
         ++deleted;
     const bool stopped = deleted < pageCount;
-    if (const Deletion deletion = DeletePages(path, from, {0, deleted}); deletion.status != error::None)
-        return deletion.status;
+    if (const Status status = DeletePages(path, from, {0, deleted}); status != error::None)
+        return status;
     return stopped || !ReportStep(progress) ? STOPPED : error::None;
 }
 

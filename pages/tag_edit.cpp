@@ -54,7 +54,7 @@ Status CopyEdited(const OpenedTiff& file, uint32_t page, const TagEdit& edit, co
 
 Status EditPage(const char* path, int32_t page, const TagEdit& edit)
 {
-    if (!path)
+    if (!path || edit.tag > UINT16_MAX)
         return Fail(error::InvalidParameters);
     if (GetFileAttributesA(path) == INVALID_FILE_ATTRIBUTES)
         return Fail(error::InputOutput);

@@ -2,6 +2,7 @@
 #include "support/numbered_pages.h"
 #include "support/tiff_dump.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -404,6 +405,56 @@ TEST(PageCopy, WorksFromAndToMemoryAndWithChangedTags)
     EXPECT_EQ(TiffError(), 34u);
 }
 
+TEST(PageCopy, CopiesAFileIntoItself)
+{
+    NoLeaks leaks;
+    const Bytes pages = Pages(3);
+    TempFile file(pages);
+    Block memory(pages);
+    HGLOBAL onDisk = OpenTiffFile(file.Path(), T_APPEND);
+    HGLOBAL inMemory = OpenTiffInMemory(memory.Get(), static_cast<uint32_t>(pages.size()), T_APPEND);
+    for (HGLOBAL handle : {onDisk, inMemory}) {
+        for (const uint32_t page : {1u, 0u, 1u})
+            EXPECT_EQ(CopyTiffImage(handle, page, handle), 1);
+        EXPECT_EQ(CopyTiffImage(handle, 5, handle), 1) << "a page that was copied before";
+        EXPECT_EQ(CopyTiffImage(handle, 7, handle), 0);
+        EXPECT_EQ(NumberOfTiffImages(handle, TIFF_ALL_PAGES), 7u);
+    }
+    HGLOBAL block = GetMemoryTiffHandle(inMemory);
+    TempFile copied(Content(block, GlobalSize(block)));
+    CloseTiffFile(onDisk);
+    CloseTiffFile(inMemory);
+    ExpectPages(file.Path(), pages, {0, 1, 2, 1, 0, 1, 1});
+    ExpectPages(copied.Path(), pages, {0, 1, 2, 1, 0, 1, 1});
+}
+
+TEST(PageCopy, CopiesAWholeJpegStreamOnce)
+{
+    const Bytes stream = Hex("FFD8 010203 FFD9");
+    const auto picture = [](uint32_t compression) { return TiffPage::Picture(8, 8, 8, compression, 6); };
+    const struct {
+        const char* row;
+        TiffPage page;
+        bool kept;
+    } rows[] = {
+        {"strips in it", picture(6).Data(513, 514, {stream}).Long(273, {10}).Long(279, {3}), true},
+        {"longer than the file", picture(6).Data(513, 0, {stream}).Long(514, {100000}), true},
+        {"without a length", picture(6).Data(513, 0, {stream}), true},
+        {"in another compression", picture(7).Data(513, 514, {stream}).Long(273, {10}).Long(279, {3}), true},
+        {"that is not there", picture(7).Long(513, {60000}).Long(514, {7}), false},
+    };
+    for (const auto& [row, page, kept] : rows) {
+        SCOPED_TRACE(row);
+        TempFile file(TiffBuilder().Add(Page(1)).Add(page).Build());
+        EXPECT_EQ(ReorderTiffFile(file.Path()), 1);
+        const Bytes once = ReadFileBytes(file.Path());
+        EXPECT_EQ(DumpTiff(once).find("513 LONG 1") != std::string::npos, kept);
+        EXPECT_EQ(std::search(once.begin(), once.end(), stream.begin(), stream.end()) != once.end(), kept);
+        EXPECT_EQ(ReorderTiffFile(file.Path()), 1);
+        EXPECT_EQ(ReadFileBytes(file.Path()), once) << "grows";
+    }
+}
+
 TEST(PageCopy, DoesNotCompareByteOrders)
 {
     // Kept: the link is written in the source's order. Merging whole files looks first.
@@ -468,6 +519,35 @@ TEST(PageEditing, EveryOperationLeavesThePagesItShould)
             }
         }
     }
+}
+
+TEST(PageEditing, RefusesARing)
+{
+    NoLeaks leaks;
+    TiffBuilder builder;
+    Bytes ring = builder.Add(Page(0)).Add(Page(1)).Build();
+    std::memcpy(&ring[builder.links[1]], &builder.directories[0], 4);
+    TempFile file(ring);
+    NewFile other;
+    const std::function<int32_t()> edits[] = {
+        [&] { return DeleteTiffImage(file.Path(), 1, 0); },
+        [&] { return DeleteTiffImage(file.Path(), 1, 1); },
+        [&] { return InsertTiffImage(file.Path(), NewDib().Get(), 201, 0, 1, 0, 0, 0); },
+        [&] { return ReorderTiffFile(file.Path()); },
+        [&] { return MergeTiffFiles(other.Path(), file.Path(), nullptr, 0); },
+        [&] { return MergeTiffFiles(file.Path(), file.Path(), nullptr, 0); },
+        [&] { return CopyTiffImageInFile(file.Path(), 0, file.Path(), T_APPEND); },
+        [&] { return SplitTiffFile(file.Path(), other.Path(), 1, nullptr, 0); },
+        [&] { return DeleteTiffTagOfImage(file.Path(), 0, 270); },
+    };
+    for (const auto& edit : edits) {
+        EXPECT_EQ(edit(), 0);
+        EXPECT_EQ(TiffError(), 6u);
+        EXPECT_EQ(ReadFileBytes(file.Path()), ring);
+        EXPECT_FALSE(Exists(other.Path()));
+    }
+    EXPECT_EQ(CopyTiffImageInFile(file.Path(), 5, other.Path(), T_CREAT), 1);
+    EXPECT_EQ(PagesOf(ReadFileBytes(other.Path()))[0], PagesOf(Pages(2))[1]);
 }
 
 TEST(PageEditing, ReorderRemovesWhatNoPageRefersTo)
@@ -723,6 +803,15 @@ TEST(TagEditing, WorksBesideTheFileAndSaysWhatIsWrong)
     EXPECT_EQ(TiffError(), 3u);
     EXPECT_EQ(DeleteTiffTagOfImage(file.Path(), -1, 270), 0);
     EXPECT_EQ(TiffError(), 3u);
+    EXPECT_EQ(DeleteTiffTagOfImage(file.Path(), 0, 65536 + 270), 0);
+    EXPECT_EQ(TiffError(), 29u);
+    EXPECT_EQ(AddTiffTagToImage(file.Path(), 0, 65536 + 270, 2, "x", 2), 0);
+    EXPECT_EQ(TiffError(), 29u);
+    HGLOBAL made = OpenTiffFile(file.Path(), T_CREAT);
+    EXPECT_EQ(DefineTiffImage(made), 0);
+    EXPECT_EQ(DefineTiffImageInfo(made, 0, 65536 + 256, 3, 1), 0);
+    EXPECT_EQ(TiffError(), 29u);
+    CloseTiffFile(made);
     EXPECT_FALSE(Exists(beside));
     EXPECT_EQ(AddTiffTagToImage(file.Path(), 1, 270, 2, nullptr, 2), 0);
     EXPECT_EQ(TiffError(), 29u);
