@@ -34,8 +34,7 @@ void ClearLine(CodecContext* context);
 // Hands a line over that need not be in the line buffer.
 [[nodiscard]] Status HandOverLine(CodecContext* context, uint8_t* line);
 
-// The row that the line in hand belongs to, or null when there is none that also has so many bytes
-// behind the line that a codec may write back as they are.
+// The picture row of the current line, if `margin` bytes behind it may be rewritten unchanged; else null.
 inline uint8_t* RowInPlace(const CodecCall* context, uint32_t margin)
 {
     const RowsInPlace* rows = context->rowsInPlace;

@@ -58,7 +58,7 @@ struct RowsInPlace {
     uint8_t* first; // row 0
     int64_t step;   // bytes from one row to the next; below 0 for pictures stored bottom up
     uint32_t count;
-    bool zeros;   // nobody has seen the rows yet, and they are zeros
+    bool zeros;   // the rows are new memory, still zero
     uint8_t* end; // of the last of the rows decoded, as they lie in memory
 };
 

@@ -29,8 +29,8 @@ static void StoreEntry(const CodecContext* context, HGLOBAL block, uint32_t valu
         std::memcpy(&entries[size_t{context->strip} * 4], &value, sizeof(value));
 }
 
-// The next strip begins behind the bytes that the buffer holds now: so many are counted below
-// zero, and flushing them brings its count back to 0.
+// The next strip begins behind the bytes that the buffer holds now. Its count starts below zero by
+// their number, so that flushing them brings it to 0.
 static void CloseStrip(CodecContext* context)
 {
     const uint32_t filled = FilledBytes(context);

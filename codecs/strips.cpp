@@ -1,8 +1,8 @@
 #include "codecs/strips.h"
 
 #include "core/global_block.h"
+#include "tiff/define.h"
 #include "tiff/directory.h"
-#include "tiff/pages.h"
 
 #include <algorithm>
 

@@ -15,7 +15,7 @@ namespace tiff {
 // The lists as tags. 1.
 [[nodiscard]] Status DefineStrips(const CodecContext* context, HGLOBAL file, uint32_t page);
 
-// Steps that tiles take too: the lists for so many parts, and one of them as a tag.
+// Steps that tiles take too: empty lists for a count of parts, and one list as a tag.
 [[nodiscard]] Status MakeLists(CodecContext* context, uint64_t count);
 [[nodiscard]] bool DefineList(HGLOBAL file, uint32_t page, uint16_t tag, HGLOBAL block, uint32_t count);
 

@@ -13,6 +13,11 @@ static bool Precedes(const DirectoryTag& left, const DirectoryTag& right)
                                            : left.view.values.data() < right.view.values.data();
 }
 
+static bool HasLowerTag(const DirectoryTag& left, const DirectoryTag& right)
+{
+    return left.view.tag < right.view.tag;
+}
+
 // Gives the values their places and returns where they end.
 static uint64_t PlaceValues(std::span<DirectoryTag> tags, uint64_t at)
 {
@@ -31,10 +36,16 @@ DirectoryTag Described(TagView view)
     return {view, view.count * ElementBytes(view.type), 0};
 }
 
+void SortTags(std::span<DirectoryTag> tags)
+{
+    if (!std::is_sorted(tags.begin(), tags.end(), HasLowerTag))
+        std::sort(tags.begin(), tags.end(), Precedes);
+}
+
 std::optional<DirectoryLayout> LayOutDirectory(std::span<DirectoryTag> tags, uint32_t start,
                                                LayoutOrder order)
 {
-    std::sort(tags.begin(), tags.end(), Precedes);
+    SortTags(tags);
     const uint64_t entryBytes = uint64_t{tags.size()} * ENTRY_BYTES;
     const uint64_t directoryBytes = 2 + entryBytes + 4;
     uint64_t directory = start, end, valueBytes;

@@ -9,7 +9,7 @@
 namespace tiff {
 
 struct DirectoryTag {
-    TagView view;         // with the type that the file is told
+    TagView view;         // with the type that is written
     uint32_t valueBytes;  // of all values
     uint32_t valueOffset; // in the file; 0 for values that lie in the entry
 };
@@ -34,6 +34,9 @@ inline bool LiesInEntry(const DirectoryTag& tag)
 
 // A record of a page as its directory will show it.
 DirectoryTag Described(TagView view);
+
+// Puts the tags in order. Tags that are in order stay as they are.
+void SortTags(std::span<DirectoryTag> tags);
 
 // Puts the tags in order, and their values, in the same order and without gaps, where the file
 // ends now. Nothing when the directory would reach beyond 4 GiB.

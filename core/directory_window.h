@@ -23,8 +23,8 @@ inline constexpr uint32_t WINDOW_BYTES = 2048;
 
 inline constexpr uint32_t ENTRY_BYTES = 12;
 
-// Whether bytes that did not arrive exist: the file is not short then, reading it failed. So it
-// is taken to be when there is no telling.
+// True when the range lies inside the file, so a short read was a read error, not the end. Also true
+// when the size is unknown.
 bool IsInFile(TiffStream stream, uint64_t position, uint64_t count);
 
 // The bytes at a file position, or null when the file ends before. They stand until the next

@@ -7,8 +7,8 @@
 #include "core/errors.h"
 #include "core/open_file.h"
 #include "core/registry.h"
+#include "tiff/define.h"
 #include "tiff/files.h"
-#include "tiff/pages.h"
 
 #include <array>
 #include <span>

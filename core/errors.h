@@ -17,21 +17,4 @@ inline Status Fail(Status status)
     return status;
 }
 
-// Puts the last error that stood at its construction back, for questions asked in passing.
-class KeepLastError {
-public:
-    KeepLastError() : kept(TiffError())
-    {
-    }
-    KeepLastError(const KeepLastError&) = delete;
-    KeepLastError& operator=(const KeepLastError&) = delete;
-    ~KeepLastError()
-    {
-        StoreLastError(kept);
-    }
-
-private:
-    Status kept;
-};
-
 } // namespace tiff

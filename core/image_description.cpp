@@ -13,9 +13,6 @@ namespace tiff {
 namespace {
 
 constexpr uint32_t LENGTH_OF_UNMEASURED_PAGE = 1000;
-constexpr uint32_t UNIT_INCH = 2;
-constexpr uint32_t UNIT_CENTIMETRE = 3;
-constexpr double INCHES_PER_METRE = 39.37;
 constexpr double CENTIMETRES_PER_METRE = 100.0;
 constexpr double CENTIMETRES_PER_INCH = 2.54;
 
@@ -40,7 +37,7 @@ Resolution ResolutionOf(const PageTags& tags)
     if (!tags.Find(tag::XResolution) || !tags.Find(tag::YResolution))
         screen = ScreenResolution();
     return {Ratio(tags, tag::XResolution, screen.horizontal), Ratio(tags, tag::YResolution, screen.vertical),
-            tags.Value(tag::ResolutionUnit, UNIT_INCH)};
+            tags.Value(tag::ResolutionUnit, unit::Inch)};
 }
 
 int32_t Round(double value)
@@ -48,14 +45,14 @@ int32_t Round(double value)
     return static_cast<int32_t>(std::min(value + 0.5, 2147483647.0));
 }
 
-int32_t DotsPerMetre(float resolution, uint32_t unit)
+int32_t DotsPerMetre(float resolution, uint32_t in)
 {
-    return Round(resolution * (unit == UNIT_CENTIMETRE ? CENTIMETRES_PER_METRE : INCHES_PER_METRE));
+    return Round(resolution * (in == unit::Centimetre ? CENTIMETRES_PER_METRE : INCHES_PER_METRE));
 }
 
-uint32_t RoundedDotsPerInch(float resolution, uint32_t unit)
+uint32_t RoundedDotsPerInch(float resolution, uint32_t in)
 {
-    const double dots = unit == UNIT_CENTIMETRE ? resolution * CENTIMETRES_PER_INCH : double{resolution};
+    const double dots = in == unit::Centimetre ? resolution * CENTIMETRES_PER_INCH : double{resolution};
     return static_cast<uint32_t>(std::min(dots + 0.5, 4294967295.0)) & 0xFFFF;
 }
 

@@ -7,13 +7,14 @@
 #include "core/handles.h"
 #include "core/registry.h"
 #include "core/sibling_library.h"
+#include "core/version.h"
 
 #include <array>
 #include <cstring>
 
 namespace tiff {
 
-static constexpr char VERSION_TEXT[] = "Version 12.08";
+static constexpr char VERSION_TEXT[] = "Version " TIFF_VERSION_TEXT;
 static constexpr uint16_t TIFF_VERSION = 42;
 static constexpr uint32_t LINK_BYTES = 4;
 static constexpr uint32_t ON_DISK = 0xFFFFFFFF;

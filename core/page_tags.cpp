@@ -1,11 +1,13 @@
 // Pages in the making: their entry in the page table, their tags one by one, and the sets of
 // tags that pictures share.
+#include "core/page_tags.h"
 #include "core/errors.h"
 #include "core/global_block.h"
 #include "core/registry.h"
+#include "core/scheme_tags.h"
 #include "core/tag_block.h"
+#include "tiff/define.h"
 #include "tiff/files.h"
-#include "tiff/pages.h"
 
 #include <algorithm>
 #include <array>
@@ -21,13 +23,6 @@ constexpr uint32_t FIRST_CAPACITY = 100;
 constexpr uint32_t BLOCK_SLACK = 1;
 constexpr uint32_t STRIP_BYTES = 8192;
 static_assert(sizeof(TiffPageGeometry) == 20);
-
-namespace special {
-constexpr uint32_t Grey16 = 256;
-constexpr uint32_t Grey12 = 512;
-constexpr uint32_t Cmyk = 768;
-constexpr uint32_t YCbCr = 1024;
-} // namespace special
 
 GlobalBlock MakeTagBlock()
 {
@@ -46,33 +41,23 @@ uint32_t FirstFreePage(const PageEntry* pages, uint32_t pageCount)
     return static_cast<uint32_t>(found - pages);
 }
 
-// The handle is the caller's name for the file: the block may move, the handle must not.
-bool MakeRoom(HGLOBAL file, uint32_t pageCount)
-{
-    const uint32_t room = PageRoom(pageCount + 1);
-    if (room == PageRoom(pageCount))
-        return true;
-    return GlobalReAlloc(file, static_cast<SIZE_T>(FileRecordBytes(room)), GMEM_ZEROINIT) == file;
-}
-
 int32_t AddPage(HGLOBAL file)
 {
-    uint32_t page, pageCount;
+    uint32_t page;
     {
         Locked<TiffFileRecord> record(file);
         if (!record) {
             SetTiffError(error::InvalidHandle);
             return -1;
         }
-        pageCount = record->pageCount;
-        page = FirstFreePage(Pages(record.Get()), pageCount);
+        page = FirstFreePage(Pages(record.Get()), record->pageCount);
     }
     GlobalBlock block = MakeTagBlock();
-    if (!block || pageCount == TIFF_MAX_PAGES || !MakeRoom(file, pageCount)) {
+    if (!block || !MakeRoomForPage(file)) {
         SetTiffError(error::NotEnoughMemory);
         return -1;
     }
-    Locked<TiffFileRecord>(file)->pageCount = pageCount + 1;
+    ++Locked<TiffFileRecord>(file)->pageCount;
     RegisterPage(file, page, block.Release());
     return static_cast<int32_t>(page);
 }
@@ -163,20 +148,13 @@ struct Picture {
     uint32_t width, height, bits;
 };
 
-uint32_t RowsPerStrip(const Picture& picture, uint32_t compression)
+uint32_t RowsPerStrip(const Picture& picture)
 {
-    switch (compression) {
-    case compression::ModifiedHuffman:
-    case compression::Group3:
-    case compression::Group4:
-        return picture.height;
-    default:
-        const uint64_t rowBytes = (uint64_t{picture.width} * picture.bits + 7) / 8;
-        return std::max(std::min(static_cast<uint32_t>(STRIP_BYTES / rowBytes), picture.height), 1u);
-    }
+    const uint64_t rowBytes = (uint64_t{picture.width} * picture.bits + 7) / 8;
+    return std::max(std::min(static_cast<uint32_t>(STRIP_BYTES / rowBytes), picture.height), 1u);
 }
 
-void PutJpegPicture(Definition& definition, const Picture& picture)
+void PutTiledPicture(Definition& definition, const Picture& picture)
 {
     const uint32_t samples = picture.bits == 24 ? 3 : 1;
     PutShorts(definition, tag::ImageWidth, {picture.width});
@@ -193,11 +171,11 @@ void PutJpegPicture(Definition& definition, const Picture& picture)
     }
 }
 
-void PutPicture(Definition& definition, const Picture& picture, uint32_t compression)
+void PutPicture(Definition& definition, const Picture& picture, uint32_t rowsPerStrip)
 {
     PutShorts(definition, tag::ImageWidth, {picture.width});
     PutShorts(definition, tag::ImageLength, {picture.height});
-    PutShorts(definition, tag::RowsPerStrip, {RowsPerStrip(picture, compression)});
+    PutShorts(definition, tag::RowsPerStrip, {rowsPerStrip});
     if (picture.bits == 24) {
         PutSamples(definition, 3);
         PutShorts(definition, tag::PlanarConfiguration, {1});
@@ -222,6 +200,17 @@ bool IsPictureDepth(uint32_t bits)
 
 } // namespace
 
+Status DefineTag(HGLOBAL file, uint32_t page, const TagDefinition& defined)
+{
+    if (const Status status = PageStatus(file, page); status != error::None)
+        return status;
+    if ((!defined.values && defined.count > 0) || defined.tag > UINT16_MAX)
+        return error::InvalidParameters;
+    const TagRecord record{0, static_cast<uint16_t>(defined.tag), static_cast<uint16_t>(defined.type),
+                           defined.count};
+    return PutRecord(file, page, record, defined.values) ? error::None : error::NotEnoughMemory;
+}
+
 } // namespace tiff
 
 using namespace tiff;
@@ -236,15 +225,10 @@ extern "C" int32_t DefineTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32
 {
     if (!IsTiffImageRegistered(file, page))
         return 0;
-    if (!values && count > 0) {
-        SetTiffError(error::InvalidParameters);
-        return 0;
-    }
-    const TagRecord record{0, static_cast<uint16_t>(tag), static_cast<uint16_t>(type), count};
-    if (PutRecord(file, page, record, values))
-        return 1;
-    SetTiffError(error::NotEnoughMemory);
-    return 0;
+    const Status status = DefineTag(file, page, {tag, type, count, values});
+    if (status != error::None)
+        SetTiffError(status);
+    return status == error::None;
 }
 
 extern "C" int32_t DefineTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t type,
@@ -268,10 +252,17 @@ extern "C" uint32_t DefineGeneralTags(HGLOBAL file, uint32_t page, const TiffPag
     if (const PageTags tags(file, page); tags)
         compression = tags.Value(tag::Compression, compression);
     Definition definition{file, page, false};
-    if (compression == compression::OldJpeg)
-        PutJpegPicture(definition, picture);
-    else
-        PutPicture(definition, picture, compression);
+    switch (SchemeTagsOf(compression).picture) {
+    case PictureTags::Strips:
+        PutPicture(definition, picture, RowsPerStrip(picture));
+        break;
+    case PictureTags::OneStrip:
+        PutPicture(definition, picture, picture.height);
+        break;
+    case PictureTags::Tiles:
+        PutTiledPicture(definition, picture);
+        break;
+    }
     return definition.failed ? error::NotEnoughMemory : error::None;
 }
 
@@ -279,16 +270,16 @@ extern "C" uint32_t DefineSpecialTags(HGLOBAL file, uint32_t page, uint32_t kind
 {
     Definition definition{file, page, false};
     switch (kind) {
-    case special::Grey16:
+    case TIFF_SAMPLES_GREY_16:
         PutGrey16(definition, 65535);
         break;
-    case special::Grey12:
+    case TIFF_SAMPLES_GREY_12:
         PutGrey16(definition, 4095);
         break;
-    case special::Cmyk:
+    case TIFF_SAMPLES_CMYK:
         PutSamples(definition, 4);
         break;
-    case special::YCbCr:
+    case TIFF_SAMPLES_YCBCR:
         PutShorts(definition, tag::YCbCrSubSampling, {1, 1});
         PutReferenceBlackWhite(definition);
         break;

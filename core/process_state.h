@@ -15,7 +15,7 @@ struct ProcessState {
 
 extern ProcessState processState;
 
-// False when no thread slot is to be had; the library must not load then.
+// False when no thread slot is available; the library must not load then.
 [[nodiscard]] bool AttachProcess(HMODULE module);
 void DetachProcess();
 

@@ -14,6 +14,17 @@ uint32_t PageRoom(uint32_t pageCount)
     return std::min(std::max(std::bit_ceil(pageCount), LEAST_ROOM), TIFF_MAX_PAGES);
 }
 
+bool MakeRoomForPage(HGLOBAL file)
+{
+    const uint32_t pageCount = Locked<TiffFileRecord>(file)->pageCount;
+    if (pageCount >= TIFF_MAX_PAGES)
+        return false;
+    const uint32_t room = PageRoom(pageCount + 1);
+    if (room == PageRoom(pageCount))
+        return true;
+    return GlobalReAlloc(file, static_cast<SIZE_T>(FileRecordBytes(room)), GMEM_ZEROINIT) == file;
+}
+
 std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page)
 {
     Locked<TiffFileRecord> record(file);

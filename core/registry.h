@@ -23,6 +23,10 @@ inline PageEntry* Pages(TiffFileRecord* record)
     return reinterpret_cast<PageEntry*>(record + 1);
 }
 
+// Makes room for one more page. The handle is the caller's name for the file and stays. False when
+// memory is missing or the file takes no more; the table must not be locked.
+[[nodiscard]] bool MakeRoomForPage(HGLOBAL file);
+
 // A copy of a page's entry, whatever its state; nothing for a page outside the file.
 std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page);
 

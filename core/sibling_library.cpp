@@ -7,7 +7,7 @@
 
 namespace tiff {
 
-// This library's own path with another file name; false when it tells no folder or is too long.
+// This library's own path with another file name; false when it has no folder or is too long.
 static bool PathBesideUs(const char* fileName, char (&path)[MAX_PATH_BYTES])
 {
     const DWORD length = GetModuleFileNameA(processState.module, path, sizeof(path));

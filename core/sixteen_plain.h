@@ -1,4 +1,4 @@
-// What core/sixteen.h offers, for any processor. Its comments tell what each function does.
+// What core/sixteen.h offers, for any processor. The comments there say what each function does.
 #pragma once
 
 #include <cstddef>

@@ -4,9 +4,6 @@
 
 namespace tiff {
 
-static constexpr uint32_t DEFAULT_K_FACTOR = 2;
-static constexpr uint32_t FRESH_BYTE = 0x80;
-
 bool CreateThreadState()
 {
     auto* state =
@@ -14,8 +11,6 @@ bool CreateThreadState()
     if (!state)
         return false;
     state->memoryFiles.fill({nullptr, MEMORY_FILE_FREE, MEMORY_FILE_FREE});
-    state->kFactor = DEFAULT_K_FACTOR;
-    state->codeMask = FRESH_BYTE;
     if (!TlsSetValue(processState.threadSlot, state)) {
         GlobalFree(state);
         return false;

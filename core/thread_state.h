@@ -5,6 +5,7 @@
 #include "core/win32.h"
 
 #include <array>
+#include <cstddef>
 
 namespace tiff {
 
@@ -21,27 +22,27 @@ inline constexpr int32_t MEMORY_FILE_FREE = -1;
 inline constexpr int32_t FIRST_MEMORY_SLOT = 2;
 inline constexpr int32_t LAST_MEMORY_SLOT = 30;
 
-inline constexpr uint32_t SAVE_TEXT_BYTES = 101;
-
-// What the last save chose; texts are written into every page that is saved.
-struct SaveSettings {
-    uint32_t colourCount; // 2 is bilevel
-    uint32_t photometric;
-    uint32_t fillOrder;
-    uint32_t selector;
-    char description[SAVE_TEXT_BYTES];
-    char artist[SAVE_TEXT_BYTES];
+// Room for the settings of a layer above, which says what they are: zeros at first.
+template <size_t BYTES>
+struct LayerRoom {
+    alignas(8) std::array<uint8_t, BYTES> bytes;
 };
 
 struct TiffThreadState {
     uint32_t lastError;
     std::array<MemoryFileSlot, LAST_MEMORY_SLOT + 1> memoryFiles;
-    uint32_t kFactor;  // of Group 3 two-dimensional coding
-    uint32_t codeMask; // the bit of its byte that the next CCITT code begins at; 0x80, a fresh byte
-    SaveSettings save;
-    char rawFileName[260];   // of the last bare fax file that a page was appended to
-    BITMAPINFO* ccittSource; // of the bitmap whose lines DllFillCcittLine fetches; else null
+    LayerRoom<8> codecs;
+    LayerRoom<240> raster;
+    LayerRoom<264> pages;
 };
+
+// The settings that a layer keeps in its room.
+template <class Settings, size_t BYTES>
+Settings& SettingsIn(LayerRoom<BYTES>& room)
+{
+    static_assert(sizeof(Settings) <= BYTES && alignof(Settings) <= 8);
+    return *reinterpret_cast<Settings*>(room.bytes.data());
+}
 
 // The calling thread's record, made on first use. A thread that cannot have one is ended: no
 // function could report anything to it.

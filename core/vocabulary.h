@@ -1,6 +1,8 @@
 // The numbers that TIFF files and callers of the library speak in, by name.
 #pragma once
 
+#include "tiff/values.h"
+
 #include <cstdint>
 
 namespace tiff {
@@ -39,6 +41,7 @@ inline constexpr uint16_t TileWidth = 322;
 inline constexpr uint16_t TileLength = 323;
 inline constexpr uint16_t TileOffsets = 324;
 inline constexpr uint16_t TileByteCounts = 325;
+inline constexpr uint16_t SubIfds = 330;
 inline constexpr uint16_t JpegTables = 347;
 inline constexpr uint16_t JpegProc = 512;
 inline constexpr uint16_t JpegStream = 513; // JPEGInterchangeFormat: a whole picture
@@ -49,6 +52,9 @@ inline constexpr uint16_t JpegDcTables = 520;
 inline constexpr uint16_t JpegAcTables = 521;
 inline constexpr uint16_t YCbCrSubSampling = 530;
 inline constexpr uint16_t ReferenceBlackWhite = 532;
+inline constexpr uint16_t ExifIfd = 34665;
+inline constexpr uint16_t GpsIfd = 34853;
+inline constexpr uint16_t InteroperabilityIfd = 40965;
 } // namespace tag
 
 namespace fieldtype {
@@ -57,44 +63,51 @@ inline constexpr uint16_t Ascii = 2;
 inline constexpr uint16_t Short = 3;
 inline constexpr uint16_t Long = 4;
 inline constexpr uint16_t Rational = 5;
+inline constexpr uint16_t SByte = 6;
 inline constexpr uint16_t Undefined = 7;
+inline constexpr uint16_t SShort = 8;
+inline constexpr uint16_t SLong = 9;
+inline constexpr uint16_t Ifd = 13;
+inline constexpr uint16_t Long8 = 16;
+inline constexpr uint16_t SLong8 = 17;
+inline constexpr uint16_t Ifd8 = 18;
 } // namespace fieldtype
 
+// The public codes under the names that read well inside the library.
 namespace error {
-inline constexpr uint32_t None = 0;
-inline constexpr uint32_t NotEnoughMemory = 1;
-inline constexpr uint32_t CannotOpen = 2;
-inline constexpr uint32_t IndexOutOfRange = 3;
-inline constexpr uint32_t UnexpectedEndOfFile = 5;
-inline constexpr uint32_t InputOutput = 6;
-inline constexpr uint32_t PathTooLong = 7;
-inline constexpr uint32_t NotTiff = 8;
-inline constexpr uint32_t BadTag = 9;
-inline constexpr uint32_t TagsMissing = 10;
-inline constexpr uint32_t UnknownCompression = 11;
-inline constexpr uint32_t BadCode = 12;
-inline constexpr uint32_t TagNotDefined = 13;
-inline constexpr uint32_t BadByteOrder = 14;
-inline constexpr uint32_t BadBitOrder = 15;
-inline constexpr uint32_t ColourFormat = 16;
-inline constexpr uint32_t EofbMissing = 19;
-inline constexpr uint32_t EofbUnexpected = 20;
-inline constexpr uint32_t JpegLibraryMissing = 22;
-inline constexpr uint32_t JpegFunctionMissing = 23;
-inline constexpr uint32_t ClipboardNotBitmap = 24;
-inline constexpr uint32_t ClipboardNotOpened = 25;
-inline constexpr uint32_t ClipboardNoBitmap = 26;
-inline constexpr uint32_t NotRegistered = 27;
-inline constexpr uint32_t DialogLibraryMissing = 28;
-inline constexpr uint32_t InvalidParameters = 29;
-inline constexpr uint32_t BadDib = 30;
-inline constexpr uint32_t InvalidHandle = 34;
-inline constexpr uint32_t MixedByteOrders = 35;
-inline constexpr uint32_t TooLarge = 36;
-inline constexpr uint32_t LastCode = 37;
-inline constexpr uint32_t OldJpegPage =
-    9990; // JPEG pages that the line drivers leave to the whole-file loaders
-inline constexpr uint32_t JpegPage = 9991;
+inline constexpr uint32_t None = TIFF_ERROR_NONE;
+inline constexpr uint32_t NotEnoughMemory = TIFF_ERROR_MEMORY;
+inline constexpr uint32_t CannotOpen = TIFF_ERROR_CANNOT_OPEN;
+inline constexpr uint32_t IndexOutOfRange = TIFF_ERROR_INDEX;
+inline constexpr uint32_t UnexpectedEndOfFile = TIFF_ERROR_END_OF_FILE;
+inline constexpr uint32_t InputOutput = TIFF_ERROR_INPUT_OUTPUT;
+inline constexpr uint32_t PathTooLong = TIFF_ERROR_PATH_TOO_LONG;
+inline constexpr uint32_t NotTiff = TIFF_ERROR_NOT_TIFF;
+inline constexpr uint32_t BadTag = TIFF_ERROR_BAD_TAG;
+inline constexpr uint32_t TagsMissing = TIFF_ERROR_TAGS_MISSING;
+inline constexpr uint32_t UnknownCompression = TIFF_ERROR_COMPRESSION;
+inline constexpr uint32_t BadCode = TIFF_ERROR_BAD_CODE;
+inline constexpr uint32_t TagNotDefined = TIFF_ERROR_TAG_NOT_DEFINED;
+inline constexpr uint32_t BadByteOrder = TIFF_ERROR_BYTE_ORDER;
+inline constexpr uint32_t BadBitOrder = TIFF_ERROR_FILL_ORDER;
+inline constexpr uint32_t ColourFormat = TIFF_ERROR_COLOUR_FORMAT;
+inline constexpr uint32_t EofbMissing = TIFF_ERROR_EOFB_MISSING;
+inline constexpr uint32_t EofbUnexpected = TIFF_ERROR_EOFB_EARLY;
+inline constexpr uint32_t JpegLibraryMissing = TIFF_ERROR_JPEG_LIBRARY;
+inline constexpr uint32_t JpegFunctionMissing = TIFF_ERROR_JPEG_FUNCTION;
+inline constexpr uint32_t ClipboardNotBitmap = TIFF_ERROR_CLIPBOARD_FORMAT;
+inline constexpr uint32_t ClipboardNotOpened = TIFF_ERROR_CLIPBOARD_OPEN;
+inline constexpr uint32_t ClipboardNoBitmap = TIFF_ERROR_CLIPBOARD_BITMAP;
+inline constexpr uint32_t NotRegistered = TIFF_ERROR_NOT_LOADED;
+inline constexpr uint32_t DialogLibraryMissing = TIFF_ERROR_DIALOG_LIBRARY;
+inline constexpr uint32_t InvalidParameters = TIFF_ERROR_PARAMETERS;
+inline constexpr uint32_t BadDib = TIFF_ERROR_BAD_DIB;
+inline constexpr uint32_t InvalidHandle = TIFF_ERROR_HANDLE;
+inline constexpr uint32_t MixedByteOrders = TIFF_ERROR_MIXED_BYTE_ORDERS;
+inline constexpr uint32_t TooLarge = TIFF_ERROR_TOO_LARGE;
+inline constexpr uint32_t LastCode = TIFF_ERROR_LAST;
+inline constexpr uint32_t OldJpegPage = TIFF_ERROR_OLD_JPEG_PAGE;
+inline constexpr uint32_t JpegPage = TIFF_ERROR_JPEG_PAGE;
 } // namespace error
 
 // What FlushDataBuffer says after the last row; never leaves a codec.
@@ -117,6 +130,13 @@ inline constexpr uint32_t ByteAligned = 0x40000;
 inline constexpr uint32_t NoPredictor = 0x10000;
 inline constexpr uint32_t HorizontalDifferencing = 0x20000;
 } // namespace compression
+
+namespace unit { // of resolutions
+inline constexpr uint32_t Inch = 2;
+inline constexpr uint32_t Centimetre = 3;
+} // namespace unit
+
+inline constexpr double INCHES_PER_METRE = 39.37;
 
 namespace photometric {
 inline constexpr uint32_t WhiteIsZero = 0;

@@ -42,9 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (HGLOBAL source = OpenTiffInMemory(block, static_cast<uint32_t>(size), T_READ)) {
         UpdatePageNumbersInMemory(source, 7);
         HGLOBAL copy = OpenTiffInMemory(nullptr, 0, T_CREAT);
-        // A page that is too large for the copy may leave its beginning there.
-        const uint32_t copied = CopyFirstPages(source, copy);
-        if (copied > 0 && NumberOfTiffImages(copy, TIFF_ALL_PAGES) == copied)
+        if (const uint32_t copied = CopyFirstPages(source, copy); copied > 0)
             ExpectPages(copy, copied);
         HGLOBAL made = GetMemoryTiffHandle(copy);
         CloseTiffFile(copy);

@@ -1,11 +1,13 @@
 // Pages are loaded one after the other and their pixels counted against a limit; counting stops
 // when the answer is known.
 #include "tiff/blank_pages.h"
+#include "core/desktop.h"
+#include "core/directory_reader.h"
 #include "core/errors.h"
 #include "core/global_block.h"
+#include "pages/page_edit.h"
 #include "raster/dib.h"
-#include "tiff/files.h"
-#include "tiff/load.h"
+#include "raster/dib_sink.h"
 
 #include <algorithm>
 #include <array>
@@ -44,7 +46,7 @@ bool IsGrey(std::span<const uint8_t> colour)
     return colour[0] == colour[1] && colour[1] == colour[2];
 }
 
-// Wanted: a row is counted through the byte behind its last whole one, which lies in the padding
+// Deliberate: a row is counted through the byte behind its last whole one, which lies in the padding
 // when the width is a multiple of 8; all eight of its bits count then.
 bool TestBilevel(const Search& search, const DibView& view)
 {
@@ -88,7 +90,7 @@ bool TestPixels(const Search& search, const DibView& view, uint32_t pixelBytes, 
     return false;
 }
 
-// Wanted: the levels pair with the colour the other way round than at 24 bits.
+// Deliberate: the levels pair with the colour the other way round than at 24 bits.
 bool TestPalette(const Search& search, const DibView& view)
 {
     std::array<bool, 256> matches{};
@@ -110,54 +112,75 @@ bool TestTrueColour(const Search& search, const DibView& view)
     });
 }
 
-Status TestPage(const Search& search, const char* path, uint32_t page, bool& matches)
+bool IsMatch(const Search& search, const DibView& view)
 {
+    switch (view.bitCount) {
+    case 1:
+        return TestBilevel(search, view);
+    case 8:
+        return TestPalette(search, view);
+    case 24:
+        return TestTrueColour(search, view);
+    default:
+        return false;
+    }
+}
+
+// A picture that is there in part is searched like others.
+Status TestPage(const Search& search, HGLOBAL file, uint32_t page, bool& matches)
+{
+    RowSource source{};
+    Status status = LoadTags(file, page);
+    if (status == error::None)
+        status = OpenPageRows(file, page, PageRows::Any, source);
     GlobalBlock dib;
-    dib.Adopt(LoadTiffIntoDIB(path, page, 0));
-    Locked<uint8_t> block(dib.Get());
+    if (status == error::None)
+        dib.Adopt(RowsToDib(source, status));
+    DropTiffImage(file, page);
+    const Locked<uint8_t> block(dib.Get());
     DibView view;
     if (!block || CompleteDib({block.Get(), GlobalSize(dib.Get())}, view) != error::None)
         return error::InputOutput;
-    switch (view.bitCount) {
-    case 1:
-        matches = TestBilevel(search, view);
-        break;
-    case 8:
-        matches = TestPalette(search, view);
-        break;
-    case 24:
-        matches = TestTrueColour(search, view);
-        break;
-    default:
-        matches = false;
-        break;
-    }
+    StoreLastError(status); // how the page was decoded is for the caller to know
+    matches = IsMatch(search, view);
     return error::None;
 }
 
-uint32_t Fail(Status status)
+// The page's number from 1, 0 for none, or the failure value and the status.
+uint32_t FindPageThat(Search search, const char* path, int32_t firstPage, Status& status)
 {
-    SetTiffError(status);
-    return SEARCH_FAILED;
-}
-
-uint32_t FindPageThat(Search search, const char* path, int32_t firstPage)
-{
-    const uint32_t pages = path ? GetNumberOfImagesInTiffFile(path) : 0;
-    if (pages == 0 || pages == SEARCH_FAILED || !search.colour)
-        return Fail(error::InputOutput);
+    const OpenedTiff file(path, T_READ);
+    status = error::InputOutput;
+    if (!file || file.PageCount() == 0 || !search.colour)
+        return SEARCH_FAILED;
     search.threshold = std::clamp(search.threshold, 0, WHOLE_PAGE);
     const auto first = static_cast<uint32_t>(std::max(firstPage, 0));
-    if (first >= pages)
-        return Fail(error::IndexOutOfRange);
+    if (first >= file.PageCount()) {
+        status = error::IndexOutOfRange;
+        return SEARCH_FAILED;
+    }
+    const BusyCursor busy;
+    // A chain that leads back into itself is looked through once; then it is an error.
+    const uint32_t pages = PagesBeforeRepeat(file.Get());
     for (uint32_t page = first; page < pages; ++page) {
         bool matches = false;
-        if (const Status status = TestPage(search, path, page, matches); status != error::None)
-            return Fail(status);
+        status = TestPage(search, file.Get(), page, matches);
+        if (status != error::None)
+            return SEARCH_FAILED;
         if (matches)
             return page + 1;
     }
-    return 0;
+    status = pages < file.PageCount() ? error::InputOutput : error::None;
+    return status == error::None ? 0 : SEARCH_FAILED;
+}
+
+uint32_t SearchForCaller(const Search& search, const char* path, int32_t firstPage)
+{
+    Status status;
+    const uint32_t found = FindPageThat(search, path, firstPage, status);
+    if (found == SEARCH_FAILED)
+        SetTiffError(status);
+    return found;
 }
 
 } // namespace
@@ -169,11 +192,11 @@ using namespace tiff;
 extern "C" uint32_t FindBlankPage(const char* path, int32_t threshold, int32_t firstPage,
                                   const uint8_t* colour) noexcept
 {
-    return FindPageThat({false, threshold, colour}, path, firstPage);
+    return SearchForCaller({false, threshold, colour}, path, firstPage);
 }
 
 extern "C" uint32_t FindBlackPage(const char* path, int32_t threshold, int32_t firstPage,
                                   const uint8_t* colour) noexcept
 {
-    return FindPageThat({true, threshold, colour}, path, firstPage);
+    return SearchForCaller({true, threshold, colour}, path, firstPage);
 }

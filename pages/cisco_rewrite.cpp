@@ -1,7 +1,8 @@
-// Rewrites a file for one fax server, which wants every page's directory before its data.
+// Saving for one fax server, which wants every page's directory before its data.
 #include "core/errors.h"
 #include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
+#include "raster/save_dib.h"
 #include "tiff/fax_boards.h"
 #include "tiff/files.h"
 
@@ -12,17 +13,21 @@ namespace {
 Status ConvertForCisco(const char* path)
 {
     if (!path || !*path)
-        return Fail(error::InvalidParameters);
+        return error::InvalidParameters;
     const OpenedTiff file(path, T_READ);
     if (!file)
-        return TiffError();
+        return file.OpenStatus();
     if (!file.IsWhole() || file.PageCount() == 0)
-        return Fail(error::InputOutput);
-    // Wanted: when a page cannot be copied, the file goes too. It would be sent as it is.
+        return error::InputOutput;
+    // Deliberate: when a page cannot be copied, the file goes too. It would be sent as it is.
     Replacement rewritten(path, Naming::TempTiff, OnFailure::DeleteBoth);
     if (!rewritten)
-        return TiffError();
-    const Status status = CopyPagesToFile(file.Get(), {0, file.PageCount()}, rewritten.Name(), T_APPEND);
+        return rewritten.NameStatus();
+    Status status;
+    {
+        CopySource source(file.Get(), BrokenBranch::Refused);
+        status = CopyPagesToFile(source, {0, file.PageCount()}, rewritten.Name(), T_APPEND);
+    }
     return status == error::None ? rewritten.Commit() : status;
 }
 
@@ -33,4 +38,14 @@ Status ConvertForCisco(const char* path)
 extern "C" int32_t ConvertTiffToCiscoFormat(const char* path) noexcept
 {
     return tiff::FinishEdit(tiff::ConvertForCisco(path));
+}
+
+extern "C" int32_t SaveTiffForCiscoFormat(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
+                                          uint32_t fillOrder) noexcept
+{
+    using namespace tiff;
+    if (!path || !*path || (fillOrder != TIFF_MSB_FIRST && fillOrder != TIFF_LSB_FIRST))
+        return FinishEdit(error::InvalidParameters);
+    const Status status = SaveDib(dib, {path, selector, dialog, fillOrder, plainSave});
+    return FinishEdit(status == error::None ? ConvertForCisco(path) : status);
 }

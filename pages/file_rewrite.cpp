@@ -12,6 +12,11 @@ namespace {
 
 using FileName = char (&)[MAX_PATH_BYTES];
 
+bool IsThere(const char* path)
+{
+    return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
+}
+
 Status NameInTempFolder(FileName name, const char* prefix)
 {
     char folder[MAX_PATH_BYTES];
@@ -23,7 +28,7 @@ Status NameInTempFolder(FileName name, const char* prefix)
     return error::None;
 }
 
-// Everything behind the last full stop gives way to the ending. Wanted: the stop may be one of a
+// Everything behind the last full stop gives way to the ending. Deliberate: the stop may be one of a
 // folder's name.
 Status ReplaceEnding(FileName name, const char* ending)
 {
@@ -47,7 +52,7 @@ Status ChooseTempName(FileName name)
     return status;
 }
 
-// Wanted: the file that reserves the name stays, for those who look for what was in work.
+// Deliberate: the file that reserves the name stays, for those who look for what was in work.
 Status ChooseTempTiffName(FileName name)
 {
     Status status = NameInTempFolder(name, "tmp");
@@ -58,12 +63,31 @@ Status ChooseTempTiffName(FileName name)
     return status;
 }
 
+// The empty file that reserves the name stays. A path without a folder is one in the current folder.
+Status ChooseNameInFolder(FileName name, const char* path)
+{
+    char folder[MAX_PATH_BYTES];
+    size_t length = strnlen(path, sizeof(folder));
+    if (length == sizeof(folder))
+        return error::PathTooLong;
+    while (length > 0 && !std::strchr("\\/:", path[length - 1]))
+        --length;
+    std::memcpy(folder, path, length);
+    std::strcpy(folder + length, length ? "" : ".");
+    if (GetTempFileNameA(folder, "TMP", 0, name))
+        return error::None;
+    name[0] = 0;
+    return error::InputOutput;
+}
+
 Status ChooseName(FileName name, const char* path, Naming naming)
 {
     if (naming == Naming::TempFolder)
         return ChooseTempName(name);
     if (naming == Naming::TempTiff)
         return ChooseTempTiffName(name);
+    if (naming == Naming::InFolder)
+        return ChooseNameInFolder(name, path);
     if (strnlen(path, sizeof(name)) == sizeof(name))
         return error::PathTooLong;
     std::strcpy(name, path);
@@ -73,10 +97,8 @@ Status ChooseName(FileName name, const char* path, Naming naming)
 } // namespace
 
 Replacement::Replacement(const char* path, Naming naming, OnFailure onFailure)
-    : path(path), onFailure(onFailure)
+    : path(path), onFailure(onFailure), status(ChooseName(name, path, naming))
 {
-    if (const Status status = ChooseName(name, path, naming); status != error::None)
-        SetTiffError(status);
 }
 
 Replacement::~Replacement()
@@ -91,12 +113,44 @@ Replacement::~Replacement()
 Status Replacement::Commit()
 {
     finished = true;
-    const bool deleted = DeleteFileA(path);
-    if (deleted && MoveFileA(name, path))
-        return error::None;
-    stranded = deleted;
-    SetTiffError(error::InputOutput);
-    return error::InputOutput;
+    if (!DeleteFileA(path) && IsThere(path)) {
+        DeleteFileA(name);
+        return error::InputOutput;
+    }
+    stranded = !MoveFileA(name, path);
+    return stranded ? error::InputOutput : error::None;
+}
+
+Status Replacement::Place()
+{
+    finished = MoveFileA(name, path);
+    return finished ? error::None : error::InputOutput;
+}
+
+SetAside::SetAside(const char* path) : path(path)
+{
+    if (!IsThere(path))
+        return;
+    status = ChooseNameInFolder(name, path);
+    if (status == error::None && (!DeleteFileA(name) || !MoveFileA(path, name))) {
+        name[0] = 0;
+        status = error::InputOutput;
+    }
+}
+
+SetAside::~SetAside()
+{
+    if (!name[0])
+        return;
+    DeleteFileA(path);
+    MoveFileA(name, path);
+}
+
+void SetAside::Drop()
+{
+    if (name[0])
+        DeleteFileA(name);
+    name[0] = 0;
 }
 
 bool IsSameFile(TiffStream stream, const char* path)

@@ -6,106 +6,65 @@ namespace tiff {
 
 namespace {
 
-// Bytes of an element: SBYTE, UNDEFINED, SSHORT, SLONG, SRATIONAL, FLOAT, DOUBLE and IFD. Nothing
-// can be said of others.
-constexpr uint32_t FIRST_FOREIGN = 6;
-constexpr uint8_t elementBytes[] = {1, 1, 2, 4, 8, 4, 8, 4};
+// Values may lie upon each other, but not without end.
+constexpr uint64_t VALUE_SLACK = 65536;
 
-uint32_t ForeignElementBytes(uint32_t type)
+bool IsForeign(const RawEntry& entry)
 {
-    const uint32_t index = type - FIRST_FOREIGN;
-    return index < std::size(elementBytes) ? elementBytes[index] : 0;
+    return entry.type < fieldtype::Byte || entry.type > fieldtype::Rational;
 }
 
-// An entry as it stands in the file.
-struct RawEntry {
-    uint16_t tag, type;
-    uint32_t count;
-    uint64_t valueBytes;
-    uint32_t valuePosition;       // in the file, of the entry's own field for values that lie in it
-    std::array<uint8_t, 4> field; // what pages in memory have of few values
-};
-
-bool FetchRaw(DirectoryWindow& source, uint64_t position, RawEntry& entry)
+// The tag in memory, if it still holds the bytes that were loaded from this entry; else null. A foreign
+// value is in memory as single bytes, `count` of them, and there is at least one.
+DirectoryTag* FindUnchanged(std::span<DirectoryTag> tags, const RawEntry& entry,
+                            std::span<const uint8_t> values)
 {
-    const uint8_t* raw = Fetch(source, position, ENTRY_BYTES);
-    if (!raw)
-        return false;
-    entry.tag = Load16(raw, source.byteOrder);
-    entry.type = Load16(raw + 2, source.byteOrder);
-    entry.count = Load32(raw + 4, source.byteOrder);
-    entry.valueBytes = uint64_t{entry.count} * ForeignElementBytes(entry.type);
-    entry.valuePosition =
-        entry.valueBytes > 4 ? Load32(raw + 8, source.byteOrder) : static_cast<uint32_t>(position + 8);
-    std::memcpy(entry.field.data(), raw + 8, 4);
-    return true;
+    const uint32_t count = std::max(entry.count, 1u);
+    const uint8_t* read = count <= 4 ? entry.field.data() : values.data();
+    DirectoryTag* tag = FindTag(tags, entry.tag);
+    const uint32_t type = IsForeign(entry) ? fieldtype::Byte : entry.type;
+    return tag && tag->view.type == type && tag->view.count == count &&
+                   std::equal(read, read + count, tag->view.values.begin())
+               ? tag
+               : nullptr;
 }
 
-// Calls back for every entry of a foreign type with values.
-template <class Visit>
-void ForEachForeign(DirectoryWindow& source, uint32_t directory, Visit visit)
+Status Restore(CopySource& source, const RawEntry& entry, std::span<DirectoryTag> tags)
 {
-    const uint8_t* counted = Fetch(source, directory, 2);
-    const uint32_t entryCount = counted ? Load16(counted, source.byteOrder) : 0;
-    RawEntry entry;
-    for (uint32_t index = 0; index < entryCount; ++index) {
-        if (!FetchRaw(source, directory + 2 + uint64_t{index} * ENTRY_BYTES, entry))
-            return;
-        if (entry.valueBytes > 0)
-            visit(entry);
-    }
-}
-
-bool ReadAt(DirectoryWindow& source, uint32_t position, std::span<uint8_t> bytes)
-{
-    if (mSeek(source.stream, position, 0) != STREAM_FAILED &&
-        mRead(source.stream, bytes.data(), static_cast<uint32_t>(bytes.size())) == bytes.size())
-        return true;
-    source.failed |= IsInFile(source.stream, position, bytes.size());
-    return false;
-}
-
-// The tag if it is still what was read: so many single bytes, wherever those would lie.
-DirectoryTag* FindUnchanged(std::span<DirectoryTag> tags, const RawEntry& entry, std::span<uint8_t> values)
-{
-    const uint8_t* read = entry.count <= 4 ? entry.field.data() : values.data();
-    for (DirectoryTag& tag : tags)
-        if (tag.view.tag == entry.tag)
-            return tag.view.type == fieldtype::Byte && tag.view.count == entry.count &&
-                           std::equal(read, read + entry.count, tag.view.values.begin())
-                       ? &tag
-                       : nullptr;
-    return nullptr;
+    const auto values = source.scratch.TakeSpan<uint8_t>(entry.valueBytes);
+    if (!values.data())
+        return error::NotEnoughMemory;
+    DirectoryTag* tag = ReadValues(source, entry, values) ? FindUnchanged(tags, entry, values) : nullptr;
+    if (!tag)
+        return error::None;
+    // The writer puts the elements that it knows back into the file's order.
+    if (source.window.byteOrder == TIFF_MOTOROLA)
+        SwapElements(values, entry.type);
+    tag->view.type = IsKnownType(entry.type) ? entry.type : fieldtype::Undefined;
+    tag->view.count = entry.count;
+    tag->view.values = values;
+    tag->valueBytes = static_cast<uint32_t>(values.size());
+    return error::None;
 }
 
 } // namespace
 
-uint64_t ForeignBytes(DirectoryWindow& source, uint32_t sourceBytes, uint32_t directory)
+Status RestoreForeignTypes(CopySource& source, uint32_t directory, std::span<DirectoryTag> tags)
 {
-    uint64_t bytes = 0;
-    ForEachForeign(source, directory, [&](const RawEntry& entry) { bytes += entry.valueBytes; });
-    return bytes <= sourceBytes ? bytes : 0;
-}
-
-void RestoreForeignTypes(DirectoryWindow& source, uint32_t directory, std::span<uint8_t> room,
-                         std::span<DirectoryTag> tags)
-{
-    ForEachForeign(source, directory, [&](const RawEntry& entry) {
-        if (entry.valueBytes > room.size())
-            return;
-        const auto values = room.first(static_cast<size_t>(entry.valueBytes));
-        DirectoryTag* tag =
-            ReadAt(source, entry.valuePosition, values) ? FindUnchanged(tags, entry, values) : nullptr;
-        if (!tag)
-            return;
-        // Values are put back in the file's order, with the elements that the writer knows.
-        if (source.byteOrder == TIFF_MOTOROLA)
-            SwapElements(values, entry.type);
-        tag->view.type = entry.type;
-        tag->view.values = values;
-        tag->valueBytes = static_cast<uint32_t>(values.size());
-        room = room.subspan(values.size());
-    });
+    uint64_t budget = uint64_t{source.bytes} * 2 + VALUE_SLACK;
+    const uint32_t entryCount = FetchEntryCount(source, directory).value_or(0);
+    RawEntry entry;
+    for (uint32_t index = 0; index < entryCount; ++index) {
+        if (!FetchRawEntry(source, directory, index, entry))
+            break;
+        const bool isEmptyText = entry.type == fieldtype::Ascii && entry.count == 0;
+        if ((!IsForeign(entry) && !isEmptyText) || !HasValues(source, entry) || entry.valueBytes > budget)
+            continue;
+        budget -= entry.valueBytes;
+        if (const Status status = Restore(source, entry, tags); status != error::None)
+            return status;
+    }
+    return error::None;
 }
 
 } // namespace tiff

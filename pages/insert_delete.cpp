@@ -7,8 +7,8 @@
 #include "core/registry.h"
 #include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
+#include "raster/save_dib.h"
 #include "tiff/files.h"
-#include "tiff/save.h"
 
 namespace tiff {
 
@@ -24,12 +24,10 @@ struct NewPage {
 
 Status AppendNewPage(const char* path, const NewPage& page)
 {
-    if (SaveDIBInTiffFileExt(path, page.dib, page.selector, page.dialog, page.fillOrder))
-        return error::None;
-    return TiffError() != error::None ? TiffError() : STOPPED; // the user may have cancelled
+    return SaveDib(page.dib, {path, page.selector, page.dialog, page.fillOrder, plainSave});
 }
 
-Status CopyUnlessEmpty(HGLOBAL source, PageRange range, const char* path)
+Status CopyUnlessEmpty(CopySource& source, PageRange range, const char* path)
 {
     return range.first < range.end ? CopyPagesToFile(source, range, path, T_APPEND) : error::None;
 }
@@ -50,7 +48,7 @@ Status LinkPosition(Relinking& work, uint32_t page, uint32_t& position)
     const uint32_t directory = FindPage(work.file, page - 1)->directoryOffset;
     const uint8_t* counted = Fetch(work.window, directory, 2);
     if (!counted)
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     position = directory + 2 + Load16(counted, work.window.byteOrder) * ENTRY_BYTES;
     return error::None;
 }
@@ -83,14 +81,14 @@ Status InsertInPlace(const char* path, const NewPage& page, uint32_t position, b
         return status;
     const OpenedTiff file(path, T_READ);
     if (!file)
-        return TiffError();
+        return file.OpenStatus();
     const uint32_t last = file.PageCount() - 1;
     const uint32_t next = replace ? position + 1 : position;
     if (position >= last)
         return error::None;
     Relinking work = BeginRelinking(path, file);
     if (!work.stream)
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     // From the end of the chain to its beginning: no moment shows a circle, and none hides an
     // old page that is to stay.
     Status status = Relink(work, last, 0);
@@ -106,8 +104,19 @@ Status DeleteInPlace(const char* path, const OpenedTiff& file, uint32_t page)
 {
     Relinking work = BeginRelinking(path, file);
     if (!work.stream)
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     return Relink(work, page, DirectoryOf(file.Get(), page + 1));
+}
+
+Status BuildInserted(const char* path, const OpenedTiff& file, const NewPage& page, uint32_t position,
+                     bool replace)
+{
+    CopySource source(file.Get(), BrokenBranch::Refused);
+    if (CopyUnlessEmpty(source, {0, position}, path) != error::None)
+        return error::InputOutput;
+    if (const Status status = AppendNewPage(path, page); status != error::None)
+        return status;
+    return CopyUnlessEmpty(source, {replace ? position + 1 : position, file.PageCount()}, path);
 }
 
 Status InsertByCopy(const char* path, const OpenedTiff& file, const NewPage& page, uint32_t position,
@@ -115,43 +124,37 @@ Status InsertByCopy(const char* path, const OpenedTiff& file, const NewPage& pag
 {
     Replacement rewritten(path, Naming::TempFolder, OnFailure::DeleteNew);
     if (!rewritten)
-        return TiffError();
-    if (CopyUnlessEmpty(file.Get(), {0, position}, rewritten.Name()) != error::None)
-        return Fail(error::InputOutput);
-    if (const Status status = AppendNewPage(rewritten.Name(), page); status != error::None)
-        return status;
-    const PageRange rest{replace ? position + 1 : position, file.PageCount()};
-    if (const Status status = CopyUnlessEmpty(file.Get(), rest, rewritten.Name()); status != error::None)
-        return status;
-    return rewritten.Commit();
+        return rewritten.NameStatus();
+    const Status status = BuildInserted(rewritten.Name(), file, page, position, replace);
+    return status == error::None ? rewritten.Commit() : status;
 }
 
 bool HasContent(const char* path)
 {
-    const KeepLastError keep;
     const FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
-    return file && GetFileSize(file.Get(), nullptr) != 0;
+    LARGE_INTEGER size;
+    return file && (!GetFileSizeEx(file.Get(), &size) || size.QuadPart != 0);
 }
 
 // A file that cannot be opened gets the page as its last, if it can be had for that. This is for
 // files that are new: one that only could not be read this time would get it in the wrong place.
-bool MayOpenLater(Status error)
+bool MayOpenLater(Status status)
 {
-    return error == error::NotEnoughMemory || error == error::InputOutput;
+    return status == error::NotEnoughMemory || status == error::InputOutput;
 }
 
 Status InsertPage(const char* path, const NewPage& page, uint32_t position, bool inPlace, bool replace)
 {
     const OpenedTiff file(path, T_READ);
-    if (!file && HasContent(path) && MayOpenLater(TiffError()))
-        return TiffError();
+    if (!file && HasContent(path) && MayOpenLater(file.OpenStatus()))
+        return file.OpenStatus();
     if (!file || position >= file.PageCount())
         return AppendNewPage(path, page);
     // New pages are in Intel order, and a file has one order only.
     if (file.ByteOrder() == TIFF_MOTOROLA)
-        return Fail(error::MixedByteOrders);
+        return error::MixedByteOrders;
     if (!file.IsWhole())
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     return inPlace ? InsertInPlace(path, page, position, replace)
                    : InsertByCopy(path, file, page, position, replace);
 }
@@ -160,78 +163,28 @@ Status DeletePage(const char* path, int32_t page, bool inPlace)
 {
     const OpenedTiff file(path, T_READ);
     if (!file)
-        return TiffError();
+        return file.OpenStatus();
     const int64_t deleted = page == -1 ? int64_t{file.PageCount()} - 1 : page;
     if (deleted < 0 || deleted >= file.PageCount())
-        return Fail(error::IndexOutOfRange);
+        return error::IndexOutOfRange;
     if (!file.IsWhole())
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     const auto first = static_cast<uint32_t>(deleted);
     return inPlace && file.PageCount() > 1 ? DeleteInPlace(path, file, first)
-                                           : DeletePages(path, file, {first, first + 1}).status;
-}
-
-Status CopyWithout(const OpenedTiff& file, PageRange range, const char* path)
-{
-    const OpenedTiff built(path, T_APPEND);
-    if (!built)
-        return TiffError();
-    CopyRun run(file.Get(), built.Get());
-    Status status = CopyPages(run, {0, range.first});
-    if (status == error::None)
-        status = CopyPages(run, {range.end, file.PageCount()});
-    return FinishCopy(run, status);
+                                           : DeletePages(path, file, {first, first + 1});
 }
 
 Status Reorder(const char* path)
 {
     const OpenedTiff file(path, T_READ);
     if (!file)
-        return TiffError();
+        return file.OpenStatus();
     if (!file.IsWhole())
-        return Fail(error::InputOutput);
-    return file.PageCount() > 1 ? DeletePages(path, file, {0, 0}).status : error::None;
+        return error::InputOutput;
+    return file.PageCount() > 1 ? DeletePages(path, file, {0, 0}) : error::None;
 }
 
 } // namespace
-
-OpenedTiff::OpenedTiff(const char* path, uint32_t mode)
-    : file(OpenTiffFile(path, mode)), whole(file && TiffError() == error::None)
-{
-}
-
-OpenedTiff::~OpenedTiff()
-{
-    CloseTiffFile(file);
-}
-
-uint32_t OpenedTiff::PageCount() const
-{
-    return NumberOfTiffImages(file, TIFF_ALL_PAGES);
-}
-
-uint32_t OpenedTiff::ByteOrder() const
-{
-    return Locked<TiffFileRecord>(file)->byteOrder;
-}
-
-Deletion DeletePages(const char* path, const OpenedTiff& file, PageRange range)
-{
-    if (range.first == 0 && range.end >= file.PageCount())
-        return {DeleteFileA(path) ? error::None : Fail(error::InputOutput), false};
-    Replacement rewritten(path, Naming::TempFolder, OnFailure::DeleteNew);
-    Status status = rewritten ? CopyWithout(file, range, rewritten.Name()) : TiffError();
-    if (status == error::None)
-        status = rewritten.Commit();
-    return {status, rewritten.IsStranded()};
-}
-
-int32_t FinishEdit(Status status)
-{
-    if (status != STOPPED)
-        StoreLastError(status);
-    return status == error::None;
-}
 
 } // namespace tiff
 

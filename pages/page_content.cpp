@@ -1,80 +1,58 @@
 #include "pages/page_content.h"
 
+#include "core/registry.h"
+#include "core/scheme_tags.h"
+#include "pages/foreign_values.h"
+
 #include <algorithm>
+#include <numeric>
 
 namespace tiff {
 
 namespace {
 
-constexpr uint32_t QUANTISATION_BYTES = 64;
-constexpr uint32_t CODE_LENGTHS = 16;
-
-constexpr Reference strips = {tag::StripOffsets, tag::StripByteCounts, {}};
 constexpr Reference tiles = {tag::TileOffsets, tag::TileByteCounts, {}};
-constexpr Reference jpegReferences[] = {
-    {tag::JpegQTables, 0, {}},
-    {tag::JpegDcTables, 0, {}},
-    {tag::JpegAcTables, 0, {}},
-    {tag::JpegStream, tag::JpegStreamLength, {}},
-};
+constexpr Reference wholeStream = {tag::JpegStream, tag::JpegStreamLength, {}};
 
-void AddIf(PageContent& content, bool wanted, const Reference& reference)
-{
-    if (wanted)
-        content.references[content.referenceCount++] = reference;
-}
+// The value of data that is not there, and whose offset says so.
+constexpr uint32_t ABSENT = UINT32_MAX;
 
-// Old-style JPEG keeps its picture in tiles and its tables outside the directory. Tiles of other
-// pages are copied only when they stand instead of strips.
-void FindReferences(const PageTags& tags, PageContent& content)
-{
-    const bool oldJpeg = tags.Value(tag::Compression, compression::Stored) == compression::OldJpeg;
-    const bool inTiles = tags.Find(tag::TileOffsets) && (oldJpeg || !tags.Find(tag::StripOffsets));
-    const Reference& data = inTiles ? tiles : strips;
-    content.referenceCount = 0;
-    AddIf(content, tags.Find(data.offsets) || tags.Find(data.lengths), data);
-    for (const Reference& reference : jpegReferences)
-        AddIf(content, oldJpeg && tags.Find(reference.offsets), reference);
-}
+constexpr uint8_t zeros[4] = {};
 
 std::span<Reference> References(PageContent& content)
 {
     return std::span(content.references).first(content.referenceCount);
 }
 
-size_t CountOf(const PageTags& tags, uint16_t tag)
+// The first value of a tag, or what stands for a missing one.
+uint32_t ValueOf(const CopySource& source, PageContent& content, uint32_t number, uint32_t fallback)
 {
-    const auto found = tags.Find(tag);
-    return found ? found->count : 0;
+    const DirectoryTag* tag = FindTag(content.tags, number);
+    return tag ? WholeNumber(tag->view, 0, source.window.byteOrder).value_or(fallback) : fallback;
 }
 
-size_t ValueCount(const PageTags& tags, PageContent& content)
+// A tag of LONGs with these values.
+void SetLongs(DirectoryTag& tag, std::span<const uint32_t> values)
 {
-    size_t count = 0;
-    for (const Reference& reference : References(content))
-        count += CountOf(tags, reference.offsets);
-    return count;
+    tag.view.type = fieldtype::Long;
+    tag.view.count = static_cast<uint32_t>(values.size());
+    tag.view.values = {reinterpret_cast<const uint8_t*>(values.data()), values.size_bytes()};
+    tag.valueBytes = static_cast<uint32_t>(values.size_bytes());
 }
 
-struct Source {
-    DirectoryWindow& window;
-    uint32_t bytes;
-};
-
-uint64_t TableBytes(const Source& source, const Reference& reference, uint32_t offset)
+uint64_t TableBytes(CopySource& source, const Reference& reference, uint32_t offset)
 {
-    if (reference.offsets == tag::JpegQTables)
-        return QUANTISATION_BYTES;
-    uint64_t bytes = CODE_LENGTHS;
-    if (const uint8_t* counts = Fetch(source.window, offset, CODE_LENGTHS))
-        for (uint32_t length = 0; length < CODE_LENGTHS; ++length)
-            bytes += counts[length];
+    const TableTag& table = *reference.table;
+    uint64_t bytes = table.bytes;
+    const uint8_t* counts = table.beginsWithCounts ? Fetch(source.window, offset, table.bytes) : nullptr;
+    if (counts)
+        bytes = std::accumulate(counts, counts + table.bytes, bytes);
     return bytes;
 }
 
 // Of data that reaches beyond the end of the source, what is there is copied. What follows comes
 // right behind it, so that its offset is true. Neighbours are copied in one piece.
-void AddSegment(PageContent& content, const Source& source, uint32_t offset, uint64_t bytes)
+void AddSegment(PageContent& content, const CopySource& source, uint32_t offset, uint64_t bytes)
 {
     const uint32_t there = source.bytes - std::min(offset, source.bytes);
     const auto kept = static_cast<uint32_t>(std::min<uint64_t>(bytes, there));
@@ -91,42 +69,177 @@ void AddSegment(PageContent& content, const Source& source, uint32_t offset, uin
     content.segments.back() = {offset, kept};
 }
 
-Status AddReference(PageContent& content, const Source& source, const PageTags& tags, Reference& reference)
+// One pair of tags, value by value.
+struct ReferenceWork {
+    CopySource& source;
+    PageContent& content;
+    Reference& reference;
+    DirectoryTag* offsets;
+    DirectoryTag* lengths;             // null for tables
+    std::span<uint32_t> foundLengths;  // in place of those in the file, if some must be others
+    std::span<const Segment> inStream; // the whole stream, which may hold the data too
+};
+
+// Room for lengths of which some are to be written otherwise than they are in the file.
+Status TakeLengths(ReferenceWork& work)
 {
-    const auto offsets = tags.Find(reference.offsets);
-    const auto lengths = tags.Find(reference.lengths);
-    if (!offsets || (reference.lengths && !lengths))
-        return error::TagsMissing;
-    if (offsets->count == 0 || (reference.lengths && lengths->count != offsets->count))
+    if (!work.foundLengths.empty())
+        return error::None;
+    work.foundLengths = work.source.scratch.TakeSpan<uint32_t>(work.lengths->view.count);
+    for (uint32_t index = 0; index < work.foundLengths.size(); ++index)
+        work.foundLengths[index] =
+            WholeNumber(work.lengths->view, index, work.source.window.byteOrder).value_or(0);
+    return work.foundLengths.empty() ? error::NotEnoughMemory : error::None;
+}
+
+// The length of data that is said to have none, to be written as if it had been there.
+Status FindLength(ReferenceWork& work, uint32_t index, uint32_t offset, uint32_t& bytes)
+{
+    Status status = BytesToNext(work.source, offset, bytes);
+    if (status == error::None)
+        status = TakeLengths(work);
+    if (status == error::None)
+        work.foundLengths[index] = bytes;
+    return status;
+}
+
+// Of pages with many strips or tiles some may have no data, at offset 0.
+bool IsAbsent(const ReferenceWork& work, uint32_t offset, uint32_t length)
+{
+    return offset == 0 && length == 0 && work.lengths->view.values.data() != zeros;
+}
+
+Status AddValue(ReferenceWork& work, uint32_t index)
+{
+    const uint32_t byteOrder = work.source.window.byteOrder;
+    const auto offset = WholeNumber(work.offsets->view, index, byteOrder);
+    auto length = work.lengths ? WholeNumber(work.lengths->view, index, byteOrder) : 0;
+    if (!offset || !length)
         return error::BadTag;
-    for (uint32_t index = 0; index < offsets->count; ++index) {
-        const auto offset = offsets->Number(index);
-        const auto length = reference.lengths ? lengths->Number(index) : 0;
-        if (!offset || !length)
-            return error::BadTag;
-        if (content.dataBytes > UINT32_MAX)
-            return error::InputOutput;
-        reference.values[index] = static_cast<uint32_t>(content.dataBytes);
-        AddSegment(content, source, *offset,
-                   reference.lengths ? *length : TableBytes(source, reference, *offset));
-    }
+    uint32_t& value = work.reference.values[index];
+    value = ABSENT;
+    if (work.lengths && IsAbsent(work, *offset, *length))
+        return error::None;
+    if (work.lengths && *length == 0)
+        if (const Status status = FindLength(work, index, *offset, *length); status != error::None)
+            return status;
+    if (work.content.dataBytes > UINT32_MAX)
+        return error::InputOutput;
+    const uint64_t bytes = work.lengths ? *length : TableBytes(work.source, work.reference, *offset);
+    for (const Segment& stream : work.inStream)
+        if (*offset >= stream.offset && *offset + bytes <= uint64_t{stream.offset} + stream.bytes) {
+            value = *offset - stream.offset;
+            return error::None;
+        }
+    value = static_cast<uint32_t>(work.content.dataBytes);
+    AddSegment(work.content, work.source, *offset, bytes);
     return error::None;
 }
 
-DirectoryTag& TagOf(PageContent& content, const Reference& reference)
+Status AddReference(CopySource& source, PageContent& content, Reference& reference,
+                    std::span<const Segment> inStream)
 {
-    return *std::ranges::find(content.tags, reference.offsets,
-                              [](const DirectoryTag& tag) { return tag.view.tag; });
+    DirectoryTag* offsets = FindTag(content.tags, reference.offsets);
+    DirectoryTag* lengths = reference.lengths ? FindTag(content.tags, reference.lengths) : nullptr;
+    if (!offsets || (reference.lengths && !lengths))
+        return error::TagsMissing;
+    if (offsets->view.count == 0 || (lengths && lengths->view.count != offsets->view.count))
+        return error::BadTag;
+    // A count is at most as large as the values that were loaded, or the first look fails.
+    if (!WholeNumber(offsets->view, offsets->view.count - 1, source.window.byteOrder))
+        return error::BadTag;
+    reference.values = source.scratch.TakeSpan<uint32_t>(offsets->view.count);
+    if (reference.values.empty())
+        return error::NotEnoughMemory;
+    ReferenceWork work{source, content, reference, offsets, lengths, {}, inStream};
+    // Lengths of types that readers may not expect become LONGs, as offsets do.
+    if (lengths && lengths->view.type > fieldtype::Long)
+        if (const Status status = TakeLengths(work); status != error::None)
+            return status;
+    for (uint32_t index = 0; index < offsets->view.count; ++index)
+        if (const Status status = AddValue(work, index); status != error::None)
+            return status;
+    if (!work.foundLengths.empty())
+        SetLongs(*lengths, work.foundLengths);
+    return error::None;
 }
 
-// Offsets that outgrow their type become LONGs; true when one did. The last is the largest.
+// A whole stream is cut at the end of the file. Without a length it goes up to what comes next.
+// Returns nothing when there is no such stream.
+std::optional<Segment> FindStream(CopySource& source, PageContent& content, uint32_t offset)
+{
+    uint32_t bytes = ValueOf(source, content, tag::JpegStreamLength, 0);
+    if (offset >= source.bytes)
+        return std::nullopt;
+    if (bytes == 0 && BytesToNext(source, offset, bytes) != error::None)
+        return std::nullopt;
+    return Segment{offset, std::min(bytes, source.bytes - offset)};
+}
+
+// The stream comes first. Strips and tables that lie in it are not copied once more.
+Status AddStream(CopySource& source, PageContent& content, const SchemeTags& scheme)
+{
+    DirectoryTag* offsets = FindTag(content.tags, tag::JpegStream);
+    if (!offsets)
+        return error::None;
+    const uint32_t offset = ValueOf(source, content, tag::JpegStream, 0);
+    if (offset == 0)
+        return error::None;
+    const auto stream = FindStream(source, content, offset);
+    if (!stream && scheme.dataInTiles && offset < source.bytes)
+        return error::BadTag;
+    if (!stream) {
+        RemoveTag(content, tag::JpegStream);
+        RemoveTag(content, tag::JpegStreamLength);
+        return error::None;
+    }
+    const auto values = source.scratch.TakeSpan<uint32_t>(2);
+    if (values.empty())
+        return error::NotEnoughMemory;
+    Reference& reference = content.references[content.referenceCount++] = wholeStream;
+    reference.values = values.first(1);
+    reference.values[0] = 0;
+    if (offsets->view.count != 1)
+        SetLongs(*offsets, reference.values);
+    values[1] = stream->bytes;
+    DirectoryTag* length = FindTag(content.tags, tag::JpegStreamLength);
+    if (length && ValueOf(source, content, tag::JpegStreamLength, 0) != stream->bytes)
+        SetLongs(*length, values.last(1));
+    AddSegment(content, source, stream->offset, stream->bytes);
+    return error::None;
+}
+
+// One segment for each value at most.
+Status TakeSegments(CopySource& source, PageContent& content)
+{
+    uint64_t count = 1;
+    for (const uint32_t number :
+         {tag::StripOffsets, tag::TileOffsets, tag::JpegQTables, tag::JpegDcTables, tag::JpegAcTables})
+        if (const DirectoryTag* tag = FindTag(content.tags, number))
+            count += std::min<uint64_t>(tag->view.count, tag->view.values.size());
+    content.segments = {source.scratch.TakeSpan<Segment>(count).data(), 0};
+    content.dataBytes = 0;
+    content.referenceCount = 0;
+    return content.segments.data() ? error::None : error::NotEnoughMemory;
+}
+
+uint32_t LargestValue(const Reference& reference)
+{
+    uint32_t largest = 0;
+    for (const uint32_t value : reference.values)
+        largest = value == ABSENT ? largest : std::max(largest, value);
+    return largest;
+}
+
+// Offsets that are no LONGs, or SHORTs that stay large enough, become LONGs; true when some did.
 bool WidenOffsets(PageContent& content)
 {
     bool widened = false;
     for (const Reference& reference : References(content)) {
-        DirectoryTag& tag = TagOf(content, reference);
-        const uint64_t largest = uint64_t{content.layout.end} + reference.values.back();
-        if (ElementBytes(tag.view.type) == 4 || (tag.view.type == fieldtype::Short && largest <= UINT16_MAX))
+        DirectoryTag& tag = *FindTag(content.tags, reference.offsets);
+        const bool fits = tag.view.type == fieldtype::Short &&
+                          uint64_t{content.layout.end} + LargestValue(reference) <= UINT16_MAX;
+        if (tag.view.type == fieldtype::Long || fits)
             continue;
         tag.view.type = fieldtype::Long;
         tag.valueBytes = static_cast<uint32_t>(reference.values.size_bytes());
@@ -139,52 +252,89 @@ bool WidenOffsets(PageContent& content)
 void RebaseOffsets(PageContent& content)
 {
     for (const Reference& reference : References(content)) {
-        DirectoryTag& tag = TagOf(content, reference);
+        DirectoryTag& tag = *FindTag(content.tags, reference.offsets);
         auto* bytes = reinterpret_cast<uint8_t*>(reference.values.data());
         const uint32_t step = ElementBytes(tag.view.type);
         for (size_t index = 0; index < reference.values.size(); ++index) {
-            const uint32_t offset = content.layout.end + reference.values[index];
+            const uint32_t value = reference.values[index];
+            const uint32_t offset = value == ABSENT ? 0 : content.layout.end + value;
             std::memcpy(bytes + index * step, &offset, step);
         }
         tag.view.values = {bytes, tag.valueBytes};
     }
 }
 
-void DescribeTags(const PageTags& tags, PageContent& content)
+// A single strip or tile without a byte count gets one of 0, which is then found out.
+void AddMissingLength(const PageTags& tags, const Reference& reference, DirectoryTag*& end)
 {
-    uint32_t position = 0, count = 0;
-    while (const auto view = count < tags.Count() ? tags.Next(position) : std::nullopt)
-        content.tags[count++] = Described(*view);
-    content.tags = content.tags.first(count);
+    const auto offsets = tags.Find(reference.offsets);
+    if (offsets && offsets->count == 1 && !tags.Find(reference.lengths) && tags.Count() < UINT16_MAX)
+        *end++ = Described({reference.lengths, fieldtype::Long, 1, zeros});
 }
 
 } // namespace
 
-uint64_t ContentBytes(const PageTags& tags)
+Status DescribePage(CopySource& source, uint32_t page, const PageTags& tags, PageContent& content)
 {
-    PageContent content{};
-    FindReferences(tags, content);
-    return uint64_t{tags.Count()} * sizeof(DirectoryTag) +
-           uint64_t{ValueCount(tags, content)} * (sizeof(Segment) + sizeof(uint32_t));
+    content.tags = source.scratch.TakeSpan<DirectoryTag>(tags.Count() + uint64_t{1});
+    if (content.tags.empty())
+        return error::NotEnoughMemory;
+    DirectoryTag* end = content.tags.data();
+    uint32_t position = 0;
+    for (uint32_t left = tags.Count(); left > 0; --left)
+        if (const auto view = tags.Next(position))
+            *end++ = Described(*view);
+    AddMissingLength(tags, tags.Find(tag::StripOffsets) ? stripReference : tiles, end);
+    content.tags = {content.tags.data(), end};
+    SortTags(content.tags);
+    const uint32_t directory = FindPage(source.file, page)->directoryOffset;
+    const Status status = directory != 0 ? RestoreForeignTypes(source, directory, content.tags) : error::None;
+    return status == error::None && source.window.failed ? error::InputOutput : status;
 }
 
-Status FindContent(const PageTags& tags, DirectoryWindow& source, uint32_t sourceBytes,
-                   std::span<uint8_t> room, PageContent& content)
+// Tiles are copied where a scheme keeps its data in them, or where they stand instead of strips.
+Status FindContent(CopySource& source, PageContent& content)
 {
-    FindReferences(tags, content);
-    content.tags = {reinterpret_cast<DirectoryTag*>(room.data()), tags.Count()};
-    content.segments = {reinterpret_cast<Segment*>(content.tags.data() + tags.Count()), 0};
-    content.dataBytes = 0;
-    auto* values = reinterpret_cast<uint32_t*>(content.segments.data() + ValueCount(tags, content));
-    for (Reference& reference : References(content)) {
-        reference.values = {values, CountOf(tags, reference.offsets)};
-        values += reference.values.size();
-        if (const Status status = AddReference(content, {source, sourceBytes}, tags, reference);
-            status != error::None)
-            return status;
+    const SchemeTags scheme = SchemeTagsOf(ValueOf(source, content, tag::Compression, compression::Stored));
+    Status status = TakeSegments(source, content);
+    if (status == error::None)
+        status = AddStream(source, content, scheme);
+    Segment first{};
+    std::span<const Segment> inStream;
+    if (content.referenceCount > 0) {
+        first = content.segments[0];
+        inStream = {&first, 1};
     }
-    DescribeTags(tags, content);
-    return error::None;
+    const auto add = [&](bool wanted, const Reference& reference) {
+        if (status != error::None || !wanted)
+            return;
+        Reference& added = content.references[content.referenceCount++] = reference;
+        status = AddReference(source, content, added, inStream);
+    };
+    const bool inTiles = FindTag(content.tags, tag::TileOffsets) &&
+                         (scheme.dataInTiles || !FindTag(content.tags, tag::StripOffsets));
+    const Reference& data = inTiles ? tiles : stripReference;
+    add(FindTag(content.tags, data.offsets) || FindTag(content.tags, data.lengths), data);
+    for (const TableTag& table : scheme.tables)
+        add(FindTag(content.tags, table.tag), {table.tag, 0, {}, &table});
+    return status == error::None && source.window.failed ? error::InputOutput : status;
+}
+
+Status FindReference(CopySource& source, PageContent& content, const Reference& reference)
+{
+    if (const Status status = TakeSegments(source, content); status != error::None)
+        return status;
+    Reference& added = content.references[content.referenceCount++] = reference;
+    return AddReference(source, content, added, {});
+}
+
+void RemoveTag(PageContent& content, uint32_t number)
+{
+    DirectoryTag* tag = FindTag(content.tags, number);
+    if (!tag)
+        return;
+    std::move(tag + 1, content.tags.data() + content.tags.size(), tag);
+    content.tags = content.tags.first(content.tags.size() - 1);
 }
 
 Status PlaceContent(PageContent& content, uint32_t start)

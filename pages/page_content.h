@@ -1,9 +1,11 @@
-// What a page consists of besides its tags, where it lies in its file, and where it goes in a
+// What a directory consists of besides its tags, where it lies in its file, and where it goes in a
 // copy. Nothing is written here.
 #pragma once
 
-#include "core/directory_layout.h"
-#include "core/directory_window.h"
+#include "core/scheme_tags.h"
+
+#include "core/tag_block.h"
+#include "pages/raw_entries.h"
 
 #include <span>
 
@@ -17,12 +19,16 @@ struct Segment {
 // Tags whose values are offsets of data, and how long the data is.
 struct Reference {
     uint16_t offsets;
-    uint16_t lengths;           // the tag that tells; 0 for tables that tell themselves
+    uint16_t lengths;           // the tag with the lengths; 0 for tables
     std::span<uint32_t> values; // counted from where the data begins; then the final offsets
+    const TableTag* table = nullptr;
 };
 
+inline constexpr Reference stripReference = {tag::StripOffsets, tag::StripByteCounts, {}};
+
+// Everything it points to lies in the source's scratch, or in the page's tags.
 struct PageContent {
-    std::span<DirectoryTag> tags;
+    std::span<DirectoryTag> tags; // in order
     std::span<Segment> segments;
     uint64_t dataBytes;
     std::array<Reference, 5> references;
@@ -30,18 +36,23 @@ struct PageContent {
     DirectoryLayout layout;
 };
 
-// The room that the content of a page takes.
-uint64_t ContentBytes(const PageTags& tags);
+// Takes the tags of a page, with their types in the file. A single strip without a byte count gets
+// one of 0. Returns 1 or 6.
+[[nodiscard]] Status DescribePage(CopySource& source, uint32_t page, const PageTags& tags,
+                                  PageContent& content);
 
-// Finds the data of a page. The room is as large as ContentBytes says, on an address for any
-// type, and everything in the content points into it or into the tags. Returns 6 for data that no
-// file can hold, 9 for offsets and lengths that differ in number or are none, and 10 when one of
-// them is missing.
-[[nodiscard]] Status FindContent(const PageTags& tags, DirectoryWindow& source, uint32_t sourceBytes,
-                                 std::span<uint8_t> room, PageContent& content);
+// Finds the data of a directory. Returns 1, 6 for data that no file can hold, 9 for offsets and
+// lengths that differ in number, are none or cannot be known, and 10 when one of them is missing.
+[[nodiscard]] Status FindContent(CopySource& source, PageContent& content);
 
-// Lays a page out at a file position and gives its tags the offsets that its data will have right
-// behind the directory. Returns 6 for a page that would reach beyond 4 GiB.
+// Finds the data that one pair of tags leads to, alone.
+[[nodiscard]] Status FindReference(CopySource& source, PageContent& content, const Reference& reference);
+
+// Takes a tag out.
+void RemoveTag(PageContent& content, uint32_t number);
+
+// Lays a directory out at a file position and gives its tags the offsets that its data will have
+// right behind it. Returns 6 for one that would reach beyond 4 GiB.
 [[nodiscard]] Status PlaceContent(PageContent& content, uint32_t start);
 
 } // namespace tiff

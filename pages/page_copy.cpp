@@ -1,14 +1,13 @@
 #include "pages/page_copy.h"
 
 #include "core/directory_reader.h"
-#include "core/directory_writer.h"
 #include "core/errors.h"
 #include "core/registry.h"
 #include "pages/file_rewrite.h"
-#include "pages/foreign_values.h"
-#include "pages/page_content.h"
+#include "pages/page_edit.h"
+#include "pages/sub_directories.h"
+#include "tiff/define.h"
 #include "tiff/files.h"
-#include "tiff/pages.h"
 
 #include <algorithm>
 
@@ -23,138 +22,102 @@ constexpr uint32_t BufferBytes(uint32_t sourceBytes)
     return std::clamp(sourceBytes, LEAST, MOST);
 }
 
-Status Flush(CopyOutput& output)
+// A directory, with the link to the next one, and its data.
+Status AppendContent(CopyRun& run, const PageContent& content, uint32_t link)
 {
-    if (output.filled && mWrite(output.stream, output.buffer.data(), output.filled) != output.filled)
-        return Fail(error::InputOutput);
-    output.flushed += output.filled;
-    output.filled = 0;
-    return error::None;
-}
-
-uint32_t EndOf(const CopyOutput& output)
-{
-    return output.flushed + output.filled;
-}
-
-Status Append(CopyOutput& output, std::span<const uint8_t> bytes)
-{
-    while (!bytes.empty()) {
-        if (output.filled == output.buffer.size())
-            if (const Status status = Flush(output); status != error::None)
-                return status;
-        const auto part = bytes.first(std::min(bytes.size(), output.buffer.size() - output.filled));
-        std::memcpy(&output.buffer[output.filled], part.data(), part.size());
-        output.filled += static_cast<uint32_t>(part.size());
-        bytes = bytes.subspan(part.size());
-    }
-    return error::None;
-}
-
-// Reads straight into the buffer. The segment exists: bytes that do not arrive are an error.
-Status AppendSegment(CopyOutput& output, TiffStream source, Segment segment)
-{
-    if (mSeek(source, segment.offset, 0) == STREAM_FAILED)
-        return Fail(error::InputOutput);
-    while (segment.bytes > 0) {
-        if (output.filled == output.buffer.size())
-            if (const Status status = Flush(output); status != error::None)
-                return status;
-        const auto room = static_cast<uint32_t>(output.buffer.size()) - output.filled;
-        const uint32_t arrived = mRead(source, &output.buffer[output.filled], std::min(segment.bytes, room));
-        if (arrived == 0 || arrived == STREAM_FAILED)
-            return Fail(error::InputOutput);
-        output.filled += arrived;
-        segment.bytes -= arrived;
-    }
-    return error::None;
-}
-
-// Writes a link where it lies: in the buffer, or in the file in front of it.
-Status PutLink(CopyOutput& output, uint32_t directoryOffset)
-{
-    if (output.linkPosition >= output.flushed) {
-        Store32(&output.buffer[output.linkPosition - output.flushed], directoryOffset, output.byteOrder);
-        return error::None;
-    }
-    if (output.flushed - output.linkPosition < 4)
-        if (const Status status = Flush(output); status != error::None)
-            return status;
-    if (const Status status =
-            PatchLink(output.stream, output.linkPosition, directoryOffset, output.byteOrder);
-        status != error::None)
-        return status;
-    const bool back = mSeek(output.stream, output.flushed, 0) != STREAM_FAILED;
-    return back ? error::None : Fail(error::InputOutput);
-}
-
-// The link goes first here. Wanted: a copy that breaks off shows as a page that cannot be read,
-// not as bytes that nobody knows of.
-Status AppendContent(CopyRun& run, const PageContent& content)
-{
-    CopyOutput& output = run.output;
     const DirectoryLayout& layout = content.layout;
-    const GlobalBlock block(layout.end - layout.start);
-    Locked<uint8_t> directory(block.Get());
-    if (!directory)
-        return Fail(error::NotEnoughMemory);
-    AssembleDirectory(content.tags, layout, output.byteOrder, directory.Get());
-    Status status = PutLink(output, layout.directoryOffset);
-    if (status == error::None)
-        status = Append(output, {directory.Get(), layout.end - layout.start});
+    const auto directory = run.source.scratch.TakeSpan<uint8_t>(layout.end - layout.start);
+    if (directory.empty())
+        return error::NotEnoughMemory;
+    AssembleDirectory(content.tags, layout, run.output.byteOrder, directory.data());
+    Store32(&directory[layout.linkPosition - layout.start], link, run.output.byteOrder);
+    Status status = Append(run.output, directory);
     for (const Segment& segment : content.segments)
         if (status == error::None)
-            status = AppendSegment(output, run.sourceStream.Get(), segment);
-    output.directoryOffset = layout.directoryOffset;
-    output.directoryBytes = layout.valueBytes + layout.entryBytes;
-    output.linkPosition = layout.linkPosition;
+            status = AppendFrom(run.output, run.source.stream.Get(), segment.offset, segment.bytes);
     return status;
 }
 
-// A page in order is planned whole before the destination is touched.
-Status CopyPage(CopyRun& run, uint32_t page)
+Status AppendPlan(CopyRun& run, const PagePlan& plan)
 {
-    const PageTags tags(run.source, page);
-    if (!tags)
-        return Fail(PageStatus(run.source, page));
-    const uint64_t roomBytes = ContentBytes(tags);
-    const GlobalBlock block(roomBytes);
-    Locked<uint8_t> room(block.Get());
-    if (!room)
-        return Fail(error::NotEnoughMemory);
-    PageContent content;
-    Status status = FindContent(tags, run.window, run.sourceBytes, {room.Get(), roomBytes}, content);
-    if (status != error::None)
-        return Fail(status);
-    const uint32_t directory = FindPage(run.source, page)->directoryOffset;
-    const uint64_t foreignBytes = ForeignBytes(run.window, run.sourceBytes, directory);
-    const GlobalBlock foreignBlock(foreignBytes);
-    Locked<uint8_t> foreign(foreignBlock.Get());
-    if (!foreign)
-        return Fail(error::NotEnoughMemory);
-    RestoreForeignTypes(run.window, directory, {foreign.Get(), foreignBytes}, content.tags);
-    if (run.window.failed)
-        return Fail(error::InputOutput);
-    status = OpenOutput(run);
+    const DirectoryLayout& layout = plan.page.layout;
+    Status status = AppendContent(run, plan.page, 0);
+    for (const SubDirectory* directory = plan.first; directory && status == error::None;
+         directory = directory->next)
+        status = AppendContent(run, directory->content,
+                               directory->follower ? directory->follower->content.layout.directoryOffset : 0);
     if (status != error::None)
         return status;
-    status = PlaceContent(content, EndOf(run.output));
-    return status == error::None ? AppendContent(run, content) : Fail(status);
+    run.directoryOffset = layout.directoryOffset;
+    run.directoryBytes = layout.valueBytes + layout.entryBytes;
+    return EndPage(run.output, layout.directoryOffset, layout.linkPosition);
+}
+
+Status PlanPage(CopySource& source, uint32_t page, const PageTags& tags, PagePlan& plan)
+{
+    source.scratch.GiveBack();
+    plan.offset = FindPage(source.file, page)->directoryOffset;
+    Status status = DescribePage(source, page, tags, plan.page);
+    if (status == error::None)
+        status = FindContent(source, plan.page);
+    if (status == error::None)
+        status = FindSubDirectories(source, plan);
+    if (status == error::None && !plan.whole && source.brokenBranch == BrokenBranch::Refused)
+        status = error::InputOutput;
+    return status;
+}
+
+// A page is planned whole before the destination is touched.
+Status CopyPage(CopyRun& run, uint32_t page)
+{
+    const PageTags tags(run.source.file, page);
+    if (!tags)
+        return PageStatus(run.source.file, page);
+    PagePlan plan;
+    if (const Status status = PlanPage(run.source, page, tags, plan); status != error::None)
+        return status;
+    if (const Status status = OpenOutput(run); status != error::None)
+        return status;
+    if (const Status status = PlacePlan(plan, EndOf(run.output), run.output.byteOrder); status != error::None)
+        return status;
+    return AppendPlan(run, plan);
 }
 
 Status CopyAndReport(CopyRun& run, uint32_t page, Progress* progress)
 {
-    Status status = LoadForCopy(run, page);
+    Status status = LoadForCopy(run.source, page);
     if (status == error::None)
         status = CopyPage(run, page);
-    DropTiffImage(run.source, page);
+    DropTiffImage(run.source.file, page);
     if (status != error::None || !progress || !progress->callback)
         return status;
-    // Whoever is told of a page finds it in the file.
+    // A page that is reported is in the file.
     status = Flush(run.output);
     if (status == error::None && !ReportStep(*progress))
-        status = STOPPED;
+        status = CANCELLED;
     return status;
+}
+
+// Goes to the end of a file that has pages.
+Status ContinueOutput(CopyRun& run, uint32_t linkPosition)
+{
+    CopyOutput& output = run.output;
+    const Status status = BeginPage(output.stream, run.destination);
+    output.flushed = mTell(output.stream);
+    if (status != error::None || output.flushed == STREAM_FAILED)
+        return error::InputOutput;
+    output.whole = output.safe = {output.flushed, linkPosition};
+    output.buffer = {run.buffer.Get(), BufferBytes(run.source.bytes)};
+    return error::None;
+}
+
+Status BeginOutput(CopyRun& run)
+{
+    CopyOutput& output = run.output;
+    output.isNew = true;
+    output.whole = output.safe = {0, FIRST_LINK};
+    output.buffer = {run.buffer.Get(), BufferBytes(run.source.bytes)};
+    return Append(output, FileHeader(output.byteOrder));
 }
 
 } // namespace
@@ -165,35 +128,22 @@ bool ReportStep(Progress& progress)
     return !progress.callback || progress.callback(progress.total, progress.done, progress.user) != 0;
 }
 
-static uint32_t ByteOrderOf(HGLOBAL file)
-{
-    return Locked<TiffFileRecord>(file)->byteOrder;
-}
-
-CopyRun::CopyRun(HGLOBAL source, HGLOBAL destination)
-    : source(source), destination(destination), sourceStream(OpenRecord(*Locked<TiffFileRecord>(source))),
-      sourceBytes(mSize(sourceStream.Get())), window{.stream = sourceStream.Get(),
-                                                     .byteOrder = ByteOrderOf(source),
-                                                     .bytes{}},
-      bufferBlock(BufferBytes(sourceBytes)), buffer(bufferBlock.Get()), output{}
+CopyRun::CopyRun(CopySource& source, HGLOBAL destination)
+    : source(source), destination(destination), bufferBlock(BufferBytes(source.bytes)),
+      buffer(bufferBlock.Get()), output{}, directoryOffset(0), directoryBytes(0)
 {
 }
 
-bool IsBegun(const CopyRun& run)
-{
-    return !run.output.buffer.empty();
-}
-
-Status LoadForCopy(CopyRun& run, uint32_t page)
+Status LoadForCopy(CopySource& source, uint32_t page)
 {
     bool whole = false;
-    if (const Status status = LoadTags(run.source, page, run.window, run.sourceBytes, whole);
+    if (const Status status = LoadTags(source.file, page, source.window, source.bytes, whole);
         status != error::None)
-        return Fail(status);
+        return status;
     if (whole)
         return error::None;
-    DropTiffImage(run.source, page);
-    return Fail(error::InputOutput);
+    DropTiffImage(source.file, page);
+    return error::InputOutput;
 }
 
 Status OpenOutput(CopyRun& run)
@@ -201,34 +151,31 @@ Status OpenOutput(CopyRun& run)
     if (run.target)
         return error::None;
     if (!run.buffer)
-        return Fail(error::NotEnoughMemory);
-    CopyOutput& output = run.output;
+        return error::NotEnoughMemory;
     bool isNew;
+    uint32_t linkPosition;
     {
         Locked<TiffFileRecord> record(run.destination);
         isNew = record->openFlags & openflag::NoHeader;
-        if (isNew && record->path[0] && IsSameFile(run.sourceStream.Get(), record->path))
-            return Fail(error::InvalidParameters);
-        record->byteOrder = static_cast<uint16_t>(run.window.byteOrder);
-        output.byteOrder = record->byteOrder;
-        output.linkPosition = isNew ? FIRST_LINK : record->linkPosition;
+        if (isNew && record->path[0] && IsSameFile(run.source.stream.Get(), record->path))
+            return error::InvalidParameters;
+        if (record->pageCount >= TIFF_MAX_PAGES)
+            return IsRing(run.destination) ? error::InputOutput : error::NotEnoughMemory;
+        record->byteOrder = static_cast<uint16_t>(run.source.window.byteOrder);
+        run.output.byteOrder = record->byteOrder;
+        linkPosition = record->linkPosition;
     }
     run.target.emplace(run.destination);
     if (!*run.target)
-        return Fail(run.target->OpenStatus());
-    output.buffer = {run.buffer.Get(), BufferBytes(run.sourceBytes)};
-    output.stream = run.target->Get();
-    if (isNew)
-        return Append(output, FileHeader(output.byteOrder));
-    const Status status = BeginPage(output.stream, run.destination);
-    output.flushed = mTell(output.stream);
-    return status == error::None && output.flushed != STREAM_FAILED ? error::None : Fail(error::InputOutput);
+        return run.target->OpenStatus();
+    run.output.stream = run.target->Get();
+    return isNew ? BeginOutput(run) : ContinueOutput(run, linkPosition);
 }
 
 Status CopyPages(CopyRun& run, PageRange range, Progress* progress)
 {
-    if (run.sourceBytes == STREAM_FAILED)
-        return Fail(error::InputOutput);
+    if (run.source.bytes == STREAM_FAILED)
+        return error::InputOutput;
     for (uint32_t page = range.first; page < range.end; ++page)
         if (const Status status = CopyAndReport(run, page, progress); status != error::None)
             return status;
@@ -237,23 +184,25 @@ Status CopyPages(CopyRun& run, PageRange range, Progress* progress)
 
 Status FinishCopy(CopyRun& run, Status status)
 {
-    if (!run.target || !*run.target)
-        return status;
-    const Status flushed = Flush(run.output);
+    if (run.output.buffer.empty())
+        return status; // nothing was begun
     if (status == error::None)
-        status = flushed;
+        status = Flush(run.output);
     if (status == error::None)
         run.target->Commit();
+    else
+        TakeBack(run.output);
     run.target.reset();
     return status;
 }
 
-Status CopyPagesToFile(HGLOBAL source, PageRange range, const char* path, uint32_t mode, Progress* progress)
+Status CopyPagesToFile(CopySource& source, PageRange range, const char* path, uint32_t mode,
+                       Progress* progress)
 {
-    HGLOBAL destination = OpenTiffFile(path, mode);
-    if (!destination)
-        return TiffError();
     Status status;
+    HGLOBAL destination = OpenFile(path, mode, status);
+    if (!destination)
+        return status;
     {
         CopyRun run(source, destination);
         status = FinishCopy(run, CopyPages(run, range, progress));
@@ -262,52 +211,62 @@ Status CopyPagesToFile(HGLOBAL source, PageRange range, const char* path, uint32
     return status;
 }
 
+// A chain that comes back is repeated up to the largest number of pages.
+uint32_t PagesBeforeRepeat(HGLOBAL file)
+{
+    const Locked<TiffFileRecord> record(file);
+    const uint32_t pageCount = record ? record->pageCount : 0;
+    if (pageCount < TIFF_MAX_PAGES)
+        return pageCount;
+    const GlobalBlock block(uint64_t{pageCount} * sizeof(uint64_t));
+    const Locked<uint64_t> places(block.Get());
+    if (!places)
+        return 0; // not to be ruled out
+    // Directories in order, and of equal ones the pages in order.
+    const PageEntry* pages = Pages(record.Get());
+    for (uint32_t page = 0; page < pageCount; ++page)
+        places[page] = uint64_t{pages[page].directoryOffset} << 32 | page;
+    const std::span sorted(places.Get(), pageCount);
+    std::ranges::sort(sorted);
+    uint64_t distinct = pageCount;
+    for (size_t at = 1; at < sorted.size(); ++at)
+        if (sorted[at] >> 32 == sorted[at - 1] >> 32)
+            distinct = std::min(distinct, sorted[at] & UINT32_MAX);
+    return static_cast<uint32_t>(distinct);
+}
+
 namespace {
 
-// The page that a caller's handle gets for the copy, and what was in its place before.
-struct AddedPage {
-    HGLOBAL file;
-    uint32_t page, pageCount;
-    PageEntry before;
-};
-
-void KeepPage(const AddedPage& added, const CopyOutput& output)
+// The page that was appended last becomes the record's last. Its entry has tags that were dropped, as
+// any other that was in use.
+void EnterPage(const CopyRun& run, uint16_t kind)
 {
-    Locked<TiffFileRecord> record(added.file);
-    PageEntry& entry = Pages(record.Get())[added.page];
-    entry.directoryOffset = output.directoryOffset;
-    entry.tagBlockBytes = output.directoryBytes;
-    record->linkPosition = output.linkPosition;
+    Locked<TiffFileRecord> record(run.destination);
+    PageEntry& entry = Pages(record.Get())[record->pageCount++];
+    entry = {run.directoryOffset, run.directoryBytes, run.destination,
+             static_cast<uint16_t>(kind & ~PAGE_REGISTERED)};
+    record->linkPosition = run.output.whole.linkPosition;
     record->openFlags = openflag::Existing;
 }
 
-void TakePageBack(const AddedPage& added)
-{
-    Locked<TiffFileRecord> record(added.file);
-    Pages(record.Get())[added.page] = added.before;
-    record->pageCount = added.pageCount;
-}
-
-Status CopyBetweenHandles(HGLOBAL source, uint32_t page, HGLOBAL destination)
+Status CopyBetweenHandles(HGLOBAL file, uint32_t page, HGLOBAL destination)
 {
     // Nothing is made in the destination for a page that there is not.
+    CopySource source(file, BrokenBranch::Ends, destination);
     CopyRun run(source, destination);
-    if (const Status status = LoadForCopy(run, page); status != error::None)
+    if (const Status status = LoadForCopy(source, page); status != error::None)
         return status;
-    const uint32_t pageCount = NumberOfTiffImages(destination, TIFF_ALL_PAGES);
-    const int32_t defined = DefineTiffImage(destination);
-    if (defined < 0)
-        return TiffError();
-    AddedPage added{destination, static_cast<uint32_t>(defined), pageCount, {}};
-    added.before = *FindPage(destination, added.page);
-    added.before.tagBlock = nullptr;
-    added.before.kind &= static_cast<uint16_t>(~PAGE_REGISTERED);
+    if (!MakeRoomForPage(destination)) {
+        DropTiffImage(file, page);
+        return error::NotEnoughMemory;
+    }
+    const uint16_t kind = FindPage(file, page)->kind;
+    const uint16_t byteOrder = Locked<TiffFileRecord>(destination)->byteOrder;
     const Status status = FinishCopy(run, CopyPages(run, {page, page + 1}));
-    DropTiffImage(destination, added.page);
     if (status == error::None)
-        KeepPage(added, run.output);
-    else if (!IsBegun(run))
-        TakePageBack(added);
+        EnterPage(run, kind);
+    else
+        Locked<TiffFileRecord>(destination)->byteOrder = byteOrder;
     return status;
 }
 
@@ -323,16 +282,15 @@ extern "C" int32_t CopyTiffImage(HGLOBAL source, uint32_t page, HGLOBAL destinat
         SetTiffError(error::InvalidHandle);
         return 0;
     }
-    return CopyBetweenHandles(source, page, destination) == error::None;
+    return FinishEdit(CopyBetweenHandles(source, page, destination));
 }
 
 extern "C" int32_t CopyTiffImageInFile(const char* sourcePath, uint32_t page, const char* destinationPath,
                                        uint32_t mode) noexcept
 {
-    HGLOBAL source = OpenTiffFile(sourcePath, T_READ);
-    if (!source)
-        return 0;
-    const Status status = CopyPagesToFile(source, {page, page + 1}, destinationPath, mode);
-    CloseTiffFile(source);
-    return status == error::None;
+    const OpenedTiff file(sourcePath, T_READ);
+    if (!file)
+        return FinishEdit(file.OpenStatus());
+    CopySource source(file.Get(), BrokenBranch::Ends);
+    return FinishEdit(CopyPagesToFile(source, {page, page + 1}, destinationPath, mode));
 }

@@ -3,12 +3,13 @@
 // on. Both files stay open for a whole run of pages.
 #pragma once
 
-#include "core/directory_window.h"
-#include "core/open_file.h"
+#include "core/desktop.h"
+#include "pages/copy_output.h"
+#include "pages/copy_source.h"
 #include "tiff/editing.h"
+#include "tiff/files.h"
 
 #include <optional>
-#include <span>
 
 namespace tiff {
 
@@ -17,7 +18,7 @@ struct PageRange {
     uint32_t first, end;
 };
 
-// Who is told after each page, and may stop the work.
+// Who gets a call after each page, and may stop the work.
 struct Progress {
     TiffProgress callback; // may be null
     uint64_t user;
@@ -28,60 +29,50 @@ struct Progress {
 // Counts a step; false when the caller wants to stop.
 [[nodiscard]] bool ReportStep(Progress& progress);
 
-// The status of work that the caller stopped; no error is set.
-inline constexpr Status STOPPED = UINT32_MAX;
-
-// The end of the file that is being written. What is appended collects in the buffer.
-struct CopyOutput {
-    TiffStream stream; // stands at what is flushed
-    uint32_t byteOrder;
-    uint32_t linkPosition;    // of the link that the next page hangs on
-    uint32_t directoryOffset; // of the last page
-    uint32_t directoryBytes;  // entries and values
-    uint32_t flushed;         // bytes of the file that are not in the buffer
-    uint32_t filled;          // bytes that are
-    std::span<uint8_t> buffer;
-};
-
-// Two open TIFF files and the pages that go from one to the other. They must be closed later
-// than the run.
+// The pages that go from one file to another. Both must be closed later than the run.
 struct CopyRun {
-    HGLOBAL source;
+    CopySource& source;
     HGLOBAL destination;
-    Stream sourceStream;
-    uint32_t sourceBytes;
-    DirectoryWindow window;
+    BusyCursor cursor;
     GlobalBlock bufferBlock;
     Locked<uint8_t> buffer;
     std::optional<WritingStream> target;
     CopyOutput output;
+    uint32_t directoryOffset; // of the last page
+    uint32_t directoryBytes;  // entries and values
 
-    // Opens the source; the destination is opened when there is something to write.
-    CopyRun(HGLOBAL source, HGLOBAL destination);
+    // The destination is opened when there is something to write.
+    CopyRun(CopySource& source, HGLOBAL destination);
 };
 
 // Opens the destination, and begins it with a header if it is new. Nothing happens when it is
-// open already. Wanted: a file that is added to is from here on taken to have the source's byte
+// open already. Deliberate: a file that is added to is from here on taken to have the source's byte
 // order; nobody compares. Fails with 1, 6, or 29 when both files are one and it would be emptied.
 [[nodiscard]] Status OpenOutput(CopyRun& run);
 
-// Whether the destination has been opened, and emptied if it is a new file.
-bool IsBegun(const CopyRun& run);
-
 // Loads a page's tags, all that the file has of them: what cannot be read now must not be left out
-// of a file for good. 6, the error set, or the errors of GetTiffImage.
-[[nodiscard]] Status LoadForCopy(CopyRun& run, uint32_t page);
+// of a file for good. 6, or the errors of GetTiffImage.
+[[nodiscard]] Status LoadForCopy(CopySource& source, uint32_t page);
 
 // Appends pages. Tags of the source that are loaded are taken as they are in memory; they are
-// dropped afterwards. The error is set when it fails.
+// dropped afterwards.
 [[nodiscard]] Status CopyPages(CopyRun& run, PageRange range, Progress* progress = nullptr);
 
 // Appends pages to a file on disk, which is opened and closed for it.
-[[nodiscard]] Status CopyPagesToFile(HGLOBAL source, PageRange range, const char* path, uint32_t mode,
+[[nodiscard]] Status CopyPagesToFile(CopySource& source, PageRange range, const char* path, uint32_t mode,
                                      Progress* progress = nullptr);
 
-// Ends the run: pages that were copied before a failure reach the file too. Passes a failed
-// status on.
+// Ends the run: pages that were copied before a failure reach the file too, and nothing else does.
+// Passes a failed status on.
 [[nodiscard]] Status FinishCopy(CopyRun& run, Status status);
+
+// The pages of a file up to the first whose directory came before: all of them, unless the chain leads
+// back into itself.
+uint32_t PagesBeforeRepeat(HGLOBAL file);
+
+inline bool IsRing(HGLOBAL file)
+{
+    return PagesBeforeRepeat(file) < NumberOfTiffImages(file, TIFF_ALL_PAGES);
+}
 
 } // namespace tiff

@@ -5,7 +5,7 @@
 
 namespace tiff {
 
-// A TIFF file handle for a scope; null, with the error set, when the file cannot be opened.
+// A TIFF file handle for a scope; null when the file cannot be opened.
 class OpenedTiff {
 public:
     OpenedTiff(const char* path, uint32_t mode);
@@ -17,7 +17,12 @@ public:
     {
         return file != nullptr;
     }
-    // Whether the chain of pages could be followed to its end. A file that cannot be seen whole
+    // 0, or why there is no file; 6 also for one whose chain of pages is broken.
+    Status OpenStatus() const
+    {
+        return status;
+    }
+    // Whether the chain of pages could be followed to its end, and has one. A file that cannot be seen whole
     // must not be replaced by what was seen of it.
     bool IsWhole() const
     {
@@ -31,19 +36,19 @@ public:
     uint32_t ByteOrder() const;
 
 private:
+    Status status; // before the file: opening it sets this
     HGLOBAL file;
     bool whole;
 };
 
-struct Deletion {
-    Status status; // the error is set when it failed
-    bool stranded; // and the old file is gone all the same
-};
+// Builds a new file of the pages of an opened one without those of a range.
+[[nodiscard]] Status BuildWithout(const OpenedTiff& file, PageRange range, const char* path);
 
 // Rewrites an opened file without the pages of a range; without any page the file is deleted.
-[[nodiscard]] Deletion DeletePages(const char* path, const OpenedTiff& file, PageRange range);
+[[nodiscard]] Status DeletePages(const char* path, const OpenedTiff& file, PageRange range);
 
-// Sets the error unless the status is success; an exported function's result.
+// Makes a status the last error, and is an exported function's result. Work that was stopped leaves no
+// error.
 int32_t FinishEdit(Status status);
 
 } // namespace tiff

@@ -15,7 +15,7 @@ namespace {
 
 constexpr uint32_t BATCH_ENTRIES = 16;
 
-// Wanted: values are little-endian, whatever the file says. Fax boards, which need the page
+// Deliberate: values are little-endian, whatever the file says. Fax boards, which need the page
 // totals, know no other order.
 constexpr uint32_t ORDER = TIFF_INTEL;
 

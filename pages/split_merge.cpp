@@ -1,6 +1,7 @@
 // Moving pages between files: merging, splitting, cutting into single pages.
 #include "core/errors.h"
 #include "core/handles.h"
+#include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
 #include "tiff/files.h"
 
@@ -19,8 +20,8 @@ constexpr uint32_t MOST_NAMES = 1000;
 Status CheckWhole(const OpenedTiff& file)
 {
     if (!file)
-        return TiffError();
-    return file.IsWhole() ? error::None : Fail(error::InputOutput);
+        return file.OpenStatus();
+    return file.IsWhole() ? error::None : error::InputOutput;
 }
 
 Status Merge(const char* destination, const char* source, TiffProgress callback, uint64_t user)
@@ -29,50 +30,61 @@ Status Merge(const char* destination, const char* source, TiffProgress callback,
     if (const Status status = CheckWhole(from); status != error::None)
         return status;
     if (from.PageCount() == 0)
-        return Fail(error::IndexOutOfRange);
+        return error::IndexOutOfRange;
     const OpenedTiff to(destination, T_APPEND);
     if (!to)
-        return TiffError();
+        return to.OpenStatus();
+    // The pages would hang on a link that leads back.
+    if (IsRing(to.Get()))
+        return error::InputOutput;
     // The copy takes every file to have the source's order. Of a whole file that would cut off the
     // pages that are there.
     if (to.PageCount() > 0 && to.ByteOrder() != from.ByteOrder())
-        return Fail(error::MixedByteOrders);
+        return error::MixedByteOrders;
     Progress progress{callback, user, from.PageCount()};
-    CopyRun run(from.Get(), to.Get());
+    CopySource pages(from.Get(), BrokenBranch::Ends);
+    CopyRun run(pages, to.Get());
     return FinishCopy(run, CopyPages(run, {0, from.PageCount()}, &progress));
 }
 
-// Wanted: of a move that fails, the new file goes; the old one has everything. A file that stood
-// in the way of a copy which never began is not ours to delete.
-Status CopyToNewFile(const OpenedTiff& from, PageRange range, const char* path, Progress progress)
+Status BuildMoved(const OpenedTiff& from, PageRange range, const char* destination, const char* path,
+                  Progress& progress)
 {
-    bool begun = false;
-    Status status;
-    {
-        const OpenedTiff to(path, T_CREAT);
-        if (!to)
-            return TiffError();
-        CopyRun run(from.Get(), to.Get());
-        status = FinishCopy(run, CopyPages(run, range, &progress));
-        begun = IsBegun(run);
-    }
-    if (begun && status != error::None)
-        DeleteFileA(path);
-    return status;
+    CopySource source(from.Get(), BrokenBranch::Refused);
+    if (IsSameFile(source.stream.Get(), destination))
+        return error::InvalidParameters;
+    return CopyPagesToFile(source, range, path, T_CREAT, &progress);
 }
 
-// The pages leave the old file all at once. When that goes so wrong that the old file is gone, the
-// new one is the only place of its pages and stays.
+// Both files are built aside, and take their places at the end: until then a failure leaves what stood
+// there. When the old file is gone and cannot be replaced, the moved pages stay where they were to go,
+// which has become their only place.
 Status MovePages(const char* source, const OpenedTiff& from, const char* destination, uint32_t first,
                  Progress progress)
 {
     const PageRange moved{first, from.PageCount()};
-    if (const Status status = CopyToNewFile(from, moved, destination, progress); status != error::None)
+    Replacement target(destination, Naming::InFolder, OnFailure::DeleteNew);
+    if (!target)
+        return target.NameStatus();
+    if (const Status status = BuildMoved(from, moved, destination, target.Name(), progress);
+        status != error::None)
         return status;
-    const Deletion deletion = DeletePages(source, from, moved);
-    if (deletion.status != error::None && !deletion.stranded)
+    Replacement rest(source, Naming::TempFolder, OnFailure::DeleteNew);
+    if (!rest)
+        return rest.NameStatus();
+    if (const Status status = BuildWithout(from, moved, rest.Name()); status != error::None)
+        return status;
+    SetAside before(destination);
+    if (before.MoveStatus() != error::None)
+        return before.MoveStatus();
+    if (const Status status = target.Place(); status != error::None)
+        return status;
+    const Status status = rest.Commit();
+    if (status == error::None || rest.IsStranded())
+        before.Drop();
+    else
         DeleteFileA(destination);
-    return deletion.status;
+    return status;
 }
 
 Status Split(const char* source, const char* destination, int32_t firstPage, TiffProgress callback,
@@ -80,12 +92,12 @@ Status Split(const char* source, const char* destination, int32_t firstPage, Tif
 {
     const OpenedTiff from(source, T_READ);
     if (!from)
-        return TiffError();
+        return from.OpenStatus();
     if (from.PageCount() < 2 || firstPage < 0 || static_cast<uint32_t>(firstPage) > from.PageCount())
-        return Fail(error::IndexOutOfRange);
+        return error::IndexOutOfRange;
     const auto first = static_cast<uint32_t>(firstPage);
     if (first == 0)
-        return MoveFileA(source, destination) ? error::None : Fail(error::InputOutput);
+        return MoveFileA(source, destination) ? error::None : error::InputOutput;
     if (first == from.PageCount())
         return error::None;
     if (const Status status = CheckWhole(from); status != error::None)
@@ -127,30 +139,31 @@ Status WritePageFiles(const OpenedTiff& from, const char* nameBase, uint32_t pag
 {
     char base[MAX_PATH_BYTES], name[MAX_PATH_BYTES];
     if (const Status status = MakeNameBase(base, nameBase); status != error::None)
-        return Fail(status);
+        return status;
+    CopySource source(from.Get(), BrokenBranch::Refused);
     for (uint32_t page = 0; page < pageCount; ++page) {
         if (!MakePageName(name, base, page + 1))
-            return Fail(error::PathTooLong);
-        if (const Status status = CopyPagesToFile(from.Get(), {page, page + 1}, name, T_CREAT);
+            return error::PathTooLong;
+        if (const Status status = CopyPagesToFile(source, {page, page + 1}, name, T_CREAT);
             status != error::None)
             return status;
         if (!ReportStep(progress))
-            return STOPPED;
+            return CANCELLED;
     }
     return error::None;
 }
 
-// The pages go all at once, so the steps are told before: all but the last, which is told when it
-// is true. A stop leaves the pages that were not told of.
+// The pages go all at once, so the callback gets the steps before, and the last one after. A stop
+// leaves the pages that were not reported.
 Status DeleteCutPages(const char* path, const OpenedTiff& from, uint32_t pageCount, Progress& progress)
 {
     uint32_t deleted = 1;
     while (deleted < pageCount && ReportStep(progress))
         ++deleted;
     const bool stopped = deleted < pageCount;
-    if (const Deletion deletion = DeletePages(path, from, {0, deleted}); deletion.status != error::None)
-        return deletion.status;
-    return stopped || !ReportStep(progress) ? STOPPED : error::None;
+    if (const Status status = DeletePages(path, from, {0, deleted}); status != error::None)
+        return status;
+    return stopped || !ReportStep(progress) ? CANCELLED : error::None;
 }
 
 Status Cut(const char* path, const char* nameBase, int32_t pageCount, TiffProgress callback, uint64_t user)
@@ -159,7 +172,7 @@ Status Cut(const char* path, const char* nameBase, int32_t pageCount, TiffProgre
     if (const Status status = CheckWhole(from); status != error::None)
         return status;
     if (from.PageCount() < 2 || pageCount < 1 || static_cast<uint32_t>(pageCount) > from.PageCount())
-        return Fail(error::IndexOutOfRange);
+        return error::IndexOutOfRange;
     const auto pages = static_cast<uint32_t>(pageCount);
     Progress progress{callback, user, 2 * pages};
     if (const Status status = WritePageFiles(from, nameBase, pages, progress); status != error::None)

@@ -1,12 +1,12 @@
 // Changing the tags of a page. The file is rewritten beside itself, page by page, and the copy takes
 // its place.
-#include "core/errors.h"
+#include "core/page_tags.h"
 #include "core/registry.h"
 #include "core/tag_block.h"
 #include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
+#include "tiff/define.h"
 #include "tiff/files.h"
-#include "tiff/pages.h"
 
 namespace tiff {
 
@@ -24,23 +24,23 @@ struct TagEdit {
 // Changes the tags that the page has in memory; the copy takes them from there.
 Status EditTags(CopyRun& run, uint32_t page, const TagEdit& edit)
 {
-    HGLOBAL file = run.source;
-    if (const Status status = LoadForCopy(run, page); status != error::None)
+    HGLOBAL file = run.source.file;
+    if (const Status status = LoadForCopy(run.source, page); status != error::None)
         return status;
     if (edit.remove) {
         RemoveRecord(Locked<TagBlock>(FindPage(file, page)->tagBlock).Get(), edit.tag);
         return error::None;
     }
-    const bool defined = DefineTiffImageInfoBuffer(file, page, edit.tag, edit.values, edit.type, edit.count);
-    return defined ? error::None : TiffError();
+    return DefineTag(file, page, {edit.tag, edit.type, edit.count, edit.values});
 }
 
 Status CopyEdited(const OpenedTiff& file, uint32_t page, const TagEdit& edit, const char* path)
 {
     const OpenedTiff built(path, T_CREAT);
     if (!built)
-        return Fail(error::NotEnoughMemory);
-    CopyRun run(file.Get(), built.Get());
+        return error::NotEnoughMemory;
+    CopySource source(file.Get(), BrokenBranch::Refused);
+    CopyRun run(source, built.Get());
     Status status = OpenOutput(run);
     if (status == error::None)
         status = CopyPages(run, {0, page});
@@ -53,21 +53,21 @@ Status CopyEdited(const OpenedTiff& file, uint32_t page, const TagEdit& edit, co
 
 Status EditPage(const char* path, int32_t page, const TagEdit& edit)
 {
-    if (!path)
-        return Fail(error::InvalidParameters);
+    if (!path || edit.tag > UINT16_MAX)
+        return error::InvalidParameters;
     if (GetFileAttributesA(path) == INVALID_FILE_ATTRIBUTES)
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     Replacement rewritten(path, Naming::BesideFile, OnFailure::LeaveNew);
     if (!rewritten)
-        return TiffError();
+        return rewritten.NameStatus();
     const OpenedTiff file(path, T_READ);
-    // Wanted: whatever keeps the file from being opened is told as missing memory.
+    // Deliberate: a file that cannot be opened is reported as missing memory.
     if (!file)
-        return Fail(error::NotEnoughMemory);
+        return error::NotEnoughMemory;
     if (!file.IsWhole())
-        return Fail(error::InputOutput);
+        return error::InputOutput;
     if (page < 0 || static_cast<uint32_t>(page) >= file.PageCount())
-        return Fail(error::IndexOutOfRange);
+        return error::IndexOutOfRange;
     const Status status = CopyEdited(file, static_cast<uint32_t>(page), edit, rewritten.Name());
     return status == error::None ? rewritten.Commit() : status;
 }

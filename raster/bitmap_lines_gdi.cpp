@@ -2,8 +2,8 @@
 // the line buffer has room for.
 #include "raster/bitmap_lines_gdi.h"
 #include "core/global_block.h"
-#include "core/thread_state.h"
 #include "raster/colour.h"
+#include "raster/save_settings.h"
 #include "tiff/lines.h"
 
 #include <algorithm>
@@ -28,7 +28,7 @@ UINT ScanLine(const BITMAPINFO* info, uint32_t row)
     return static_cast<UINT>(info->bmiHeader.biHeight) - row - 1;
 }
 
-// Deliberate: orientation is not heeded, so pages of orientation 4 come upside down.
+// Deliberate: orientation is ignored, so pages of orientation 4 come upside down.
 void PutLine(const TiffDecodeLineContext* context, const void* line, uint32_t row, UINT colourUse)
 {
     const Locked<BITMAPINFO> info(context->dib);
@@ -99,7 +99,7 @@ extern "C" intptr_t DllFillTiffLineBitmap24Bit(void* line, uint32_t row, void* c
 
 extern "C" intptr_t DllFillCcittLine(void* line, uint32_t row, void* context) noexcept
 {
-    if (BITMAPINFO* info = ThreadState().ccittSource)
+    if (BITMAPINFO* info = ThreadRaster().ccittSource)
         GetLine(SourceOf(context), info, line, row, DIB_RGB_COLORS);
     return 0;
 }

@@ -9,11 +9,15 @@ using namespace tiff;
 extern "C" int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) noexcept
 {
     const LoadedPage loaded(path, page);
-    // Deliberate: callers paste whatever is there; a page that is not to be had counts as done.
-    if (!loaded)
+    // Deliberate: callers paste whatever is there; a page that cannot be loaded counts as done.
+    if (loaded.LoadStatus() != error::None) {
+        RefuseLoad(loaded.LoadStatus());
         return 1;
-    if (!PassLoadDialog(dialog, loaded.File(), page))
+    }
+    if (const Status status = ShowLoadDialog(dialog, loaded.File(), page); status != error::None) {
+        RefuseLoad(status);
         return 0;
+    }
     GdiObject<HBITMAP> bitmap(LoadTiffChainIntoBitmap(loaded.File(), page));
     const OpenedClipboard clipboard;
     if (!clipboard)

@@ -11,9 +11,8 @@ namespace tiff {
 
 namespace {
 
-// The pixels of a DIB that nobody has seen yet. Memory that comes fresh from the system is given page by
-// page, at the first write. Asking for 64 KB in one go takes less time than a page now and then, between
-// other work: so the rows to come are touched together with the one in hand.
+// The pixels of a new DIB. Fresh memory faults on the first write to each page. Touching 64 KB ahead in
+// one go is cheaper than faulting between decoding steps.
 struct FreshRows {
     TiffDecodeLineContext lines{};
     TiffLineCallback routine;

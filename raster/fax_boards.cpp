@@ -1,9 +1,7 @@
-// Pages for fax boards: rows of the saver table. One server's files are rewritten afterwards.
+// Pages for fax boards: rows of the saver table.
 #include "tiff/fax_boards.h"
 
-#include "core/errors.h"
 #include "raster/save_dib.h"
-#include "tiff/save.h"
 
 using namespace tiff;
 
@@ -26,14 +24,4 @@ extern "C" int32_t SaveDIBInNMSTiffFile(const char* path, HGLOBAL dib) noexcept
 extern "C" int32_t SaveDIBInDialogicTiffFile(const char* path, HGLOBAL dib, uint32_t selector) noexcept
 {
     return SaveDibInFile(dib, {path, selector, 0, 0, dialogicSave});
-}
-
-extern "C" int32_t SaveTiffForCiscoFormat(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
-                                          uint32_t fillOrder) noexcept
-{
-    if (!path || !*path || (fillOrder != 1 && fillOrder != 2)) {
-        SetTiffError(error::InvalidParameters);
-        return 0;
-    }
-    return SaveDIBInTiffFileExt(path, dib, selector, dialog, fillOrder) && ConvertTiffToCiscoFormat(path);
 }

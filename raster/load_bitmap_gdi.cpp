@@ -122,9 +122,13 @@ extern "C" HBITMAP LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) noexcept
 extern "C" HBITMAP LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t dialog) noexcept
 {
     const LoadedPage loaded(path, page);
-    if (!loaded || !PassLoadDialog(dialog, loaded.File(), page))
-        return nullptr;
-    return LoadTiffChainIntoBitmap(loaded.File(), page);
+    Status status = loaded.LoadStatus();
+    if (status == error::None)
+        status = ShowLoadDialog(dialog, loaded.File(), page);
+    if (status == error::None)
+        return LoadTiffChainIntoBitmap(loaded.File(), page);
+    RefuseLoad(status);
+    return nullptr;
 }
 
 extern "C" HBITMAP LoadTiffFileIntoBitmap(const char* path, uint32_t page, int32_t dialog) noexcept

@@ -1,7 +1,7 @@
 #include "raster/load_dialog.h"
 
 #include "core/errors.h"
-#include "core/sibling_library.h"
+#include "raster/dialogs.h"
 #include "tiff/load.h"
 
 #include <cstddef>
@@ -14,24 +14,29 @@ static_assert(offsetof(TiffLoadDialogRequest, page) == sizeof(HGLOBAL));
 static constexpr int32_t GO_ON = 1;
 static constexpr int32_t CANCEL = 2;
 
-bool PassLoadDialog(int32_t dialog, HGLOBAL file, uint32_t page)
+Status ShowLoadDialog(int32_t dialog, HGLOBAL file, uint32_t page)
 {
     if (!dialog)
-        return true;
-    Module library = LoadSibling(DIALOGS_LIBRARY);
-    const FARPROC function = library ? GetProcAddress(library.Get(), "TiffLoadDialog") : nullptr;
-    if (!function) {
-        // Deliberate: a library of that name that lacks the dialog stays loaded.
-        library.Release();
-        SetTiffError(error::DialogLibraryMissing);
-        return false;
-    }
+        return error::None;
+    Module library;
+    const FARPROC function = FindDialog("TiffLoadDialog", library);
+    if (!function)
+        return error::DialogLibraryMissing;
     using LoadDialog = int32_t (*)(TiffLoadDialogRequest*);
     TiffLoadDialogRequest request = {file, page};
-    const int32_t answer = reinterpret_cast<LoadDialog>(reinterpret_cast<void*>(function))(&request);
-    if (answer != GO_ON)
-        SetTiffError(answer == CANCEL ? error::None : error::NotEnoughMemory);
-    return answer == GO_ON;
+    switch (reinterpret_cast<LoadDialog>(reinterpret_cast<void*>(function))(&request)) {
+    case GO_ON:
+        return error::None;
+    case CANCEL:
+        return CANCELLED;
+    default:
+        return error::NotEnoughMemory;
+    }
+}
+
+void RefuseLoad(Status status)
+{
+    StoreLastError(status == CANCELLED ? error::None : status);
 }
 
 } // namespace tiff

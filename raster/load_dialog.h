@@ -6,10 +6,11 @@
 
 namespace tiff {
 
-inline constexpr char DIALOGS_LIBRARY[] = "KVDlgs.dll";
+// 0 when there is none to show or the user goes on with it. CANCELLED, 1 when the dialog failed, 28 when
+// it is missing. The page to load stays the caller's.
+[[nodiscard]] Status ShowLoadDialog(int32_t dialog, HGLOBAL file, uint32_t page);
 
-// True when there is none to show or the user goes on with it; else the last error is set: 0 the
-// user cancelled, 1 the dialog failed, 28 it is missing. The page to load stays the caller's.
-[[nodiscard]] bool PassLoadDialog(int32_t dialog, HGLOBAL file, uint32_t page);
+// Ends a load without a picture: an error for all but a cancelled dialog.
+void RefuseLoad(Status status);
 
 } // namespace tiff

@@ -8,16 +8,18 @@
 
 namespace tiff {
 
-static HGLOBAL LoadDib(HGLOBAL file, uint32_t page, PageRows rows)
+// Of a page whose tags are loaded, unless the status says why there is none.
+static HGLOBAL LoadDib(HGLOBAL file, uint32_t page, PageRows rows, Status status)
 {
     RowSource source{};
+    if (status == error::None)
+        status = OpenPageRows(file, page, rows, source);
     HGLOBAL dib = nullptr;
-    Status status = OpenPageRows(file, page, rows, source);
     if (status == error::None) {
         const BusyCursor busy;
         dib = RowsToDib(source, status);
     }
-    StoreLastError(status);
+    RefuseLoad(status);
     return dib;
 }
 
@@ -28,20 +30,21 @@ using namespace tiff;
 extern "C" HGLOBAL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) noexcept
 {
     const LoadedPage loaded(path, page);
-    if (!loaded || !PassLoadDialog(dialog, loaded.File(), page))
-        return nullptr;
-    return LoadDib(loaded.File(), page, PageRows::Any);
+    Status status = loaded.LoadStatus();
+    if (status == error::None)
+        status = ShowLoadDialog(dialog, loaded.File(), page);
+    return LoadDib(loaded.File(), page, PageRows::Any, status);
 }
 
 extern "C" HGLOBAL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) noexcept
 {
-    return file && GetTiffImage(file, page) ? LoadDib(file, page, PageRows::Any) : nullptr;
+    return file ? LoadDib(file, page, PageRows::Any, LoadTags(file, page)) : nullptr;
 }
 
 extern "C" HGLOBAL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) noexcept
 {
     const LoadedPage loaded(path, page);
-    return loaded ? LoadDib(loaded.File(), page, PageRows::ColourSpace) : nullptr;
+    return LoadDib(loaded.File(), page, PageRows::ColourSpace, loaded.LoadStatus());
 }
 
 extern "C" uint32_t GetTiffColorSpace(const char* path, int32_t page) noexcept

@@ -1,29 +1,30 @@
-// A file opened by its name with one page's tags loaded, for a scope. Closing it leaves the last
-// error alone.
+// A file opened by its name with one page's tags loaded, for a scope.
 #pragma once
 
-#include "tiff/directory.h"
+#include "core/directory_reader.h"
+#include "core/open_file.h"
 #include "tiff/files.h"
 
 namespace tiff {
 
 class LoadedPage {
 public:
-    LoadedPage(const char* path, uint32_t page)
-        : file(OpenTiffFile(path, T_READ)), loaded(file && GetTiffImage(file, page))
+    LoadedPage(const char* path, uint32_t page) : file(OpenFile(path, T_READ, status))
     {
+        if (file)
+            status = LoadTags(file, page);
     }
     LoadedPage(const LoadedPage&) = delete;
     LoadedPage& operator=(const LoadedPage&) = delete;
     ~LoadedPage()
     {
-        if (file)
-            CloseTiffFile(file);
+        CloseTiffFile(file);
     }
 
-    explicit operator bool() const
+    // 0, or why there is no page.
+    Status LoadStatus() const
     {
-        return loaded;
+        return status;
     }
     HGLOBAL File() const
     {
@@ -31,8 +32,8 @@ public:
     }
 
 private:
+    Status status; // before the file: opening it sets this
     HGLOBAL file;
-    bool loaded;
 };
 
 } // namespace tiff

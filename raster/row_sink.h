@@ -9,7 +9,7 @@ namespace tiff {
 struct RowSink {
     // Prepares for rows of this format and fills in the line target; null where that is there already.
     Status (*begin)(void* record, const PictureFormat& format, LineTarget& lines);
-    // Told how the rows ended, says how that leaves the picture; null where there is nothing to do.
+    // Gets the status of the rows and returns that of the picture; null where there is nothing to do.
     Status (*end)(void* record, Status status);
     void* record; // the sink's own
     LineTarget lines;

@@ -5,11 +5,11 @@
 #include "core/global_block.h"
 #include "core/handles.h"
 #include "core/image_description.h"
-#include "core/thread_state.h"
 #include "raster/convert_gdi.h"
 #include "raster/dib.h"
 #include "raster/palette_gdi.h"
 #include "raster/save_page.h"
+#include "raster/save_settings.h"
 #include "tiff/ccitt.h"
 #include "tiff/codecs.h"
 #include "tiff/files.h"
@@ -141,13 +141,13 @@ class CcittSource {
 public:
     explicit CcittSource(BITMAPINFO* info)
     {
-        ThreadState().ccittSource = info;
+        ThreadRaster().ccittSource = info;
     }
     CcittSource(const CcittSource&) = delete;
     CcittSource& operator=(const CcittSource&) = delete;
     ~CcittSource()
     {
-        ThreadState().ccittSource = nullptr;
+        ThreadRaster().ccittSource = nullptr;
     }
 };
 

@@ -1,7 +1,6 @@
 #include "raster/save_dialog.h"
 
-#include "core/sibling_library.h"
-#include "raster/load_dialog.h"
+#include "raster/dialogs.h"
 #include "raster/save_page.h"
 #include "tiff/save.h"
 
@@ -42,13 +41,10 @@ TiffSavePicture DescribePicture(const PictureFormat& format)
 
 Status ShowSaveDialog(const char* path, const PictureFormat& format, SaveSettings& settings)
 {
-    Module library = LoadSibling(DIALOGS_LIBRARY);
-    const FARPROC function = library ? GetProcAddress(library.Get(), "TiffSaveDialog") : nullptr;
-    if (!function) {
-        // Deliberate: a library of that name that lacks the dialog stays loaded.
-        library.Release();
+    Module library;
+    const FARPROC function = FindDialog("TiffSaveDialog", library);
+    if (!function)
         return error::DialogLibraryMissing;
-    }
     CopyText(settings.description, path);
 
     const TiffSavePicture picture = DescribePicture(format);

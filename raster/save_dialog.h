@@ -1,8 +1,8 @@
 // The save dialog of the dialogs library.
 #pragma once
 
-#include "core/thread_state.h"
 #include "raster/picture_format.h"
+#include "raster/save_settings.h"
 
 namespace tiff {
 

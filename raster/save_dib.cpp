@@ -98,11 +98,11 @@ Status SaveInMemory(HGLOBAL memory, const PagePlan& plan, const LineFeed& feed, 
 
 } // namespace
 
-int32_t SaveDibInFile(HGLOBAL dib, const SaveRequest& request)
+Status SaveDib(HGLOBAL dib, const SaveRequest& request)
 {
-    return FinishSave(WithDib(dib, request, [&](const PagePlan& plan, const LineFeed& feed) {
+    return WithDib(dib, request, [&](const PagePlan& plan, const LineFeed& feed) {
         return AppendPageToFile(request, plan, feed);
-    }));
+    });
 }
 
 } // namespace tiff

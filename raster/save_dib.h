@@ -5,7 +5,13 @@
 
 namespace tiff {
 
-// Appends the DIB to a file on disk; an exported function's result, with the error set.
-int32_t SaveDibInFile(HGLOBAL dib, const SaveRequest& request);
+// Appends the DIB to a file on disk. CANCELLED when the user does so in the dialog.
+[[nodiscard]] Status SaveDib(HGLOBAL dib, const SaveRequest& request);
+
+// The same, as an exported function's result.
+inline int32_t SaveDibInFile(HGLOBAL dib, const SaveRequest& request)
+{
+    return FinishSave(SaveDib(dib, request));
+}
 
 } // namespace tiff

@@ -3,10 +3,11 @@
 #include "codecs/codec_table.h"
 #include "core/desktop.h"
 #include "core/errors.h"
-#include "core/thread_state.h"
+#include "core/page_tags.h"
 #include "raster/save_dialog.h"
+#include "raster/save_settings.h"
+#include "tiff/define.h"
 #include "tiff/files.h"
-#include "tiff/pages.h"
 
 #include <algorithm>
 #include <array>
@@ -20,9 +21,7 @@ namespace {
 
 constexpr std::string_view SOFTWARE = "TIFF.DLL from Korvane Software, Inc.";
 constexpr int32_t VERSION_BYTES = 15;
-constexpr uint32_t UNIT_INCH = 2;
 constexpr uint32_t LARGEST_SHORT = 65535;
-constexpr double INCHES_PER_METRE = 39.37;
 
 // The two resolutions of fax pages, and what is taken for the coarse one.
 constexpr uint32_t FAX_HORIZONTAL = 204, FAX_COARSE = 98, FAX_FINE = 196;
@@ -79,7 +78,7 @@ bool DefineSoftware(HGLOBAL file, uint32_t page)
 
 bool DefineIdentity(HGLOBAL file, uint32_t page)
 {
-    const SaveSettings& settings = ThreadState().save;
+    const SaveSettings& settings = ThreadRaster().save;
     return DefineDateTime(file, page) && DefineSoftware(file, page) &&
            DefineText(file, page, tag::ImageDescription, settings.description) &&
            DefineText(file, page, tag::Artist, settings.artist);
@@ -123,7 +122,7 @@ bool DefineOptions(HGLOBAL file, uint32_t page, uint32_t options)
 
 bool DefineFillBits(HGLOBAL file, uint32_t page, const PagePlan& plan, FillBits fillBits)
 {
-    if (fillBits == FillBits::NotSaid || plan.choice.compression->selector != selector::Group3)
+    if (fillBits == FillBits::NotSaid || plan.choice.compression->selector != TIFF_SAVE_GROUP3)
         return true;
     return DefineOptions(file, page, fillBits == FillBits::Always ? WITH_FILL_BITS : 0) &&
            DefineShort(file, page, tag::SamplesPerPixel, 1);
@@ -132,10 +131,10 @@ bool DefineFillBits(HGLOBAL file, uint32_t page, const PagePlan& plan, FillBits 
 // A page does without them when they cannot be defined.
 void DefinePageTags(HGLOBAL file, uint32_t page)
 {
-    const KeepLastError keep;
+    const uint32_t kind = PAGE_OF_MANY;
     const uint16_t number[] = {static_cast<uint16_t>(NumberOfTiffImages(file, TIFF_ALL_PAGES) - 1), 0};
-    DefineTiffImageInfo(file, page, tag::NewSubfileType, fieldtype::Long, PAGE_OF_MANY);
-    DefineTiffImageInfoBuffer(file, page, tag::PageNumber, number, fieldtype::Short, 2);
+    (void)DefineTag(file, page, {tag::NewSubfileType, fieldtype::Long, 1, &kind});
+    (void)DefineTag(file, page, {tag::PageNumber, fieldtype::Short, 2, number});
 }
 
 bool DefineCoding(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveVariant& variant)
@@ -143,7 +142,7 @@ bool DefineCoding(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
     const CompressionChoice& compression = *plan.choice.compression;
     return DefineResolution(file, page, plan, variant.resolution) &&
            DefineFillBits(file, page, plan, variant.fillBits) &&
-           DefineShort(file, page, tag::ResolutionUnit, UNIT_INCH) &&
+           DefineShort(file, page, tag::ResolutionUnit, unit::Inch) &&
            DefineShort(file, page, tag::Compression, compression.compression) &&
            DefineShort(file, page, tag::FillOrder, plan.fillOrder) &&
            (compression.extraTag == 0 ||
@@ -203,9 +202,9 @@ Status DefinePage(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
         return error::NotEnoughMemory;
     if (plan.photometric == photometric::Palette && !DefineColourMap(file, page, plan))
         return error::NotEnoughMemory;
-    // Deliberate: these boards are first told that there are no fill bits, and then that there are.
+    // Deliberate: the tag is written twice, first without fill bits and then with them.
     if (variant.fillBits == FillBits::NeverThenAlways &&
-        plan.choice.compression->selector == selector::Group3 && !DefineOptions(file, page, WITH_FILL_BITS))
+        plan.choice.compression->selector == TIFF_SAVE_GROUP3 && !DefineOptions(file, page, WITH_FILL_BITS))
         return error::NotEnoughMemory;
     if (variant.pageTags)
         DefinePageTags(file, page);
@@ -224,8 +223,8 @@ uint32_t SelectorOf(const SaveRequest& request)
     if (request.variant.fixedSelector)
         return request.variant.fixedSelector;
     const uint32_t low = request.selector & 0xFF;
-    if (request.variant.unknownIsStored && (low < selector::Stored || low > selector::Last))
-        return (request.selector & ~0xFFu) | selector::Stored;
+    if (request.variant.unknownIsStored && (low < TIFF_SAVE_STORED || low > TIFF_SAVE_OLD_JPEG))
+        return (request.selector & ~0xFFu) | TIFF_SAVE_STORED;
     return request.selector;
 }
 
@@ -297,7 +296,7 @@ uint64_t WrittenRowBytes(const PagePlan& plan)
 
 Status PlanPage(const SaveRequest& request, const PictureFormat& format, PagePlan& plan)
 {
-    SaveSettings& settings = ThreadState().save;
+    SaveSettings& settings = ThreadRaster().save;
     const SaveVariant& variant = request.variant;
     plan = {.format = format};
     if (const Status status = ChooseSettings(request, format, settings); status != error::None)

@@ -5,15 +5,6 @@
 
 namespace tiff {
 
-namespace selector {
-inline constexpr uint32_t Stored = 201;
-inline constexpr uint32_t LzwDifferences = 204;
-inline constexpr uint32_t ModifiedHuffman = 205; // from here on bilevel or JPEG
-inline constexpr uint32_t Group3 = 206;
-inline constexpr uint32_t Jpeg = 209;
-inline constexpr uint32_t Last = 210;
-} // namespace selector
-
 // The low byte.
 struct CompressionChoice {
     uint32_t selector;

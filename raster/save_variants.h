@@ -17,7 +17,7 @@ enum class FillBits { NotSaid, Always, Never, NeverThenAlways };
 struct SaveVariant {
     uint32_t fixedSelector = 0;    // 0: the caller's
     uint32_t fixedFillOrder = 0;   // 0: the caller's
-    bool sampleKinds = false;      // the selector's high byte is heeded
+    bool sampleKinds = false;      // the selector's high byte counts
     bool identityTags = false;     // DateTime, Software, ImageDescription and Artist are written
     bool keepsColourSpace = false; // the header's compression field is the photometric to write
     bool unknownIsStored = false;  // an unknown compression means none
@@ -30,7 +30,7 @@ struct SaveVariant {
 };
 
 inline constexpr SaveVariant plainSave = {.sampleKinds = true, .identityTags = true};
-inline constexpr SaveVariant colourSpaceSave = {.fixedSelector = selector::LzwDifferences,
+inline constexpr SaveVariant colourSpaceSave = {.fixedSelector = TIFF_SAVE_LZW_DIFFERENCES,
                                                 .sampleKinds = true,
                                                 .identityTags = true,
                                                 .keepsColourSpace = true};
@@ -41,7 +41,7 @@ inline constexpr SaveVariant memorySave = {
 // Boards that read pages of one narrow form only.
 inline constexpr SaveVariant gammaSave = {
     .faxBoard = true, .resolution = Resolution::Fax, .fillBits = FillBits::Never};
-inline constexpr SaveVariant bicomSave = {.fixedSelector = selector::Group3,
+inline constexpr SaveVariant bicomSave = {.fixedSelector = TIFF_SAVE_GROUP3,
                                           .fixedFillOrder = 1,
                                           .bilevelStart = true,
                                           .faxBoard = true,

@@ -70,7 +70,7 @@ bool ReadArguments(std::span<wchar_t* const> wide, std::vector<std::string>& arg
     return true;
 }
 
-// An editing command replaces a file by another one of the name that it was told.
+// An editing command replaces a file by another one of the same name.
 void RestoreNames()
 {
     for (const auto& [full, inUse] : shortened) {

@@ -9,7 +9,7 @@ namespace tifftool {
 
 namespace {
 
-// The library takes a page that is not to be had for done: it is looked for here first.
+// The library reports success for a page that is not there, so it is looked for first.
 int Copy(const char* path, uint32_t page)
 {
     const std::string where = PageName(path, page);

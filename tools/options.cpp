@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include "tiff/values.h"
+
 #include "tiff/files.h"
 
 #include <algorithm>
@@ -15,8 +17,14 @@ constexpr struct {
     const char* name;
     uint32_t selector;
 } compressions[] = {
-    {"none", 201}, {"packbits", 202}, {"lzw", 203},   {"lzw-pred", 204},
-    {"mh", 205},   {"g3", 206},       {"g3-2d", 207}, {"g4", 208},
+    {"none", TIFF_SAVE_STORED},
+    {"packbits", TIFF_SAVE_PACKBITS},
+    {"lzw", TIFF_SAVE_LZW},
+    {"lzw-pred", TIFF_SAVE_LZW_DIFFERENCES},
+    {"mh", TIFF_SAVE_MODIFIED_HUFFMAN},
+    {"g3", TIFF_SAVE_GROUP3},
+    {"g3-2d", TIFF_SAVE_GROUP3_TWO_DIMENSIONAL},
+    {"g4", TIFF_SAVE_GROUP4},
 };
 
 bool IsAmong(std::string_view name, std::initializer_list<const char*> names)

@@ -8,7 +8,8 @@
 
 namespace tifftool {
 
-inline constexpr uint32_t FIRST_BILEVEL = 205; // selectors from here on are of CCITT compressions
+inline constexpr uint32_t FIRST_BILEVEL =
+    TIFF_SAVE_MODIFIED_HUFFMAN; // selectors from here on are of CCITT compressions
 
 // A packed DIB, and where it comes from.
 struct Picture {

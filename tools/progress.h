@@ -15,7 +15,7 @@ int32_t DrawProgress(uint32_t total, uint32_t done, uint64_t user);
 // Leaves the line that a bar stands in, so that a line of another kind can be printed.
 void EndProgress();
 
-// Does work that tells no steps, and says every second how long it has taken; nothing when it is
+// Does work that reports no steps, and says every second how long it has taken; nothing when it is
 // short. The work prints nothing itself. Returns its result.
 int32_t WithClock(const std::string& what, const std::function<int32_t()>& work);
 

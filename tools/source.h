@@ -41,7 +41,7 @@ bool CanBeAddedTo(const std::string& path);
 
 bool IsMotorola(const Source& source);
 
-// Where the directory of a page, counted from 0, lies in the file; 0 when it is not to be had.
+// Where the directory of a page, counted from 0, lies in the file; 0 when it is not available.
 uint32_t DirectoryOf(Source& source, uint32_t page);
 
 // "path, page N", for a page counted from 1.

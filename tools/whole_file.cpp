@@ -12,7 +12,7 @@ namespace {
 constexpr uint32_t MOST_NAMES = 1000;
 
 // A copy of the old file or an empty one, under a name that was free; empty, with a line that says
-// why, when there is none to be had. Only what is made here is ever removed.
+// why, when no name is available. Only what is made here is ever removed.
 std::string MakeUnfinished(const std::string& path, bool copyOld)
 {
     const uint32_t seed = GetCurrentProcessId() * 2654435761u + GetTickCount();

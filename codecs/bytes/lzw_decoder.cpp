@@ -40,7 +40,7 @@ constexpr uint32_t NOT_IN_HISTORY = 0xFFFF * ONE_BYTE;
 struct LzwTable {
     uint32_t strings[TABLE_CODES + 1];
     uint16_t prefix[TABLE_CODES + 1];
-    // What is left of entries when the history begins anew.
+    // Length and last byte of entries whose strings the history no longer holds.
     uint16_t lostLength[TABLE_CODES];
     uint8_t lostLast[TABLE_CODES];
     uint8_t history[END_PLACE + WORD_BYTES];
@@ -54,7 +54,7 @@ struct LzwDecoder {
     uint32_t end = FIRST_PLACE;         // of the history
     uint32_t drained = FIRST_PLACE;     // up to here lines have it
     uint32_t open = END_OF_INFORMATION; // the newest entry
-    uint32_t even = CLEAR;              // an entry that is one byte over and over
+    uint32_t uniform = CLEAR;           // an entry that is one byte over and over
     uint32_t width = LEAST_WIDTH;
     uint32_t bits = 0; // the low bitCount bits are not yet taken
     uint32_t bitCount = 0;
@@ -78,7 +78,7 @@ constexpr uint32_t LengthOf(uint32_t string)
 void ResetTable(LzwDecoder& decoder)
 {
     decoder.open = END_OF_INFORMATION;
-    decoder.even = CLEAR;
+    decoder.uniform = CLEAR;
     decoder.width = LEAST_WIDTH;
 }
 
@@ -200,21 +200,21 @@ void FillOpenString(uint8_t* target, uint32_t length)
         StoreSixteen(target + at, bytes);
 }
 
-// Continues the string in front of the target. Returns the newest entry known to be even.
-uint32_t WriteOpenString(const LzwTable& table, uint32_t open, uint32_t even, uint8_t* target,
+// Continues the string in front of the target. Returns the newest entry known to be uniform.
+uint32_t WriteOpenString(const LzwTable& table, uint32_t open, uint32_t uniform, uint8_t* target,
                          uint32_t length)
 {
     const uint32_t prefix = table.prefix[open];
-    if (prefix < CLEAR || prefix == even) {
+    if (prefix < CLEAR || prefix == uniform) {
         FillOpenString(target, length);
         return open;
     }
     CopyOpenString(target, length);
-    return even;
+    return uniform;
 }
 
-// Begins the history anew with the string that the open entry continues. Of the other entries
-// stays what they can be made from.
+// Begins the history anew with the string that the open entry continues. Other entries keep their
+// length, prefix and last byte, from which RestoreString rebuilds them.
 void RenewHistory(LzwDecoder& decoder)
 {
     LzwTable& table = *decoder.table;
@@ -259,7 +259,7 @@ Status WriteString(LzwDecoder& decoder, uint32_t code)
         RestoreString(decoder, code);
     const uint32_t string = table.strings[code], length = LengthOf(string);
     if (code == decoder.open)
-        decoder.even = WriteOpenString(table, code, decoder.even, &table.history[decoder.end], length);
+        decoder.uniform = WriteOpenString(table, code, decoder.uniform, &table.history[decoder.end], length);
     else
         CopyString(&table.history[decoder.end], &table.history[PlaceOf(string)], length);
     OpenEntry(table, decoder.open, decoder.width, code, String(decoder.end, length));
@@ -342,7 +342,7 @@ bool DecodeInside(LzwDecoder& decoder)
     uint64_t bit = 8 - decoder.bitCount;
     size_t end = decoder.end, open = before;
     const size_t limit = end + std::min<uint64_t>(END_PLACE - end, decoder.stripLeft);
-    uint32_t even = decoder.even;
+    uint32_t uniform = decoder.uniform;
     uint64_t group = 0; // its next code uppermost
     const auto decodeNext = [&, width]() {
         const size_t code = group >> (64 - width);
@@ -352,7 +352,8 @@ bool DecodeInside(LzwDecoder& decoder)
         if (code < open) [[likely]]
             CopyString(&table.history[end], &table.history[PlaceOf(string)], length);
         else if (code == open)
-            even = WriteOpenString(table, static_cast<uint32_t>(code), even, &table.history[end], length);
+            uniform =
+                WriteOpenString(table, static_cast<uint32_t>(code), uniform, &table.history[end], length);
         else
             return false;
         ++open;
@@ -381,7 +382,7 @@ bool DecodeInside(LzwDecoder& decoder)
     decoder.stripLeft -= end - decoder.end;
     decoder.end = static_cast<uint32_t>(end);
     decoder.open = static_cast<uint32_t>(open);
-    decoder.even = even;
+    decoder.uniform = uniform;
     TakeBits(decoder, bit);
     return widens;
 }

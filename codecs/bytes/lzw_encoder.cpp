@@ -185,7 +185,7 @@ inline const uint8_t* TakePairs(StringTable& table, uint32_t& shared, uint32_t& 
     return next;
 }
 
-// Returns what is left when the table is full.
+// Stops when the table is full; returns where.
 const uint8_t* EncodePart(LzwEncoder& encoder, const uint8_t* next, const uint8_t* end)
 {
     StringTable& table = *encoder.table;

@@ -131,9 +131,8 @@ Status DecodePackBits(CodecCall* context)
 
 static constexpr uint32_t MOST_ADDED = 127; // bytes of a packet beyond its first
 
-// Lines are packed in parts, of which is known beforehand which bytes are equal to their
-// successors, and which of them go another way in that than the next byte does: looking for it
-// packet by packet, each would wait for the one before.
+// Lines are packed in parts. Two bit masks per part, computed first, say which bytes equal their successor
+// and where that changes, so that the end of each packet is one bit search.
 static constexpr uint32_t PART_BYTES = 2048; // that a packet may begin in
 static constexpr uint32_t WORD_BYTES = 64;
 static constexpr uint32_t SCANNED_BYTES = PART_BYTES + 2 * WORD_BYTES;

@@ -22,7 +22,7 @@ enum class ZeroRun { EndsRun, EndsLine, BadCode };
 
 struct Framing {
     bool beginsWithModes; // the first line of a strip is two-dimensional
-    bool tagAfterEol;     // every line is followed by an EOL and a bit that tells the next coder
+    bool tagAfterEol;     // every line is followed by an EOL and a bit that chooses the next coder
     bool alignedRows;     // every row begins on a byte
     ZeroRun zeroRun;
     bool endsWithEofb; // seven zero bits for a mode are an EOFB or wrong; else an EOL

@@ -13,8 +13,8 @@ namespace tiff {
 // Group 4 code framed in records; the buffers and the first record are loaded by it.
 [[nodiscard]] Status DecodeMmrRecords(CodecCall* context);
 
-// The same by scheme. The careful loops alone give the same rows and end in the same way as all of
-// them together; comparing the two is what they are to be had separately for.
+// The same by scheme. CarefulOnly switches the fast loops off; rows and status must not change. For tests
+// and fuzzers.
 enum class CcittScheme { ModifiedHuffman, Group3, Group3TwoDimensional, Group4, MmrRecords };
 enum class CcittLoops { All, CarefulOnly };
 

@@ -8,8 +8,8 @@
 #include "codecs/ccitt/mmr_records.h"
 #include "codecs/ccitt/runs.h"
 #include "codecs/ccitt/writer.h"
+#include "codecs/coding_settings.h"
 #include "core/global_block.h"
-#include "core/thread_state.h"
 
 #include <algorithm>
 #include <bit>
@@ -49,7 +49,7 @@ constexpr uint32_t WIDEST_MODE_LINE = 32768; // bytes, of a two-dimensional line
 
 enum class Lines { Runs, RunsAndModes, Modes };
 
-// Where EOLs stand; those between lines carry a tag bit that tells the next coder.
+// Where EOLs stand; those between lines carry a tag bit that chooses the next coder.
 enum class Eols { None, BeforeLines, BetweenLines };
 
 // Zeros that let an EOL, or its tag, end on a byte.
@@ -143,7 +143,7 @@ uint64_t LoadPixels(const uint8_t* bytes)
     return Swap64(word);
 }
 
-// So many pixels are looked at together, as long as a line is white from its beginning.
+// Pixels that are compared at once while a line is white from its beginning.
 constexpr int32_t WIDE_PIXELS = 256;
 
 bool IsWhite(const uint8_t* bytes)
@@ -390,18 +390,19 @@ Status EncodeRows(CodecCall* context, const Framing& framing)
     Locked<int32_t> changes(block.Get());
     if (!changes)
         return error::NotEnoughMemory;
-    TiffThreadState& thread = ThreadState();
+    CodingSettings& settings = ThreadCoding();
+    const uint32_t kFactor = settings.chosenK ? settings.chosenK : DEFAULT_K_FACTOR;
     CcittEncoder encoder{
         .framing = framing,
         .bits = {.context = context, .flush = framing.flush},
         .coding = changes.Get(),
         .reference = changes.Get() + room,
         .width = context->lineFormat.biWidth,
-        .kFactor = thread.kFactor,
-        .linesSinceRuns = thread.kFactor,
+        .kFactor = kFactor,
+        .linesSinceRuns = kFactor,
     };
     const Status status = EncodeLines(encoder, context);
-    thread.codeMask = 0x80u >> encoder.bits.held % 8;
+    settings.codeMask = 0x80u >> encoder.bits.held % 8;
     return status;
 }
 

@@ -1,9 +1,9 @@
 #include "codecs/ccitt/fast.h"
 
+#include "codecs/ccitt/lanes.h"
 #include "codecs/ccitt/mode_groups.h"
 #include "codecs/ccitt/reservoir.h"
 #include "codecs/ccitt/run_lookups.h"
-#include "codecs/ccitt/lanes.h"
 
 namespace tiff::ccitt {
 
@@ -32,7 +32,8 @@ struct TwoRuns {
 // Two runs take at most 45 bits: a white one 20, a black one 25.
 static_assert(LEAST_FILLED_BITS >= 45);
 
-// The bits of a pair must be held. Where they do not tell two runs, they may be gone afterwards.
+// The bits of a pair must be held. On failure the reservoir may stand inside the codes: the caller
+// restores its copy.
 TwoRuns TakeTwoRuns(Reservoir& bits, uint32_t colour, uint32_t& pairsHeld)
 {
     const uint32_t pair = runPairs[colour][bits.window >> (64 - PAIR_INDEX_BITS)];
@@ -179,7 +180,7 @@ void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
     if (line.a0 != last && (line.a0 < last || line.a0 > std::max(loop.places.b[-1], 0)))
         return;
     const uint64_t start = PositionOf(loop.bits);
-    // That so many groups are done is foretold well by the processor, that so few bits are left is not.
+    // Refill after a fixed number of groups: the branch predictor learns a count, but not a bit level.
     constexpr uint32_t GROUPS_HELD = LEAST_FILLED_BITS / GROUP_BITS;
     uint32_t left = 0;
     for (;;) {

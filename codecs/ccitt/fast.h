@@ -7,12 +7,12 @@
 
 namespace tiff::ccitt {
 
-// Goes on with a line of modes over a reference in order; the line's change at the width tells that
-// it is whole.
+// Goes on with a line of modes over a reference in order. The line is whole when its change is the
+// width.
 void DecodeModesFast(CcittDecoder& decoder, ModeLine& line);
 
-// Goes on with a line of runs before a run of white; the position at the width tells that it is
-// whole.
+// Goes on with a line of runs before a run of white. The line is whole when the position is the
+// width.
 void DecodeRunsFast(CcittDecoder& decoder, int64_t& position);
 
 } // namespace tiff::ccitt

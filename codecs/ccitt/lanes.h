@@ -5,9 +5,8 @@
 
 namespace tiff {
 
-// Stores b[i] + deltas[i] as four columns. Returns a bit for each lane whose column does not lie
-// right of the one before it, of which the first is given, or lies left of b[i - 1], or does not
-// lie left of b[i + 1].
+// Stores b[i] + deltas[i] as four columns. Returns a mask of misplaced lanes: columns[i] <= columns[i-1]
+// (columns[-1] is `before`), columns[i] < b[i-1], or columns[i] >= b[i+1].
 inline uint32_t PlaceColumns(const int32_t* b, const int8_t* deltas, int32_t before, int32_t* columns)
 {
     const Sixteen placed = AddColumns(LoadSixteen(b), WidenToColumns(deltas));

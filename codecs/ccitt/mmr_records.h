@@ -1,4 +1,4 @@
-// Group 4 code in records: FE 92, the length as a 16-bit big-endian number, so many bytes.
+// Group 4 code in records: FE 92, the length as a 16-bit big-endian number, then that many bytes.
 #pragma once
 
 #include "codecs/codec_context.h"

@@ -16,7 +16,7 @@ inline constexpr uint8_t NO_GROUP = 0x20;
 inline constexpr uint8_t ENDINGS = HORIZONTAL | PASS_BEFORE | NO_GROUP;
 
 // What the next bits begin with: passes, then up to four vertical modes, then the prefix of a
-// horizontal one. Or NO_GROUP and no bits: something that the table cannot tell, or no code of a line.
+// horizontal one. Or NO_GROUP and no bits: codes that the table does not cover, or none at all.
 struct ModeGroup {
     int8_t deltas[GROUP_CODES];
     uint8_t count;  // of vertical modes

@@ -2,9 +2,9 @@
 #include "codecs/buffers.h"
 #include "codecs/ccitt/encoder.h"
 #include "codecs/ccitt/raw.h"
+#include "codecs/coding_settings.h"
 #include "codecs/encode_driver.h"
 #include "core/errors.h"
-#include "core/thread_state.h"
 #include "tiff/ccitt.h"
 
 namespace tiff {
@@ -62,6 +62,6 @@ extern "C" int32_t SetKfactor(int32_t k) noexcept
 {
     if (k < LEAST_K_FACTOR)
         return 0;
-    ThreadState().kFactor = static_cast<uint32_t>(k);
+    ThreadCoding().chosenK = static_cast<uint32_t>(k);
     return 1;
 }

@@ -2,6 +2,8 @@
 #ifndef TIFF_BASE_H
 #define TIFF_BASE_H
 
+#include "tiff/values.h"
+
 #include <stdint.h>
 #include <windows.h>
 

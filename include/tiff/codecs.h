@@ -133,12 +133,12 @@ uint32_t FillDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
  */
 uint32_t FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
-/* Encodes a page that was defined (pages.h): pulls its lines from the line routine, row by row
+/* Encodes a page that was defined (define.h): pulls its lines from the line routine, row by row
  * from the first, writes the strips behind everything else in the file, defines their tags and
  * writes the directory. A missing RowsPerStrip becomes 1, one of 0 the rows of the page.
  *
  * A TIFF in memory that was opened without a block gets one with its first page: it is the
- * caller's, to be had from GetMemoryTiffHandle. After a failure there is none.
+ * caller's, available from GetMemoryTiffHandle. After a failure there is none.
  *
  * Returns 1, or 0 with the last error set. The new page is linked in the very last step: after
  * a failure the file has the pages it had, and the page can be encoded again. A file that is

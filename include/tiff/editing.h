@@ -3,11 +3,15 @@
  *
  * Operations that change a file build a new one in the temporary folder first. Only when it is
  * complete is the old file deleted and the new one given its name; until then every failure leaves
- * the old file as it was. When the deletion or the renaming fails, the result is 0 with error 6
- * and the new file stays in the temporary folder.
+ * the old file as it was. When the old file cannot be deleted, the result is 0 with error 6 and the
+ * new one is deleted; when the new one cannot be renamed, it stays in the temporary folder.
+ *
+ * What the tags of a page lead to is copied with it: strips, tiles, tables, JPEG streams, and the
+ * directories behind ExifIFD, GPS, Interoperability and SubIFDs with all that they hold.
  *
  * Results are 1, or 0 with the cause in TiffError(): 1 memory; 3 no such page; 6 reading or
- * writing; 9 a page whose strip offsets and byte counts differ in number; 10 one that lacks either;
+ * writing, or a file that cannot be seen whole; 9 a page whose strip offsets and byte counts differ
+ * in number, are none, or cannot be known; 10 one that lacks either;
  * 29 a null path, or the source would be overwritten by its own copy; others as OpenTiffFile.
  */
 #ifndef TIFF_EDITING_H
@@ -34,9 +38,9 @@ typedef int32_t (*TiffProgress)(uint32_t total, uint32_t done, uint64_t user);
  * page                 its tags are taken from memory if they are loaded, with what was changed
  *                      there, and dropped afterwards.
  *
- * A strip that reaches beyond the end of the source is copied as far as it exists. A failure while
- * writing leaves the part that was written at the end of the chain; opening the file then reports
- * error 6 and shows the pages before, and the next page appended takes the place of the part.
+ * A strip that reaches beyond the end of the source is copied as far as it exists; one with a byte
+ * count of 0, or a single one without a count, up to what comes next in the file. A sub-directory that
+ * cannot be read is left out. A failure leaves the destination with the pages that it had.
  */
 int32_t CopyTiffImage(HGLOBAL source, uint32_t page, HGLOBAL destination) TIFF_NOEXCEPT;
 
@@ -94,7 +98,7 @@ int32_t MergeTiffFiles(const char* destinationPath, const char* sourcePath, Tiff
  *            succeeds. The source must have two pages or more.
  * callback   may be null; told the number of pages to move and those copied.
  *
- * When it fails the destination is deleted, unless it has come to be the only place of its pages.
+ * When it fails the destination is what it was, unless it has come to be the only place of its pages.
  */
 int32_t SplitTiffFile(const char* sourcePath, const char* destinationPath, int32_t firstPage,
                       TiffProgress callback, uint64_t user) TIFF_NOEXCEPT;
@@ -142,7 +146,8 @@ int32_t UpdatePageNumbersInMemory(HGLOBAL file, uint32_t total) TIFF_NOEXCEPT;
  *
  * type, values, count  as DefineTiffImageInfoBuffer.
  *
- * Errors: 1 also when the file cannot be opened as a TIFF; 3 no such page; 6 no such file.
+ * Errors: 1 also when the file cannot be opened as a TIFF; 3 no such page; 6 no such file; 29 also
+ * for a tag above 65535.
  */
 int32_t AddTiffTagToImage(const char* path, int32_t page, uint32_t tag, uint32_t type, const void* values,
                           uint32_t count) TIFF_NOEXCEPT;

@@ -41,7 +41,7 @@ HGLOBAL OpenTiffFile(const char* path, uint32_t mode) TIFF_NOEXCEPT;
 /* Opens a TIFF that lies in a block of movable global memory.
  *
  * block  stays the caller's, also after CloseTiffFile; writing pages may replace it, and
- *        GetMemoryTiffHandle then tells the new one.
+ *        GetMemoryTiffHandle then returns the new one.
  * size   bytes of the TIFF in the block.
  * mode   0 and T_APPEND read the TIFF in the block, with pages to be added in both cases; any
  *        other value starts a new TIFF. An empty block fails in mode 2 too.
@@ -99,7 +99,7 @@ int32_t ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byteOrder) TIF
 
 /* Copies the library's version text.
  *
- * size   1 to 14 copies exactly so many bytes of the text and its terminating zero, so that
+ * size   1 to 14 copies exactly that many bytes of the text and its terminating zero, so that
  *        a size below 14 gives no terminator; 15 or more copies all of it; 0 or less nothing.
  */
 void GetTiffVersion(char* buffer, int32_t size) TIFF_NOEXCEPT;

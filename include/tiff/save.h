@@ -23,7 +23,7 @@
 #ifndef TIFF_SAVE_H
 #define TIFF_SAVE_H
 
-#include "tiff/pages.h"
+#include "tiff/define.h"
 
 TIFF_BEGIN
 

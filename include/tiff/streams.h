@@ -10,12 +10,6 @@
 
 #define STREAM_FAILED 0xFFFFFFFFu
 
-#define TIFF_INTEL 0x4949u    /* "II", little-endian */
-#define TIFF_MOTOROLA 0x4D4Du /* "MM", big-endian */
-
-/* Fill orders: which bit of a byte comes first in the picture. */
-enum TiffFillOrder { TIFF_MSB_FIRST = 1, TIFF_LSB_FIRST = 2 };
-
 TIFF_BEGIN
 
 typedef int64_t TiffStream;

@@ -17,6 +17,7 @@
 #include "tiff/blank_pages.h"
 #include "tiff/ccitt.h"
 #include "tiff/codecs.h"
+#include "tiff/define.h"
 #include "tiff/directory.h"
 #include "tiff/editing.h"
 #include "tiff/errors.h"
@@ -24,8 +25,8 @@
 #include "tiff/files.h"
 #include "tiff/lines.h"
 #include "tiff/load.h"
-#include "tiff/pages.h"
 #include "tiff/save.h"
 #include "tiff/streams.h"
+#include "tiff/values.h"
 
 #endif

@@ -87,7 +87,7 @@ Bytes Code(const Scheme& scheme, uint32_t width, uint32_t rows, uint32_t seed)
     return Content(block.Get(), bytes);
 }
 
-// The first so many bytes, decoded both ways.
+// The first `bytes` of the code, decoded both ways.
 CcittOutcome ExpectSame(const Scheme& scheme, const Bytes& code, uint32_t bytes, uint32_t width,
                         uint32_t rows)
 {

@@ -1,8 +1,8 @@
 // Linked with the library's objects: these conversions are not exported.
-#include "core/thread_state.h"
 #include "gdi/desktop.h"
 #include "raster/convert_gdi.h"
 #include "raster/palette_gdi.h"
+#include "raster/save_settings.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -102,11 +102,11 @@ TEST(Convert, CcittLinesComeFromTheBitmapOfTheThread)
     TiffEncodeLineContext context{};
     context.deviceContext = screen.Get();
     context.bitmap = bitmap.Get();
-    ThreadState().ccittSource = reinterpret_cast<BITMAPINFO*>(&info);
+    ThreadRaster().ccittSource = reinterpret_cast<BITMAPINFO*>(&info);
     Bytes line(8);
     DllFillCcittLine(line.data(), 0, &context);
     EXPECT_EQ(line, Hex("8000 0000 00000000"));
     DllFillCcittLine(line.data(), 1, &context);
     EXPECT_EQ(line, Hex("0F80 0000 00000000"));
-    ThreadState().ccittSource = nullptr;
+    ThreadRaster().ccittSource = nullptr;
 }

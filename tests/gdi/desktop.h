@@ -89,7 +89,7 @@ struct HandleMarks {
 
 HandleMarks TakeMarks();
 
-// Expects that so many calls have left nothing behind.
+// Expects that the calls have left nothing behind.
 void ExpectNoGrowth(const HandleMarks& before, uint32_t calls);
 
 // Another process finds this on the clipboard.

@@ -2,6 +2,7 @@
 #include "support/numbered_pages.h"
 #include "support/tiff_dump.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -124,13 +125,21 @@ TEST(PageCopy, KeepsTypesThatPagesInMemoryDoNotHave)
                                            .Entry(60003, 9, 2, half)
                                            .Entry(60004, 11, 1, few)
                                            .Entry(60005, 8, 2, few)
-                                           .Entry(60006, 10, 2, bytes),
+                                           .Entry(60006, 10, 2, bytes)
+                                           .Entry(60007, 2, 0, {}),
                                        order);
         TempFile source(original);
         NewFile copy;
         EXPECT_EQ(CopyTiffImageInFile(source.Path(), 0, copy.Path(), T_CREAT), 1);
         EXPECT_EQ(CopyTiffImageInFile(copy.Path(), 0, copy.Path(), T_APPEND), 1);
         ExpectPages(copy.Path(), original, {0, 0});
+        // A value that no file holds takes no others with it.
+        Bytes impossible = original;
+        impossible[impossible.size() - 4 - 12 + (order == TIFF_INTEL ? 2 : 3)] = 12;
+        std::fill_n(impossible.end() - 12, 8, uint8_t{0x7F});
+        TempFile damaged(impossible);
+        EXPECT_EQ(CopyTiffImageInFile(damaged.Path(), 0, copy.Path(), T_CREAT), 1);
+        EXPECT_NE(DumpTiff(ReadFileBytes(copy.Path())).find("60001 DOUBLE 2"), std::string::npos);
     }
 }
 
@@ -167,6 +176,140 @@ TEST(PageCopy, CopiesWhatExistsOfAStripAndWidensOffsets)
     EXPECT_NE(DumpTiff(ReadFileBytes(turned.Path())).find("273 LONG 1: 661"), std::string::npos);
 }
 
+TEST(PageCopy, FindsOutHowLongStripsAre)
+{
+    const auto picture = [] { return TiffPage::Picture(8, 2, 1, 1).Ascii(270, "values behind"); };
+    const std::vector<Bytes> strips = {Hex("01020304"), Hex("0506")};
+    const struct {
+        const char* row;
+        TiffPage page;
+        bool single;
+    } rows[] = {
+        {"no byte count", picture().Data(273, 0, {strips[0]}), true},
+        {"a byte count of 0", picture().Data(273, 0, {strips[0]}).Long(279, {0}), true},
+        {"some are 0", picture().Data(273, 0, strips).Short(279, {0, 2}), false},
+        {"all are 0", picture().Data(273, 0, strips).Long(279, {0, 0}), false},
+    };
+    for (const auto& [row, page, single] : rows)
+        for (const uint16_t order : byteOrders) {
+            SCOPED_TRACE(row);
+            NoLeaks leaks;
+            const Bytes wanted = TiffBuilder(order)
+                                     .Add(picture().Strips(single ? std::vector<Bytes>{strips[0]} : strips))
+                                     .Add(Page(1))
+                                     .Build();
+            TempFile file(TiffBuilder(order).Add(page).Add(Page(1)).Build()), raw(Hex("FF"));
+            EXPECT_NE(AppendCCITTImageFile(raw.Path(), file.Path(), 0, 0), nullptr);
+            EXPECT_EQ(ReadFileBytes(raw.Path()), Hex(single ? "FF01020304" : "FF010203040506"));
+            EXPECT_EQ(ReorderTiffFile(file.Path()), 1);
+            ExpectPages(file.Path(), wanted, {0, 1});
+        }
+}
+
+TEST(PageCopy, TakesOffsetsAndCountsOfAnyIntegerType)
+{
+    static constexpr struct {
+        uint16_t type;
+        uint32_t bytes;
+    } rows[] = {{1, 1}, {6, 1}, {8, 2}, {9, 4}, {16, 8}, {17, 8}};
+    for (const auto& [type, bytes] : rows)
+        for (const uint16_t order : byteOrders) {
+            SCOPED_TRACE(type);
+            NoLeaks leaks;
+            std::vector<uint32_t> offset(bytes, 0), count(bytes, 0);
+            const size_t low = order == TIFF_INTEL ? 0 : bytes - 1;
+            offset[low] = 8; // where the builder puts data first
+            count[low] = 3;
+            TempFile file(OnePage(TiffPage::Picture(8, 1, 1, 1)
+                                      .Data(60000, 0, {Hex("010203FF")})
+                                      .Entry(273, type, 1, offset)
+                                      .Entry(279, type, 1, count),
+                                  order));
+            NewFile copy;
+            TempFile raw({});
+            EXPECT_EQ(CopyTiffImageInFile(file.Path(), 0, copy.Path(), T_CREAT), 1);
+            const Bytes copied = ReadFileBytes(copy.Path());
+            EXPECT_NE(PagesOf(copied)[0].find("data 273: 010203\n"), std::string::npos) << DumpTiff(copied);
+            EXPECT_NE(AppendCCITTImageFile(raw.Path(), file.Path(), 0, 0), nullptr);
+            EXPECT_EQ(ReadFileBytes(raw.Path()), Hex("010203"));
+        }
+}
+
+TEST(PageEditing, KeepsWhatSubDirectoriesHold)
+{
+    const std::vector<uint32_t> numbers = {1, 2, 3, 4, 5, 6, 7, 8};
+    const auto small = [](uint8_t pixel) { return TiffPage::Picture(8, 1, 1, 1).Strips({{pixel, 9}, {8}}); };
+    const TiffPage exif = TiffPage()
+                              .Ascii(36864, "0230")
+                              .Entry(37500, 7, 8, numbers)
+                              .Directories(40965, {TiffPage().Ascii(1, "R98")});
+    const TiffPage gps = TiffPage().Entry(2, 10, 1, numbers);
+    const auto raw = [&] {
+        return Page(2)
+            .Directories(330, {small(1), small(2).Data(513, 514, {Hex("FFD8FFD9")}), small(3)}, 13)
+            .Directories(34665, {exif})
+            .Directories(34853, {gps})
+            .Directories(60001, {small(4)});
+    };
+    for (const uint16_t order : byteOrders) {
+        NoLeaks leaks;
+        TiffBuilder builder(order);
+        Bytes original = builder.Add(raw()).Add(Page(1)).Add(raw().Ascii(65000, "another")).Build();
+        // The last of the pictures has another behind it, the last that was built of the page.
+        const uint32_t behind =
+            order == TIFF_INTEL ? builder.subDirectories[6] : __builtin_bswap32(builder.subDirectories[6]);
+        std::memcpy(&original[builder.subLinks[2]], &behind, 4);
+        TempFile file(original);
+        EXPECT_EQ(DeleteTiffTagOfImage(file.Path(), 1, 60000), 1);
+        ExpectPages(file.Path(), original, {0, 1, 2});
+        const size_t size = ReadFileBytes(file.Path()).size();
+        EXPECT_EQ(ReorderTiffFile(file.Path()), 1);
+        EXPECT_EQ(ReadFileBytes(file.Path()).size(), size) << "grows";
+        EXPECT_EQ(CopyTiffImageInFile(file.Path(), 0, file.Path(), T_APPEND), 1);
+        EXPECT_EQ(DeleteTiffImage(file.Path(), 0, 0), 1);
+        ExpectPages(file.Path(), original, {1, 2, 0});
+    }
+}
+
+TEST(PageEditing, RefusesSubDirectoriesThatCannotBeSeenWhole)
+{
+    NoLeaks leaks;
+    TiffPage nested = TiffPage().Ascii(36864, "0230");
+    for (int depth = 0; depth < 9; ++depth)
+        nested = TiffPage().Directories(330, {nested});
+    TiffBuilder circle;
+    Bytes toItself = circle.Add(Page(0).Long(34665, {0})).Build();
+    std::memcpy(&toItself[circle.links[0] - 4], &circle.directories[0], 4);
+    TiffBuilder chain;
+    Bytes inCircles = chain.Add(Page(0).Directories(330, {TiffPage().Ascii(270, "round and round")})).Build();
+    std::memcpy(&inCircles[chain.subLinks[0]], &chain.subDirectories[0], 4);
+    const struct {
+        const char* row;
+        Bytes file;
+    } rows[] = {
+        {"outside", OnePage(Page(0).Long(34665, {60000}))},
+        {"its own page", toItself},
+        {"a chain that comes back", inCircles},
+        {"too deep", OnePage(Page(0).Directories(330, {nested}))},
+        {"strips without lengths", OnePage(Page(0).Directories(330, {TiffPage().Long(273, {8, 8})}))},
+        {"offsets that are none", OnePage(Page(0).Rational(34853, 8, 1))},
+    };
+    for (const auto& [row, bytes] : rows) {
+        SCOPED_TRACE(row);
+        TempFile file(bytes);
+        const std::string path = file.Path();
+        const NamedFiles unfinished{{path.substr(0, path.rfind('.')) + ".~~~"}};
+        NewFile copy;
+        EXPECT_EQ(DeleteTiffTagOfImage(file.Path(), 0, 60000), 0);
+        EXPECT_EQ(TiffError(), 6u);
+        EXPECT_EQ(ReadFileBytes(file.Path()), bytes);
+        // A copy leaves the original, and the branch ends.
+        EXPECT_EQ(CopyTiffImageInFile(file.Path(), 0, copy.Path(), T_CREAT), 1);
+        EXPECT_EQ(Complaints(ReadFileBytes(copy.Path())), "");
+        EXPECT_EQ(DeleteTiffTagOfImage(copy.Path(), 0, 60000), 1);
+    }
+}
+
 TEST(PageCopy, FailsBeforeAnythingIsWritten)
 {
     const Bytes good = Pages(2);
@@ -176,7 +319,14 @@ TEST(PageCopy, FailsBeforeAnythingIsWritten)
         uint32_t page, error;
     } rows[] = {
         {"counts differ", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {8, 8}).Long(279, {1})), 0, 9},
-        {"no byte counts", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {8})), 0, 10},
+        {"no byte counts", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {8, 8})), 0, 10},
+        {"nothing tells a length", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {60000})), 0, 9},
+        {"nor of a count of 0", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {4}).Long(279, {0})), 0, 9},
+        {"beyond 32 bits",
+         OnePage(TiffPage::Picture(8, 2, 1, 1).Long(273, {8}).Entry(279, 16, 1, {1, 0, 0, 0, 1, 0, 0, 0})), 0,
+         9},
+        {"a type without a size",
+         OnePage(TiffPage::Picture(8, 2, 1, 1).Entry(273, 99, 1, {8}).Long(279, {1})), 0, 9},
         {"no offsets", OnePage(TiffPage::Picture(8, 2, 1, 1).Long(279, {1})), 0, 10},
         {"offsets that are none", OnePage(TiffPage::Picture(8, 2, 1, 1).Ascii(273, "x").Long(279, {1, 1})), 0,
          9},
@@ -186,6 +336,8 @@ TEST(PageCopy, FailsBeforeAnythingIsWritten)
         SCOPED_TRACE(row);
         NoLeaks leaks;
         TempFile source(bytes), destination(good);
+        EXPECT_EQ(AppendCCITTImageFile(destination.Path(), source.Path(), page, 0), nullptr);
+        EXPECT_EQ(TiffError(), error);
         HGLOBAL from = OpenTiffFile(source.Path(), T_READ), to = OpenTiffFile(destination.Path(), T_APPEND);
         EXPECT_EQ(CopyTiffImage(from, page, to), 0);
         EXPECT_EQ(TiffError(), error);
@@ -253,6 +405,56 @@ TEST(PageCopy, WorksFromAndToMemoryAndWithChangedTags)
     EXPECT_EQ(TiffError(), 34u);
 }
 
+TEST(PageCopy, CopiesAFileIntoItself)
+{
+    NoLeaks leaks;
+    const Bytes pages = Pages(3);
+    TempFile file(pages);
+    Block memory(pages);
+    HGLOBAL onDisk = OpenTiffFile(file.Path(), T_APPEND);
+    HGLOBAL inMemory = OpenTiffInMemory(memory.Get(), static_cast<uint32_t>(pages.size()), T_APPEND);
+    for (HGLOBAL handle : {onDisk, inMemory}) {
+        for (const uint32_t page : {1u, 0u, 1u})
+            EXPECT_EQ(CopyTiffImage(handle, page, handle), 1);
+        EXPECT_EQ(CopyTiffImage(handle, 5, handle), 1) << "a page that was copied before";
+        EXPECT_EQ(CopyTiffImage(handle, 7, handle), 0);
+        EXPECT_EQ(NumberOfTiffImages(handle, TIFF_ALL_PAGES), 7u);
+    }
+    HGLOBAL block = GetMemoryTiffHandle(inMemory);
+    TempFile copied(Content(block, GlobalSize(block)));
+    CloseTiffFile(onDisk);
+    CloseTiffFile(inMemory);
+    ExpectPages(file.Path(), pages, {0, 1, 2, 1, 0, 1, 1});
+    ExpectPages(copied.Path(), pages, {0, 1, 2, 1, 0, 1, 1});
+}
+
+TEST(PageCopy, CopiesAWholeJpegStreamOnce)
+{
+    const Bytes stream = Hex("FFD8 010203 FFD9");
+    const auto picture = [](uint32_t compression) { return TiffPage::Picture(8, 8, 8, compression, 6); };
+    const struct {
+        const char* row;
+        TiffPage page;
+        bool kept;
+    } rows[] = {
+        {"strips in it", picture(6).Data(513, 514, {stream}).Long(273, {10}).Long(279, {3}), true},
+        {"longer than the file", picture(6).Data(513, 0, {stream}).Long(514, {100000}), true},
+        {"without a length", picture(6).Data(513, 0, {stream}), true},
+        {"in another compression", picture(7).Data(513, 514, {stream}).Long(273, {10}).Long(279, {3}), true},
+        {"that is not there", picture(7).Long(513, {60000}).Long(514, {7}), false},
+    };
+    for (const auto& [row, page, kept] : rows) {
+        SCOPED_TRACE(row);
+        TempFile file(TiffBuilder().Add(Page(1)).Add(page).Build());
+        EXPECT_EQ(ReorderTiffFile(file.Path()), 1);
+        const Bytes once = ReadFileBytes(file.Path());
+        EXPECT_EQ(DumpTiff(once).find("513 LONG 1") != std::string::npos, kept);
+        EXPECT_EQ(std::search(once.begin(), once.end(), stream.begin(), stream.end()) != once.end(), kept);
+        EXPECT_EQ(ReorderTiffFile(file.Path()), 1);
+        EXPECT_EQ(ReadFileBytes(file.Path()), once) << "grows";
+    }
+}
+
 TEST(PageCopy, DoesNotCompareByteOrders)
 {
     // Kept: the link is written in the source's order. Merging whole files looks first.
@@ -317,6 +519,35 @@ TEST(PageEditing, EveryOperationLeavesThePagesItShould)
             }
         }
     }
+}
+
+TEST(PageEditing, RefusesARing)
+{
+    NoLeaks leaks;
+    TiffBuilder builder;
+    Bytes ring = builder.Add(Page(0)).Add(Page(1)).Build();
+    std::memcpy(&ring[builder.links[1]], &builder.directories[0], 4);
+    TempFile file(ring);
+    NewFile other;
+    const std::function<int32_t()> edits[] = {
+        [&] { return DeleteTiffImage(file.Path(), 1, 0); },
+        [&] { return DeleteTiffImage(file.Path(), 1, 1); },
+        [&] { return InsertTiffImage(file.Path(), NewDib().Get(), 201, 0, 1, 0, 0, 0); },
+        [&] { return ReorderTiffFile(file.Path()); },
+        [&] { return MergeTiffFiles(other.Path(), file.Path(), nullptr, 0); },
+        [&] { return MergeTiffFiles(file.Path(), file.Path(), nullptr, 0); },
+        [&] { return CopyTiffImageInFile(file.Path(), 0, file.Path(), T_APPEND); },
+        [&] { return SplitTiffFile(file.Path(), other.Path(), 1, nullptr, 0); },
+        [&] { return DeleteTiffTagOfImage(file.Path(), 0, 270); },
+    };
+    for (const auto& edit : edits) {
+        EXPECT_EQ(edit(), 0);
+        EXPECT_EQ(TiffError(), 6u);
+        EXPECT_EQ(ReadFileBytes(file.Path()), ring);
+        EXPECT_FALSE(Exists(other.Path()));
+    }
+    EXPECT_EQ(CopyTiffImageInFile(file.Path(), 5, other.Path(), T_CREAT), 1);
+    EXPECT_EQ(PagesOf(ReadFileBytes(other.Path()))[0], PagesOf(Pages(2))[1]);
 }
 
 TEST(PageEditing, ReorderRemovesWhatNoPageRefersTo)
@@ -572,6 +803,15 @@ TEST(TagEditing, WorksBesideTheFileAndSaysWhatIsWrong)
     EXPECT_EQ(TiffError(), 3u);
     EXPECT_EQ(DeleteTiffTagOfImage(file.Path(), -1, 270), 0);
     EXPECT_EQ(TiffError(), 3u);
+    EXPECT_EQ(DeleteTiffTagOfImage(file.Path(), 0, 65536 + 270), 0);
+    EXPECT_EQ(TiffError(), 29u);
+    EXPECT_EQ(AddTiffTagToImage(file.Path(), 0, 65536 + 270, 2, "x", 2), 0);
+    EXPECT_EQ(TiffError(), 29u);
+    HGLOBAL made = OpenTiffFile(file.Path(), T_CREAT);
+    EXPECT_EQ(DefineTiffImage(made), 0);
+    EXPECT_EQ(DefineTiffImageInfo(made, 0, 65536 + 256, 3, 1), 0);
+    EXPECT_EQ(TiffError(), 29u);
+    CloseTiffFile(made);
     EXPECT_FALSE(Exists(beside));
     EXPECT_EQ(AddTiffTagToImage(file.Path(), 1, 270, 2, nullptr, 2), 0);
     EXPECT_EQ(TiffError(), 29u);

@@ -181,7 +181,7 @@ TEST(FaxBoards, CiscoFilesAreRewrittenOrGone)
     ExpectPages(file.Path(), pages, {0, 1, 2, NEW});
 
     // Kept: a page that cannot be copied costs the file.
-    TempFile bad(TiffBuilder().Add(Page(0)).Add(TiffPage::Picture(8, 1, 1, 1).Long(273, {8})).Build());
+    TempFile bad(TiffBuilder().Add(Page(0)).Add(TiffPage::Picture(8, 1, 1, 1).Long(273, {8, 8})).Build());
     EXPECT_EQ(ConvertTiffToCiscoFormat(bad.Path()), 0);
     EXPECT_EQ(TiffError(), 10u);
     EXPECT_FALSE(Exists(bad.Path()));

@@ -15,7 +15,7 @@ struct Decoded {
     Bytes Joined() const;
 };
 
-// Collects rows of so many bytes; stops with a status at a row when asked to.
+// Collects rows of this length; stops with a status at a row when asked to.
 struct RowCollector {
     uint32_t rowBytes;
     uint32_t stopRow = UINT32_MAX;

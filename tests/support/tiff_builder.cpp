@@ -48,6 +48,12 @@ TiffPage& TiffPage::Data(uint16_t offsetTag, uint16_t lengthTag, std::vector<Byt
     return *this;
 }
 
+TiffPage& TiffPage::Directories(uint16_t tag, std::vector<TiffPage> pages, uint16_t type)
+{
+    subDirectories.push_back({tag, type, std::move(pages)});
+    return *this;
+}
+
 TiffPage& TiffPage::StoredOrder(std::vector<size_t> wanted)
 {
     order = std::move(wanted);
@@ -101,13 +107,13 @@ void TiffBuilder::PutValues(const TiffEntry& entry)
     for (const uint32_t value : entry.values)
         if (entry.type == 3)
             Put16(value);
-        else if (entry.type == 4 || entry.type == 5)
+        else if (entry.type == 4 || entry.type == 5 || entry.type == 13)
             Put32(value);
         else
             file.push_back(static_cast<uint8_t>(value));
 }
 
-void TiffBuilder::PutPage(TiffPage& page, size_t linkAt)
+void TiffBuilder::PutData(TiffPage& page)
 {
     std::vector<uint32_t> offsets(page.strips.size()), counts(page.strips.size());
     for (size_t index = 0; index < page.strips.size(); ++index) {
@@ -131,6 +137,21 @@ void TiffBuilder::PutPage(TiffPage& page, size_t linkAt)
         if (other.lengths)
             page.Long(other.lengths, lengths);
     }
+    for (TiffPage::DirectoryTag& sub : page.subDirectories) {
+        std::vector<uint32_t> at;
+        for (TiffPage& directory : sub.pages) {
+            at.push_back(PutPage(directory));
+            subDirectories.push_back(at.back());
+            subLinks.push_back(static_cast<uint32_t>(file.size() - 4));
+        }
+        page.Entry(sub.tag, sub.type, static_cast<uint32_t>(at.size()), at);
+    }
+}
+
+// Returns where the directory lies; the link behind it comes last.
+uint32_t TiffBuilder::PutPage(TiffPage& page)
+{
+    PutData(page);
     std::stable_sort(page.entries.begin(), page.entries.end(),
                      [](const TiffEntry& left, const TiffEntry& right) { return left.tag < right.tag; });
 
@@ -139,14 +160,15 @@ void TiffBuilder::PutPage(TiffPage& page, size_t linkAt)
         if (file.size() % 2)
             file.push_back(0);
         valueAt.push_back(static_cast<uint32_t>(file.size()));
-        const uint32_t elementBytes = entry.type == 3 ? 2 : entry.type == 4 || entry.type == 5 ? 4 : 1;
+        const uint32_t elementBytes = entry.type == 3                                          ? 2
+                                      : entry.type == 4 || entry.type == 5 || entry.type == 13 ? 4
+                                                                                               : 1;
         if (entry.values.size() * elementBytes > 4)
             PutValues(entry);
     }
     if (file.size() % 2)
         file.push_back(0);
-    directories.push_back(static_cast<uint32_t>(file.size()));
-    Patch32(linkAt, directories.back());
+    const auto directory = static_cast<uint32_t>(file.size());
     Put16(static_cast<uint32_t>(page.entries.size()));
     for (size_t index = 0; index < page.entries.size(); ++index) {
         const TiffEntry& entry = page.entries[index];
@@ -154,14 +176,14 @@ void TiffBuilder::PutPage(TiffPage& page, size_t linkAt)
         Put16(entry.type);
         Put32(entry.count);
         const size_t field = file.size();
-        if (valueAt[index] != (index + 1 < valueAt.size() ? valueAt[index + 1] : directories.back()))
+        if (valueAt[index] != (index + 1 < valueAt.size() ? valueAt[index + 1] : directory))
             Put32(valueAt[index]);
         else
             PutValues(entry);
         file.resize(field + 4);
     }
-    links.push_back(static_cast<uint32_t>(file.size()));
     Put32(0);
+    return directory;
 }
 
 Bytes TiffBuilder::Build()
@@ -173,7 +195,9 @@ Bytes TiffBuilder::Build()
     Put32(0);
     size_t linkAt = 4;
     for (TiffPage& page : pages) {
-        PutPage(page, linkAt);
+        directories.push_back(PutPage(page));
+        links.push_back(static_cast<uint32_t>(file.size() - 4));
+        Patch32(linkAt, directories.back());
         linkAt = links.back();
     }
     return file;

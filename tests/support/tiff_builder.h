@@ -23,6 +23,8 @@ public:
     TiffPage& Strips(std::vector<Bytes> data);
     // Adds a tag with the offsets of these bytes, and one with their lengths unless it is 0.
     TiffPage& Data(uint16_t offsetTag, uint16_t lengthTag, std::vector<Bytes> data);
+    // Adds a tag with the offsets of these directories, as LONGs or IFDs.
+    TiffPage& Directories(uint16_t tag, std::vector<TiffPage> pages, uint16_t type = 4);
     // Strips are written in this order, given by their numbers.
     TiffPage& StoredOrder(std::vector<size_t> order);
     TiffPage& ShortOffsets();
@@ -37,8 +39,13 @@ private:
         uint16_t offsets, lengths;
         std::vector<Bytes> data;
     };
+    struct DirectoryTag {
+        uint16_t tag, type;
+        std::vector<TiffPage> pages;
+    };
     std::vector<Bytes> strips;
     std::vector<DataTag> otherData;
+    std::vector<DirectoryTag> subDirectories;
     std::vector<size_t> order;
     uint16_t offsetType = 4;
 };
@@ -53,13 +60,16 @@ public:
 
     // After Build: where page n's directory and the link behind it lie.
     std::vector<uint32_t> directories, links;
+    // The same of sub-directories, those within before those without.
+    std::vector<uint32_t> subDirectories, subLinks;
 
 private:
     void Put16(uint32_t value);
     void Put32(uint32_t value);
     void Patch32(size_t at, uint32_t value);
     void PutValues(const TiffEntry& entry);
-    void PutPage(TiffPage& page, size_t linkAt);
+    void PutData(TiffPage& page);
+    uint32_t PutPage(TiffPage& page);
 
     uint16_t byteOrder;
     std::vector<TiffPage> pages;

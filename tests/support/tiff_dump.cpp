@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <sstream>
 
 namespace {
@@ -18,8 +19,10 @@ public:
         text << (motorola ? "MM" : "II") << '\n';
         Claim(0, 8, "header");
         uint64_t directory = Number(4, 4);
-        for (int page = 0; directory != 0 && page < 20000; ++page)
+        for (int page = 0; directory != 0 && page < 20000; ++page) {
+            pages.emplace_back();
             directory = Directory(directory);
+        }
         Overlaps();
     }
     std::string Text() const
@@ -64,7 +67,6 @@ private:
         Claim(at, 2 + count * 12 + 4, name);
         uint64_t last = 0;
         references.clear();
-        pages.emplace_back();
         for (uint64_t index = 0; index < count; ++index) {
             const uint64_t tag = Number(at + 2 + index * 12, 2);
             if (index > 0 && tag <= last)
@@ -73,16 +75,35 @@ private:
             Entry(at + 2 + index * 12);
         }
         Data();
+        SubDirectories();
         return link;
+    }
+
+    // Each follows in braces, in its tag's place, with the rest of its chain.
+    void SubDirectories()
+    {
+        const auto outer = references;
+        for (const uint64_t tag : directoryTags)
+            if (const auto found = outer.find(tag); found != outer.end())
+                for (uint64_t directory : found->second)
+                    for (pages.back() += std::to_string(tag) + " {\n"; depth < 10; pages.back() += "}\n") {
+                        ++depth;
+                        directory = Directory(directory);
+                        --depth;
+                        if (directory == 0 || tag != 330) {
+                            pages.back() += "}\n";
+                            break;
+                        }
+                    }
     }
 
     void Entry(uint64_t at)
     {
         static constexpr const char* names[] = {"0",         "BYTE",  "ASCII",     "SHORT",  "LONG",
                                                 "RATIONAL",  "SBYTE", "UNDEFINED", "SSHORT", "SLONG",
-                                                "SRATIONAL", "FLOAT", "DOUBLE"};
+                                                "SRATIONAL", "FLOAT", "DOUBLE",    "IFD"};
         const uint64_t tag = Number(at, 2), type = Number(at + 2, 2), count = Number(at + 4, 4);
-        static constexpr unsigned partSizes[] = {1, 1, 1, 2, 4, 4, 1, 1, 2, 4, 4, 4, 4};
+        static constexpr unsigned partSizes[] = {1, 1, 1, 2, 4, 4, 1, 1, 2, 4, 4, 4, 4, 4};
         const unsigned partBytes = type < std::size(partSizes) ? partSizes[type] : 1;
         const uint64_t parts = type == 5 || type == 10 || type == 12 ? count * 2 : count;
         const uint64_t bytes = parts * partBytes;
@@ -99,7 +120,8 @@ private:
             numbers << ' ' << Number(value + index * partBytes, partBytes);
         numbers << '\n';
         text << numbers.str();
-        if (tag == 273 || tag == 324 || (tag >= 519 && tag <= 521) || tag == 513)
+        if (tag == 273 || tag == 324 || (tag >= 519 && tag <= 521) || tag == 513 ||
+            directoryTags.contains(tag))
             pages.back() += std::to_string(tag) + '\n';
         else
             pages.back() += std::to_string(tag) + ' ' + std::to_string(type) + ' ' + std::to_string(count) +
@@ -148,8 +170,11 @@ private:
                 complaints << parts[index].name << " overlaps " << parts[index - 1].name << '\n';
     }
 
+    static inline const std::set<uint64_t> directoryTags = {330, 34665, 34853, 40965};
+
     const Bytes& file;
     const bool motorola;
+    int depth = 0;
     std::ostringstream text, complaints;
     std::vector<Part> parts;
     std::map<uint64_t, std::vector<uint64_t>> references;

@@ -5,8 +5,8 @@
  *     DefineGeneralTags(file, page, &geometry); DefineTiffImageInfo(...); ...
  *     EncodeTiffImage(file, page, userData, lineRoutine);   writes the directory too
  */
-#ifndef TIFF_PAGES_H
-#define TIFF_PAGES_H
+#ifndef TIFF_DEFINE_H
+#define TIFF_DEFINE_H
 
 #include "tiff/base.h"
 
@@ -39,7 +39,8 @@ int32_t DefineTiffImage(HGLOBAL file) TIFF_NOEXCEPT;
  * type    field type: 3 SHORT; 4 and 9 LONG; 5 RATIONAL, two uint32_t each, numerator first; the
  *         values of any other type are taken as single bytes.
  *
- * Returns 1, or 0 with error 1 (memory; the page keeps what it has), 3, 27 or 29 (null values).
+ * Returns 1, or 0 with error 1 (memory; the page keeps what it has), 3, 27 or 29 (null values, or
+ * a tag above 65535).
  */
 int32_t DefineTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, const void* values,
                                   uint32_t type, uint32_t count) TIFF_NOEXCEPT;

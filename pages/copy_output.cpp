@@ -1,0 +1,113 @@
+#include "pages/copy_output.h"
+
+#include "core/byte_order.h"
+#include "core/directory_writer.h"
+#include "core/errors.h"
+#include "core/open_file.h"
+
+#include <algorithm>
+
+namespace tiff {
+
+namespace {
+
+// Pages first, then the link to them. Until it is written the file reads as it did before.
+Status SettleLink(CopyOutput& output)
+{
+    if (output.waitingLink == 0)
+        return error::None;
+    if (const Status status =
+            PatchLink(output.stream, output.waitingLink, output.waitingDirectory, output.byteOrder);
+        status != error::None)
+        return status;
+    output.waitingLink = 0;
+    output.safe = output.whole;
+    const bool back = mSeek(output.stream, output.flushed, 0) != STREAM_FAILED;
+    return back ? error::None : error::InputOutput;
+}
+
+// Bytes of a TIFF in memory beyond what was committed do not count.
+bool CutBack(const CopyOutput& output, uint32_t end)
+{
+    return output.stream <= 0 ||
+           (mSeek(output.stream, end, 0) != STREAM_FAILED &&
+            SetEndOfFile(reinterpret_cast<HANDLE>(static_cast<intptr_t>(output.stream))));
+}
+
+} // namespace
+
+Status Flush(CopyOutput& output)
+{
+    if (output.filled && mWrite(output.stream, output.buffer.data(), output.filled) != output.filled)
+        return error::InputOutput;
+    output.flushed += output.filled;
+    output.filled = 0;
+    if (const Status status = SettleLink(output); status != error::None)
+        return status;
+    output.safe = output.whole;
+    return error::None;
+}
+
+Status Append(CopyOutput& output, std::span<const uint8_t> bytes)
+{
+    while (!bytes.empty()) {
+        if (output.filled == output.buffer.size())
+            if (const Status status = Flush(output); status != error::None)
+                return status;
+        const auto part = bytes.first(std::min(bytes.size(), output.buffer.size() - output.filled));
+        std::memcpy(&output.buffer[output.filled], part.data(), part.size());
+        output.filled += static_cast<uint32_t>(part.size());
+        bytes = bytes.subspan(part.size());
+    }
+    return error::None;
+}
+
+Status AppendFrom(CopyOutput& output, TiffStream source, uint32_t offset, uint32_t bytes)
+{
+    if (mSeek(source, offset, 0) == STREAM_FAILED)
+        return error::InputOutput;
+    while (bytes > 0) {
+        if (output.filled == output.buffer.size())
+            if (const Status status = Flush(output); status != error::None)
+                return status;
+        const auto room = static_cast<uint32_t>(output.buffer.size()) - output.filled;
+        const uint32_t arrived = mRead(source, &output.buffer[output.filled], std::min(bytes, room));
+        if (arrived == 0 || arrived == STREAM_FAILED)
+            return error::InputOutput;
+        output.filled += arrived;
+        bytes -= arrived;
+    }
+    return error::None;
+}
+
+Status EndPage(CopyOutput& output, uint32_t directoryOffset, uint32_t linkPosition)
+{
+    const uint32_t link = output.whole.linkPosition;
+    if (link >= output.flushed) {
+        Store32(&output.buffer[link - output.flushed], directoryOffset, output.byteOrder);
+    } else {
+        // Of a link that is partly in the buffer the rest goes to the file too, and one link can wait.
+        if (output.waitingLink != 0 || output.flushed - link < 4)
+            if (const Status status = Flush(output); status != error::None)
+                return status;
+        output.waitingLink = link;
+        output.waitingDirectory = directoryOffset;
+    }
+    output.whole = {EndOf(output), linkPosition};
+    return error::None;
+}
+
+void TakeBack(CopyOutput& output)
+{
+    // The pages before are written again, in case the failure was that they did not fit.
+    output.filled = output.whole.end > output.flushed ? output.whole.end - output.flushed : 0;
+    const bool written =
+        mSeek(output.stream, output.flushed, 0) != STREAM_FAILED && Flush(output) == error::None;
+    const CopiedEnd& kept = written ? output.whole : output.safe;
+    if (CutBack(output, kept.end) || !output.isNew || kept.end != 0)
+        return;
+    // A new file without a page: nothing may lead to what cannot be cut off.
+    static_cast<void>(PatchLink(output.stream, FIRST_LINK, 0, output.byteOrder));
+}
+
+} // namespace tiff
