@@ -86,7 +86,8 @@ private:
         for (const uint64_t tag : directoryTags)
             if (const auto found = outer.find(tag); found != outer.end())
                 for (uint64_t directory : found->second)
-                    for (pages.back() += std::to_string(tag) + " {\n"; depth < 10; pages.back() += "}\n") {
+                    for (pages.back() += std::to_string(tag) + " {\n"; depth < 10 && ++visits < 1000;
+                         pages.back() += "}\n") {
                         ++depth;
                         directory = Directory(directory);
                         --depth;
@@ -174,7 +175,7 @@ private:
 
     const Bytes& file;
     const bool motorola;
-    int depth = 0;
+    int depth = 0, visits = 0; // garbage leads on and on
     std::ostringstream text, complaints;
     std::vector<Part> parts;
     std::map<uint64_t, std::vector<uint64_t>> references;
