@@ -85,16 +85,19 @@ Status EndPage(CopyOutput& output, uint32_t directoryOffset, uint32_t linkPositi
     const uint32_t link = output.whole.linkPosition;
     if (link >= output.flushed) {
         Store32(&output.buffer[link - output.flushed], directoryOffset, output.byteOrder);
-    } else {
-        // Of a link that is partly in the buffer the rest goes to the file too, and one link can wait.
-        if (output.waitingLink != 0 || output.flushed - link < 4)
-            if (const Status status = Flush(output); status != error::None)
-                return status;
-        output.waitingLink = link;
-        output.waitingDirectory = directoryOffset;
+        output.whole = {EndOf(output), linkPosition};
+        return error::None;
     }
+    // One link can wait, and of one that is partly in the buffer the rest goes to the file first.
+    const bool now = output.waitingLink != 0 || output.flushed - link < 4;
+    if (now)
+        if (const Status status = Flush(output); status != error::None)
+            return status;
+    output.waitingLink = link;
+    output.waitingDirectory = directoryOffset;
     output.whole = {EndOf(output), linkPosition};
-    return error::None;
+    // With everything in the file it need not wait: the next page's link would, and the one after that.
+    return now ? Flush(output) : error::None;
 }
 
 void TakeBack(CopyOutput& output)

@@ -67,7 +67,7 @@ private:
         Claim(at, 2 + count * 12 + 4, name);
         uint64_t last = 0;
         references.clear();
-        for (uint64_t index = 0; index < count; ++index) {
+        for (uint64_t index = 0; index < std::min<uint64_t>(count, file.size()); ++index) {
             const uint64_t tag = Number(at + 2 + index * 12, 2);
             if (index > 0 && tag <= last)
                 complaints << tag << " comes after " << last << '\n';
@@ -86,7 +86,8 @@ private:
         for (const uint64_t tag : directoryTags)
             if (const auto found = outer.find(tag); found != outer.end())
                 for (uint64_t directory : found->second)
-                    for (pages.back() += std::to_string(tag) + " {\n"; depth < 10; pages.back() += "}\n") {
+                    for (pages.back() += std::to_string(tag) + " {\n"; depth < 10 && ++visits < 100;
+                         pages.back() += "}\n") {
                         ++depth;
                         directory = Directory(directory);
                         --depth;
@@ -126,7 +127,7 @@ private:
         else
             pages.back() += std::to_string(tag) + ' ' + std::to_string(type) + ' ' + std::to_string(count) +
                             numbers.str();
-        for (uint64_t index = 0; index < count; ++index)
+        for (uint64_t index = 0; index < std::min<uint64_t>(count, file.size()); ++index)
             references[tag].push_back(Number(value + index * partBytes, partBytes));
     }
 
@@ -174,7 +175,7 @@ private:
 
     const Bytes& file;
     const bool motorola;
-    int depth = 0;
+    int depth = 0, visits = 0; // garbage leads on and on
     std::ostringstream text, complaints;
     std::vector<Part> parts;
     std::map<uint64_t, std::vector<uint64_t>> references;
