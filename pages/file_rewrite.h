@@ -56,10 +56,10 @@ public:
 private:
     const char* path;
     OnFailure onFailure;
-    Status status;
     bool finished = false;
     bool stranded = false;
     char name[MAX_PATH_BYTES] = {};
+    Status status; // behind the name, which is chosen with it
 };
 
 // A file that may be in the way, under another name in its folder. It comes back, in place of what has
