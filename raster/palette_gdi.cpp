@@ -1,7 +1,9 @@
 #include "raster/palette_gdi.h"
 
+#include "core/errors.h"
 #include "core/global_block.h"
 #include "raster/loaded_page.h"
+#include "tiff/directory.h"
 
 #include <algorithm>
 
@@ -38,7 +40,8 @@ using namespace tiff;
 extern "C" HPALETTE GetTiffImagePalette(const char* path, uint32_t page) noexcept
 {
     const LoadedPage loaded(path, page);
-    if (!loaded)
+    SetTiffError(loaded.LoadStatus());
+    if (loaded.LoadStatus() != error::None)
         return nullptr;
     GlobalBlock block;
     block.Adopt(GetTiffRGBQuad(loaded.File(), page));

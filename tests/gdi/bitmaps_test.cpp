@@ -164,6 +164,22 @@ TEST(Bitmaps, TheWaitCursorGoesAgain)
         TakeDib(LoadTiffIntoDIB(file->Path(), 0, 0));
         EXPECT_EQ(GetCursor(), arrow);
     }
+    static HCURSOR seen = nullptr;
+    const TiffProgress look = [](uint32_t, uint32_t, uint64_t) -> int32_t {
+        seen = GetCursor();
+        return 1;
+    };
+    const NewFile copy;
+    EXPECT_EQ(MergeTiffFiles(copy.Path(), good.Path(), look, 0), 1);
+    EXPECT_EQ(seen, WaitCursor());
+    EXPECT_EQ(GetCursor(), arrow);
+    HGLOBAL dib = LoadTiffIntoDIB(good.Path(), 0, 0);
+    EXPECT_EQ(SaveDIBInTiffFile(copy.Path(), dib, 208, 0), 1);
+    EXPECT_EQ(GetCursor(), arrow);
+    GlobalFree(dib);
+    static constexpr uint8_t grey[3] = {100, 100, 100};
+    EXPECT_EQ(FindBlankPage(copy.Path(), 0, 0, grey), 0u);
+    EXPECT_EQ(GetCursor(), arrow);
     const MemoryTiff notLoaded(OnePage(Bilevel({0x80}, 1, 1)));
     DropTiffImage(notLoaded.file, 0);
     EXPECT_EQ(LoadTiffChainIntoBitmap(notLoaded.file, 0), nullptr);

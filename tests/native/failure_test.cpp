@@ -252,6 +252,7 @@ TEST(Failures, FilesOfFourGigabytesKeepTheirPages)
 {
     constexpr uint64_t FOUR = uint64_t{1} << 32;
     const Bytes old = TwoPages().Build();
+    const TempFile large(OnePage(TiffPage::Picture(8, 200, 1, 1).Strips({Bytes(200)}), TIFF_MOTOROLA));
     for (const uint64_t size : {FOUR - 100, FOUR - 1, FOUR, FOUR + 5}) {
         SCOPED_TRACE(size);
         TempFile disk(old);
@@ -264,6 +265,9 @@ TEST(Failures, FilesOfFourGigabytesKeepTheirPages)
         EXPECT_FALSE(SavePage(file, 50, page));
         EXPECT_EQ(TiffError(), 6u);
         CloseTiffFile(file);
+        EXPECT_EQ(std::filesystem::file_size(disk.Path()), size);
+        EXPECT_EQ(CopyTiffImageInFile(large.Path(), 0, disk.Path(), T_APPEND), 0);
+        EXPECT_EQ(TiffError(), 6u);
         EXPECT_EQ(std::filesystem::file_size(disk.Path()), size);
         EXPECT_EQ(GetNumberOfImagesInTiffFile(disk.Path()), 2u);
     }

@@ -3,6 +3,7 @@
 
 #include "tiff/blank_pages.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
@@ -81,6 +82,10 @@ TEST(BlankPages, TheSearchBeginsWhereItIsTold)
     TempFile file(TiffBuilder().Add(white).Add(marked).Add(white).Build());
     TempFile broken(TiffBuilder().Add(marked).Add(Bilevel(10, {}).Short(259, {99})).Build());
     TempFile empty(Hex("4949 2A00 00000000"));
+    TiffBuilder builder;
+    Bytes ring = builder.Add(marked).Add(marked).Build();
+    std::memcpy(&ring[builder.links[1]], &builder.directories[0], 4);
+    TempFile circle(ring);
     const struct {
         const char* row;
         const char* path;
@@ -93,6 +98,7 @@ TEST(BlankPages, TheSearchBeginsWhereItIsTold)
         {"no path", nullptr, 0, 0xFFFFFFFF, 6},
         {"no file", "no-such-file.tif", 0, 0xFFFFFFFF, 6},
         {"no pages", empty.Path(), 0, 0xFFFFFFFF, 6},
+        {"a chain that comes back without a blank page", circle.Path(), 0, 0xFFFFFFFF, 6},
         {"a page that cannot be loaded", broken.Path(), 0, 0xFFFFFFFF, 6},
     };
     for (const auto& [row, path, first, blank, error] : rows) {
