@@ -327,7 +327,7 @@ TEST(Failures, AFullDiskKeepsTheEarlierPagesWhole)
 TEST(Failures, TheJpegLibraryListsTilesAndTables)
 {
     const auto function = reinterpret_cast<FARPROC>(reinterpret_cast<void*>(WriteOneTile));
-    standin::RegisterModule("JPGLIB.DLL", {{"JPEGEncoder", function}});
+    standin::RegisterModule("JPGLIB.DLL", "JPEGEncoder", function);
     {
         standin::LeakCheck leaks;
         HGLOBAL file = OpenTiffInMemory(nullptr, 0, T_CREAT);
