@@ -1,5 +1,4 @@
 // Linked with the library's objects: these conversions are not exported.
-#include "core/thread_state.h"
 #include "gdi/desktop.h"
 #include "raster/convert_gdi.h"
 #include "raster/palette_gdi.h"
@@ -74,39 +73,15 @@ TEST(Convert, FailuresHaveTheirErrors)
         {"no rows", Dib(1, 1, 24, {}, {}), 30},
         {"a colour space", space, 30},
         {"3 bits", Dib(1, 1, 3, {}, Bytes(4)), 16},
-        {"larger than a bitmap can be", Dib(1, 0x7FFFFFFF, 0, {}, {}), 1},
     };
     for (const auto& [row, dib, error] : rows) {
         SCOPED_TRACE(row);
         const Block block(dib);
         GdiObject<HPALETTE> palette;
         SetTiffError(0);
-        EXPECT_EQ(DibToBitmap(block.Get(), palette), nullptr);
-        EXPECT_EQ(TiffError(), error);
+        EXPECT_EQ(Refusal(DibToBitmap(block.Get(), palette)), error);
     }
     GdiObject<HPALETTE> palette;
     EXPECT_EQ(DibToBitmap(nullptr, palette), nullptr);
-    EXPECT_EQ(BitmapToDib(nullptr, nullptr), nullptr);
-    EXPECT_EQ(TiffError(), 34u);
-}
-
-TEST(Convert, CcittLinesComeFromTheBitmapOfTheThread)
-{
-    const uint8_t bits[] = {0x80, 0x00, 0x0F, 0x80};
-    const GdiObject<HBITMAP> bitmap(CreateBitmap(9, 2, 1, 1, bits));
-    const WindowDc screen(nullptr);
-    struct {
-        BITMAPINFOHEADER header{sizeof(BITMAPINFOHEADER), 9, 2, 1, 1, BI_RGB, 0, 0, 0, 0, 0};
-        RGBQUAD colours[2]{};
-    } info;
-    TiffEncodeLineContext context{};
-    context.deviceContext = screen.Get();
-    context.bitmap = bitmap.Get();
-    ThreadState().ccittSource = reinterpret_cast<BITMAPINFO*>(&info);
-    Bytes line(8);
-    DllFillCcittLine(line.data(), 0, &context);
-    EXPECT_EQ(line, Hex("8000 0000 00000000"));
-    DllFillCcittLine(line.data(), 1, &context);
-    EXPECT_EQ(line, Hex("0F80 0000 00000000"));
-    ThreadState().ccittSource = nullptr;
+    EXPECT_EQ(Refusal(BitmapToDib(nullptr, nullptr)), 34u);
 }

@@ -1,9 +1,8 @@
-// Threads, time and modules, and the books that the whole stand-in keeps: which call is to
+// Threads, time and libraries, and the books that the whole stand-in keeps: which call is to
 // fail, how many were made, what went wrong. One thread at a time calls the library here.
 #include "standin.h"
 
 #include <pthread.h>
-#include <strings.h>
 #include <time.h>
 
 #include <array>
@@ -16,25 +15,12 @@ struct Injection {
     bool andAllLater = false, fired = false;
 };
 
-// The one that can be loaded. Its handle is its address.
-struct FakeModule {
-    std::string name;
-    std::map<std::string, FARPROC> functions;
-    int loads = 0, frees = 0;
-};
-
 Injection injection;
 std::map<standin::Call, uint64_t> callsMade;
 uint64_t faults = 0;
 const char* lastFault = "none";
 DWORD slotsTaken = 0;
 thread_local std::array<void*, 4> slotValues{};
-
-FakeModule& TheModule()
-{
-    static auto& module = *new FakeModule; // never destroyed: it may be let go while the process ends
-    return module;
-}
 
 } // namespace
 
@@ -98,21 +84,6 @@ void ResetCalls()
     callsMade = {};
 }
 
-void RegisterModule(const char* name, const char* function, FARPROC address)
-{
-    TheModule() = {name, {{function, address}}};
-}
-
-void ForgetModules()
-{
-    TheModule() = {};
-}
-
-int ModulesLoaded()
-{
-    return TheModule().loads - TheModule().frees;
-}
-
 } // namespace standin
 
 extern "C" {
@@ -163,31 +134,24 @@ void GetLocalTime(SYSTEMTIME* now)
     *now = {2024, 2, 4, 29, 23, 59, 58, 0};
 }
 
-// Tests have no libraries beside them.
+// Here are no other libraries.
 DWORD GetModuleFileNameA(HMODULE, LPSTR, DWORD)
 {
     return 0;
 }
 
-HMODULE LoadLibraryA(LPCSTR name)
+HMODULE LoadLibraryA(LPCSTR)
 {
-    if (strcasecmp(TheModule().name.c_str(), name) != 0)
-        return nullptr;
-    ++TheModule().loads;
-    return reinterpret_cast<HMODULE>(&TheModule());
+    return nullptr;
 }
 
-FARPROC GetProcAddress(HMODULE, LPCSTR name)
+FARPROC GetProcAddress(HMODULE, LPCSTR)
 {
-    const auto found = TheModule().functions.find(name);
-    return found == TheModule().functions.end() ? nullptr : found->second;
+    return nullptr;
 }
 
 BOOL FreeLibrary(HMODULE)
 {
-    if (standin::ModulesLoaded() == 0)
-        standin::kernel::Fault("FreeLibrary of a module that is not loaded");
-    ++TheModule().frees;
-    return TRUE;
+    return FALSE;
 }
 }

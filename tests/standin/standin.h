@@ -1,5 +1,5 @@
 // What a test may ask of the stand-in kernel: what is still held, how many calls were
-// made, which call is to fail, how much fits on the disk, which module can be loaded.
+// made, which call is to fail, how much fits on the disk.
 // A fault is a use of something that was alive once: a second free, a closed handle. A
 // handle that never existed is only refused, as callers may pass one on purpose.
 #pragma once
@@ -53,11 +53,6 @@ uint64_t BytesAllocatedPeak();
 // The largest size asked for since ResetPeak, granted or not.
 uint64_t LargestAllocation();
 void ResetPeak();
-
-// A library with one function; there is one at a time. Case does not matter.
-void RegisterModule(const char* name, const char* function, FARPROC address);
-void ForgetModules();
-int ModulesLoaded();
 
 // Without a separator at the end. Also what GetTempPathA answers, with one.
 std::string TempFolder();
