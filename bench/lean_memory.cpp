@@ -174,8 +174,4 @@ SIZE_T GlobalSize(HGLOBAL handle)
     return block ? block->bytes : 0;
 }
 
-UINT GlobalFlags(HGLOBAL)
-{
-    return 0;
-}
 }

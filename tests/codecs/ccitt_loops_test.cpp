@@ -1,11 +1,6 @@
 // The fast loops against the careful ones, which other tests hold to codes spelled out by hand.
-#include "support/bytes.h"
 #include "support/ccitt_loops.h"
-#include "tiff/ccitt.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
+#include "support/drawing.h"
 
 using namespace tiff;
 
@@ -27,64 +22,10 @@ constexpr Scheme schemes[] = {
 
 constexpr uint32_t BUFFER_BYTES = 32767;
 
-// A page whose rows are like the row above but for a few pixels, runs of any length, fine
-// patterns, nothing at all and noise: every mode and every kind of run comes up.
-struct Drawing {
-    uint32_t width;
-    std::mt19937 random;
-    Bytes row;
-
-    Drawing(uint32_t width, uint32_t seed) : width(width), random(seed), row((width + 7) / 8)
-    {
-    }
-    uint32_t Below(uint32_t limit)
-    {
-        return static_cast<uint32_t>(random() % limit);
-    }
-    void Flip(uint32_t start, uint32_t end)
-    {
-        for (uint32_t column = start; column < std::min(end, width); ++column)
-            row[column / 8] ^= static_cast<uint8_t>(0x80 >> column % 8);
-    }
-    const Bytes& NextRow()
-    {
-        const uint32_t kind = Below(16);
-        if (kind == 0)
-            row.assign(row.size(), Below(3) == 0 ? 0xFF : 0);
-        else if (kind == 1)
-            for (uint8_t& byte : row)
-                byte = static_cast<uint8_t>(random());
-        else if (kind == 2)
-            for (uint8_t& byte : row)
-                byte = 0x11;
-        const uint32_t changes = kind < 8 ? Below(width / 16 + 2) : Below(4);
-        for (uint32_t change = 0; change < changes; ++change) {
-            const uint32_t start = Below(width), length = 1u << Below(kind == 3 ? 12 : 5);
-            Flip(start, start + 1 + Below(length));
-        }
-        return row;
-    }
-};
-
-intptr_t DrawRow(void* line, uint32_t, void* drawing)
-{
-    const Bytes& row = static_cast<Drawing*>(drawing)->NextRow();
-    std::copy(row.begin(), row.end(), static_cast<uint8_t*>(line));
-    return 0;
-}
-
 Bytes Code(const Scheme& scheme, uint32_t width, uint32_t rows, uint32_t seed)
 {
     Drawing drawing(width, seed);
-    Block block(Bytes(1));
-    const TiffStream stream = OpenMemoryStream(block.Get(), 0);
-    if (scheme.compression)
-        EXPECT_EQ(EncodeCcittImage(stream, width, rows, scheme.compression, &drawing, DrawRow), 1);
-    else
-        EXPECT_EQ(EncodeMMRImage(stream, width, rows, 0, &drawing, DrawRow), 1);
-    const uint32_t bytes = mTell(stream);
-    mClose(stream);
-    return Content(block.Get(), bytes);
+    return CodeOf(drawing, rows, scheme.compression);
 }
 
 // The first `bytes` of the code, decoded both ways.

@@ -1,5 +1,6 @@
 #include "support/leaks.h"
 #include "support/pictures.h"
+#include "support/target.h"
 #include "support/tiff_dump.h"
 
 #include <algorithm>
@@ -40,79 +41,32 @@ int32_t Encode(HGLOBAL file, uint32_t page, const Bytes& rows, uint32_t rowBytes
     return EncodeTiffImage(file, page, &source, FillRow);
 }
 
-// The bytes of a TIFF in memory, whose block the caller owns.
-Bytes Written(HGLOBAL file)
-{
-    HGLOBAL block = GetMemoryTiffHandle(file);
-    return Content(block, GlobalSize(block));
-}
-
-// A file that was opened in memory, or is new there, with the block freed at the end.
-struct MemoryFile {
-    explicit MemoryFile(const Bytes& content = {})
-        : file(content.empty()
-                   ? OpenTiffInMemory(nullptr, 0, T_CREAT)
-                   : OpenTiffInMemory(Fresh(content), static_cast<uint32_t>(content.size()), T_APPEND))
-    {
-        for (uint32_t page = 0; page < NumberOfTiffImages(file, TIFF_ALL_PAGES); ++page)
-            GetTiffImage(file, page);
-    }
-    ~MemoryFile()
-    {
-        GlobalFree(GetMemoryTiffHandle(file));
-        CloseTiffFile(file);
-    }
-    static HGLOBAL Fresh(const Bytes& content)
-    {
-        HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, content.size());
-        std::copy(content.begin(), content.end(), static_cast<uint8_t*>(GlobalLock(block)));
-        GlobalUnlock(block);
-        return block;
-    }
-    const HGLOBAL file;
-};
-
 } // namespace
 
 TEST(EncodeDriver, StripsTheirTagsAndTheDirectoryFollowTheHeader)
 {
-    NoLeaks leaks;
-    static const struct {
-        uint16_t order;
-        Bytes expected;
-    } rows[] = {
-        {TIFF_INTEL, Hex("4949 2A00 1C000000") + Hex("81 42") + Hex("24") + // strips at 8 and 10
-                         Hex("08000000 0A000000") +                         // 273 at 11
-                         Hex("02000000 01000000") +                         // 279 at 19
-                         Hex("00") + Hex("0600") +                          // directory at 28
-                         Hex("0001 0300 01000000 08000000") + Hex("0101 0300 01000000 03000000") +
-                         Hex("0201 0300 01000000 01000000") + Hex("1101 0400 02000000 0B000000") +
-                         Hex("1601 0300 01000000 02000000") + Hex("1701 0400 02000000 13000000") +
-                         Hex("00000000")},
-        {TIFF_MOTOROLA, Hex("4D4D 002A 0000001C") + Hex("81 42") + Hex("24") + Hex("00000008 0000000A") +
-                            Hex("00000002 00000001") + Hex("00") + Hex("0006") +
-                            Hex("0100 0003 00000001 00080000") + Hex("0101 0003 00000001 00030000") +
-                            Hex("0102 0003 00000001 00010000") + Hex("0111 0004 00000002 0000000B") +
-                            Hex("0116 0003 00000001 00020000") + Hex("0117 0004 00000002 00000013") +
-                            Hex("00000000")},
-    };
-    for (const auto& [order, expected] : rows) {
-        SCOPED_TRACE(order);
-        TempFile disk(Bytes(100, 0xEE));
-        MemoryFile memory;
-        HGLOBAL onDisk = OpenTiffFile(disk.Path(), T_CREAT);
-        for (HGLOBAL file : {onDisk, memory.file}) {
-            ModiTiffFileInfo(file, nullptr, order);
-            const uint32_t page = DefinePage(file, 8, 3);
-            DefineTiffImageInfo(file, page, 278, 3, 2);
+    for (const uint16_t order : {uint16_t{TIFF_INTEL}, uint16_t{TIFF_MOTOROLA}})
+        for (const bool onDisk : {true, false}) {
+            SCOPED_TRACE(testing::Message() << order << (onDisk ? ", disk" : ", memory"));
+            NoLeaks leaks;
+            const Target target(onDisk, {}, T_CREAT);
+            ModiTiffFileInfo(target.file, nullptr, order);
+            const uint32_t page = DefinePage(target.file, 8, 3);
+            DefineTiffImageInfo(target.file, page, 278, 3, 2);
             SetTiffError(12);
-            EXPECT_EQ(Encode(file, page, Hex("81 42 24")), 1);
+            EXPECT_EQ(Encode(target.file, page, Hex("81 42 24")), 1);
             EXPECT_EQ(TiffError(), 0u);
+            EXPECT_EQ(DumpTiff(target.Written()), std::string(order == TIFF_INTEL ? "II" : "MM") + R"(
+directory 28, link 0
+256 SHORT 1: 8
+257 SHORT 1: 3
+258 SHORT 1: 1
+273 LONG 2 @11: 8 10
+278 SHORT 1: 2
+279 LONG 2 @19: 2 1
+)");
+            EXPECT_EQ(Part(target.Written(), 8, 3), Hex("81 42 24"));
         }
-        CloseTiffFile(onDisk);
-        EXPECT_EQ(ReadFileBytes(disk.Path()), expected) << DumpTiff(ReadFileBytes(disk.Path()));
-        EXPECT_EQ(Written(memory.file), expected);
-    }
 }
 
 TEST(EncodeDriver, StripsHoldTheRowsThatTheTagSays)
@@ -134,90 +88,39 @@ TEST(EncodeDriver, StripsHoldTheRowsThatTheTagSays)
     for (const auto& [row, rowsPerStrip, tags] : rows) {
         SCOPED_TRACE(row);
         NoLeaks leaks;
-        MemoryFile memory;
-        const uint32_t page = DefinePage(memory.file, 10, 5, 8);
+        const Target target;
+        const uint32_t page = DefinePage(target.file, 10, 5, 8);
         if (rowsPerStrip >= 0)
-            DefineTiffImageInfo(memory.file, page, 278, 4, static_cast<uint32_t>(rowsPerStrip));
-        EXPECT_EQ(Encode(memory.file, page, pixels, 10), 1);
-        const std::string dump = DumpTiff(Written(memory.file));
+            DefineTiffImageInfo(target.file, page, 278, 4, static_cast<uint32_t>(rowsPerStrip));
+        EXPECT_EQ(Encode(target.file, page, pixels, 10), 1);
+        const std::string dump = DumpTiff(target.Written());
         EXPECT_EQ(dump.substr(dump.find("278 ")), tags) << dump;
-        EXPECT_EQ(DecodeFile(Written(memory.file)).Joined(), pixels);
-    }
-}
-
-TEST(EncodeDriver, PagesAreAddedOneAfterTheOther)
-{
-    const Bytes old = TiffBuilder()
-                          .Add(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("01")}))
-                          .Add(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("02")}))
-                          .Build();
-    for (const bool onDisk : {true, false}) {
-        SCOPED_TRACE(onDisk);
-        NoLeaks leaks;
-        TempFile disk(old);
-        MemoryFile memory(old);
-        HGLOBAL opened = OpenTiffFile(disk.Path(), T_APPEND);
-        HGLOBAL file = onDisk ? opened : memory.file;
-        for (uint32_t page = 0; page < 2; ++page)
-            GetTiffImage(file, page);
-        for (uint32_t page = 2; page < 5; ++page) {
-            EXPECT_EQ(DefinePage(file, 8, 1), page);
-            EXPECT_EQ(Encode(file, page, {static_cast<uint8_t>(page + 1)}), 1);
-        }
-        for (uint32_t page = 0; page < 5; ++page)
-            EXPECT_EQ(DecodePage(file, page).Joined(), Bytes{static_cast<uint8_t>(page + 1)});
-        const Bytes written = onDisk ? ReadFileBytes(disk.Path()) : Written(file);
-        CloseTiffFile(opened);
-        MemoryTiff again(written);
-        EXPECT_EQ(NumberOfTiffImages(again.file, TIFF_ALL_PAGES), 5u);
-        EXPECT_EQ(DecodePage(again.file, 4).Joined(), Hex("05"));
-        EXPECT_EQ(DumpTiff(written).find("overlaps"), std::string::npos) << DumpTiff(written);
+        EXPECT_EQ(DecodeFile(target.Written()).Joined(), pixels);
     }
 }
 
 TEST(EncodeDriver, ALineRoutineThatStopsLeavesTheFileAndMayTryAgain)
 {
     const Bytes old = OnePage(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("01")}));
-    for (const intptr_t status : {intptr_t{77}, intptr_t{3}, intptr_t{-1}})
-        for (const uint32_t stopRow : {0u, 1u, 2u})
-            for (const bool isNew : {true, false}) {
-                SCOPED_TRACE(testing::Message() << status << ", row " << stopRow << (isNew ? ", new" : ""));
+    for (const bool onDisk : {true, false})
+        for (const bool isNew : {true, false})
+            for (const uint32_t stopRow : {0u, 1u, 2u}) {
+                const intptr_t status = stopRow == 0 ? -1 : 76 + static_cast<intptr_t>(stopRow);
+                SCOPED_TRACE(testing::Message() << onDisk << ", row " << stopRow << (isNew ? ", new" : ""));
                 NoLeaks leaks;
-                TempFile disk(isNew ? Bytes() : old);
-                HGLOBAL onDisk = OpenTiffFile(disk.Path(), T_APPEND);
-                GetTiffImage(onDisk, 0);
-                MemoryFile memory(isNew ? Bytes() : old);
-                for (HGLOBAL file : {onDisk, memory.file}) {
-                    const uint32_t page = DefinePage(file, 8, 3);
-                    RowSource source{Hex("0A 0B 0C"), 1, stopRow, status};
-                    EXPECT_EQ(EncodeTiffImage(file, page, &source, FillRow), 0);
-                    EXPECT_EQ(TiffError(), static_cast<uint32_t>(status));
-                    EXPECT_EQ(source.calls, stopRow + 1);
-                    if (!isNew) {
-                        EXPECT_EQ(DecodePage(file, 0).Joined(), Hex("01"));
-                    }
-                    EXPECT_EQ(Encode(file, page, Hex("0A 0B 0C")), 1);
-                    EXPECT_EQ(DecodePage(file, page).Joined(), Hex("0A 0B 0C"));
-                }
-                CloseTiffFile(onDisk);
-                MemoryTiff again(ReadFileBytes(disk.Path()));
+                const Target target(onDisk, isNew ? Bytes() : old);
+                EXPECT_EQ(LoadPages(target.file), isNew ? 0u : 1u);
+                const uint32_t page = DefinePage(target.file, 8, 3);
+                RowSource source{Hex("0A 0B 0C"), 1, stopRow, status};
+                EXPECT_EQ(Refusal(EncodeTiffImage(target.file, page, &source, FillRow)),
+                          static_cast<uint32_t>(status));
+                EXPECT_EQ(source.calls, stopRow + 1);
+                EXPECT_EQ(target.Written(), isNew ? Bytes() : old);
+                EXPECT_EQ(Encode(target.file, page, Hex("0A 0B 0C")), 1);
+                EXPECT_EQ(DecodePage(target.file, page).Joined(), Hex("0A 0B 0C"));
+                const MemoryTiff again(target.Written());
                 EXPECT_EQ(NumberOfTiffImages(again.file, TIFF_ALL_PAGES), isNew ? 1u : 2u);
-                if (isNew) {
-                    EXPECT_EQ(ReadFileBytes(disk.Path()), Written(memory.file)) << "begun afresh";
-                }
             }
-}
-
-TEST(EncodeDriver, FillOrderTwoReversesTheStripsButNotTheDirectory)
-{
-    NoLeaks leaks;
-    MemoryFile memory;
-    const uint32_t page = DefinePage(memory.file, 16, 1);
-    DefineTiffImageInfo(memory.file, page, 266, 3, 2);
-    EXPECT_EQ(Encode(memory.file, page, Hex("01 C0"), 2), 1);
-    const Bytes file = Written(memory.file);
-    EXPECT_EQ(Bytes(file.begin() + 8, file.begin() + 10), Hex("80 03"));
-    EXPECT_EQ(DecodeFile(file).Joined(), Hex("01 C0"));
 }
 
 TEST(EncodeDriver, PagesThatCannotBeEncodedSayWhy)
@@ -239,22 +142,18 @@ TEST(EncodeDriver, PagesThatCannotBeEncodedSayWhy)
     for (const auto& [row, tag, value, error] : rows) {
         SCOPED_TRACE(row);
         NoLeaks leaks;
-        MemoryFile memory;
-        const uint32_t page = DefinePage(memory.file, 8, 1);
-        DefineTiffImageInfo(memory.file, page, tag, 4, value);
-        EXPECT_EQ(Encode(memory.file, page, Hex("00")), error == 0);
+        const Target target;
+        const uint32_t page = DefinePage(target.file, 8, 1);
+        DefineTiffImageInfo(target.file, page, tag, 4, value);
+        EXPECT_EQ(Encode(target.file, page, Hex("00")), error == 0);
         EXPECT_EQ(TiffError(), error);
-        EXPECT_EQ(GetMemoryTiffHandle(memory.file) != nullptr, error == 0) << "nothing is left behind";
+        EXPECT_EQ(GetMemoryTiffHandle(target.file) != nullptr, error == 0) << "nothing is left behind";
     }
-    MemoryFile memory;
-    const uint32_t page = DefinePage(memory.file, 8, 1);
-    EXPECT_EQ(EncodeTiffImage(memory.file, page, nullptr, nullptr), 0);
-    EXPECT_EQ(TiffError(), 29u);
-    EXPECT_EQ(Encode(memory.file, 1, Hex("00")), 0);
-    EXPECT_EQ(TiffError(), 3u);
-    EXPECT_EQ(Encode(nullptr, 0, Hex("00")), 0);
-    EXPECT_EQ(TiffError(), 34u);
-    DropTiffImage(memory.file, page);
-    EXPECT_EQ(Encode(memory.file, page, Hex("00")), 0);
-    EXPECT_EQ(TiffError(), 27u);
+    const Target target;
+    const uint32_t page = DefinePage(target.file, 8, 1);
+    EXPECT_EQ(Refusal(EncodeTiffImage(target.file, page, nullptr, nullptr)), 29u);
+    EXPECT_EQ(Refusal(Encode(target.file, 1, Hex("00"))), 3u);
+    EXPECT_EQ(Refusal(Encode(nullptr, 0, Hex("00"))), 34u);
+    DropTiffImage(target.file, page);
+    EXPECT_EQ(Refusal(Encode(target.file, page, Hex("00"))), 27u);
 }

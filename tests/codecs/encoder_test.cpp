@@ -1,9 +1,7 @@
 // Bytes is spelt out bit by bit from the tables of T.4 and T.6, or byte by byte.
-#include "codecs/codec_table.h"
-#include "core/stream.h"
-#include "support/bytes.h"
+#include "support/raw_stream.h"
+#include "support/target.h"
 #include "tiff/ccitt.h"
-#include "tiff/errors.h"
 
 #include <gtest/gtest.h>
 
@@ -11,10 +9,6 @@
 #include <bit>
 #include <cstring>
 #include <map>
-#include <string>
-#include <vector>
-
-using namespace tiff;
 
 namespace {
 
@@ -61,82 +55,51 @@ intptr_t FillLine(void* line, uint32_t row, void* userData)
     return row == source.stopRow ? source.stopStatus : 0;
 }
 
-// A block's content; the block is gone then.
-template <class Element>
-std::vector<Element> Take(HGLOBAL block, size_t count)
+Bytes EncodeRaw(uint32_t compression, uint32_t width, uint32_t rows, Source source)
 {
-    std::vector<Element> content(block ? count : 0);
-    if (block) {
-        std::memcpy(content.data(), GlobalLock(block), count * sizeof(Element));
-        GlobalUnlock(block);
-        GlobalFree(block);
-    }
-    return content;
+    const RawStream code;
+    EXPECT_EQ(EncodeCcittImage(code.stream, width, rows, compression, &source, FillLine), 1) << TiffError();
+    return code.Written();
 }
 
-Bytes TakeCode(TiffStream stream)
+// Lines of whole bytes, in one strip.
+Bytes EncodeBytes(uint32_t compression, const std::vector<Bytes>& lines, uint32_t rows)
 {
-    const Bytes code = Take<uint8_t>(MemoryStreamBlock(stream), mSize(stream));
-    mClose(stream);
-    return code;
+    return EncodeRaw(compression, static_cast<uint32_t>(lines[0].size() * 8), rows, {lines});
 }
 
-struct Strips {
-    uint32_t width = 8, bits = 1, rows = 1, rowsPerStrip = 1, compression = compression::Stored;
-    uint32_t sampleBits = 0, byteOrder = TIFF_INTEL, start = 0, entries = 10;
+struct Page {
+    uint32_t width = 8, bits = 1, rows = 1, rowsPerStrip = 1, compression = 1;
+    uint32_t samples = 1, options = 1, byteOrder = TIFF_INTEL;
 };
 
 struct Encoded {
-    Status status;
     Bytes code;
     std::vector<uint32_t> offsets, counts;
 };
 
-Encoded EncodeStrips(const Strips& strips, Source source)
+// The strips of a page, one behind the other.
+Encoded EncodePage(const Page& page, Source source)
 {
-    CodecCall context{};
-    context.stream = OpenMemoryStream(nullptr, 0);
-    const Bytes before(strips.start, 0xEE);
-    mWrite(context.stream, before.data(), strips.start);
-    context.lineFormat.biWidth = static_cast<int32_t>(strips.width);
-    context.lineFormat.biHeight = static_cast<int32_t>(strips.rows);
-    context.lineFormat.biBitCount = static_cast<uint16_t>(strips.bits);
-    context.bytesPerLine = (strips.width * strips.bits + 7) / 8;
-    context.compression = strips.compression;
-    context.bitsPerSample = strips.sampleBits;
-    context.byteOrder = strips.byteOrder;
-    context.fillOrder = 1;
-    context.rowsPerStrip = strips.rowsPerStrip;
-    context.stripCount = strips.entries;
-    context.stripOffsets = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, strips.entries * 4);
-    context.stripByteCounts = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, strips.entries * 4);
-    context.userData = &source;
-    context.lineCallback = FillLine;
-    Encoded encoded{};
-    encoded.status = Encode(&context);
-    if (encoded.status == 0)
-        encoded.status = FlushCodeBuffer(&context);
-    if (context.bufferBlock) {
-        GlobalUnlock(context.bufferBlock);
-        GlobalFree(context.bufferBlock);
-    }
-    encoded.offsets = Take<uint32_t>(context.stripOffsets, strips.entries);
-    encoded.counts = Take<uint32_t>(context.stripByteCounts, strips.entries);
-    encoded.code = TakeCode(context.stream);
+    const Target target;
+    ModiTiffFileInfo(target.file, nullptr, static_cast<uint16_t>(page.byteOrder));
+    DefineTiffImage(target.file);
+    const uint32_t tags[][2] = {{256, page.width},   {257, page.rows},         {258, page.bits},
+                                {277, page.samples}, {278, page.rowsPerStrip}, {259, page.compression},
+                                {292, page.options}, {317, page.options}};
+    for (const auto& [tag, value] : tags)
+        DefineTiffImageInfo(target.file, 0, tag, 4, value);
+    EXPECT_EQ(EncodeTiffImage(target.file, 0, &source, FillLine), 1) << TiffError();
+    const auto numbers = [&](uint32_t tag) {
+        const Bytes bytes = TagValues(target.file, 0, tag);
+        std::vector<uint32_t> values(bytes.size() / 4);
+        std::memcpy(values.data(), bytes.data(), bytes.size());
+        return values;
+    };
+    Encoded encoded{target.Written(), numbers(273), numbers(279)};
+    encoded.code.resize(encoded.offsets.back() + encoded.counts.back());
+    encoded.code.erase(encoded.code.begin(), encoded.code.begin() + encoded.offsets[0]);
     return encoded;
-}
-
-// Codes at the widths a reader expects that counts an entry with every code after a Clear.
-Bytes LzwCode(const std::vector<uint32_t>& codes)
-{
-    std::string digits;
-    uint32_t nextFree = 258;
-    for (const uint32_t code : codes) {
-        for (int bit = std::max(static_cast<int>(std::bit_width(nextFree)), 9); bit-- > 0;)
-            digits += code >> bit & 1 ? '1' : '0';
-        nextFree = code == 256 ? 258 : nextFree + 1;
-    }
-    return Bits(digits);
 }
 
 } // namespace
@@ -182,9 +145,7 @@ TEST(CcittEncoder, LinesBecomeTheCodesOfTheirScheme)
         EXPECT_EQ(SetKfactor(1), 0) << "K stays";
         EXPECT_EQ(SetKfactor(-1), 0);
         const auto count = static_cast<uint32_t>(source.lines.size());
-        EXPECT_EQ(
-            EncodeStrips({.rows = count, .rowsPerStrip = count, .compression = compression}, source).code,
-            Bits(code));
+        EXPECT_EQ(EncodeRaw(compression, 8, count, source), Bits(code));
     }
     SetKfactor(2);
 }
@@ -206,9 +167,7 @@ TEST(CcittEncoder, LongRunsAreMadeUp)
     };
     for (const auto& [width, colour, code] : rows) {
         SCOPED_TRACE(width);
-        const Encoded encoded =
-            EncodeStrips({.width = width, .compression = 2}, {{Bytes((width + 7) / 8, colour)}});
-        EXPECT_EQ(encoded.code, Bits(code));
+        EXPECT_EQ(EncodeRaw(2, width, 1, {{Bytes((width + 7) / 8, colour)}}), Bits(code));
     }
 }
 
@@ -216,9 +175,9 @@ TEST(CcittEncoder, BitsBehindTheWidthDoNotMatter)
 {
     for (const uint8_t padding : Bytes{0x00, 0x01}) {
         const Bytes narrow = {static_cast<uint8_t>(0x02 | padding)};
-        EXPECT_EQ(EncodeStrips({.width = 7, .compression = 2}, {{narrow}}).code, Bits("1110 010"));
+        EXPECT_EQ(EncodeRaw(2, 7, 1, {{narrow}}), Bits("1110 010"));
         const Bytes wide = {0x00, static_cast<uint8_t>(padding * 0x7F)};
-        EXPECT_EQ(EncodeStrips({.width = 9, .compression = 4}, {{wide}}).code, Bits("1" + eofb));
+        EXPECT_EQ(EncodeRaw(4, 9, 1, {{wide}}), Bits("1" + eofb));
     }
 }
 
@@ -226,14 +185,14 @@ TEST(CcittEncoder, EveryStripStandsAlone)
 {
     const Bytes line = {0x18};
     const Bytes group4 = Bits("001 1000 11 1" + eofb);
-    EXPECT_EQ(EncodeStrips({.rows = 2, .compression = 4}, {{line}}).code, group4 + group4);
+    EXPECT_EQ(EncodePage({.rows = 2, .compression = 4}, {{line}}).code, group4 + group4);
 
     // The EOL in front is written once, but each strip begins in runs.
     const std::string rest = "1000 11 1000" + Times(eol + "1", 6);
     const Bytes first = Bits(eol + "1" + rest), second = Bits(rest);
-    const Encoded group3 = EncodeStrips({.rows = 2, .compression = 0x10003}, {{line}});
+    const Encoded group3 = EncodePage({.rows = 2, .compression = 3}, {{line}});
     EXPECT_EQ(group3.code, first + second);
-    EXPECT_EQ(group3.offsets[1], first.size());
+    EXPECT_EQ(group3.counts[0], first.size());
 }
 
 TEST(CcittEncoder, RecordsHoldOneCodeBufferEach)
@@ -251,9 +210,9 @@ TEST(CcittEncoder, RecordsHoldOneCodeBufferEach)
     for (const auto& [row, count, ones, first, last] : rows) {
         SCOPED_TRACE(row);
         Source source{{{0x00}}};
-        const TiffStream stream = OpenMemoryStream(nullptr, 0);
-        EXPECT_EQ(EncodeMMRImage(stream, 8, count, 1, &source, FillLine), 1);
-        EXPECT_EQ(TakeCode(stream), first + Bytes(ones, 0xFF) + last);
+        const RawStream records;
+        EXPECT_EQ(EncodeMMRImage(records.stream, 8, count, 1, &source, FillLine), 1);
+        EXPECT_EQ(records.Written(), first + Bytes(ones, 0xFF) + last);
     }
 }
 
@@ -261,10 +220,10 @@ TEST(CcittEncoder, RawCodeGoesToTheCurrentPositionInTheBitOrderAsked)
 {
     for (const auto& [fillOrder, byte] : {std::pair{1u, 0x98}, {2u, 0x19}, {7u, 0x98}}) {
         Source source{{{0x00}}};
-        const TiffStream stream = OpenMemoryStream(nullptr, 0);
-        mWrite(stream, "abc", 3);
-        EXPECT_EQ(EncodeCcittImageTo(stream, 8, 1, fillOrder, TIFF_INTEL, 2, &source, FillLine), 1);
-        EXPECT_EQ(TakeCode(stream), (Bytes{'a', 'b', 'c', static_cast<uint8_t>(byte)}));
+        const RawStream code({'a', 'b', 'c'});
+        mSeek(code.stream, 0, 2);
+        EXPECT_EQ(EncodeCcittImageTo(code.stream, 8, 1, fillOrder, TIFF_INTEL, 2, &source, FillLine), 1);
+        EXPECT_EQ(code.Written(), (Bytes{'a', 'b', 'c', static_cast<uint8_t>(byte)}));
     }
 }
 
@@ -290,45 +249,37 @@ TEST(CcittEncoder, FailuresEndTheCall)
     for (const auto& [row, width, count, compression, losesStream, status, error, calls] : rows) {
         SCOPED_TRACE(row);
         Source source{{Bytes((width + 7) / 8)}, 1, status};
-        const TiffStream stream = OpenMemoryStream(nullptr, 0);
-        source.closedStream = losesStream ? stream : 0;
+        const RawStream code;
+        source.closedStream = losesStream ? code.stream : 0;
         SetTiffError(0);
-        EXPECT_EQ(EncodeCcittImage(stream, width, count, compression, &source, FillLine), error == 0);
+        EXPECT_EQ(EncodeCcittImage(code.stream, width, count, compression, &source, FillLine), error == 0);
         EXPECT_EQ(TiffError(), error);
         EXPECT_EQ(source.calls, calls);
-        TakeCode(stream);
     }
     Source source{{{0x00}}};
-    EXPECT_EQ(EncodeCcittImage(NO_STREAM, 8, 1, 4, &source, FillLine), 0);
-    EXPECT_EQ(TiffError(), 6u);
+    EXPECT_EQ(Refusal(EncodeCcittImage(-1, 8, 1, 4, &source, FillLine)), 6u);
 }
 
 TEST(Encoders, StripsAreRecordedWhereverTheyEndInTheBuffer)
 {
     static const struct {
         const char* row;
-        uint32_t compression, lineBytes, rows, rowsPerStrip, entries, rowCode;
+        uint32_t compression, lineBytes, rows, rowsPerStrip, rowCode;
         std::vector<uint32_t> counts;
     } rows[] = {
-        {"inside and across the buffer", 1, 10000, 7, 2, 4, 10000, {20000, 20000, 20000, 10000}},
-        {"at its edge", 1, 32767, 3, 1, 3, 32767, {32767, 32767, 32767}},
-        {"lines beyond it", 1, 70000, 2, 1, 2, 70000, {70000, 70000}},
-        {"many in one", 1, 1, 5, 2, 3, 1, {2, 2, 1}},
-        {"more strips than entries", 1, 4, 5, 1, 2, 4, {4, 4}},
-        {"Huffman over the edge", 2, 1, 70000, 30000, 3, 1, {30000, 30000, 10000}},
-        {"PackBits over the edge", 32773, 1, 40000, 15000, 3, 2, {30000, 30000, 20000}},
+        {"inside and across the buffer", 1, 10000, 7, 2, 10000, {20000, 20000, 20000, 10000}},
+        {"at its edge", 1, 32767, 3, 1, 32767, {32767, 32767, 32767}},
+        {"lines beyond it", 1, 70000, 2, 1, 70000, {70000, 70000}},
+        {"many in one", 1, 1, 5, 2, 1, {2, 2, 1}},
+        {"Huffman over the edge", 2, 1, 70000, 30000, 1, {30000, 30000, 10000}},
+        {"PackBits over the edge", 32773, 1, 40000, 15000, 2, {30000, 30000, 20000}},
     };
-    for (const auto& [row, compression, lineBytes, count, rowsPerStrip, entries, rowCode, counts] : rows) {
+    for (const auto& [row, compression, lineBytes, count, rowsPerStrip, rowCode, counts] : rows) {
         SCOPED_TRACE(row);
-        const Encoded encoded = EncodeStrips({.width = lineBytes * 8,
-                                              .rows = count,
-                                              .rowsPerStrip = rowsPerStrip,
-                                              .compression = compression,
-                                              .start = 8,
-                                              .entries = entries},
-                                             {{Bytes(lineBytes, 0)}});
-        EXPECT_EQ(encoded.status, 0u);
-        EXPECT_EQ(encoded.code.size(), 8 + size_t{count} * rowCode);
+        const Encoded encoded = EncodePage(
+            {.width = lineBytes * 8, .rows = count, .rowsPerStrip = rowsPerStrip, .compression = compression},
+            {{Bytes(lineBytes, 0)}});
+        EXPECT_EQ(encoded.code.size(), size_t{count} * rowCode);
         EXPECT_EQ(encoded.counts, counts);
         uint32_t offset = 8;
         for (size_t strip = 0; strip < counts.size(); offset += counts[strip++])
@@ -357,29 +308,22 @@ TEST(PackBitsEncoder, PacketsStayInsideTheirLine)
     };
     for (const auto& [row, line, code] : rows) {
         SCOPED_TRACE(row);
-        const auto width = static_cast<uint32_t>(line.size());
-        EXPECT_EQ(EncodeStrips({.width = width, .bits = 8, .rows = 2, .compression = 32773}, {{line}}).code,
-                  code + code);
+        EXPECT_EQ(EncodeBytes(32773, {line}, 2), code + code);
     }
 }
 
 TEST(LzwEncoder, EveryStripBeginsWithClearAndEndsOnAByte)
 {
     const Bytes strip = LzwCode({256, 65, 258, 257});
-    const Encoded encoded =
-        EncodeStrips({.width = 3, .bits = 8, .rows = 2, .compression = 0x10005}, {{Bytes(3, 65)}});
+    const Encoded encoded = EncodePage({.width = 24, .rows = 2, .compression = 5}, {{Bytes(3, 65)}});
     EXPECT_EQ(encoded.counts[0], strip.size());
     EXPECT_EQ(encoded.code, strip + strip);
 }
 
 TEST(LzwEncoder, ThreeRowsThatDoNotCompressRestartTheTable)
 {
-    const Source source{{{0, 1, 2, 3}, {4, 5, 6, 7}, {8, 9, 10, 11}, {12, 13, 14, 15}}};
-    const Bytes code = LzwCode({256, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 256, 12, 13, 14, 15, 257});
-    EXPECT_EQ(
-        EncodeStrips({.width = 4, .bits = 8, .rows = 4, .rowsPerStrip = 4, .compression = 0x10005}, source)
-            .code,
-        code);
+    EXPECT_EQ(EncodeBytes(0x10005, {{0, 1, 2, 3}, {4, 5, 6, 7}, {8, 9, 10, 11}, {12, 13, 14, 15}}, 4),
+              LzwCode({256, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 256, 12, 13, 14, 15, 257}));
 }
 
 TEST(LzwEncoder, AFullTableIsCleared)
@@ -394,12 +338,11 @@ TEST(LzwEncoder, AFullTableIsCleared)
     codes.insert(codes.begin() + (4095 - 258), 256);
     codes.insert(codes.begin(), 256);
     codes.push_back(257);
-    EXPECT_EQ(EncodeStrips({.width = 3840, .bits = 8, .compression = 0x10005}, {{line}}).code,
-              LzwCode(codes));
+    EXPECT_EQ(EncodeBytes(0x10005, {line}, 1), LzwCode(codes));
 }
 
 // The rule, byte by byte, for one strip.
-static std::vector<uint32_t> LzwCodes(const Source& source)
+static std::vector<uint32_t> LzwCodes(const std::vector<Bytes>& lines)
 {
     std::vector<uint32_t> codes{256};
     std::map<std::pair<uint32_t, uint32_t>, uint32_t> strings;
@@ -410,9 +353,9 @@ static std::vector<uint32_t> LzwCodes(const Source& source)
         nextFree = 258;
         rows = 0;
     };
-    for (size_t row = 0; row < source.lines.size(); ++row) {
+    for (size_t row = 0; row < lines.size(); ++row) {
         uint32_t lineCodes = 0;
-        for (const uint8_t byte : source.lines[row]) {
+        for (const uint8_t byte : lines[row]) {
             const auto known = strings.find({string, byte});
             if (string == UINT32_MAX || known != strings.end()) {
                 string = string == UINT32_MAX ? byte : known->second;
@@ -426,7 +369,7 @@ static std::vector<uint32_t> LzwCodes(const Source& source)
                 restart();
         }
         const size_t bits = size_t{lineCodes} * static_cast<size_t>(std::bit_width(nextFree));
-        if (++rows < 3 || bits <= source.lines[row].size() * 8 || row + 1 == source.lines.size())
+        if (++rows < 3 || bits <= lines[row].size() * 8 || row + 1 == lines.size())
             continue;
         codes.push_back(string);
         string = UINT32_MAX;
@@ -441,8 +384,8 @@ TEST(LzwEncoder, CodesStandForTheLongestStringsKnown)
     for (const size_t length : {1, 2, 3, 7, 310, 1001, 9000})
         for (const uint32_t kinds : {1, 2, 3, 12, 256}) {
             SCOPED_TRACE(testing::Message() << length << " bytes of " << kinds << " kinds");
-            Source source;
-            for (uint32_t random = 1; source.lines.size() < 40;) {
+            std::vector<Bytes> lines;
+            for (uint32_t random = 1; lines.size() < 40;) {
                 Bytes line;
                 while (line.size() < length) {
                     random = random * 1664525 + 1013904223;
@@ -450,14 +393,9 @@ TEST(LzwEncoder, CodesStandForTheLongestStringsKnown)
                     line.insert(line.end(), run, static_cast<uint8_t>((random >> 8 & 0xFF) % kinds));
                 }
                 line.resize(length);
-                source.lines.push_back(line);
+                lines.push_back(line);
             }
-            const Strips strips = {.width = static_cast<uint32_t>(length),
-                                   .bits = 8,
-                                   .rows = 40,
-                                   .rowsPerStrip = 40,
-                                   .compression = 0x10005};
-            EXPECT_TRUE(EncodeStrips(strips, source).code == LzwCode(LzwCodes(source)));
+            EXPECT_TRUE(EncodeBytes(0x10005, lines, 40) == LzwCode(LzwCodes(lines)));
         }
 }
 
@@ -465,35 +403,33 @@ TEST(LzwEncoder, SamplesBecomeDifferencesInTheFilesOrder)
 {
     static const struct {
         const char* row;
-        uint32_t compression, bits, sampleBits, byteOrder;
+        uint32_t predictor, bits, samples, byteOrder;
         Bytes line, differences;
     } rows[] = {
-        {"1 bit", 0x20005, 1, 1, TIFF_INTEL, {0xAA, 0x55}, {0xAA, 0x55}},
-        {"4 bits", 0x20005, 4, 4, TIFF_INTEL, {0x12, 0x45}, {0x11, 0x21}},
-        {"8 bits", 0x20005, 8, 8, TIFF_INTEL, {10, 12, 11}, {10, 2, 255}},
-        {"16 bits", 0x20005, 16, 16, TIFF_INTEL, {2, 1, 0, 1}, {2, 1, 254, 255}},
-        {"16 bits, big-endian", 0x20005, 16, 16, TIFF_MOTOROLA, {2, 1, 0, 1}, {1, 2, 255, 254}},
-        {"two channels", 0x20005, 16, 8, TIFF_MOTOROLA, {10, 100, 12, 101}, {10, 100, 2, 1}},
-        {"24 bits", 0x20005, 24, 8, TIFF_INTEL, {10, 20, 30, 11, 22, 33}, {10, 20, 30, 1, 2, 3}},
-        {"32 bits", 0x20005, 32, 8, TIFF_INTEL, {1, 2, 3, 4, 18, 36, 54, 72}, {1, 2, 3, 4, 17, 34, 51, 68}},
-        {"no predictor", 0x10005, 16, 16, TIFF_MOTOROLA, {1, 2, 3, 4}, {2, 1, 4, 3}},
+        {"1 bit", 2, 1, 1, TIFF_INTEL, {0xAA, 0x55}, {0xAA, 0x55}},
+        {"4 bits", 2, 4, 1, TIFF_INTEL, {0x12, 0x45}, {0x11, 0x21}},
+        {"8 bits", 2, 8, 1, TIFF_INTEL, {10, 12, 11}, {10, 2, 255}},
+        {"16 bits", 2, 16, 1, TIFF_INTEL, {2, 1, 0, 1}, {2, 1, 254, 255}},
+        {"16 bits, big-endian", 2, 16, 1, TIFF_MOTOROLA, {2, 1, 0, 1}, {1, 2, 255, 254}},
+        {"two channels", 2, 8, 2, TIFF_MOTOROLA, {10, 100, 12, 101}, {10, 100, 2, 1}},
+        {"no predictor", 1, 16, 1, TIFF_MOTOROLA, {1, 2, 3, 4}, {2, 1, 4, 3}},
     };
-    for (const auto& [row, compression, bits, sampleBits, byteOrder, line, differences] : rows) {
+    for (const auto& [row, predictor, bits, samples, byteOrder, line, differences] : rows) {
         SCOPED_TRACE(row);
         std::vector<uint32_t> codes(differences.begin(), differences.end());
         codes.insert(codes.begin(), 256);
         codes.push_back(257);
-        const Strips strips = {.width = static_cast<uint32_t>(line.size()) * 8 / bits,
-                               .bits = bits,
-                               .compression = compression,
-                               .sampleBits = sampleBits,
-                               .byteOrder = byteOrder};
-        EXPECT_EQ(EncodeStrips(strips, {{line}}).code, LzwCode(codes));
+        const Page page = {.width = static_cast<uint32_t>(line.size()) * 8 / (bits * samples),
+                           .bits = bits,
+                           .compression = 5,
+                           .samples = samples,
+                           .options = predictor,
+                           .byteOrder = byteOrder};
+        EXPECT_EQ(EncodePage(page, {{line}}).code, LzwCode(codes));
     }
     for (const uint32_t compression : {1u, 32773u}) {
-        const Strips strips = {
-            .width = 1, .bits = 16, .compression = compression, .byteOrder = TIFF_MOTOROLA};
-        Bytes code = EncodeStrips(strips, {{{0x01, 0x02}}}).code;
+        const Page page = {.width = 1, .bits = 16, .compression = compression, .byteOrder = TIFF_MOTOROLA};
+        const Bytes code = EncodePage(page, {{{0x01, 0x02}}}).code;
         EXPECT_EQ(Bytes(code.end() - 2, code.end()), (Bytes{0x02, 0x01}));
     }
 }
@@ -509,10 +445,10 @@ TEST(LzwEncoder, LinesOfAnyLengthBecomeDifferences)
                 const uint32_t before = at < samples ? 0 : line[at - samples];
                 differences.push_back(static_cast<uint8_t>(line[at] - before));
             }
-            Strips strips = {.width = width, .bits = samples * 8, .compression = 0x20005, .sampleBits = 8};
-            const Bytes code = EncodeStrips(strips, {{line}}).code;
-            strips.compression = 0x10005;
-            EXPECT_EQ(code, EncodeStrips(strips, {{differences}}).code);
+            Page page = {.width = width, .bits = 8, .compression = 5, .samples = samples, .options = 2};
+            const Bytes code = EncodePage(page, {{line}}).code;
+            page.options = 1;
+            EXPECT_EQ(code, EncodePage(page, {{differences}}).code);
         }
 }
 
@@ -544,9 +480,6 @@ TEST(PackBitsEncoder, LongLinesPackAsShortOnes)
             run = (random >> 16 & 3) == 0 ? random >> 8 & 0xFF : 1;
         }
         line.resize(length);
-        const auto width = static_cast<uint32_t>(length);
-        const Bytes code =
-            EncodeStrips({.width = width, .bits = 8, .rows = 30, .compression = 32773}, {{line}}).code;
-        EXPECT_TRUE(code == Repeat(PackLine(line), 30));
+        EXPECT_TRUE(EncodeBytes(32773, {line}, 30) == Repeat(PackLine(line), 30));
     }
 }

@@ -1,11 +1,9 @@
-// Byte codecs at the edge of the code buffer: the same code is cut at every byte around the first
-// refill, and what arrives is compared with decoders that know no buffers.
-#include "core/stream.h"
+// Byte codecs at the edge of the code buffer: random code is made together with the bytes that it
+// stands for, cut at every byte around the first refill, and what arrives must be the whole lines.
 #include "support/pictures.h"
+#include "support/raw_stream.h"
 
 #include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace {
 
@@ -21,157 +19,119 @@ struct Random {
     }
 };
 
-// Whole lines, and the error that comes after them.
-struct Expected {
-    Bytes lines;
-    uint32_t error;
-};
-
-Bytes RandomPackets(Random random, size_t bytes)
+// More rows are asked for than there are, so that the code's end is always met.
+void ExpectLines(const Bytes& code, uint32_t compression, Bytes expected, uint32_t error,
+                 uint32_t lineBytes = LINE_BYTES)
 {
-    Bytes code;
-    while (code.size() < bytes) {
-        const uint32_t count = 1 + random.Below(random.Below(3) ? 12 : 128);
-        const bool literal = random.Below(2);
-        code.push_back(static_cast<uint8_t>(literal ? count - 1 : 256 - count));
-        for (uint32_t byte = literal ? count : 1; byte > 0; --byte)
-            code.push_back(static_cast<uint8_t>(random.Below(256)));
-    }
-    return code;
+    const auto rows = static_cast<uint32_t>(expected.size() / lineBytes);
+    expected.resize(rows * lineBytes);
+    const RawStream raw(code);
+    RowCollector collector{lineBytes};
+    DecodeCcittImageFrom(raw.stream, 0, lineBytes * 8, rows + 10, compression, 1, TIFF_INTEL, &collector,
+                         CollectRow);
+    EXPECT_EQ(TiffError(), error);
+    EXPECT_TRUE(collector.decoded.Joined() == expected) << "lines differ";
 }
 
-Expected UnpackPackets(const Bytes& code)
-{
-    Bytes lines, line;
-    for (size_t at = 0; at < code.size();) {
-        const uint32_t header = code[at++];
-        const size_t taken = header < 128 ? header + 1 : 1;
-        if (code.size() - at < taken)
-            break;
-        if (header < 128)
-            line.insert(line.end(), &code[at], &code[at] + taken);
-        else
-            line.insert(line.end(), 257 - header, code[at]);
-        at += taken;
-        if (line.size() >= LINE_BYTES) {
-            lines.insert(lines.end(), line.begin(), line.begin() + LINE_BYTES);
-            line.clear();
-        }
-    }
-    return {lines, 5};
-}
-
-// What a reader of LZW knows: strings by code, and how wide the next code is.
-struct Dictionary {
+// Codes, and what a reader knows of them.
+struct Lzw {
+    std::vector<uint32_t> codes;
     std::vector<Bytes> strings;
-    Bytes before;
+    Bytes before, bytes;
+    std::vector<size_t> lengths; // of the bytes, up to each code
 
-    uint32_t Width() const
+    Lzw()
     {
-        const size_t next = strings.size() + (before.empty() || strings.size() == 4096 ? 0 : 1);
-        return next >= 2048 ? 12 : next >= 1024 ? 11 : next >= 512 ? 10 : 9;
+        for (uint32_t byte = 0; byte < 258; ++byte)
+            strings.push_back({static_cast<uint8_t>(byte)});
     }
-    void Clear()
+    bool Opens() const
     {
-        strings.resize(258);
-        for (uint32_t byte = 0; byte < 256; ++byte)
-            strings[byte] = {static_cast<uint8_t>(byte)};
-        before.clear();
+        return !before.empty() && strings.size() < 4096;
     }
-    Bytes Take(uint32_t code)
+    void Put(uint32_t code)
     {
-        if (!before.empty() && strings.size() < 4096) {
-            strings.push_back(before);
-            strings.back().push_back(code < strings.size() - 1 ? strings[code][0] : before[0]);
+        if (code == 256) {
+            strings.resize(258);
+            before.clear();
+        } else {
+            if (Opens()) {
+                strings.push_back(before);
+                strings.back().push_back(code + 1 < strings.size() ? strings[code][0] : before[0]);
+            }
+            before = strings[code];
+            bytes.insert(bytes.end(), before.begin(), before.end());
         }
-        return before = strings[code];
+        codes.push_back(code);
+        lengths.push_back(bytes.size());
+    }
+    // Codes that exist, with a Clear now and then; some go on long after the table is full.
+    void PutRandom(Random& random, uint32_t clearEvery)
+    {
+        const size_t known = before.empty() ? 256 : strings.size() + Opens();
+        const uint32_t code = random.Below(static_cast<uint32_t>(known));
+        Put(random.Below(clearEvery) == 0 || code == 257 ? 256 : code);
     }
 };
-
-// Codes that exist, with a Clear now and then; some go on long after the table is full.
-Bytes RandomCodes(Random random, size_t bytes, uint32_t clearEvery, std::vector<uint32_t>& codes)
-{
-    Dictionary dictionary;
-    dictionary.Clear();
-    std::string digits;
-    while (digits.size() < bytes * 8) {
-        const bool pending = !dictionary.before.empty() && dictionary.strings.size() < 4096;
-        const auto known = static_cast<uint32_t>(dictionary.strings.size() + pending);
-        const uint32_t width = dictionary.Width();
-        uint32_t code = dictionary.before.empty() ? random.Below(256) : random.Below(known);
-        if (random.Below(clearEvery) == 0 || code == 257)
-            code = 256;
-        codes.push_back(code);
-        for (uint32_t bit = width; bit-- > 0;)
-            digits += code >> bit & 1 ? '1' : '0';
-        if (code == 256)
-            dictionary.Clear();
-        else
-            dictionary.Take(code);
-    }
-    return Bits(digits);
-}
-
-Expected UnpackCodes(const Bytes& code, const std::vector<uint32_t>& codes)
-{
-    Dictionary dictionary;
-    dictionary.Clear();
-    Bytes bytes;
-    uint64_t bits = 0;
-    for (const uint32_t each : codes) {
-        bits += dictionary.Width();
-        if (bits > code.size() * 8)
-            break;
-        if (each == 256) {
-            dictionary.Clear();
-            continue;
-        }
-        const Bytes string = dictionary.Take(each);
-        bytes.insert(bytes.end(), string.begin(), string.end());
-    }
-    bytes.resize(bytes.size() / LINE_BYTES * LINE_BYTES);
-    return {bytes, 12};
-}
-
-void ExpectLines(const Bytes& code, uint32_t compression, const Expected& expected)
-{
-    // More rows than there are, so that the code's end is always met.
-    const auto rows = static_cast<uint32_t>(expected.lines.size() / LINE_BYTES + 10);
-    Block block(code);
-    const TiffStream stream = tiff::OpenMemoryStream(block.Get(), static_cast<uint32_t>(code.size()));
-    RowCollector collector{LINE_BYTES};
-    DecodeCcittImageFrom(stream, 0, LINE_BYTES * 8, rows, compression, 1, TIFF_INTEL, &collector, CollectRow);
-    EXPECT_EQ(TiffError(), expected.error);
-    EXPECT_TRUE(collector.decoded.Joined() == expected.lines) << "lines differ";
-    mClose(stream);
-}
-
-Bytes Cut(const Bytes& code, size_t bytes)
-{
-    return {code.begin(), code.begin() + static_cast<ptrdiff_t>(bytes)};
-}
 
 } // namespace
 
 TEST(PackBits, CodeCutAroundARefillGivesTheLinesBefore)
 {
     for (const uint32_t seed : {1u, 2u, 3u}) {
-        const Bytes code = RandomPackets({seed}, BUFFER_BYTES + 2 * REACH);
+        Random random{seed};
+        Bytes code, lines;
+        std::vector<size_t> ends; // of the lines' code
+        while (code.size() < BUFFER_BYTES + 2 * REACH) {
+            Bytes line;
+            while (line.size() < LINE_BYTES) {
+                const uint32_t count = 1 + random.Below(random.Below(3) ? 12 : 128);
+                const bool literal = random.Below(2);
+                code.push_back(static_cast<uint8_t>(literal ? count - 1 : 256 - count));
+                for (uint32_t byte = literal ? count : 1; byte > 0; --byte) {
+                    code.push_back(static_cast<uint8_t>(random.Below(256)));
+                    line.insert(line.end(), literal ? 1 : count + 1, code.back());
+                }
+            }
+            line.resize(LINE_BYTES);
+            lines = lines + line;
+            ends.push_back(code.size());
+        }
         for (uint32_t cut = BUFFER_BYTES - REACH; cut < BUFFER_BYTES + REACH; ++cut) {
             SCOPED_TRACE(testing::Message() << "seed " << seed << ", cut at " << cut);
-            ExpectLines(Cut(code, cut), 32773, UnpackPackets(Cut(code, cut)));
+            const auto whole = std::upper_bound(ends.begin(), ends.end(), cut) - ends.begin();
+            ExpectLines(Part(code, 0, cut), 32773, Part(lines, 0, static_cast<size_t>(whole) * LINE_BYTES),
+                        5);
         }
     }
 }
 
 TEST(Lzw, CodeCutAroundARefillGivesTheLinesBefore)
 {
-    std::vector<uint32_t> codes;
-    const Bytes code = RandomCodes({7}, BUFFER_BYTES + 20, 3000, codes);
-    for (uint32_t cut = BUFFER_BYTES - 12; cut < BUFFER_BYTES + 12; ++cut) {
+    Random random{7};
+    Lzw lzw;
+    while (LzwCode(lzw.codes).size() < BUFFER_BYTES + 20)
+        for (int code = 0; code < 200 || lzw.codes.size() < 20000; ++code)
+            lzw.PutRandom(random, 3000);
+    const Bytes code = LzwCode(lzw.codes);
+    for (uint32_t cut = BUFFER_BYTES + 12; cut-- > BUFFER_BYTES - 12;) {
         SCOPED_TRACE(testing::Message() << "cut at " << cut);
-        ExpectLines(Cut(code, cut), 0x10005, UnpackCodes(Cut(code, cut), codes));
+        while (LzwCode(lzw.codes).size() > cut)
+            lzw.codes.pop_back();
+        ExpectLines(Part(code, 0, cut), 0x10005, Part(lzw.bytes, 0, lzw.lengths[lzw.codes.size() - 1]), 12);
     }
+}
+
+TEST(Lzw, CodesGrowWiderUpToTheLastByte)
+{
+    for (const uint32_t known : {512u, 1024u, 2048u, 4096u})
+        for (uint32_t count = known - 258 - 6; count < known - 258 + 6; ++count) {
+            SCOPED_TRACE(testing::Message() << known << " strings, " << count << " codes");
+            Lzw lzw;
+            for (uint32_t code = 0; code < count; ++code)
+                lzw.Put(code * 7 % 256);
+            ExpectLines(LzwCode(lzw.codes), 0x10005, lzw.bytes, 12, 1);
+        }
 }
 
 TEST(Lzw, StringsOutliveTheHistory)
@@ -182,11 +142,12 @@ TEST(Lzw, StringsOutliveTheHistory)
     } rows[] = {{"tables of all sizes", 500}, {"full tables in use", 20000}, {"one table", 1u << 24}};
     for (const auto& [row, clearEvery] : rows) {
         SCOPED_TRACE(row);
-        std::vector<uint32_t> codes;
-        const Bytes code = RandomCodes({clearEvery}, 4 * BUFFER_BYTES, clearEvery, codes);
-        const Expected expected = UnpackCodes(code, codes);
-        EXPECT_GT(expected.lines.size(), size_t{2} << 16);
-        ExpectLines(code, 0x10005, expected);
+        Random random{clearEvery};
+        Lzw lzw;
+        while (lzw.codes.size() < 90000)
+            lzw.PutRandom(random, clearEvery);
+        EXPECT_GT(lzw.bytes.size(), size_t{120000});
+        ExpectLines(LzwCode(lzw.codes), 0x10005, lzw.bytes, 12);
     }
 }
 
@@ -195,24 +156,16 @@ TEST(Lzw, ALongRunOutgrowsTheHistory)
     static const struct {
         const char* row;
         std::vector<uint32_t> first;
-    } rows[] = {{"of one byte", {256, 65}}, {"that begins with two", {256, 65, 66, 258}}};
+    } rows[] = {{"of one byte", {65}}, {"that begins with two", {65, 66, 258}}};
     for (const auto& [row, first] : rows) {
         SCOPED_TRACE(row);
+        Lzw lzw;
+        for (const uint32_t code : first)
+            lzw.Put(code);
         // Each string is the one before and its first byte once more, up to the last code.
-        std::vector<uint32_t> codes = first;
-        while (codes.size() < 4096 - 256)
-            codes.push_back(static_cast<uint32_t>(256 + codes.size()));
-        Dictionary dictionary;
-        dictionary.Clear();
-        std::string digits;
-        for (const uint32_t code : codes) {
-            for (uint32_t bit = dictionary.Width(); bit-- > 0;)
-                digits += code >> bit & 1 ? '1' : '0';
-            if (code != 256)
-                dictionary.Take(code);
-        }
-        const Expected expected = UnpackCodes(Bits(digits), codes);
-        EXPECT_GT(expected.lines.size(), size_t{7000000});
-        ExpectLines(Bits(digits), 0x10005, expected);
+        while (lzw.strings.size() < 4095)
+            lzw.Put(static_cast<uint32_t>(lzw.strings.size()));
+        EXPECT_GT(lzw.bytes.size(), size_t{7000000});
+        ExpectLines(LzwCode(lzw.codes), 0x10005, lzw.bytes, 12);
     }
 }

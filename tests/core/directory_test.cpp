@@ -1,29 +1,11 @@
 #include "support/leaks.h"
+#include "support/target.h"
 #include "support/tiff_builder.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
-
-struct Values {
-    int32_t result;
-    uint32_t type = 0, count = 0;
-    Bytes bytes;
-};
-
-Values Read(HGLOBAL file, uint32_t tag, size_t bytes)
-{
-    HGLOBAL block = nullptr;
-    Values values{};
-    values.result = GetTiffImageInfoBuffer(file, 0, tag, &block, &values.type, &values.count);
-    if (block) {
-        EXPECT_GE(GlobalSize(block), bytes);
-        values.bytes = Content(block, bytes);
-        GlobalFree(block);
-    }
-    return values;
-}
 
 TiffPage Plain()
 {
@@ -67,35 +49,41 @@ TEST(Directory, ValuesArriveInTheProcessorsOrderFromEitherByteOrder)
                                       .Entry(347, 7, 5, {1, 2, 3, 4, 5}),
                                   order));
         const HGLOBAL file = opened.file;
-        EXPECT_EQ(Read(file, 1258, 4).bytes, Hex("0100 0200"));
-        EXPECT_EQ(Read(file, 1259, 6).bytes, Hex("0100 0200 0300"));
-        EXPECT_EQ(Read(file, 282, 8).bytes, Hex("C8000000 03000000"));
-        EXPECT_EQ(Read(file, 11000, 4).bytes, Hex("01 02 03 04"));
-        EXPECT_EQ(Read(file, 11000, 4).type, 1u);
-        EXPECT_EQ(Read(file, 11001, 4).count, 1u);
-        EXPECT_EQ(Read(file, 11002, 3).bytes, Hex("09 08 07"));
-        EXPECT_EQ(Read(file, 347, 5).type, 7u) << "JPEG tables are always reported as undefined";
-        EXPECT_EQ(Read(file, 256, 4).bytes, Hex("08000000")) << "one SHORT fills four bytes";
-
+        static const struct {
+            uint32_t tag, type, count;
+            Bytes values;
+        } rows[] = {
+            {256, 3, 1, Hex("08000000")}, // one SHORT fills four bytes
+            {282, 5, 1, Hex("C8000000 03000000")},
+            {347, 7, 5, Hex("01 02 03 04 05")}, // JPEG tables are always reported as undefined
+            {1258, 3, 2, Hex("0100 0200")},
+            {1259, 3, 3, Hex("0100 0200 0300")},
+            {11000, 1, 1, Hex("01 02 03 04")},
+            {11001, 4, 1, Hex("07000000")},
+            {11002, 1, 3, Hex("09 08 07")},
+        };
+        for (const auto& [tag, type, count, values] : rows) {
+            SCOPED_TRACE(tag);
+            uint32_t foundType = 0, foundCount = 0;
+            const Bytes found = TagValues(file, 0, tag, &foundType, &foundCount);
+            EXPECT_EQ(foundType, type);
+            EXPECT_EQ(foundCount, count);
+            EXPECT_EQ(Part(found, 0, values.size()), values);
+        }
         uint32_t value[2] = {0xFFFFFFFF, 0xFFFFFFFF};
         EXPECT_EQ(GetTiffImageInfo(file, 0, 282, value), 1);
         EXPECT_EQ(value[0], 200u);
         EXPECT_EQ(value[1], 3u);
-        EXPECT_EQ(GetTiffImageInfo(file, 0, 256, value), 1);
-        EXPECT_EQ(value[0], 8u) << "a SHORT fills a 32-bit value";
-        value[0] = 0xFFFFFFFF;
-        EXPECT_EQ(GetTiffImageInfo(file, 0, 11002, value), 1);
-        EXPECT_EQ(value[0], 0xFFFFFF09u) << "a BYTE fills one byte";
-        EXPECT_EQ(GetTiffImageInfo(file, 0, 11003, value), 1);
-        EXPECT_EQ(value[0], 0xFFFFFF09u) << "text is not a number";
+        EXPECT_EQ(TagNumber(file, 0, 256), 8u) << "a SHORT fills a 32-bit value";
+        EXPECT_EQ(TagNumber(file, 0, 11002), 0xFFFFFF09u) << "a BYTE fills one byte";
+        EXPECT_EQ(TagNumber(file, 0, 11003), 0xFFFFFFFFu) << "text is not a number";
 
-        const Values list = Read(file, 0, 4 * 15);
-        EXPECT_EQ(list.type, 4u);
-        EXPECT_EQ(list.count, 15u);
-        EXPECT_EQ(Bytes(list.bytes.begin(), list.bytes.begin() + 8), Hex("00010000 01010000"));
-        EXPECT_EQ(GetTiffImageInfo(file, 0, 999, value), 0);
-        EXPECT_EQ(TiffError(), 13u);
-        EXPECT_EQ(Read(file, 999, 0).result, 0);
+        uint32_t count = 0;
+        const Bytes list = TagValues(file, 0, 0, nullptr, &count);
+        EXPECT_EQ(count, 15u);
+        EXPECT_EQ(Part(list, 0, 8), Hex("00010000 01010000"));
+        EXPECT_EQ(Refusal(GetTiffImageInfo(file, 0, 999, value)), 13u);
+        EXPECT_EQ(GetTiffImageInfoBuffer(file, 0, 999, nullptr, nullptr, &count), 0);
     }
 }
 
@@ -118,8 +106,8 @@ TEST(Directory, OnlyValuesThatDescribeThePictureMustBeThere)
         HGLOBAL tiff = OpenTiffFile(disk.Path(), T_READ);
         EXPECT_EQ(GetTiffImage(tiff, 0), 1);
         EXPECT_EQ(TiffError(), 0u);
-        EXPECT_EQ(Read(tiff, 0, 4).count, tagsLeft);
-        EXPECT_EQ(Read(tiff, tag, 8).bytes, tag == 270 ? Bytes(8) : Bytes());
+        EXPECT_EQ(TagValues(tiff, 0, 0).size(), tagsLeft * 4);
+        EXPECT_EQ(TagValues(tiff, 0, tag), tag == 270 ? Bytes(8) : Bytes());
         CloseTiffFile(tiff);
     }
     EXPECT_EQ(IsRequiredTag(273), 1);
@@ -136,8 +124,7 @@ TEST(Directory, QueriesNeedALoadedPage)
     EXPECT_EQ(GetTiffImageDPI(opened.file, 2, &dpi), 3u);
     EXPECT_EQ(dpi, 0u);
     EXPECT_EQ(GetTiffRGBQuad(opened.file, 1), nullptr);
-    EXPECT_EQ(GetTiffImage(opened.file, 2), 0);
-    EXPECT_EQ(TiffError(), 3u);
+    EXPECT_EQ(Refusal(GetTiffImage(opened.file, 2)), 3u);
     EXPECT_EQ(GetTiffImage(nullptr, 0), 0);
     EXPECT_EQ(GetTiffImage(opened.file, 0), 1) << "a loaded page stays loaded";
 }
@@ -248,11 +235,9 @@ TEST(Description, ColourTablesFollowThePhotometricInterpretation)
         EXPECT_EQ(Bgr(colours[index]), colour);
     }
     MemoryTiff mapless(OnePage(TiffPage::Picture(8, 1, 8, 1, 3)));
-    EXPECT_EQ(GetTiffRGBQuad(mapless.file, 0), nullptr);
-    EXPECT_EQ(TiffError(), 10u);
+    EXPECT_EQ(Refusal(GetTiffRGBQuad(mapless.file, 0)), 10u);
     MemoryTiff wide(OnePage(TiffPage::Picture(8, 1, 8, 1, 2).Short(277, {4})));
-    EXPECT_EQ(GetTiffRGBQuad(wide.file, 0), nullptr);
-    EXPECT_EQ(TiffError(), 16u);
+    EXPECT_EQ(Refusal(GetTiffRGBQuad(wide.file, 0)), 16u);
 }
 
 TEST(Description, RowsPerStripNeverPassThePage)

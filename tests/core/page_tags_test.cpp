@@ -1,4 +1,5 @@
 #include "support/leaks.h"
+#include "support/target.h"
 #include "support/tiff_builder.h"
 
 #include <cstring>
@@ -7,27 +8,12 @@
 namespace {
 
 // A new file in memory with one page defined.
-struct NewPage {
-    NewPage() : file(OpenTiffInMemory(nullptr, 0, T_CREAT))
+struct NewPage : Target {
+    NewPage()
     {
         EXPECT_EQ(DefineTiffImage(file), 0);
     }
-    ~NewPage()
-    {
-        CloseTiffFile(file);
-    }
-    const HGLOBAL file;
 };
-
-Bytes ValuesOf(HGLOBAL file, uint32_t tag, uint32_t* type = nullptr, uint32_t* count = nullptr)
-{
-    HGLOBAL block = nullptr;
-    if (!GetTiffImageInfoBuffer(file, 0, tag, &block, type, count))
-        return {};
-    const Bytes values = Content(block, GlobalSize(block));
-    GlobalFree(block);
-    return values;
-}
 
 uint32_t NumberAt(const Bytes& bytes, size_t index, size_t elementBytes)
 {
@@ -41,11 +27,11 @@ std::string Tags(HGLOBAL file)
 {
     std::string text;
     uint32_t tagCount = 0;
-    const Bytes list = ValuesOf(file, 0, nullptr, &tagCount);
+    const Bytes list = TagValues(file, 0, 0, nullptr, &tagCount);
     for (uint32_t index = 0; index < tagCount; ++index) {
         const uint32_t tag = NumberAt(list, index, 4);
         uint32_t type = 0, count = 0;
-        const Bytes values = ValuesOf(file, tag, &type, &count);
+        const Bytes values = TagValues(file, 0, tag, &type, &count);
         text += (index ? " " : "") + std::to_string(tag);
         for (uint32_t at = 0; at < count; ++at) {
             text += at ? "," : "=";
@@ -73,9 +59,9 @@ TEST(PageTags, ATagDefinedAgainMovesToTheEnd)
     EXPECT_EQ(DefineTiffImageInfoBuffer(page.file, 0, 278, more, 3, 3), 1);
     EXPECT_EQ(DefineTiffImageInfo(page.file, 0, 256, 3, 9), 1);
     EXPECT_EQ(Tags(page.file), "257=305419896 278=1,2,3 256=9");
-    EXPECT_EQ(ValuesOf(page.file, 256), Hex("0900")) << "as many bytes as the values have";
+    EXPECT_EQ(TagValues(page.file, 0, 256), Hex("0900")) << "as many bytes as the values have";
     EXPECT_EQ(DefineTiffImageInfo(page.file, 0, 282, 5, 0x0000000200000007), 1);
-    EXPECT_EQ(ValuesOf(page.file, 282), Hex("07000000 02000000"));
+    EXPECT_EQ(TagValues(page.file, 0, 282), Hex("07000000 02000000"));
 }
 
 TEST(PageTags, ABlockGrowsWithItsTags)
@@ -87,12 +73,12 @@ TEST(PageTags, ABlockGrowsWithItsTags)
     const Bytes large(70000, 0x5A);
     EXPECT_EQ(DefineTiffImageInfoBuffer(page.file, 0, 40, large.data(), 1, 70000), 1);
     EXPECT_EQ(DefineTiffImageInfo(page.file, 0, 301, 4, 903), 1);
-    EXPECT_EQ(ValuesOf(page.file, 40), large);
+    EXPECT_EQ(TagValues(page.file, 0, 40), large);
     uint32_t count = 0;
-    ValuesOf(page.file, 0, nullptr, &count);
+    TagValues(page.file, 0, 0, nullptr, &count);
     EXPECT_EQ(count, 301u);
     for (const uint32_t tag : {1u, 39u, 41u, 300u, 301u})
-        EXPECT_EQ(NumberAt(ValuesOf(page.file, tag), 0, 4), tag * 3);
+        EXPECT_EQ(NumberAt(TagValues(page.file, 0, tag), 0, 4), tag * 3);
 }
 
 TEST(PageTags, WhatCannotBeDefinedLeavesThePageAlone)
@@ -118,8 +104,7 @@ TEST(PageTags, WhatCannotBeDefinedLeavesThePageAlone)
         EXPECT_EQ(Tags(page.file), "256=7");
     }
     DropTiffImage(page.file, 0);
-    EXPECT_EQ(DefineTiffImageInfo(page.file, 0, 256, 3, 7), 0);
-    EXPECT_EQ(TiffError(), 27u);
+    EXPECT_EQ(Refusal(DefineTiffImageInfo(page.file, 0, 256, 3, 7)), 27u);
     EXPECT_EQ(SetTiffImageDPI(page.file, 0, 1), 10u);
     EXPECT_EQ(TiffError(), 10u);
     EXPECT_EQ(DefineTiffImage(nullptr), -1);

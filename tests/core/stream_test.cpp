@@ -1,32 +1,9 @@
-#include "core/stream.h"
-#include "support/bytes.h"
 #include "support/leaks.h"
+#include "support/raw_stream.h"
 
 #include <gtest/gtest.h>
 
 using namespace tiff;
-
-namespace {
-
-class MemoryFile {
-public:
-    explicit MemoryFile(const Bytes& bytes)
-        : block(bytes), stream(OpenMemoryStream(block.Get(), static_cast<uint32_t>(bytes.size())))
-    {
-    }
-    ~MemoryFile()
-    {
-        mClose(stream);
-    }
-
-private:
-    Block block;
-
-public:
-    const TiffStream stream;
-};
-
-} // namespace
 
 TEST(Stream, MemorySeekStaysInsideTheFile)
 {
@@ -46,7 +23,7 @@ TEST(Stream, MemorySeekStaysInsideTheFile)
     };
     for (const auto& [row, offset, origin, result, after] : rows) {
         SCOPED_TRACE(row);
-        MemoryFile file(Bytes(100));
+        const RawStream file(Bytes(100));
         mSeek(file.stream, 40, 0);
         EXPECT_EQ(mSeek(file.stream, offset, origin), result);
         EXPECT_EQ(mTell(file.stream), after);
@@ -57,7 +34,7 @@ TEST(Stream, MemorySeekStaysInsideTheFile)
 TEST(Stream, MemoryReadsStopAtTheEnd)
 {
     NoLeaks leaks;
-    MemoryFile file({1, 2, 3, 4, 5});
+    const RawStream file({1, 2, 3, 4, 5});
     uint8_t buffer[8] = {};
     mSeek(file.stream, 3, 0);
     EXPECT_EQ(mRead(file.stream, buffer, 8), 2u);
@@ -154,16 +131,14 @@ TEST(TypedIo, ValuesAreSwappedByElementThenByBit)
     for (const auto& [row, type, count, order, fill, stored, host] : rows) {
         SCOPED_TRACE(row);
         NoLeaks leaks;
-        MemoryFile source(stored);
+        const RawStream source(stored);
         Bytes read(host.size());
         EXPECT_EQ(LongRead(source.stream, type, count, read.data(), order, fill), 1);
         EXPECT_EQ(read, host);
 
-        const TiffStream target = OpenMemoryStream(nullptr, 0);
-        EXPECT_EQ(LongWrite(target, type, count, read.data(), order, fill), 1);
-        EXPECT_EQ(Content(MemoryStreamBlock(target), stored.size()), stored);
+        const RawStream target;
+        EXPECT_EQ(LongWrite(target.stream, type, count, read.data(), order, fill), 1);
+        EXPECT_EQ(target.Written(), stored);
         EXPECT_EQ(read, host) << "the caller's values stay as they were";
-        GlobalFree(MemoryStreamBlock(target));
-        mClose(target);
     }
 }

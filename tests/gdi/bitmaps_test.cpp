@@ -138,17 +138,12 @@ TEST(Bitmaps, FailuresHaveTheirErrors)
     for (const auto& [row, path, page, error] : rows) {
         SCOPED_TRACE(row);
         SetTiffError(9);
-        EXPECT_EQ(LoadTiffIntoBitmap(path, page, 0), nullptr);
-        EXPECT_EQ(TiffError(), error);
-        EXPECT_EQ(LoadTiffFileIntoBitmap(path, page, 0), nullptr);
-        EXPECT_EQ(TiffError(), error);
+        EXPECT_EQ(Refusal(LoadTiffIntoBitmap(path, page, 0)), error);
+        EXPECT_EQ(Refusal(LoadTiffFileIntoBitmap(path, page, 0)), error);
     }
     EXPECT_EQ(LoadTiffChainIntoBitmap(nullptr, 0), nullptr);
     const MemoryTiff memory(jpeg);
-    const HandleMarks before = TakeMarks();
-    EXPECT_EQ(LoadTiffChainIntoBitmap(memory.file, 0), nullptr);
-    EXPECT_EQ(TiffError(), 11u);
-    EXPECT_EQ(TakeMarks().temporaryFiles, before.temporaryFiles);
+    EXPECT_EQ(Refusal(LoadTiffChainIntoBitmap(memory.file, 0)), 11u);
 }
 
 TEST(Bitmaps, TheWaitCursorGoesAgain)
@@ -182,8 +177,7 @@ TEST(Bitmaps, TheWaitCursorGoesAgain)
     EXPECT_EQ(GetCursor(), arrow);
     const MemoryTiff notLoaded(OnePage(Bilevel({0x80}, 1, 1)));
     DropTiffImage(notLoaded.file, 0);
-    EXPECT_EQ(LoadTiffChainIntoBitmap(notLoaded.file, 0), nullptr);
-    EXPECT_EQ(TiffError(), 27u);
+    EXPECT_EQ(Refusal(LoadTiffChainIntoBitmap(notLoaded.file, 0)), 27u);
     EXPECT_EQ(GetCursor(), WaitCursor()); // wanted
     SetCursor(arrow);
 }
@@ -215,9 +209,7 @@ TEST(Palettes, HoldTheColoursOfThePage)
         GetPaletteEntries(palette, index, 1, &entry);
         EXPECT_EQ(static_cast<uint32_t>(entry.peRed << 16 | entry.peGreen << 8 | entry.peBlue), colour);
         EXPECT_TRUE(DeleteObject(palette));
-        EXPECT_EQ(GetTiffImagePalette(file.Path(), 1), nullptr);
-        EXPECT_EQ(TiffError(), 3u);
+        EXPECT_EQ(Refusal(GetTiffImagePalette(file.Path(), 1)), 3u);
     }
-    EXPECT_EQ(GetTiffImagePalette("no-such-file.tif", 0), nullptr);
-    EXPECT_EQ(TiffError(), 6u);
+    EXPECT_EQ(Refusal(GetTiffImagePalette("no-such-file.tif", 0)), 6u);
 }

@@ -26,16 +26,16 @@ public:
 
 } // namespace
 
-TEST(Clipboard, AnotherProcessFindsThePage)
+TEST(Clipboard, HoldsThePage)
 {
     const TempFile colour(ColourPage(0x11));
     EXPECT_EQ(LoadTiffFileIntoClipboard(colour.Path(), 0, 0), 1);
     EXPECT_EQ(TiffError(), 0u);
-    EXPECT_EQ(ClipboardOfAnotherProcess(), (Picture{3, 1, {0x112233, 0xAABBCC, 0}}));
+    EXPECT_EQ(OnClipboard(), (Picture{3, 1, {0x112233, 0xAABBCC, 0}}));
 
     const TempFile bilevel(OnePage(TiffPage::Picture(3, 2, 1, 1).Strips({Hex("A0 40")})));
     EXPECT_EQ(LoadTiffFileIntoClipboard(bilevel.Path(), 0, 0), 1);
-    EXPECT_EQ(ClipboardOfAnotherProcess(), (Picture{3, 2, {0, 0xFFFFFF, 0, 0xFFFFFF, 0, 0xFFFFFF}}));
+    EXPECT_EQ(OnClipboard(), (Picture{3, 2, {0, 0xFFFFFF, 0, 0xFFFFFF, 0, 0xFFFFFF}}));
 }
 
 TEST(Clipboard, WhatCannotBeLoadedCountsAsDone)
@@ -60,7 +60,7 @@ TEST(Clipboard, WhatCannotBeLoadedCountsAsDone)
         EXPECT_EQ(LoadTiffFileIntoClipboard(good.Path(), 0, 0), 1);
         EXPECT_EQ(LoadTiffFileIntoClipboard(path, page, 0), 1);
         EXPECT_EQ(TiffError(), error);
-        const Picture found = ClipboardOfAnotherProcess();
+        const Picture found = OnClipboard();
         EXPECT_EQ(found.pixels, kept ? (std::vector<uint32_t>{KEPT, 0xAABBCC, 0}) : std::vector<uint32_t>{});
     }
 }
@@ -71,14 +71,11 @@ TEST(Clipboard, OneThatIsTakenIsAFailureWithoutAnError)
     const ForeignWindow foreign;
     EXPECT_EQ(LoadTiffFileIntoClipboard(file.Path(), 0, 0), 1);
     ASSERT_TRUE(OpenClipboard(foreign.window)) << "it was not closed";
-    EXPECT_EQ(LoadTiffFileIntoClipboard(file.Path(), 0, 0), 0);
-    EXPECT_EQ(TiffError(), 0u);
-    EXPECT_EQ(SaveTiffFileFromClipboard(file.Path(), 201, 0), 0);
-    EXPECT_EQ(TiffError(), 25u);
+    EXPECT_EQ(Refusal(LoadTiffFileIntoClipboard(file.Path(), 0, 0)), 0u);
+    EXPECT_EQ(Refusal(SaveTiffFileFromClipboard(file.Path(), 201, 0)), 25u);
     // A bitmap that is promised and never made.
     EmptyClipboard();
     SetClipboardData(CF_BITMAP, nullptr);
     CloseClipboard();
-    EXPECT_EQ(SaveTiffFileFromClipboard(file.Path(), 201, 0), 0);
-    EXPECT_EQ(TiffError(), 26u);
+    EXPECT_EQ(Refusal(SaveTiffFileFromClipboard(file.Path(), 201, 0)), 26u);
 }

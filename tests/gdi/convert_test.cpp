@@ -81,32 +81,9 @@ TEST(Convert, FailuresHaveTheirErrors)
         const Block block(dib);
         GdiObject<HPALETTE> palette;
         SetTiffError(0);
-        EXPECT_EQ(DibToBitmap(block.Get(), palette), nullptr);
-        EXPECT_EQ(TiffError(), error);
+        EXPECT_EQ(Refusal(DibToBitmap(block.Get(), palette)), error);
     }
     GdiObject<HPALETTE> palette;
     EXPECT_EQ(DibToBitmap(nullptr, palette), nullptr);
-    EXPECT_EQ(BitmapToDib(nullptr, nullptr), nullptr);
-    EXPECT_EQ(TiffError(), 34u);
-}
-
-TEST(Convert, CcittLinesComeFromTheBitmapOfTheThread)
-{
-    const uint8_t bits[] = {0x80, 0x00, 0x0F, 0x80};
-    const GdiObject<HBITMAP> bitmap(CreateBitmap(9, 2, 1, 1, bits));
-    const WindowDc screen(nullptr);
-    struct {
-        BITMAPINFOHEADER header{sizeof(BITMAPINFOHEADER), 9, 2, 1, 1, BI_RGB, 0, 0, 0, 0, 0};
-        RGBQUAD colours[2]{};
-    } info;
-    TiffEncodeLineContext context{};
-    context.deviceContext = screen.Get();
-    context.bitmap = bitmap.Get();
-    ThreadRaster().ccittSource = reinterpret_cast<BITMAPINFO*>(&info);
-    Bytes line(8);
-    DllFillCcittLine(line.data(), 0, &context);
-    EXPECT_EQ(line, Hex("8000 0000 00000000"));
-    DllFillCcittLine(line.data(), 1, &context);
-    EXPECT_EQ(line, Hex("0F80 0000 00000000"));
-    ThreadRaster().ccittSource = nullptr;
+    EXPECT_EQ(Refusal(BitmapToDib(nullptr, nullptr)), 34u);
 }

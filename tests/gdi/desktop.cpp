@@ -64,17 +64,13 @@ Picture TakeDib(HGLOBAL dib)
     return picture;
 }
 
-static std::string TempFolder()
-{
-    char path[MAX_PATH];
-    GetTempPathA(MAX_PATH, path);
-    return path;
-}
-
 Folder::Folder()
 {
     static int number = 0;
-    path = TempFolder() + "gdi" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number);
+    char parent[MAX_PATH];
+    GetTempPathA(MAX_PATH, parent);
+    path =
+        std::string(parent) + "gdi" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number);
     CreateDirectoryA(path.c_str(), nullptr);
 }
 
@@ -120,19 +116,6 @@ std::string JpegLibraryFile()
     return SiblingsFolder() + "\\JPGLIB.DLL";
 }
 
-static uint32_t TemporaryFiles()
-{
-    WIN32_FIND_DATAA found;
-    HANDLE search = FindFirstFileA((TempFolder() + "tmp*.tmp").c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE)
-        return 0;
-    uint32_t count = 1;
-    while (FindNextFileA(search, &found))
-        ++count;
-    FindClose(search);
-    return count;
-}
-
 static uint32_t BusyBlocks()
 {
     uint32_t count = 0;
@@ -171,7 +154,6 @@ HandleMarks TakeMarks()
         HighestPlace<300>([] { return CreateSolidBrush(0); }, [](HBRUSH brush) { DeleteObject(brush); });
     marks.handles = HighestPlace<300>([] { return CreateEventA(nullptr, FALSE, FALSE, nullptr); },
                                       [](HANDLE event) { CloseHandle(event); });
-    marks.temporaryFiles = TemporaryFiles();
     marks.blocks = BusyBlocks();
     return marks;
 }
@@ -184,48 +166,13 @@ void ExpectNoGrowth(const HandleMarks& before, uint32_t calls)
     EXPECT_LT(after.deviceContexts, before.deviceContexts + some) << "device contexts";
     EXPECT_LT(after.blocks, before.blocks + some) << "memory blocks";
     EXPECT_LT(after.handles, before.handles + some) << "system handles";
-    EXPECT_EQ(after.temporaryFiles, before.temporaryFiles) << "temporary files";
 }
 
-int WriteClipboard(const char* path)
+Picture OnClipboard()
 {
-    if (!OpenClipboard(nullptr))
-        return 2;
+    EXPECT_TRUE(OpenClipboard(nullptr));
     const Picture picture = Look(static_cast<HBITMAP>(GetClipboardData(CF_BITMAP)));
     CloseClipboard();
-    FILE* file = std::fopen(path, "wb");
-    if (!file)
-        return 3;
-    std::fwrite(&picture.width, sizeof(int32_t), 2, file);
-    std::fwrite(picture.pixels.data(), sizeof(uint32_t), picture.pixels.size(), file);
-    std::fclose(file);
-    return 0;
-}
-
-Picture ClipboardOfAnotherProcess()
-{
-    const TempFile answer(Bytes{});
-    std::string command = "\"" + FileOf(nullptr) + "\" --clipboard \"" + answer.Path() + "\"";
-    STARTUPINFOA startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                        &process))
-        return {};
-    WaitForSingleObject(process.hProcess, 60000);
-    DWORD code = 99;
-    GetExitCodeProcess(process.hProcess, &code);
-    EXPECT_EQ(code, 0u);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    const Bytes bytes = ReadFileBytes(answer.Path());
-    Picture picture;
-    if (bytes.size() < 8)
-        return picture;
-    std::memcpy(&picture.width, bytes.data(), 4);
-    std::memcpy(&picture.height, bytes.data() + 4, 4);
-    picture.pixels.resize((bytes.size() - 8) / 4);
-    std::memcpy(picture.pixels.data(), bytes.data() + 8, picture.pixels.size() * 4);
     return picture;
 }
 

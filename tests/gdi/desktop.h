@@ -84,7 +84,7 @@ private:
 
 // How far each kind of handle has come: a leak moves it on.
 struct HandleMarks {
-    uint32_t gdi, deviceContexts, blocks, handles, temporaryFiles;
+    uint32_t gdi, deviceContexts, blocks, handles;
 };
 
 HandleMarks TakeMarks();
@@ -92,10 +92,6 @@ HandleMarks TakeMarks();
 // Expects that the calls have left nothing behind.
 void ExpectNoGrowth(const HandleMarks& before, uint32_t calls);
 
-// Another process finds this on the clipboard.
-Picture ClipboardOfAnotherProcess();
-
-// What that process does; the exit code.
-int WriteClipboard(const char* path);
+Picture OnClipboard();
 
 HCURSOR WaitCursor();

@@ -2,6 +2,7 @@
 #include "gdi/desktop.h"
 #include "siblings/dialogs.h"
 #include "siblings/jpeg.h"
+#include "support/target.h"
 
 #include <gtest/gtest.h>
 
@@ -93,8 +94,7 @@ TEST(LoadDialog, NothingIsLoadedWithoutIt)
     Folder folder;
     folder.Copy(JpegLibraryFile(), "KVDlgs.dll");
     const SearchedFolder searched(folder.Path());
-    EXPECT_EQ(LoadTiffIntoDIB(file.Path(), 0, 1), nullptr);
-    EXPECT_EQ(TiffError(), 28u);
+    EXPECT_EQ(Refusal(LoadTiffIntoDIB(file.Path(), 0, 1)), 28u);
     EXPECT_TRUE(IsLoaded("KVDlgs.dll"));
     while (const HMODULE left = GetModuleHandleA("KVDlgs.dll"))
         FreeLibrary(left);
@@ -138,21 +138,14 @@ TEST(JpegLibrary, DecodesOldStylePages)
     ASSERT_EQ(call.count, 1u);
     EXPECT_EQ(call.cursor, WaitCursor());
     const CodecContext& context = call.context;
-    EXPECT_EQ(context.compression, 6u);
-    EXPECT_EQ(context.lineFormat.biWidth, 8);
-    EXPECT_EQ(context.bytesPerLine, 24u);
-    EXPECT_EQ(context.bitsPerSample, 8u);
-    EXPECT_EQ(context.jpegProcess, 1u);
-    EXPECT_EQ(context.tileWidth, 16u);
-    EXPECT_EQ(context.tilesAcross, 1u);
-    EXPECT_EQ(context.stripCount, 1u);
-    EXPECT_EQ(context.restartInterval, 7u);
-    EXPECT_EQ(context.subSampling[0], 1u);
-    EXPECT_EQ(context.referenceBlackWhite[2], 255u);
-    EXPECT_EQ(call.tileOffset, 1111u);
-    EXPECT_EQ(call.quantisationTable, 301u);
-    EXPECT_EQ(call.dcTable, 401u);
-    EXPECT_EQ(call.acTable, 501u);
+    const std::vector<uint32_t> found = {context.compression,    context.bytesPerLine,
+                                         context.bitsPerSample,  context.jpegProcess,
+                                         context.tileWidth,      context.tilesAcross,
+                                         context.stripCount,     context.restartInterval,
+                                         context.subSampling[0], context.referenceBlackWhite[2],
+                                         call.tileOffset,        call.quantisationTable,
+                                         call.dcTable,           call.acTable};
+    EXPECT_EQ(found, (std::vector<uint32_t>{6, 24, 8, 1, 16, 1, 1, 7, 1, 255, 1111, 301, 401, 501}));
 
     EXPECT_EQ(dib.width, 8);
     const Picture bitmap = TakeBitmap(LoadTiffIntoBitmap(file.Path(), 0, 0));
@@ -160,10 +153,8 @@ TEST(JpegLibrary, DecodesOldStylePages)
     EXPECT_TRUE(bitmap == dib);
 
     jpeg.Find<decltype(AnswerJpeg)>("AnswerJpeg")(12);
-    EXPECT_EQ(LoadTiffIntoDIB(file.Path(), 0, 0), nullptr);
-    EXPECT_EQ(TiffError(), 12u);
-    EXPECT_EQ(LoadTiffIntoBitmap(file.Path(), 0, 0), nullptr);
-    EXPECT_EQ(TiffError(), 12u);
+    EXPECT_EQ(Refusal(LoadTiffIntoDIB(file.Path(), 0, 0)), 12u);
+    EXPECT_EQ(Refusal(LoadTiffIntoBitmap(file.Path(), 0, 0)), 12u);
 }
 
 TEST(JpegLibrary, EncodesOldStylePages)
@@ -176,7 +167,7 @@ TEST(JpegLibrary, EncodesOldStylePages)
     const auto page = static_cast<uint32_t>(DefineTiffImage(file));
     const struct {
         uint32_t tag, value;
-    } tags[] = {{256, 8}, {257, 2}, {258, 8}, {259, 6}, {262, 1}, {322, 16}, {323, 16}, {512, 1}};
+    } tags[] = {{256, 8}, {257, 2}, {258, 8}, {259, 6}, {262, 6}, {277, 3}, {322, 16}, {323, 16}, {512, 1}};
     for (const auto& [tag, value] : tags)
         EXPECT_EQ(DefineTiffImageInfo(file, page, tag, 3, value), 1);
     const TiffLineCallback fill = [](void* line, uint32_t row, void*) -> intptr_t {
@@ -191,13 +182,39 @@ TEST(JpegLibrary, EncodesOldStylePages)
     EXPECT_EQ(call.byteTotal, 81u);
 
     file = OpenTiffFile(target.Path(), T_READ);
-    ASSERT_EQ(GetTiffImage(file, 0), 1);
-    uint32_t offset = 0, bytes = 0;
-    EXPECT_EQ(GetTiffImageInfo(file, 0, 324, &offset), 1);
-    EXPECT_EQ(GetTiffImageInfo(file, 0, 325, &bytes), 1);
+    ASSERT_EQ(LoadPages(file), 1u);
+    const uint32_t offset = TagNumber(file, 0, 324);
+    EXPECT_EQ(TagNumber(file, 0, 325), 48u);
+    EXPECT_EQ(TagValues(file, 0, 519), Hex("08000000 09000000 0A000000"));
+    EXPECT_EQ(TagValues(file, 0, 273), Bytes());
     CloseTiffFile(file);
-    EXPECT_EQ(bytes, 16u);
-    EXPECT_EQ(ReadFileBytes(target.Path()).at(offset + 15), 41);
+    EXPECT_EQ(ReadFileBytes(target.Path()).at(offset + 24 + 7), 41);
+}
+
+TEST(JpegLibrary, IsToldOfAsManyTilesAsThereAreOffsets)
+{
+    static const struct {
+        uint16_t type;
+        uint32_t count, tiles;
+    } rows[] = {{4, 20, 20}, {3, 20, 20}, {1, 20, 5}, {2, 20, 5}, {1, 3, 1}};
+    const SearchedFolder searched(SiblingsFolder());
+    const HeldLibrary jpeg(JpegLibraryFile());
+    const JpegCall& call = *jpeg.Find<decltype(LastJpegCall)>("LastJpegCall")();
+    for (const auto& [type, count, tiles] : rows) {
+        SCOPED_TRACE(type);
+        TiffPage page = OldJpegPage().Short(256, {80}).Short(257, {40}).Short(322, {8}).Short(323, {8});
+        const MemoryTiff opened(OnePage(page.Entry(324, type, count, std::vector<uint32_t>(count, 1))));
+        TakeDib(LoadTiffChainIntoDIB(opened.file, 0));
+        EXPECT_EQ(call.context.stripCount, tiles);
+    }
+}
+
+TEST(JpegLibrary, StaysWhileItIsAtWork)
+{
+    const SearchedFolder searched(SiblingsFolder());
+    const MemoryTiff opened(OnePage(OldJpegPage().Short(515, {CLOSES_FILES})));
+    EXPECT_EQ(TakeDib(LoadTiffChainIntoDIB(opened.file, 0)).width, 8);
+    EXPECT_FALSE(IsLoaded("JPGLIB.DLL"));
 }
 
 TEST(JpegLibrary, IsLoadedWhenNeededUntilAFileIsClosed)
@@ -242,8 +259,7 @@ TEST(JpegLibrary, FailuresHaveTheirErrors)
         const SearchedFolder searched(searchedFolder);
         EXPECT_EQ(copy.Find<decltype(LoadTiffIntoDIB)>("LoadTiffIntoDIB")(path, 0, 0), nullptr);
         EXPECT_EQ(copy.Find<decltype(TiffError)>("TiffError")(), error);
-        EXPECT_EQ(LoadTiffIntoBitmap(path, 0, 0), nullptr);
-        EXPECT_EQ(TiffError(), error);
+        EXPECT_EQ(Refusal(LoadTiffIntoBitmap(path, 0, 0)), error);
         EXPECT_FALSE(IsLoaded("JPGLIB.DLL"));
     }
 }

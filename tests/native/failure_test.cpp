@@ -2,7 +2,6 @@
 // or not at all, with a cause, nothing is left behind, and the pages of a file stay readable.
 #include "standin/standin.h"
 #include "support/pictures.h"
-#include "support/tiff_dump.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -72,7 +71,8 @@ TiffBuilder TwoPages()
 {
     TiffBuilder builder(TIFF_MOTOROLA);
     builder.Add(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("01")}));
-    builder.Add(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("02")}));
+    // Too far from the first to be read with it.
+    builder.Add(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("02") + Bytes(40000)}));
     return builder;
 }
 
@@ -81,26 +81,6 @@ void ExpectOldPages(HGLOBAL file, uint32_t pageCount)
     EXPECT_EQ(NumberOfTiffImages(file, TIFF_ALL_PAGES), pageCount);
     EXPECT_EQ(DecodePage(file, 0).Joined(), Hex("01"));
     EXPECT_EQ(DecodePage(file, 1).Joined(), Hex("02"));
-}
-
-void Store(HGLOBAL block, std::initializer_list<uint32_t> values)
-{
-    std::copy(values.begin(), values.end(), static_cast<uint32_t*>(GlobalLock(block)));
-    GlobalUnlock(block);
-}
-
-// In place of the JPEG library's encoder: a page of one tile.
-uint32_t WriteOneTile(CodecContext* context)
-{
-    EXPECT_EQ(context->tilesAcross, 1u);
-    EXPECT_EQ(context->tilesDown, 1u);
-    EXPECT_EQ(context->stripCount, 1u);
-    Store(context->stripOffsets, {mTell(context->stream)});
-    Store(context->stripByteCounts, {4});
-    context->quantisationTables = GlobalAlloc(GMEM_MOVEABLE, 12);
-    Store(context->quantisationTables, {8, 9, 10});
-    context->codeBufferSize = context->codeBytesLeft = 0;
-    return mWrite(context->stream, "tile", 4) == 4 ? 0 : 6;
 }
 
 } // namespace
@@ -140,8 +120,7 @@ TEST(Failures, EveryCodecReportsMissingMemory)
             standin::LeakCheck leaks;
             const int32_t result = DecodeTiffImage(opened.file, 0, 0, 0, &collector, CollectRow);
             if (standin::InjectionFired()) {
-                EXPECT_EQ(result, 0);
-                EXPECT_EQ(TiffError(), 1u);
+                EXPECT_EQ(Refusal(result), 1u);
             }
         });
     }
@@ -156,11 +135,11 @@ TEST(Failures, ASaveToDiskLeavesTheOldPages)
         TempFile disk(old);
         standin::FailNth(n, CALLS);
         HGLOBAL file = OpenTiffFile(disk.Path(), T_APPEND);
-        if (!file || NumberOfTiffImages(file, TIFF_ALL_PAGES) != 2) {
-            // Without a look at the file it counts as new, and nothing has been written yet.
-            CloseTiffFile(file);
+        if (!file) {
+            EXPECT_NE(TiffError(), 0u);
             return;
         }
+        EXPECT_EQ(NumberOfTiffImages(file, TIFF_ALL_PAGES), 2u) << "a page would be cut off";
         uint32_t page = 0;
         const bool loaded = GetTiffImage(file, 0) && GetTiffImage(file, 1);
         const bool saved = SavePage(file, 50, page);
@@ -326,29 +305,6 @@ TEST(Failures, AFullDiskKeepsTheEarlierPagesWhole)
             EXPECT_TRUE(saved || SavePage(file, 50, page)) << "there is room again";
             CloseTiffFile(file);
         }
-}
-
-TEST(Failures, TheJpegLibraryListsTilesAndTables)
-{
-    const auto function = reinterpret_cast<FARPROC>(reinterpret_cast<void*>(WriteOneTile));
-    standin::RegisterModule("JPGLIB.DLL", {{"JPEGEncoder", function}});
-    {
-        standin::LeakCheck leaks;
-        HGLOBAL file = OpenTiffInMemory(nullptr, 0, T_CREAT);
-        const auto page = static_cast<uint32_t>(DefineTiffImage(file));
-        DefineTiffImageInfo(file, page, 259, 3, 6);
-        const TiffPageGeometry geometry = {0, 20, 10, 60, 1, 24};
-        DefineGeneralTags(file, page, &geometry);
-        EXPECT_EQ(EncodeTiffImage(file, page, nullptr, FillWithRowNumber), 1) << TiffError();
-        HGLOBAL block = GetMemoryTiffHandle(file);
-        const std::string dump = DumpTiff(Content(block, GlobalSize(block)));
-        for (const char* line : {"324 LONG 1: 8\n", "325 LONG 1: 4\n", "519 LONG 3 @"})
-            EXPECT_NE(dump.find(line), std::string::npos) << dump;
-        EXPECT_EQ(dump.find("273 "), std::string::npos);
-        GlobalFree(block);
-        CloseTiffFile(file);
-    }
-    standin::ForgetModules();
 }
 
 TEST(Costs, ADirectoryIsWrittenInTwoPieces)

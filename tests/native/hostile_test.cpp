@@ -83,39 +83,6 @@ TEST(Hostile, DirectoriesOverEachOtherAreABrokenChain)
     EXPECT_EQ(opened.openError, 6u);
 }
 
-// In place of the JPEG library's decoder: while it runs, another file is closed.
-static uint32_t CloseAnotherFile(CodecContext* context)
-{
-    const int loaded = standin::ModuleLoads() - standin::ModuleFrees();
-    EXPECT_GE(loaded, 2);
-    for (int times = 0; times < 2; ++times)
-        CloseTiffFile(OpenTiffInMemory(nullptr, 0, T_CREAT));
-    EXPECT_EQ(standin::ModuleLoads() - standin::ModuleFrees(), 1);
-    return context->stripCount;
-}
-
-TEST(Hostile, OldJpegTilesAreAsManyAsTheirOffsets)
-{
-    const auto function = reinterpret_cast<FARPROC>(reinterpret_cast<void*>(CloseAnotherFile));
-    static const struct {
-        uint16_t type;
-        uint32_t count, tiles;
-    } rows[] = {{4, 20, 20}, {3, 20, 20}, {1, 20, 5}, {2, 20, 5}, {1, 3, 1}};
-    for (const auto& [type, count, tiles] : rows) {
-        SCOPED_TRACE(type);
-        standin::RegisterModule("JPGLIB.DLL", {{"JPEGDecoder", function}});
-        TiffPage page = TiffPage::Picture(80, 40, 8, 6).Short(512, {1}).Short(322, {8}).Short(323, {8});
-        page.Long(519, {0}).Long(520, {0}).Long(521, {0});
-        page.Long(325, {0}).Entry(324, type, count, std::vector<uint32_t>(count, 1));
-        {
-            const MemoryTiff opened(OnePage(page));
-            EXPECT_EQ(DecodePage(opened.file, 0).error, tiles);
-        }
-        EXPECT_EQ(standin::ModuleLoads(), standin::ModuleFrees());
-        standin::ForgetModules();
-    }
-}
-
 TEST(Hostile, HugeDimensionsCostWhatThePictureCosts)
 {
     static const struct {

@@ -34,6 +34,8 @@ TEST(FlushLines, ConvertIntoTheRowOfTheDib)
          Hex("000000 7F7F4D 0000")},
         {"grey YCbCr", DllFlushTiffLineYCbCrDIB, Hex("808080 000000"), 6, 8, 0, Hex("807F80 008600 0000")},
         {"red YCbCr", DllFlushTiffLineYCbCrDIB, Hex("4C54FF"), 3, 4, 0, Hex("0000FE 00")},
+        {"YCbCr that has begun", DllFlushTiffLineYCbCrDIB, Hex("FFFFFF FFFFFF"), 4, 8, 0,
+         Hex("FF78FF FF78FF 0000")},
         {"YCbCr beyond the row", DllFlushTiffLineYCbCrDIB, Hex("FFFFFF FFFFFF"), 4, 4, 0, Hex("FF78FF 00")},
     };
     for (const Row& row : rows) {

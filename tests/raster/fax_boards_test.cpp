@@ -171,19 +171,16 @@ TEST(FaxBoards, CiscoFilesAreRewrittenOrGone)
     EXPECT_EQ(ConvertTiffToCiscoFormat(file.Path()), 1);
     ExpectPages(file.Path(), pages, {0, 1, 2});
     const Bytes converted = ReadFileBytes(file.Path());
-    EXPECT_EQ(SaveTiffForCiscoFormat(file.Path(), NewDib().Get(), 201, 0, 3), 0);
-    EXPECT_EQ(TiffError(), 29u);
+    EXPECT_EQ(Refusal(SaveTiffForCiscoFormat(file.Path(), NewDib().Get(), 201, 0, 3)), 29u);
     EXPECT_EQ(SaveTiffForCiscoFormat("", NewDib().Get(), 201, 0, 1), 0);
-    EXPECT_EQ(ConvertTiffToCiscoFormat(nullptr), 0);
-    EXPECT_EQ(TiffError(), 29u);
+    EXPECT_EQ(Refusal(ConvertTiffToCiscoFormat(nullptr)), 29u);
     EXPECT_EQ(ReadFileBytes(file.Path()), converted);
     EXPECT_EQ(SaveTiffForCiscoFormat(file.Path(), NewDib().Get(), 201, 0, 1), 1);
     ExpectPages(file.Path(), pages, {0, 1, 2, NEW});
 
     // Kept: a page that cannot be copied costs the file.
     TempFile bad(TiffBuilder().Add(Page(0)).Add(TiffPage::Picture(8, 1, 1, 1).Long(273, {8, 8})).Build());
-    EXPECT_EQ(ConvertTiffToCiscoFormat(bad.Path()), 0);
-    EXPECT_EQ(TiffError(), 10u);
+    EXPECT_EQ(Refusal(ConvertTiffToCiscoFormat(bad.Path())), 10u);
     EXPECT_FALSE(Exists(bad.Path()));
 
     TempFile text(Hex("6869"));

@@ -122,11 +122,9 @@ TEST(LoadDib, FailuresLeaveNothingBehind)
     };
     for (const auto& [row, path, page, dialog, error] : rows) {
         SCOPED_TRACE(row);
-        EXPECT_EQ(LoadTiffIntoDIB(path, page, dialog), nullptr);
-        EXPECT_EQ(TiffError(), error);
+        EXPECT_EQ(Refusal(LoadTiffIntoDIB(path, page, dialog)), error);
     }
-    EXPECT_EQ(LoadNonRGBTiffIntoDIB(jpegFile.Path(), 0), nullptr);
-    EXPECT_EQ(TiffError(), 9991u);
+    EXPECT_EQ(Refusal(LoadNonRGBTiffIntoDIB(jpegFile.Path(), 0)), 9991u);
     EXPECT_EQ(LoadTiffChainIntoDIB(nullptr, 0), nullptr);
 }
 

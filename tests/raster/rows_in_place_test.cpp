@@ -1,16 +1,8 @@
 // Rows that are painted where a DIB keeps them, the loader's and those of the exported line routine,
 // against those that a routine of the application's own copies there.
-#include "core/stream.h"
+#include "support/drawing.h"
 #include "support/leaks.h"
 #include "support/pictures.h"
-#include "tiff/ccitt.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-
-using namespace tiff;
 
 namespace {
 
@@ -20,27 +12,6 @@ struct Pixels {
     uint32_t error;
     Bytes bytes; // none when there is no picture
 };
-
-// Rows of noise, with one change, and of one colour.
-intptr_t DrawRow(void* line, uint32_t, void* random)
-{
-    auto& next = *static_cast<std::mt19937*>(random);
-    const auto kind = next() % 3;
-    const auto colour = static_cast<uint8_t>(0xFF << next() % 9);
-    for (uint32_t at = 0; at < 9; ++at)
-        static_cast<uint8_t*>(line)[at] = kind == 0 ? static_cast<uint8_t>(next()) : colour;
-    return 0;
-}
-
-Bytes CodeStrip(uint32_t width, uint32_t rows, uint32_t compression, std::mt19937& random)
-{
-    Block block(Bytes(1));
-    const TiffStream stream = OpenMemoryStream(block.Get(), 0);
-    EXPECT_EQ(EncodeCcittImage(stream, width, rows, compression, &random, DrawRow), 1);
-    const uint32_t bytes = mTell(stream);
-    mClose(stream);
-    return Content(block.Get(), bytes);
-}
 
 Pixels Load(HGLOBAL file)
 {
@@ -76,17 +47,21 @@ Pixels DecodeLines(HGLOBAL file, uint32_t width, uint32_t orientation, uint8_t b
 
 enum class Damage { None, FirstStrip, LastStrip, CutShort };
 
-TiffPage DrawPage(uint32_t compression, uint32_t width, Damage damage, std::mt19937& random)
+TiffPage DrawPage(uint32_t compression, Drawing& drawing, Damage damage)
 {
-    Bytes first = CodeStrip(width, ROWS_PER_STRIP, compression, random);
-    Bytes last = CodeStrip(width, ROWS - ROWS_PER_STRIP, compression, random);
+    Bytes first = CodeOf(drawing, ROWS_PER_STRIP, compression);
+    Bytes last = CodeOf(drawing, ROWS - ROWS_PER_STRIP, compression);
     if (damage == Damage::FirstStrip)
-        first[random() % first.size()] ^= static_cast<uint8_t>(1u << random() % 8);
+        first[drawing.Below(static_cast<uint32_t>(first.size()))] ^=
+            static_cast<uint8_t>(1u << drawing.Below(8));
     if (damage == Damage::LastStrip)
-        last[random() % last.size()] ^= static_cast<uint8_t>(random());
+        last[drawing.Below(static_cast<uint32_t>(last.size()))] ^= static_cast<uint8_t>(drawing.Below(256));
     if (damage == Damage::CutShort)
-        last.resize(random() % last.size());
-    return TiffPage::Picture(width, ROWS, 1, compression).Long(278, {ROWS_PER_STRIP}).Strips({first, last});
+        last.resize(drawing.Below(static_cast<uint32_t>(last.size())));
+    return TiffPage::Picture(drawing.width, ROWS, 1, compression & 0xFFFF)
+        .Long(278, {ROWS_PER_STRIP})
+        .Long(292, {compression >> 16})
+        .Strips({first, last});
 }
 
 } // namespace
@@ -94,17 +69,16 @@ TiffPage DrawPage(uint32_t compression, uint32_t width, Damage damage, std::mt19
 TEST(RowsInPlace, ShowWhatIsHandedOverLineByLine)
 {
     NoLeaks leaks;
-    std::mt19937 random(1);
     for (uint32_t width = 1; width <= 70; ++width)
         for (const uint32_t compression : {2u, 3u, 0x10003u, 4u})
             for (const auto damage :
                  {Damage::None, Damage::FirstStrip, Damage::LastStrip, Damage::CutShort}) {
                 SCOPED_TRACE(testing::Message() << "width " << width << ", compression " << compression
                                                 << ", damage " << static_cast<int>(damage));
-                TiffPage page = DrawPage(compression, width, damage, random);
+                Drawing drawing(width, width);
                 const uint32_t orientation = width % 2 ? 1 : 4;
-                page.Short(274, {orientation}).Short(259, {compression & 0xFFFF});
-                const MemoryTiff tiff(OnePage(page.Long(292, {compression >> 16})));
+                const MemoryTiff tiff(
+                    OnePage(DrawPage(compression, drawing, damage).Short(274, {orientation})));
                 const auto decode = [&](uint8_t before, TiffLineCallback routine) {
                     return DecodeLines(tiff.file, width, orientation, before, routine);
                 };

@@ -1,6 +1,9 @@
 #include "siblings/jpeg.h"
 
+#include "tiff/tiff.h"
+
 #include <algorithm>
+#include <initializer_list>
 
 namespace {
 
@@ -29,9 +32,9 @@ void Keep(const CodecContext* context)
     call.cursor = GetCursor();
 }
 
-void SetFirst(HGLOBAL block, uint32_t value)
+void Store(HGLOBAL block, std::initializer_list<uint32_t> values)
 {
-    *static_cast<uint32_t*>(GlobalLock(block)) = value;
+    std::copy(values.begin(), values.end(), static_cast<uint32_t*>(GlobalLock(block)));
     GlobalUnlock(block);
 }
 
@@ -51,6 +54,8 @@ const JpegCall* LastJpegCall()
 extern "C" __declspec(dllexport) uint32_t JPEGDecoder(CodecContext* context)
 {
     Keep(context);
+    for (uint32_t times = context->restartInterval == CLOSES_FILES ? 2 : 0; times > 0; --times)
+        CloseTiffFile(OpenTiffInMemory(nullptr, 0, T_CREAT));
     const uint32_t pixelBytes = context->lineFormat.biBitCount / 8u;
     for (; context->row < static_cast<uint32_t>(context->lineFormat.biHeight); ++context->row) {
         uint8_t line[LONGEST_LINE] = {};
@@ -76,7 +81,9 @@ extern "C" __declspec(dllexport) uint32_t JPEGEncoder(CodecContext* context)
         mWrite(context->stream, line, context->bytesPerLine);
         ++call.rows;
     }
-    SetFirst(context->stripOffsets, start);
-    SetFirst(context->stripByteCounts, mTell(context->stream) - start);
+    Store(context->stripOffsets, {start});
+    Store(context->stripByteCounts, {mTell(context->stream) - start});
+    context->quantisationTables = GlobalAlloc(GMEM_MOVEABLE, 12);
+    Store(context->quantisationTables, {8, 9, 10});
     return answer;
 }

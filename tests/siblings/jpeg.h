@@ -4,6 +4,9 @@
 
 #include "tiff/codecs.h"
 
+// The restart interval of pages that have other files closed while they are decoded.
+constexpr uint32_t CLOSES_FILES = 99;
+
 struct JpegCall {
     uint32_t count; // of calls so far; the rest is of the last one
     CodecContext context;

@@ -1,221 +1,82 @@
-// Global memory. A movable handle is the address of a record in a fixed arena, so that any
-// value can be checked without a mutex; the data is a malloc block of exactly the asked
-// size, so that a sanitizer sees the first byte outside it. Freed records rest a long time
-// before they serve again, which keeps dead handles recognisable.
+// Global memory. A movable handle is the address of a record in a fixed arena, so that any value can
+// be checked; the data is a malloc block of exactly the asked size, so that a sanitizer sees the first
+// byte outside it. A freed record rests a long time before it serves again, which keeps dead handles
+// recognisable. A fixed block is memory that stays.
 #include "standin.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
-#include <mutex>
-#include <unordered_map>
+#include <vector>
 
 namespace {
 
-enum class Life : uint32_t { Never, Live, Dead };
-
 struct Block {
-    std::atomic<Life> life{Life::Never};
-    std::atomic<uint32_t> locks{0};
+    bool live = false, known = false;
+    uint32_t locks = 0;
     void* data = nullptr;
     size_t bytes = 0;
 };
 
-struct FixedBlock {
-    size_t bytes;
-    bool live;
-};
-
-constexpr size_t ARENA_BLOCKS = size_t{1} << 18;
-constexpr size_t RESTING_BLOCKS = size_t{1} << 16;
 constexpr size_t FILLED_BYTES = size_t{1} << 20;
 constexpr int FILLER = 0xCD;
 
-constinit std::array<Block, ARENA_BLOCKS> arena{};
-constinit std::atomic<int64_t> liveBlocks{0}, liveLocks{0}, liveBytes{0}, peakBytes{0};
-constinit std::atomic<uint64_t> largestAsked{0}, largestAllowed{uint64_t{1} << 30};
+constinit std::array<Block, size_t{1} << 17> arena{};
+size_t lastUsed = 0;
+int64_t liveBlocks = 0, liveLocks = 0;
+uint64_t liveBytes = 0, peakBytes = 0, largestAsked = 0, largestAllowed = uint64_t{1} << 30;
 
-// Never destroyed: blocks may be freed while the process ends.
-struct Books {
-    std::mutex mutex;
-    size_t used = 0;
-    std::deque<Block*> resting;
-    std::unordered_map<void*, FixedBlock> fixed;
-};
-
-Books& TheBooks()
+void CountBytes(size_t added, size_t removed)
 {
-    static auto& books = *new Books;
-    return books;
-}
-
-template <class Number>
-void Raise(std::atomic<Number>& highest, Number value)
-{
-    Number known = highest.load(std::memory_order_relaxed);
-    while (known < value && !highest.compare_exchange_weak(known, value)) {
-    }
-}
-
-void CountBytes(int64_t change)
-{
-    Raise(peakBytes, liveBytes.fetch_add(change) + change);
-}
-
-Block* InArena(HGLOBAL handle)
-{
-    const auto offset = reinterpret_cast<uintptr_t>(handle) - reinterpret_cast<uintptr_t>(arena.data());
-    if (offset >= sizeof arena || offset % sizeof(Block) != 0)
-        return nullptr;
-    return static_cast<Block*>(handle);
+    liveBytes += added - removed;
+    peakBytes = std::max(peakBytes, liveBytes);
 }
 
 // Null for anything but a live movable block; complains about one that is dead.
 Block* LiveBlock(HGLOBAL handle)
 {
-    Block* block = InArena(handle);
-    if (!block)
+    const auto offset = reinterpret_cast<uintptr_t>(handle) - reinterpret_cast<uintptr_t>(arena.data());
+    if (offset >= sizeof arena || offset % sizeof(Block) != 0)
         return nullptr;
-    const Life life = block->life.load(std::memory_order_acquire);
-    if (life == Life::Dead)
+    auto* block = static_cast<Block*>(handle);
+    if (!block->live && block->known)
         standin::kernel::Fault("use of a freed block");
-    return life == Life::Live ? block : nullptr;
+    return block->live ? block : nullptr;
 }
 
-struct FixedAnswer {
-    bool live;
-    size_t bytes;
-};
-
-FixedAnswer FindFixed(HGLOBAL handle)
+// New data, holding as much of the old as fits. An empty block has none and cannot be locked.
+void* NewData(size_t bytes, UINT flags, const Block& old)
 {
-    if (!handle || InArena(handle))
-        return {false, 0};
-    Books& books = TheBooks();
-    const std::lock_guard guard(books.mutex);
-    const auto found = books.fixed.find(handle);
-    if (found == books.fixed.end())
-        return {false, 0};
-    if (!found->second.live)
-        standin::kernel::Fault("use of a freed fixed block");
-    return {found->second.live, found->second.bytes};
-}
-
-void* NewData(size_t bytes, UINT flags)
-{
-    if (flags & GMEM_ZEROINIT)
-        return calloc(1, bytes);
-    void* data = malloc(bytes);
-    if (data && bytes <= FILLED_BYTES)
-        memset(data, FILLER, bytes);
-    return data;
-}
-
-Block* NewRecord()
-{
-    Books& books = TheBooks();
-    const std::lock_guard guard(books.mutex);
-    if (books.resting.size() > RESTING_BLOCKS || (books.used == ARENA_BLOCKS && !books.resting.empty())) {
-        Block* block = books.resting.front();
-        books.resting.pop_front();
-        return block;
-    }
-    return books.used < ARENA_BLOCKS ? &arena[books.used++] : nullptr;
-}
-
-bool RefuseSize(SIZE_T bytes)
-{
-    Raise<uint64_t>(largestAsked, bytes);
-    if (standin::kernel::Refuse(standin::Allocation, ERROR_NOT_ENOUGH_MEMORY))
-        return true;
-    return bytes > largestAllowed.load(std::memory_order_relaxed);
-}
-
-void* OutOfMemory()
-{
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return nullptr;
-}
-
-HGLOBAL NewMovable(UINT flags, SIZE_T bytes)
-{
-    Block* block = NewRecord();
-    if (!block)
-        return OutOfMemory();
-    // An empty movable block exists but has nothing to lock.
-    block->data = bytes ? NewData(bytes, flags) : nullptr;
-    if (bytes && !block->data) {
-        block->life = Life::Dead;
-        Books& books = TheBooks();
-        const std::lock_guard guard(books.mutex);
-        books.resting.push_back(block);
-        return OutOfMemory();
-    }
-    block->bytes = bytes;
-    block->locks = 0;
-    block->life.store(Life::Live, std::memory_order_release);
-    return block;
-}
-
-HGLOBAL NewFixed(UINT flags, SIZE_T bytes)
-{
-    void* data = NewData(bytes, flags);
-    if (!data)
-        return OutOfMemory();
-    Books& books = TheBooks();
-    const std::lock_guard guard(books.mutex);
-    books.fixed[data] = {bytes, true};
-    return data;
-}
-
-bool FreeFixed(HGLOBAL handle)
-{
-    const FixedAnswer fixed = FindFixed(handle);
-    if (!fixed.live)
-        return false;
-    {
-        Books& books = TheBooks();
-        const std::lock_guard guard(books.mutex);
-        books.fixed[handle].live = false;
-    }
-    CountBytes(-static_cast<int64_t>(fixed.bytes));
-    free(handle);
-    return true;
-}
-
-// The new data, holding as much of the old as fits. The old data is left alone.
-void* Moved(const void* data, size_t oldBytes, size_t newBytes, UINT flags)
-{
-    void* moved = malloc(newBytes);
-    if (!moved)
+    if (bytes == 0)
         return nullptr;
-    const size_t kept = std::min(oldBytes, newBytes);
-    if (kept)
-        memcpy(moved, data, kept);
-    memset(static_cast<char*>(moved) + kept, flags & GMEM_ZEROINIT ? 0 : FILLER, newBytes - kept);
-    return moved;
+    void* data = flags & GMEM_ZEROINIT ? calloc(1, bytes) : malloc(bytes);
+    if (data && !(flags & GMEM_ZEROINIT) && bytes <= FILLED_BYTES)
+        memset(data, FILLER, bytes);
+    if (data && old.bytes)
+        memcpy(data, old.data, std::min(old.bytes, bytes));
+    return data;
+}
+
+bool Refused(SIZE_T bytes)
+{
+    largestAsked = std::max<uint64_t>(largestAsked, bytes);
+    return standin::kernel::Refuse(standin::Allocation) || bytes > largestAllowed;
 }
 
 } // namespace
 
 namespace standin {
 
-namespace kernel {
-
-int64_t LiveBlocks()
+int64_t kernel::LiveBlocks()
 {
     return liveBlocks;
 }
 
-int64_t LiveLocks()
+int64_t kernel::LiveLocks()
 {
     return liveLocks;
 }
-
-} // namespace kernel
 
 void LimitAllocation(uint64_t bytes)
 {
@@ -224,7 +85,7 @@ void LimitAllocation(uint64_t bytes)
 
 uint64_t BytesAllocatedPeak()
 {
-    return static_cast<uint64_t>(peakBytes.load());
+    return peakBytes;
 }
 
 uint64_t LargestAllocation()
@@ -234,56 +95,42 @@ uint64_t LargestAllocation()
 
 void ResetPeak()
 {
-    peakBytes = liveBytes.load();
+    peakBytes = liveBytes;
     largestAsked = 0;
 }
 
 } // namespace standin
 
-using standin::kernel::Fail;
-using standin::kernel::Fault;
-
 extern "C" {
 
 HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes)
 {
-    if (RefuseSize(bytes))
-        return OutOfMemory();
-    const HGLOBAL block = flags & GMEM_MOVEABLE ? NewMovable(flags, bytes) : NewFixed(flags, bytes);
-    if (block) {
-        ++liveBlocks;
-        CountBytes(static_cast<int64_t>(bytes));
-    }
-    return block;
+    static auto& fixedBlocks = *new std::vector<void*>; // never destroyed: the thread's record is one
+    if (Refused(bytes))
+        return nullptr;
+    if (!(flags & GMEM_MOVEABLE))
+        return fixedBlocks.emplace_back(calloc(1, bytes));
+    void* data = NewData(bytes, flags, {});
+    if (bytes && !data)
+        return nullptr;
+    do
+        lastUsed = (lastUsed + 1) % arena.size();
+    while (arena[lastUsed].live);
+    arena[lastUsed] = {true, true, 0, data, bytes};
+    ++liveBlocks;
+    CountBytes(bytes, 0);
+    return &arena[lastUsed];
 }
 
 HGLOBAL GlobalReAlloc(HGLOBAL handle, SIZE_T bytes, UINT flags)
 {
-    if (RefuseSize(bytes))
-        return OutOfMemory();
-    if (const FixedAnswer fixed = FindFixed(handle); fixed.live) {
-        // A fixed block may only move when the caller allows it, and here every one has to.
-        const HGLOBAL moved = flags & GMEM_MOVEABLE ? NewFixed(flags, bytes) : OutOfMemory();
-        if (!moved)
-            return nullptr;
-        const size_t kept = std::min<size_t>(fixed.bytes, bytes);
-        memcpy(moved, handle, kept);
-        memset(static_cast<char*>(moved) + kept, flags & GMEM_ZEROINIT ? 0 : FILLER, bytes - kept);
-        CountBytes(static_cast<int64_t>(bytes));
-        FreeFixed(handle);
-        return moved;
-    }
-    Block* block = LiveBlock(handle);
-    if (!block) {
-        SetLastError(ERROR_INVALID_HANDLE);
+    Block* block = Refused(bytes) ? nullptr : LiveBlock(handle);
+    if (!block || block->locks != 0)
         return nullptr;
-    }
-    if (block->locks != 0)
-        return OutOfMemory();
-    void* moved = bytes ? Moved(block->data, block->bytes, bytes, flags) : nullptr;
+    void* moved = NewData(bytes, flags, *block);
     if (bytes && !moved)
-        return OutOfMemory();
-    CountBytes(static_cast<int64_t>(bytes) - static_cast<int64_t>(block->bytes));
+        return nullptr;
+    CountBytes(bytes, block->bytes);
     free(block->data);
     block->data = moved;
     block->bytes = bytes;
@@ -292,87 +139,43 @@ HGLOBAL GlobalReAlloc(HGLOBAL handle, SIZE_T bytes, UINT flags)
 
 LPVOID GlobalLock(HGLOBAL handle)
 {
-    if (standin::kernel::Refuse(standin::Lock, ERROR_NOT_ENOUGH_MEMORY))
+    Block* block = standin::kernel::Refuse(standin::Lock) ? nullptr : LiveBlock(handle);
+    if (!block || !block->data)
         return nullptr;
-    Block* block = LiveBlock(handle);
-    if (!block) {
-        if (FindFixed(handle).live)
-            return handle;
-        SetLastError(ERROR_INVALID_HANDLE);
-        return nullptr;
-    }
-    if (!block->data) {
-        SetLastError(ERROR_DISCARDED);
-        return nullptr;
-    }
-    block->locks.fetch_add(1, std::memory_order_relaxed);
-    liveLocks.fetch_add(1, std::memory_order_relaxed);
+    ++block->locks;
+    ++liveLocks;
     return block->data;
 }
 
 BOOL GlobalUnlock(HGLOBAL handle)
 {
     Block* block = LiveBlock(handle);
-    if (!block)
-        return FindFixed(handle).live ? TRUE : Fail(ERROR_INVALID_HANDLE);
-    uint32_t locks = block->locks.load();
-    do {
-        if (locks == 0) {
-            Fault("unlock of an unlocked block");
-            return Fail(ERROR_NOT_LOCKED);
-        }
-    } while (!block->locks.compare_exchange_weak(locks, locks - 1));
-    liveLocks.fetch_sub(1, std::memory_order_relaxed);
-    return locks > 1 ? TRUE : Fail(NO_ERROR);
+    if (!block || block->locks == 0) {
+        standin::kernel::Fault("unlock of an unlocked block");
+        return FALSE;
+    }
+    --liveLocks;
+    return --block->locks > 0;
 }
 
 HGLOBAL GlobalFree(HGLOBAL handle)
 {
-    if (!handle)
-        return nullptr;
     Block* block = LiveBlock(handle);
-    Life live = Life::Live;
-    if (!block || !block->life.compare_exchange_strong(live, Life::Dead)) {
-        if (!block && FreeFixed(handle)) {
-            --liveBlocks;
-            return nullptr;
-        }
-        if (block)
-            Fault("two threads free one block");
-        SetLastError(ERROR_INVALID_HANDLE);
+    if (!block)
         return handle;
-    }
-    if (const uint32_t locks = block->locks.exchange(0); locks != 0) {
-        Fault("free of a locked block");
-        liveLocks -= locks;
-    }
-    CountBytes(-static_cast<int64_t>(block->bytes));
+    if (block->locks)
+        standin::kernel::Fault("free of a locked block");
+    liveLocks -= block->locks;
     --liveBlocks;
+    CountBytes(0, block->bytes);
     free(block->data);
-    block->data = nullptr;
-    Books& books = TheBooks();
-    const std::lock_guard guard(books.mutex);
-    books.resting.push_back(block);
+    *block = {.known = true};
     return nullptr;
 }
 
 SIZE_T GlobalSize(HGLOBAL handle)
 {
-    if (const Block* block = LiveBlock(handle))
-        return block->bytes;
-    const FixedAnswer fixed = FindFixed(handle);
-    if (!fixed.live)
-        SetLastError(ERROR_INVALID_HANDLE);
-    return fixed.live ? fixed.bytes : 0;
-}
-
-UINT GlobalFlags(HGLOBAL handle)
-{
-    if (const Block* block = LiveBlock(handle))
-        return std::min<UINT>(block->locks, GMEM_LOCKCOUNT) | (block->data ? 0 : GMEM_DISCARDED);
-    if (FindFixed(handle).live)
-        return 0;
-    SetLastError(ERROR_INVALID_HANDLE);
-    return GMEM_INVALID_HANDLE;
+    const Block* block = LiveBlock(handle);
+    return block ? block->bytes : 0;
 }
 }

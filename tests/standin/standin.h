@@ -1,5 +1,5 @@
 // What a test may ask of the stand-in kernel: what is still held, how many calls were
-// made, which call is to fail, how much fits on the disk, which modules can be loaded.
+// made, which call is to fail, how much fits on the disk.
 // A fault is a use of something that was alive once: a second free, a closed handle. A
 // handle that never existed is only refused, as callers may pass one on purpose.
 #pragma once
@@ -8,9 +8,7 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
-#include <utility>
 
 namespace standin {
 
@@ -22,8 +20,7 @@ Counts Live();
 uint64_t Faults();
 const char* LastFault();
 
-// Open counts GetTempFileNameA too, Allocation GlobalReAlloc, Seek also GetFileSize, Write
-// also FlushFileBuffers and SetEndOfFile. CopyFileA counts as the opens, reads and writes it is made of.
+// Open counts GetTempFileNameA too, Allocation GlobalReAlloc, Seek also GetFileSize, Write also SetEndOfFile.
 enum Call : unsigned {
     Allocation = 1,
     Lock = 2,
@@ -36,7 +33,7 @@ enum Call : unsigned {
     AnyCall = 255
 };
 
-// Counts from 1 over the calls of these kinds on any thread.
+// Counts from 1 over the calls of these kinds.
 void FailNth(unsigned n, unsigned kinds, bool andAllLater = false);
 // Keeps its answer after StopFailing, until the next FailNth.
 bool InjectionFired();
@@ -47,7 +44,7 @@ void StopFailing();
 // a short count; every growing write after it fails. SetEndOfFile grows whole or not at all.
 void LimitDisk(uint64_t bytes);
 
-uint64_t CallsMade(unsigned kinds);
+uint64_t CallsMade(Call kind);
 void ResetCalls();
 
 // The largest single block that can be had, 1 GiB at the start.
@@ -57,18 +54,6 @@ uint64_t BytesAllocatedPeak();
 uint64_t LargestAllocation();
 void ResetPeak();
 
-// A name without a folder answers for that file in any folder; case does not matter.
-void RegisterModule(const char* name, std::initializer_list<std::pair<const char*, FARPROC>> functions);
-// Also sets both counts to 0.
-void ForgetModules();
-int ModuleLoads();
-int ModuleFrees();
-
-// ExitThread ends the calling thread without running its destructors when the code in
-// between is built without exceptions, so call it on a thread of its own.
-int ThreadExits();
-DWORD LastThreadExitCode();
-
 // Without a separator at the end. Also what GetTempPathA answers, with one.
 std::string TempFolder();
 
@@ -77,17 +62,10 @@ public:
     LeakCheck() : before(Live()), faultsBefore(Faults())
     {
     }
-    ~LeakCheck()
-    {
-        if (!checked)
-            Expect();
-    }
     LeakCheck(const LeakCheck&) = delete;
     LeakCheck& operator=(const LeakCheck&) = delete;
-
-    void Expect()
+    ~LeakCheck()
     {
-        checked = true;
         const Counts after = Live();
         EXPECT_EQ(after.blocks, before.blocks) << "global blocks leaked";
         EXPECT_EQ(after.locks, before.locks) << "locks left behind";
@@ -98,7 +76,6 @@ public:
 private:
     Counts before;
     uint64_t faultsBefore;
-    bool checked = false;
 };
 
 // Runs the operation with its first call failing, then its second, until a run comes
@@ -125,9 +102,8 @@ namespace kernel {
 int64_t LiveBlocks();
 int64_t LiveLocks();
 int64_t LiveHandles();
-bool Refuse(Call kind, DWORD error);
+bool Refuse(Call kind);
 void Fault(const char* what);
-BOOL Fail(DWORD error);
 void LiftDiskLimit();
 } // namespace kernel
 

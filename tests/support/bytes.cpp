@@ -1,8 +1,10 @@
 #include "support/bytes.h"
 
+#include <algorithm>
+#include <bit>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 Bytes Bits(std::string_view digits)
 {
@@ -46,6 +48,12 @@ Bytes Repeat(const Bytes& part, size_t times)
     return bytes;
 }
 
+Bytes Part(const Bytes& bytes, size_t start, size_t count)
+{
+    const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(start, bytes.size()));
+    return Bytes(first, first + std::min(static_cast<std::ptrdiff_t>(count), bytes.end() - first));
+}
+
 Bytes ReversedBits(Bytes bytes)
 {
     for (uint8_t& byte : bytes) {
@@ -57,18 +65,24 @@ Bytes ReversedBits(Bytes bytes)
     return bytes;
 }
 
-Block::Block(const Bytes& bytes)
-    : block(GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, bytes.empty() ? 1 : bytes.size()))
+Bytes LzwCode(const std::vector<uint32_t>& codes)
 {
-    if (bytes.empty())
-        return;
-    std::memcpy(GlobalLock(block), bytes.data(), bytes.size());
-    GlobalUnlock(block);
+    std::string digits;
+    uint32_t known = 258;
+    for (const uint32_t code : codes) {
+        for (int bit = std::clamp(static_cast<int>(std::bit_width(known)), 9, 12); bit-- > 0;)
+            digits += code >> bit & 1 ? '1' : '0';
+        known = code == 256 ? 258 : known + 1;
+    }
+    return Bits(digits);
 }
 
-Block::~Block()
+HGLOBAL NewBlock(const Bytes& bytes)
 {
-    GlobalFree(block);
+    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, std::max<size_t>(bytes.size(), 1));
+    std::copy(bytes.begin(), bytes.end(), static_cast<uint8_t*>(GlobalLock(block)));
+    GlobalUnlock(block);
+    return block;
 }
 
 Bytes Content(HGLOBAL block, size_t bytes)

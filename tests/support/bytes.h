@@ -1,6 +1,8 @@
 // Byte strings, written the way a person checks them.
 #pragma once
 
+#include "tiff/errors.h"
+
 #include <windows.h>
 
 #include <cstdint>
@@ -19,15 +21,28 @@ Bytes Hex(std::string_view digits);
 
 Bytes operator+(Bytes left, const Bytes& right);
 Bytes Repeat(const Bytes& part, size_t times);
+// So many bytes from one on, as far as there are any.
+Bytes Part(const Bytes& bytes, size_t start, size_t count);
 Bytes ReversedBits(Bytes bytes);
 
-// A movable block with these bytes, freed at the end of the scope unless released.
+// LZW codes of growing width; nothing is known of strings but how many there are.
+Bytes LzwCode(const std::vector<uint32_t>& codes);
+
+// A movable block with these bytes.
+HGLOBAL NewBlock(const Bytes& bytes);
+
+// The same, freed at the end of the scope.
 class Block {
 public:
-    explicit Block(const Bytes& bytes);
+    explicit Block(const Bytes& bytes) : block(NewBlock(bytes))
+    {
+    }
     Block(const Block&) = delete;
     Block& operator=(const Block&) = delete;
-    ~Block();
+    ~Block()
+    {
+        GlobalFree(block);
+    }
     HGLOBAL Get() const
     {
         return block;
@@ -71,5 +86,13 @@ public:
 private:
     TempFile file;
 };
+
+// The error of a call that failed, by its result.
+template <class Result>
+uint32_t Refusal(Result result)
+{
+    constexpr uint32_t NONE = 0xFFFFFFFF;
+    return result ? NONE : TiffError();
+}
 
 Bytes ReadFileBytes(const std::string& path);

@@ -2,16 +2,15 @@
 
 #include <cstring>
 
-std::vector<std::string> Decoded::Pixels(uint32_t width) const
+std::string Decoded::Pixels(uint32_t width) const
 {
-    std::vector<std::string> lines;
+    std::string drawn;
     for (const Bytes& row : rows) {
-        std::string line;
+        drawn += drawn.empty() ? "" : "/";
         for (uint32_t column = 0; column < width; ++column)
-            line += row[column / 8] >> (7 - column % 8) & 1 ? '#' : '.';
-        lines.push_back(line);
+            drawn += row[column / 8] >> (7 - column % 8) & 1 ? '#' : '.';
     }
-    return lines;
+    return drawn;
 }
 
 Bytes Decoded::Joined() const

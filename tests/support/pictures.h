@@ -10,8 +10,8 @@ struct Decoded {
     std::vector<Bytes> rows;
     std::vector<uint32_t> numbers; // row numbers as handed over
 
-    // Bilevel rows: "..##", cut to the width.
-    std::vector<std::string> Pixels(uint32_t width) const;
+    // Bilevel rows, cut to the width: "..##/....".
+    std::string Pixels(uint32_t width) const;
     Bytes Joined() const;
 };
 
