@@ -22,8 +22,8 @@ struct ConvertOrder {
     uint32_t fillOrder;
 };
 
-// The file that is written. It stays open from page to page: looking for its end anew for each
-// would take ever longer.
+// The file to write. It stays open from page to page: walking to its end for each page would take longer and
+// longer.
 struct Target {
     const ConvertOrder& order;
     const char* path;
