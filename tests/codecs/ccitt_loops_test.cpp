@@ -1,4 +1,4 @@
-// The fast loops against the careful ones, which other tests hold to codes spelled out by hand.
+// The fast loops against the careful ones, which other tests check against codes written by hand.
 #include "support/bytes.h"
 #include "support/ccitt_loops.h"
 #include "tiff/ccitt.h"
@@ -27,8 +27,8 @@ constexpr Scheme schemes[] = {
 
 constexpr uint32_t BUFFER_BYTES = 32767;
 
-// A page whose rows are like the row above but for a few pixels, runs of any length, fine
-// patterns, nothing at all and noise: every mode and every kind of run comes up.
+// A page with rows like the row above except for a few pixels, runs of any length, fine patterns, empty rows
+// and noise. Every mode and every kind of run occurs.
 struct Drawing {
     uint32_t width;
     std::mt19937 random;
@@ -115,8 +115,8 @@ TEST(CcittLoops, PagesOfAnyWidthDecodeAlike)
         }
 }
 
-// The careful reader refills when it needs eight bits and has less. Wherever the data end around
-// that, and when they go on, the same rows come and the same is reported.
+// The careful reader refills when it needs eight bits and has fewer. Data that end or continue anywhere
+// around that moment give the same rows and the same status.
 TEST(CcittLoops, DataCutAroundARefillEndAlike)
 {
     constexpr uint32_t width = 1200, rows = 1500;
@@ -134,7 +134,7 @@ TEST(CcittLoops, DataCutAroundARefillEndAlike)
     }
 }
 
-// Narrow lines grow full when damage makes them go back and forth.
+// Damage that goes back and forth fills the lists of narrow lines.
 TEST(CcittLoops, DamageIsMetAlike)
 {
     constexpr uint32_t rows = 60;

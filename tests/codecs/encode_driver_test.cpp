@@ -7,7 +7,7 @@
 
 namespace {
 
-// Hands out rows; stops with a status at a row when asked to.
+// Supplies rows; can stop with a status at a row.
 struct RowSource {
     Bytes rows;
     uint32_t rowBytes = 1;
@@ -47,7 +47,7 @@ Bytes Written(HGLOBAL file)
     return Content(block, GlobalSize(block));
 }
 
-// A file that was opened in memory, or is new there, with the block freed at the end.
+// A TIFF opened or created in memory; its block is freed at the end.
 struct MemoryFile {
     explicit MemoryFile(const Bytes& content = {})
         : file(content.empty()
@@ -232,7 +232,7 @@ TEST(EncodeDriver, PagesThatCannotBeEncodedSayWhy)
         {"2 bits", 258, 2, 16},
         {"compression not known", 259, 99, 11},
         {"JPEG", 259, 7, 11},
-        {"unknown predictor", 317, 3, 0}, // not looked at without LZW
+        {"unknown predictor", 317, 3, 0}, // ignored without LZW
         {"old JPEG without tiles", 259, 6, 9990},
         {"more strips than can be listed", 257, 0xFFFFFFFF, 1},
     };

@@ -1,4 +1,4 @@
-// Bytes is spelt out bit by bit from the tables of T.4 and T.6, or byte by byte.
+// Expected bytes are written bit by bit from the tables of T.4 and T.6, or byte by byte.
 #include "codecs/codec_table.h"
 #include "core/stream.h"
 #include "support/bytes.h"
@@ -41,12 +41,12 @@ std::vector<Bytes> Picture(const std::string& drawn)
     return lines;
 }
 
-// What the line routine hands out, over and over when there are more rows than lines.
+// The lines of the line routine, which repeat when there are more rows than lines.
 struct Source {
     std::vector<Bytes> lines;
     uint32_t stopRow = UINT32_MAX;
     intptr_t stopStatus = 0;
-    TiffStream closedStream = 0; // taken away at the first row
+    TiffStream closedStream = 0; // closed at the first row
     uint32_t calls = 0;
 };
 
@@ -61,7 +61,7 @@ intptr_t FillLine(void* line, uint32_t row, void* userData)
     return row == source.stopRow ? source.stopStatus : 0;
 }
 
-// A block's content; the block is gone then.
+// Returns a block's content and frees the block.
 template <class Element>
 std::vector<Element> Take(HGLOBAL block, size_t count)
 {
@@ -126,7 +126,7 @@ Encoded EncodeStrips(const Strips& strips, Source source)
     return encoded;
 }
 
-// Codes at the widths a reader expects that counts an entry with every code after a Clear.
+// Packs codes in the widths of a reader that adds an entry with every code after a Clear.
 Bytes LzwCode(const std::vector<uint32_t>& codes)
 {
     std::string digits;
@@ -228,7 +228,7 @@ TEST(CcittEncoder, EveryStripStandsAlone)
     const Bytes group4 = Bits("001 1000 11 1" + eofb);
     EXPECT_EQ(EncodeStrips({.rows = 2, .compression = 4}, {{line}}).code, group4 + group4);
 
-    // The EOL in front is written once, but each strip begins in runs.
+    // The EOL at the beginning is written once, but each strip begins with runs.
     const std::string rest = "1000 11 1000" + Times(eol + "1", 6);
     const Bytes first = Bits(eol + "1" + rest), second = Bits(rest);
     const Encoded group3 = EncodeStrips({.rows = 2, .compression = 0x10003}, {{line}});
@@ -384,7 +384,7 @@ TEST(LzwEncoder, ThreeRowsThatDoNotCompressRestartTheTable)
 
 TEST(LzwEncoder, AFullTableIsCleared)
 {
-    // No two neighbours occur twice, so every byte is a code of its own.
+    // No pair of neighbours occurs twice, so every byte is its own code.
     Bytes line;
     for (uint32_t first = 0; line.size() < 3840; ++first)
         for (uint32_t second = first + 1; second < 256; ++second)

@@ -1,4 +1,4 @@
-// Bare streams end where their data end, which files never do: a directory follows the strips.
+// Bare streams end with their data. In files that never happens: a directory follows the strips.
 #include "core/stream.h"
 #include "support/leaks.h"
 #include "support/pictures.h"

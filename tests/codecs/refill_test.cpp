@@ -1,5 +1,5 @@
-// Byte codecs at the edge of the code buffer: the same code is cut at every byte around the first
-// refill, and what arrives is compared with decoders that know no buffers.
+// Byte codecs at the edge of the code buffer: the same code is cut at every byte around the first refill, and
+// the result is compared with decoders without buffers.
 #include "core/stream.h"
 #include "support/pictures.h"
 
@@ -61,7 +61,7 @@ Expected UnpackPackets(const Bytes& code)
     return {lines, 5};
 }
 
-// What a reader of LZW knows: strings by code, and how wide the next code is.
+// The state of an LZW reader: strings by code, and the width of the next code.
 struct Dictionary {
     std::vector<Bytes> strings;
     Bytes before;
@@ -88,7 +88,7 @@ struct Dictionary {
     }
 };
 
-// Codes that exist, with a Clear now and then; some go on long after the table is full.
+// Valid codes with a Clear now and then; some go on long after the table is full.
 Bytes RandomCodes(Random random, size_t bytes, uint32_t clearEvery, std::vector<uint32_t>& codes)
 {
     Dictionary dictionary;
@@ -135,7 +135,7 @@ Expected UnpackCodes(const Bytes& code, const std::vector<uint32_t>& codes)
 
 void ExpectLines(const Bytes& code, uint32_t compression, const Expected& expected)
 {
-    // More rows than there are, so that the code's end is always met.
+    // More rows than exist, so that the code's end is always reached.
     const auto rows = static_cast<uint32_t>(expected.lines.size() / LINE_BYTES + 10);
     Block block(code);
     const TiffStream stream = tiff::OpenMemoryStream(block.Get(), static_cast<uint32_t>(code.size()));
@@ -198,7 +198,7 @@ TEST(Lzw, ALongRunOutgrowsTheHistory)
     } rows[] = {{"of one byte", {256, 65}}, {"that begins with two", {256, 65, 66, 258}}};
     for (const auto& [row, first] : rows) {
         SCOPED_TRACE(row);
-        // Each string is the one before and its first byte once more, up to the last code.
+        // Each string is the last one plus its first byte, up to the last code.
         std::vector<uint32_t> codes = first;
         while (codes.size() < 4096 - 256)
             codes.push_back(static_cast<uint32_t>(256 + codes.size()));

@@ -51,7 +51,7 @@ TEST(Bitmaps, OfTheSamplesAreTheirDibs)
             EXPECT_EQ(TiffError(), error);
             EXPECT_EQ(bitmap.width, dib.width);
             EXPECT_EQ(bitmap.height, dib.height);
-            // Rows that could not be decoded are as GDI makes them.
+            // GDI chooses the content of rows that could not be decoded.
             if (error == 0) {
                 EXPECT_TRUE(bitmap == (upsideDown ? dib.UpsideDown() : dib));
             }
@@ -168,7 +168,7 @@ TEST(Bitmaps, TheWaitCursorGoesAgain)
     DropTiffImage(notLoaded.file, 0);
     EXPECT_EQ(LoadTiffChainIntoBitmap(notLoaded.file, 0), nullptr);
     EXPECT_EQ(TiffError(), 27u);
-    EXPECT_EQ(GetCursor(), WaitCursor()); // wanted
+    EXPECT_EQ(GetCursor(), WaitCursor()); // Deliberate: the wait cursor stays.
     SetCursor(arrow);
 }
 

@@ -48,7 +48,7 @@ TEST(Clipboard, WhatCannotBeLoadedCountsAsDone)
         const char* row;
         const char* path;
         uint32_t page, error;
-        bool kept; // what the clipboard had before
+        bool kept; // the old content of the clipboard
     } rows[] = {
         {"no such file", "no-such-file.tif", 0, 6, true},
         {"no TIFF", notTiff.Path(), 0, 8, true},
@@ -75,7 +75,7 @@ TEST(Clipboard, OneThatIsTakenIsAFailureWithoutAnError)
     EXPECT_EQ(TiffError(), 0u);
     EXPECT_EQ(SaveTiffFileFromClipboard(file.Path(), 201, 0), 0);
     EXPECT_EQ(TiffError(), 25u);
-    // A bitmap that is promised and never made.
+    // A bitmap that is promised but never supplied.
     EmptyClipboard();
     SetClipboardData(CF_BITMAP, nullptr);
     CloseClipboard();

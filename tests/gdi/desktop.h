@@ -1,4 +1,4 @@
-// Pictures, companion libraries and what a process holds, as the desktop's tests need them.
+// Pictures, companion libraries and handle counts for the tests on a desktop.
 #pragma once
 
 #include "support/tiff_builder.h"
@@ -15,13 +15,13 @@ struct Picture {
     Picture UpsideDown() const;
 };
 
-// These take their argument and free it; nothing of null.
+// These take their argument and free it. Null gives an empty result.
 Picture TakeBitmap(HBITMAP bitmap);
 Picture TakeDib(HGLOBAL dib);
 
 Picture Look(HBITMAP bitmap);
 
-// A folder of its own, with copies of files of the build, for a scope.
+// A folder for a scope, with copies of files from the build.
 class Folder {
 public:
     Folder();
@@ -42,10 +42,10 @@ private:
 
 std::string LibraryFile();     // TIFF.DLL
 std::string DialogsFile();     // the companions for tests
-std::string JpegLibraryFile(); // in a folder where nothing is found by chance
+std::string JpegLibraryFile(); // in a folder that the system does not search
 std::string SiblingsFolder();
 
-// The system also finds libraries in this folder, for a scope.
+// Adds this folder to those that the system searches for libraries, for a scope.
 class SearchedFolder {
 public:
     explicit SearchedFolder(const std::string& folder)
@@ -82,20 +82,20 @@ private:
     HMODULE module;
 };
 
-// How far each kind of handle has come: a leak moves it on.
+// The highest place of each kind of handle: a leak raises it.
 struct HandleMarks {
     uint32_t gdi, deviceContexts, blocks, handles, temporaryFiles;
 };
 
 HandleMarks TakeMarks();
 
-// Expects that the calls have left nothing behind.
+// Expects that the calls have leaked no handle.
 void ExpectNoGrowth(const HandleMarks& before, uint32_t calls);
 
-// Another process finds this on the clipboard.
+// The clipboard's picture as another process reads it.
 Picture ClipboardOfAnotherProcess();
 
-// What that process does; the exit code.
+// The code of that process; returns its exit code.
 int WriteClipboard(const char* path);
 
 HCURSOR WaitCursor();

@@ -107,7 +107,7 @@ TEST(SaveBitmap, BareCodeHasNoStructure)
                                        &collector, CollectRow),
                   1);
         CloseHandle(code);
-        // A bitmap's bits go out as they are: 0 is black there.
+        // A bitmap's bits are written unchanged: 0 is black there.
         EXPECT_EQ(collector.decoded.Pixels(9), (std::vector<std::string>{".######..", "####....#"}));
     }
     EXPECT_EQ(SaveBitmapInCcittFile("unused.g4", mono, 4), 0);

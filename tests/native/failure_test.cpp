@@ -1,5 +1,5 @@
-// Every allocation and file call of a load or a save fails once; the picture comes back whole
-// or not at all, with a cause, nothing is left behind, and the pages of a file stay readable.
+// Every allocation and file call of a load or a save fails once. The picture is then whole or missing, with
+// an error code; nothing leaks, and the pages of a file stay readable.
 #include "standin/standin.h"
 #include "support/pictures.h"
 #include "support/tiff_dump.h"
@@ -23,7 +23,7 @@ const Bytes& Fax()
     return file;
 }
 
-// A block that is there can be locked.
+// Locking an existing block cannot fail.
 constexpr unsigned CALLS = standin::AnyCall & ~standin::Lock;
 
 void ExpectCauseOrPicture(HGLOBAL dib)
@@ -48,7 +48,7 @@ intptr_t FillWithNoise(void* line, uint32_t row, void*)
     return 0;
 }
 
-// A page of 200 bytes to the row, 20 rows to the strip. False when some step of it failed.
+// A page with rows of 200 bytes and strips of 20 rows. False when a step failed.
 bool SavePage(HGLOBAL file, uint32_t rows, uint32_t& page)
 {
     page = static_cast<uint32_t>(DefineTiffImage(file));
@@ -89,7 +89,7 @@ void Store(HGLOBAL block, std::initializer_list<uint32_t> values)
     GlobalUnlock(block);
 }
 
-// In place of the JPEG library's encoder: a page of one tile.
+// Replaces the JPEG library's encoder: writes a page of one tile.
 uint32_t WriteOneTile(CodecContext* context)
 {
     EXPECT_EQ(context->tilesAcross, 1u);
@@ -157,7 +157,7 @@ TEST(Failures, ASaveToDiskLeavesTheOldPages)
         standin::FailNth(n, CALLS);
         HGLOBAL file = OpenTiffFile(disk.Path(), T_APPEND);
         if (!file || NumberOfTiffImages(file, TIFF_ALL_PAGES) != 2) {
-            // Without a look at the file it counts as new, and nothing has been written yet.
+            // When the file cannot be examined it counts as new, and nothing has been written yet.
             CloseTiffFile(file);
             return;
         }
@@ -219,7 +219,7 @@ TEST(Failures, ASaveToMemoryLeavesTheOldPagesAndMayTryAgain)
         });
 }
 
-// Code that takes many flushes: those after one that failed must not harm what is there.
+// Code that needs many flushes: flushes after a failed one must not damage the file.
 TEST(Failures, ACoderThatCannotGrowAMemoryFileLeavesIt)
 {
     const Bytes old = TwoPages().Build();
@@ -247,7 +247,7 @@ TEST(Failures, ACoderThatCannotGrowAMemoryFileLeavesIt)
         });
 }
 
-// Offsets end at 4 GiB, and so does what may be added.
+// Offsets end at 4 GiB, so nothing can be added beyond.
 TEST(Failures, FilesOfFourGigabytesKeepTheirPages)
 {
     constexpr uint64_t FOUR = uint64_t{1} << 32;
@@ -255,7 +255,7 @@ TEST(Failures, FilesOfFourGigabytesKeepTheirPages)
     for (const uint64_t size : {FOUR - 100, FOUR - 1, FOUR, FOUR + 5}) {
         SCOPED_TRACE(size);
         TempFile disk(old);
-        std::filesystem::resize_file(disk.Path(), size); // without taking room on the disk
+        std::filesystem::resize_file(disk.Path(), size); // sparse, so it takes no disk space
         HGLOBAL file = OpenTiffFile(disk.Path(), T_APPEND);
         GetTiffImage(file, 0);
         GetTiffImage(file, 1);

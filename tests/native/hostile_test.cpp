@@ -1,5 +1,5 @@
-// Files that lie about sizes: an error, no access outside a block (the sanitizers watch), no
-// allocation that the picture does not call for, no work without end.
+// Files with wrong sizes: an error, no access outside a block (the sanitizers watch), no allocation larger
+// than the picture needs, and no endless work.
 #include "standin/standin.h"
 #include "support/pictures.h"
 
@@ -71,7 +71,7 @@ TEST(Hostile, ACycleOfDirectoriesIsReadOnce)
 
 TEST(Hostile, DirectoriesOverEachOtherAreABrokenChain)
 {
-    // Each counts 300 entries and begins four bytes behind the one before.
+    // Each has 300 entries and begins four bytes after the one before.
     constexpr uint32_t DIRECTORY_BYTES = 2 + 300 * 12, SIZE = 3 * DIRECTORY_BYTES;
     Bytes file = Hex("49492A00 08000000") + Repeat(Hex("2C01"), SIZE / 2);
     for (uint32_t at = 8; at < DIRECTORY_BYTES; at += 4) {
@@ -83,7 +83,7 @@ TEST(Hostile, DirectoriesOverEachOtherAreABrokenChain)
     EXPECT_EQ(opened.openError, 6u);
 }
 
-// In place of the JPEG library's decoder: while it runs, another file is closed.
+// Replaces the JPEG library's decoder: closes another file while it runs.
 static uint32_t CloseAnotherFile(CodecContext* context)
 {
     const int loaded = standin::ModuleLoads() - standin::ModuleFrees();
@@ -148,7 +148,7 @@ TEST(Hostile, HugeDimensionsCostWhatThePictureCosts)
 
 TEST(Hostile, RunsWithoutEndEndWithTheData)
 {
-    // Make-up codes for ever, empty runs for ever, steps that never advance.
+    // Endless make-up codes, endless empty runs, steps that never advance.
     static const struct {
         const char* row;
         uint32_t compression;

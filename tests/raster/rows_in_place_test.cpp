@@ -1,5 +1,5 @@
-// Rows that are painted where a DIB keeps them, the loader's and those of the exported line routine,
-// against those that a routine of the application's own copies there.
+// Rows painted directly into a DIB, by the loader and for the exported line routine, against rows that an
+// application's own routine copies there.
 #include "core/stream.h"
 #include "support/leaks.h"
 #include "support/pictures.h"
@@ -18,10 +18,10 @@ constexpr uint32_t ROWS = 11, ROWS_PER_STRIP = 6, COLOUR_BYTES = 40 + 2 * 4;
 
 struct Pixels {
     uint32_t error;
-    Bytes bytes; // none when there is no picture
+    Bytes bytes; // empty without a picture
 };
 
-// Rows of noise, with one change, and of one colour.
+// Rows of noise, rows with one change, and rows of one colour.
 intptr_t DrawRow(void* line, uint32_t, void* random)
 {
     auto& next = *static_cast<std::mt19937*>(random);
@@ -59,7 +59,7 @@ intptr_t CopyLine(void* line, uint32_t row, void* target)
     return DllFlushTiffLineDIB(line, row, target);
 }
 
-// Into memory that ends with the highest row's last pixel.
+// Decodes into memory that ends with the highest row's last pixel.
 Pixels DecodeLines(HGLOBAL file, uint32_t width, uint32_t orientation, uint8_t before,
                    TiffLineCallback routine)
 {
@@ -120,7 +120,7 @@ TEST(RowsInPlace, ShowWhatIsHandedOverLineByLine)
             }
 }
 
-// Grey rows whose memory is fetched many at a time, and a row that is longer than that.
+// Grey rows in memory that is touched many rows at a time, and a row longer than that.
 TEST(RowsInPlace, StandInMuchMemory)
 {
     NoLeaks leaks;

@@ -160,7 +160,7 @@ TEST(SaveDib, RequestsThatCannotBeMetLeaveNoFile)
     const DibPicture fax{9, 2, 1, whiteBlack, Hex("0F000000 81800000")};
     Bytes cut = PackedDib(fax), packed = PackedDib(fax), wide = PackedDib(fax), flat = PackedDib(fax);
     cut.pop_back();
-    flat[14] = 0; // bits, of a picture of any size
+    flat[14] = 0; // 0 bits per pixel, so that rows of any width have no bytes
     std::fill_n(&flat[8], 3, uint8_t{0xFF});
     packed[16] = 1;
     wide[4] = 0;

@@ -1,7 +1,7 @@
-// Files over POSIX, with the manners of Windows that code trips over: share modes, no
-// deletion or renaming of an open file, no renaming onto another. The read-only bit counts
-// for root too. A handle is a small positive number made of a table index and a
-// generation, so that a closed one is recognised after its slot is in use again.
+// Files over POSIX with the rules of Windows that code can break: share modes, no deletion or renaming of an
+// open file, no renaming onto another. The read-only bit counts for root too. A handle is a small positive
+// number made of a table index and a generation, so that a closed one is recognised after its slot is in use
+// again.
 #include "standin.h"
 
 #include <fcntl.h>
@@ -43,7 +43,7 @@ constinit std::atomic<int64_t> liveHandles{0};
 constinit std::atomic<uint64_t> diskLeft{NO_LIMIT};
 std::mutex diskMutex;
 
-// Held while names and share modes are looked at, never while reading or writing.
+// Held while names and share modes are checked, never while reading or writing.
 struct Names {
     std::mutex mutex;
     uint32_t used = 0;
@@ -59,7 +59,7 @@ Names& TheNames()
 using standin::kernel::Fail;
 using standin::kernel::Refuse;
 
-// Empty for a path that Windows would not take.
+// Empty for a path that Windows would reject.
 std::string Path(LPCSTR name)
 {
     std::string path = name ? name : "";
@@ -140,7 +140,7 @@ bool Empties(DWORD disposition)
     return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING;
 }
 
-// The error that stands in the way of opening, or ERROR_SUCCESS.
+// The error that prevents opening, or ERROR_SUCCESS.
 DWORD Objection(const struct stat* facts, DWORD access, DWORD share, DWORD disposition)
 {
     if (disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING)
@@ -216,7 +216,7 @@ bool SizeOf(HANDLE handle, int64_t& bytes)
     return true;
 }
 
-// How much of a write at the current position the disk still takes.
+// The part of a write at the current position for which the disk has room.
 size_t TakeDisk(const OpenFile& file, size_t bytes)
 {
     struct stat facts {};

@@ -1,7 +1,6 @@
-// Global memory. A movable handle is the address of a record in a fixed arena, so that any
-// value can be checked without a mutex; the data is a malloc block of exactly the asked
-// size, so that a sanitizer sees the first byte outside it. Freed records rest a long time
-// before they serve again, which keeps dead handles recognisable.
+// Global memory. A movable handle is the address of a record in a fixed arena, so that any value can be
+// checked without a mutex. The data is a malloc block of exactly the requested size, so that a sanitizer sees
+// the first byte outside it. Freed records stay unused for a long time, so that dead handles are recognised.
 #include "standin.h"
 
 #include <algorithm>
@@ -73,7 +72,7 @@ Block* InArena(HGLOBAL handle)
     return static_cast<Block*>(handle);
 }
 
-// Null for anything but a live movable block; complains about one that is dead.
+// Null for anything but a live movable block; reports a dead one.
 Block* LiveBlock(HGLOBAL handle)
 {
     Block* block = InArena(handle);
@@ -186,7 +185,7 @@ bool FreeFixed(HGLOBAL handle)
     return true;
 }
 
-// The new data, holding as much of the old as fits. The old data is left alone.
+// The new data with as much of the old as fits. The old data is not changed.
 void* Moved(const void* data, size_t oldBytes, size_t newBytes, UINT flags)
 {
     void* moved = malloc(newBytes);
@@ -262,7 +261,7 @@ HGLOBAL GlobalReAlloc(HGLOBAL handle, SIZE_T bytes, UINT flags)
     if (RefuseSize(bytes))
         return OutOfMemory();
     if (const FixedAnswer fixed = FindFixed(handle); fixed.live) {
-        // A fixed block may only move when the caller allows it, and here every one has to.
+        // A fixed block may move only when the caller allows it, and here it always moves.
         const HGLOBAL moved = flags & GMEM_MOVEABLE ? NewFixed(flags, bytes) : OutOfMemory();
         if (!moved)
             return nullptr;

@@ -1,5 +1,5 @@
-// Threads, time and modules, and the books that the whole stand-in keeps: which call is to
-// fail, how many were made, what went wrong.
+// Threads, time and modules, and the records of the whole stand-in: which call must fail, how many calls were
+// made, which faults occurred.
 #include "standin.h"
 
 #include <pthread.h>
@@ -46,16 +46,16 @@ constinit thread_local DWORD lastError = 0;
 constinit std::atomic<int> threadExits{0};
 constinit std::atomic<DWORD> threadExitCode{0};
 
-// Odd while the slot is taken. A value set under an older number reads as null, which is
-// how a slot comes back empty on every thread.
+// Odd while the slot is taken. A value set under an older number reads as null, so a slot comes back empty on
+// every thread.
 constinit std::array<std::atomic<uint32_t>, TLS_SLOTS> slotGenerations{};
 constinit thread_local std::array<TlsValue, TLS_SLOTS> slotValues{};
 
 std::mutex modulesMutex;
 int moduleLoads = 0, moduleFrees = 0;
 
-// A list, as handles are the addresses of its records. Never destroyed, since a library
-// may still let go of its modules while the process ends.
+// A list, because handles are the addresses of its records. Never destroyed: a library may still release its
+// modules while the process ends.
 std::list<FakeModule>& Modules()
 {
     static auto& modules = *new std::list<FakeModule>;

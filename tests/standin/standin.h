@@ -1,7 +1,7 @@
-// What a test may ask of the stand-in kernel: what is still held, how many calls were
-// made, which call is to fail, how much fits on the disk, which modules can be loaded.
-// A fault is a use of something that was alive once: a second free, a closed handle. A
-// handle that never existed is only refused, as callers may pass one on purpose.
+// The tests' control of the stand-in kernel: open handles and blocks, counts of calls, the call that must
+// fail, the room on the disk, the modules that can be loaded. A fault is a use of something that was valid
+// once: a second free, a closed handle. A handle that never existed is only refused, because callers may pass
+// one on purpose.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -36,9 +36,9 @@ enum Call : unsigned {
     AnyCall = 255
 };
 
-// Counts from 1 over the calls of these kinds on any thread.
+// Counts from 1 over the calls of these kinds on all threads.
 void FailNth(unsigned n, unsigned kinds, bool andAllLater = false);
-// Keeps its answer after StopFailing, until the next FailNth.
+// Keeps its value after StopFailing, until the next FailNth.
 bool InjectionFired();
 // Disarms FailNth and lifts LimitDisk.
 void StopFailing();
@@ -50,22 +50,22 @@ void LimitDisk(uint64_t bytes);
 uint64_t CallsMade(unsigned kinds);
 void ResetCalls();
 
-// The largest single block that can be had, 1 GiB at the start.
+// The largest single block available, 1 GiB at the start.
 void LimitAllocation(uint64_t bytes);
 uint64_t BytesAllocatedPeak();
-// The largest size asked for since ResetPeak, granted or not.
+// The largest size requested since ResetPeak, granted or not.
 uint64_t LargestAllocation();
 void ResetPeak();
 
-// A name without a folder answers for that file in any folder; case does not matter.
+// A name without a folder stands for that file in any folder; case does not matter.
 void RegisterModule(const char* name, std::initializer_list<std::pair<const char*, FARPROC>> functions);
 // Also sets both counts to 0.
 void ForgetModules();
 int ModuleLoads();
 int ModuleFrees();
 
-// ExitThread ends the calling thread without running its destructors when the code in
-// between is built without exceptions, so call it on a thread of its own.
+// ExitThread ends the calling thread and runs no destructors of code built without exceptions, so call it on
+// a thread of its own.
 int ThreadExits();
 DWORD LastThreadExitCode();
 
@@ -101,8 +101,8 @@ private:
     bool checked = false;
 };
 
-// Runs the operation with its first call failing, then its second, until a run comes
-// through untouched. That last run is the plain success.
+// Runs the operation with its first call failing, then its second, until no call fails. That last run is the
+// plain success.
 template <class Operation>
 void FailEach(unsigned kinds, Operation operation)
 {

@@ -1,7 +1,6 @@
-// The kernel, handle types and bitmap records of Win32, for building the pure files on
-// another system. GDI and USER functions are left out on purpose: a pure file that calls
-// one must not compile. Constants are macros as in the real header, so that a clash of
-// names shows here too.
+// The kernel functions, handle types and bitmap records of Win32, to build the pure files on another system.
+// GDI and USER functions are missing on purpose: a pure file that calls one must not compile. Constants are
+// macros as in the real header, so that name clashes show here too.
 #pragma once
 
 #include <stdint.h>
