@@ -1,4 +1,4 @@
-/* The command line in the characters that the library's paths are made of. */
+/* The command line in the code page of the library's paths. */
 #ifndef TOOLS_ARGUMENTS_H
 #define TOOLS_ARGUMENTS_H
 

@@ -1,5 +1,5 @@
-/* A BMP file is a packed DIB behind fourteen bytes that tell its size and where the pixels
- * begin. What either side claims is checked against the bytes that are there.
+/* A BMP file is a packed DIB after fourteen bytes with its size and the offset of the pixels. Both
+ * headers are checked against the number of bytes.
  */
 #include "bmp.h"
 

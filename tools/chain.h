@@ -1,5 +1,5 @@
-/* The chain of directories as it stands in a file, for what the library's handles do not tell: whether
- * it comes back to itself, and values of the types that pages in memory hold only in part.
+/* The chain of directories as it is in the file. The library's handles do not say whether it has a loop,
+ * and hold values of some types only in part.
  */
 #ifndef TOOLS_CHAIN_H
 #define TOOLS_CHAIN_H

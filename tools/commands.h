@@ -1,5 +1,5 @@
-/* What the commands of tifftool share: the command table's row, exit codes, error lines and
- * a guard for an open file. A new command is a row in tifftool.cpp and a file of its own.
+/* Shared by the commands of tifftool: the command table's row, exit codes, error lines and a guard for
+ * an open file. A new command is a row in tifftool.cpp and a file of its own.
  */
 #ifndef TOOLS_COMMANDS_H
 #define TOOLS_COMMANDS_H

@@ -1,5 +1,5 @@
-/* tifftool convert: pages of a TIFF file or a BMP picture, saved anew in another compression. The
- * result is written beside its place and moved there when it is whole.
+/* tifftool convert: pages of a TIFF file or a BMP picture, saved in another compression. The
+ * result is written beside the target and replaces it when it is complete.
  */
 #include "options.h"
 #include "pages.h"

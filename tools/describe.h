@@ -1,4 +1,4 @@
-/* Words for what stands in a TIFF file as numbers. */
+/* Words for the numbers in a TIFF file. */
 #ifndef TOOLS_DESCRIBE_H
 #define TOOLS_DESCRIBE_H
 

@@ -1,6 +1,4 @@
-/* tifftool cat, split, cut, delete, reorder, append-raw and number: pages moved about without being
- * decoded.
- */
+/* tifftool cat, split, cut, delete, reorder, append-raw and number: pages moved without decoding. */
 #include "describe.h"
 #include "options.h"
 #include "progress.h"

@@ -1,4 +1,4 @@
-/* tifftool fax and blank: pages for fax boards, and pages that need not be sent. */
+/* tifftool fax and blank: pages for fax boards, and the numbers of blank pages. */
 #include "options.h"
 #include "pages.h"
 #include "progress.h"

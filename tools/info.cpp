@@ -1,4 +1,4 @@
-/* tifftool info: what stands in a file, page by page, without decoding anything. */
+/* tifftool info: the tags of a file, page by page, without decoding. */
 #include "chain.h"
 #include "describe.h"
 #include "diagnosis.h"

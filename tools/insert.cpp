@@ -1,4 +1,4 @@
-/* tifftool insert: a picture becomes a page of a file. */
+/* tifftool insert: inserts a picture as a page of a file. */
 #include "diagnosis.h"
 #include "options.h"
 #include "pages.h"

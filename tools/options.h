@@ -1,4 +1,4 @@
-/* A command line taken apart: options with a value, options without, and everything else. */
+/* The parts of a command line: options with a value, options without, and everything else. */
 #ifndef TOOLS_OPTIONS_H
 #define TOOLS_OPTIONS_H
 

@@ -1,4 +1,4 @@
-/* What a user sees of long work. */
+/* Shows the progress of long work. */
 #ifndef TOOLS_PROGRESS_H
 #define TOOLS_PROGRESS_H
 

@@ -1,4 +1,4 @@
-/* Values of tags, from the command line to the bytes that a file holds. */
+/* Values of tags, from the command line to the bytes of a file. */
 #ifndef TOOLS_TAG_VALUES_H
 #define TOOLS_TAG_VALUES_H
 

@@ -1,5 +1,5 @@
-/* tifftool: looks into TIFF files and takes pages out of them, through the public interface
- * of the library alone. This file has the command table and what all commands report alike.
+/* tifftool: describes, converts and edits TIFF files through the public interface of the library
+ * alone. This file has the command table and the messages that all commands share.
  */
 #include "arguments.h"
 #include "commands.h"

@@ -1,4 +1,4 @@
-/* Files that are written whole or not at all. */
+/* Files that are written completely or not at all. */
 #ifndef TOOLS_WHOLE_FILE_H
 #define TOOLS_WHOLE_FILE_H
 
