@@ -34,7 +34,7 @@ Status Merge(const char* destination, const char* source, TiffProgress callback,
     const OpenedTiff to(destination, T_APPEND);
     if (!to)
         return to.OpenStatus();
-    // The pages would be linked from a chain that leads back.
+    // A chain with a loop has no end to link the pages to.
     if (IsRing(to.Get()))
         return error::InputOutput;
     // The copy assumes the source's byte order for the destination; in a file of the other order the old
