@@ -1,6 +1,5 @@
-// A bilevel line is kept as the columns where its colour changes, white first. Pixels are
-// painted only when the line is finished, and the finished list serves unchanged as the
-// reference for the next line.
+// A bilevel line is kept as the columns where its colour changes, white first. Pixels are painted
+// only when the line is finished, and the finished list is the reference for the next line.
 //
 // a0 is the column that coding has reached, a1 and a2 the next two changes on the line coded;
 // b1 is the first change of the reference line right of a0 to the colour opposite to a0's,
@@ -48,7 +47,7 @@ inline void ClearRunList(RunList& list)
     list.emptyRuns = false;
 }
 
-// Whether the list has no empty run, apart from the first white one.
+// Whether the list is in order and has no empty run, except perhaps the first white one.
 inline bool HasOnlyChanges(const RunList& list)
 {
     return list.ordered && !list.emptyRuns;

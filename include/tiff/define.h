@@ -65,7 +65,7 @@ int32_t DefineTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t 
  *           65535: define those tags again as LONGs.
  *
  * Returns 0 or the code: 1 a tag could not be defined; 10 the width is not positive; 16 bits
- * per pixel other than 1, 4, 8, 16 and 24; 29 null geometry. The last error is the caller's to
+ * per pixel other than 1, 4, 8, 16 and 24; 29 null geometry. The last error is not
  * set.
  */
 uint32_t DefineGeneralTags(HGLOBAL file, uint32_t page, const TiffPageGeometry* geometry) TIFF_NOEXCEPT;

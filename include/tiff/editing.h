@@ -94,8 +94,8 @@ int32_t MergeTiffFiles(const char* destinationPath, const char* sourcePath, Tiff
 
 /* Moves the pages from the given one to the last into a new file, which replaces an old one of that name.
  *
- * firstPage  0 moves the whole file, to a name that must be free; the page count moves nothing and
- *            succeeds. The source must have two pages or more.
+ * firstPage  0 moves the whole file, to a name that must be free. The page count as first page moves
+ *            nothing and succeeds. The source must have two pages or more.
  * callback   may be null; gets the number of pages to move and the number copied.
  *
  * A failure leaves the destination as it was, unless the moved pages exist nowhere else by then.
