@@ -44,7 +44,7 @@ int32_t DecodeMMRImage(TiffStream stream, uint32_t offset, uint32_t width, uint3
  * compression   as DecodeCcittImage.
  * lineCallback  fills one line a call.
  *
- * Returns 1, or 0 with the last error set; what was written before a failure stays. width or
+ * Returns 1, or 0 with the last error set; bytes written before a failure stay. width or
  * rows of 0 give 0 and set no error.
  * Errors: 1; 6; 11; 12 lines of more than 32,768 bytes in two-dimensional code; 22 and 23 JPEG
  *         library; whatever the line routine returned.

@@ -13,7 +13,7 @@ TIFF_BEGIN
  * line      the line buffer, bytesPerLine bytes and 256 spare ones; bilevel lines are packed
  *           most significant bit first, 1 for black.
  * row       counted from 0 at the first row that the page stores.
- * userData  what the caller of the driver passed.
+ * userData  the value that was passed to the driver.
  *
  * Returns 0 to go on. Any other value in the low 32 bits stops the codec with that status.
  */

@@ -39,7 +39,7 @@ int32_t DefineTiffImage(HGLOBAL file) TIFF_NOEXCEPT;
  * type    field type: 3 SHORT; 4 and 9 LONG; 5 RATIONAL, two uint32_t each, numerator first; the
  *         values of any other type are single bytes.
  *
- * Returns 1, or 0 with error 1 (memory; the page keeps what it has), 3, 27 or 29 (null values, or
+ * Returns 1, or 0 with error 1 (memory; the page keeps its tags), 3, 27 or 29 (null values, or
  * a tag above 65535).
  */
 int32_t DefineTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, const void* values,
@@ -65,8 +65,8 @@ int32_t DefineTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t 
  *           65535: define those tags again as LONGs.
  *
  * Returns 0 or the code: 1 a tag could not be defined; 10 the width is not positive; 16 bits
- * per pixel other than 1, 4, 8, 16 and 24; 29 null geometry. The last error is not
- * set.
+ * per pixel other than 1, 4, 8, 16 and 24; 29 null geometry. Setting the last
+ * error is left to the caller.
  */
 uint32_t DefineGeneralTags(HGLOBAL file, uint32_t page, const TiffPageGeometry* geometry) TIFF_NOEXCEPT;
 

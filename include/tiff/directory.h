@@ -1,4 +1,4 @@
-/* A page's tags and what follows from them. A page must be loaded with GetTiffImage first. */
+/* A page's tags and the properties that follow from them. A page must be loaded with GetTiffImage first. */
 #ifndef TIFF_DIRECTORY_H
 #define TIFF_DIRECTORY_H
 

@@ -117,10 +117,10 @@ int32_t SplitTiffFile(const char* sourcePath, const char* destinationPath, int32
 int32_t CutTiffFile(const char* sourcePath, const char* nameBase, int32_t pageCount, TiffProgress callback,
                     uint64_t user) TIFF_NOEXCEPT;
 
-/* Appends the strips of a page, as they are stored, to an existing file of bare fax code.
+/* Appends the stored strips of a page to an existing file of bare fax code.
  *
- * rawPath  a file that must exist. When it cannot be written to the end, IT IS DELETED, with what it
- *          held before: half a page would be taken for a whole one.
+ * rawPath  a file that must exist. When it cannot be written to the end, IT IS DELETED, with its
+ *          old content: half a page would be sent as a whole one.
  * offset   bytes from the end of that file at which to write: 0 appends, negative values overwrite.
  *
  * Returns the raw file's path, in a buffer of the calling thread, or null. Errors: 29 also when the offset

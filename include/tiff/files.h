@@ -40,7 +40,7 @@ HGLOBAL OpenTiffFile(const char* path, uint32_t mode) TIFF_NOEXCEPT;
 
 /* Opens a TIFF that lies in a block of movable global memory.
  *
- * block  stays the caller's, also after CloseTiffFile; writing pages may replace it, and
+ * block  belongs to the caller, also after CloseTiffFile; writing pages may replace it, and
  *        GetMemoryTiffHandle then returns the new one.
  * size   bytes of the TIFF in the block, cut to the size of the block.
  * mode   0 and T_APPEND read the TIFF in the block, and pages can be added in both cases; any
@@ -84,7 +84,7 @@ uint32_t NumberOfTiffImages(HGLOBAL file, uint32_t kind) TIFF_NOEXCEPT;
  */
 uint32_t GetNumberOfImagesInTiffFile(const char* path) TIFF_NOEXCEPT;
 
-/* Fills the information record. Returns 1; 0 with error 34 for a handle that is not valid. */
+/* Fills the information record. Returns 1; 0 with error 34 for an invalid handle. */
 int32_t GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) TIFF_NOEXCEPT;
 
 /* Changes the path or the byte order kept for an open file.
@@ -93,7 +93,7 @@ int32_t GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) TIFF_NOEXCEPT;
  * byteOrder  0 leaves it.
  *
  * Returns 1, or 0 with error 7 (path of 260 characters or more) or 14 (byte order neither
- * TIFF_INTEL nor TIFF_MOTOROLA; the path has then been replaced already).
+ * TIFF_INTEL nor TIFF_MOTOROLA; the path is already replaced then).
  */
 int32_t ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byteOrder) TIFF_NOEXCEPT;
 

@@ -27,8 +27,8 @@ intptr_t DllFlushTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXC
 /* Swaps red and blue of a 24-bit row in the line buffer, then copies it into the DIB. */
 intptr_t DllFlushTiffLine24DIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
-/* Puts a row into the bitmap as the header describes it, from the top whatever the orientation
- * says. GDI reads the row in whole 32-bit words. The bitmap must not be selected anywhere.
+/* Puts a row into the bitmap as the header describes it. Orientation is ignored: rows come from the
+ * top. GDI reads the row in whole 32-bit words. The bitmap must not be selected anywhere.
  */
 intptr_t DllFlushTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 

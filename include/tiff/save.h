@@ -10,9 +10,9 @@
  * A file that does not exist is created; pages of an existing one are never touched. Files are
  * written in Intel byte order. A page's resolution is the DIB's, or the screen's.
  *
- * The DIB must be bilevel for 205 to 208: a row of another depth is read as bits, cut to the width. Its
- * depth must be 1, 4, 8, 16, 24 or 32. Rows from the top (a negative height) and the 12-byte header are
- * accepted. A header without a colour count gets the standard one.
+ * For 205 to 208 pass a bilevel DIB: rows of another depth are read as bits, cut to the width. Other
+ * compressions take 1, 4, 8, 16, 24 and 32 bits per pixel. Rows from the top (a negative height) and the
+ * 12-byte header are accepted. A header without a colour count gets the standard one.
  *
  * Errors of all: 1 memory, or the DIB cannot be locked; 2 the file cannot be opened; 6 writing
  * fails; 11 selector; 12 a row too wide for a two-dimensional code; 15 fill order; 16 the DIB's
@@ -49,7 +49,7 @@ typedef struct TiffSaveDialogOptions {
  * dialog     non-zero shows the save dialog of the dialogs library first.
  * fillOrder  1 most significant bit first, 2 least.
  *
- * Returns 1 or 0. The DIB stays the caller's.
+ * Returns 1 or 0. The caller still owns the DIB.
  */
 int32_t SaveDIBInTiffFileExt(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
                              uint32_t fillOrder) TIFF_NOEXCEPT;
