@@ -1,5 +1,5 @@
-// Every codec both ways. "decode" goes from code bytes to a DIB whose memory is there, "load" to
-// one that has to come from the system first, "encode" from a DIB to a finished TIFF in memory.
+// Every codec both ways. "decode" goes from code bytes to an existing DIB, "load" to a DIB that the system
+// must allocate first, "encode" from a DIB to a finished TIFF in memory.
 #include "bench/jobs.h"
 #include "bench/lean_memory.h"
 #include "bench/library.h"

@@ -1,5 +1,5 @@
-// Editing files of pages of 38 KB, beside libtiff copying the raw strips of the pages that remain
-// and a plain copy of the file. All files are in memory if the machine has a place there.
+// Edits files with pages of 38 KB, beside libtiff copying the raw strips of the pages that remain and a plain
+// copy of the file. All files are in memory if the machine has a RAM disk.
 #include "bench/files.h"
 #include "bench/jobs.h"
 #include "bench/library.h"
@@ -23,11 +23,11 @@ struct Work {
 
 struct Job {
     const char* name;
-    bool changes; // the source, which is then renewed before each run
+    bool changes; // the source, which is restored before each run
     void (*library)(const Work& work);
     void (*peer)(const Work& work);
-    const char* tool = nullptr; // of libtiff that does the same
-    bool onePage = false;       // the source has one, and is opened anew for each page of the work
+    const char* tool = nullptr; // libtiff's program for the same work
+    bool onePage = false;       // the source has one page, and is opened again for each page of the work
 };
 
 int32_t Middle(const Work& work)
@@ -56,7 +56,7 @@ std::string PagePath(const Work& work, uint32_t page)
     return work.target.substr(0, work.target.size() - 4) + number + ".tif";
 }
 
-// Given the source and where to write.
+// Runs a program with the source and the target as arguments.
 void RunTool(const Work& work, const char* tool)
 {
     const bool splits = std::string_view(tool) == "tiffsplit";

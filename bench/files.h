@@ -3,8 +3,8 @@
 
 #include "bench/picture.h"
 
-// Page after page of some bytes of picture and a directory of 13 entries. The spread of a page is
-// the distance to the next in bytes; 0 packs them closely. Spread files have holes.
+// Writes pages, each with some picture bytes and a directory of 13 entries. The spread is the distance from
+// page to page in bytes; 0 packs them closely. Spread files have holes.
 void WritePages(const std::string& path, uint32_t pageCount, uint32_t spread, uint32_t pictureBytes = 2);
 
 inline constexpr uint32_t CLOSE = 0;

@@ -1,5 +1,5 @@
-// The same work in growing sizes: pages of a file, pixels of a line, strips of a page. What a
-// page, a pixel or a strip costs must not grow with their number.
+// The same work in growing sizes: pages of a file, pixels of a line, strips of a page. The cost of each page,
+// pixel or strip must not grow with their number.
 #include "bench/files.h"
 #include "bench/jobs.h"
 #include "bench/library.h"

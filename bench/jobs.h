@@ -6,14 +6,14 @@
 
 #include <filesystem>
 
-// Where a job's counters say what it worked on.
+// Names of the counters that say how much a job worked on.
 inline constexpr char BYTES[] = "bytes";
 inline constexpr char CHANGES[] = "changes";
 inline constexpr char SIZE[] = "size"; // pages, pixels or strips of a growth job
 
 struct BenchFolders {
     std::filesystem::path pages;
-    std::filesystem::path scratch; // in memory if the machine has a place there
+    std::filesystem::path scratch; // in memory if the machine has a RAM disk
 };
 
 void RegisterCodecJobs(const std::vector<Picture>& pictures);

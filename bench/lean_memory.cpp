@@ -1,6 +1,6 @@
-// Global memory for timing: the handle of a movable block is one of a fixed number of records,
-// nothing is checked, and a block has room to grow, since how the system grows one is not what is
-// measured. Bytes are counted, for the peak of a load. One thread only.
+// Global memory for timing: the handle of a movable block is one of a fixed number of records, and nothing is
+// checked. A block has room to grow, because the system's way of growing is not measured here. Bytes are
+// counted, for the peak of a load. One thread only.
 #include "bench/lean_memory.h"
 
 #include "standin.h"
@@ -59,8 +59,8 @@ void Free(const Block& block)
         free(block.data);
 }
 
-// A block that grows many times over is fresh zeroed memory for the most part: clearing it here
-// once more would cost as much as filling it.
+// Most of a block that grows many times is fresh zeroed memory: clearing it again would cost as much as
+// filling it.
 Block Grown(const Block& block, size_t bytes)
 {
     if (block.mapped || bytes / 2 > block.bytes) {
@@ -104,7 +104,7 @@ void ResetPeakBytes()
     peakBytes = liveBytes;
 }
 
-// What the other half of the kernel counts with.
+// The counters of the other half of the kernel.
 namespace standin::kernel {
 
 int64_t LiveBlocks()

@@ -1,10 +1,10 @@
-// What the timing programs ask of their memory.
+// The control of the timing programs over their memory.
 #pragma once
 
 #include <cstddef>
 
-// Large blocks come fresh from the system each time, as they do on Windows, instead of being
-// kept and used again: then filling one pays for each of its pages.
+// Takes large blocks fresh from the system each time, as Windows does, instead of using old ones again:
+// filling a block then includes the cost of each of its memory pages.
 void TakeLargeBlocksFromSystem(bool take);
 
 size_t LiveBytes();

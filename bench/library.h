@@ -1,4 +1,4 @@
-// The library's side of a job: blocks, open files, and the end of the program when it fails.
+// The library's side of a job: blocks, open files, and ending the program when it fails.
 #pragma once
 
 #include "bench/peer.h"

@@ -1,5 +1,5 @@
-// The exported line routines over all rows of a picture, out of and into one line buffer, beside
-// memcpy of the same rows.
+// The exported line routines over all rows of a picture, through one line buffer, beside memcpy of the same
+// rows.
 #include "bench/jobs.h"
 #include "bench/library.h"
 #include "raster/dib.h"
@@ -12,7 +12,7 @@ namespace {
 
 struct Routine {
     const char* name;
-    uint32_t bits; // of the pictures that it is for
+    uint32_t bits; // of suitable pictures
     TiffLineCallback flush, fill;
     uint32_t invert;
 };

@@ -19,7 +19,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: %s PAGES [--memory | --files FOLDER | --benchmark_...]\n", argv[0]);
         return 2;
     }
-    // Memory is kept and used again, unless a job asks for it from the system.
+    // Memory is used again, unless a job asks the system for it.
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, INT_MAX);
     const BenchFolders folders{argv[1], std::filesystem::exists("/dev/shm")
@@ -38,7 +38,7 @@ int main(int argc, char** argv)
         return 0;
     }
     std::filesystem::create_directories(folders.scratch);
-    setenv("TMPDIR", folders.scratch.c_str(), 1); // where files are rewritten
+    setenv("TMPDIR", folders.scratch.c_str(), 1); // the folder for rewritten files
     RegisterCodecJobs(pictures);
     RegisterLineJobs(pictures);
     RegisterOpenJobs(folders);

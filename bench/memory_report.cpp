@@ -1,5 +1,5 @@
-// What a load takes beside the picture that it gives: JSON lines of scheme, page, bytes of the
-// DIB and the most bytes besides.
+// The memory that a load needs besides its picture: JSON lines of scheme, page, bytes of the DIB, and the
+// most other bytes.
 #include "bench/jobs.h"
 #include "bench/lean_memory.h"
 #include "bench/library.h"

@@ -1,5 +1,5 @@
-// Opening files of many pages: the library parses every entry of every directory. Beside it
-// libtiff counting the pages, and parsing every directory.
+// Opens files of many pages: the library parses every entry of every directory. Beside it libtiff counts the
+// pages, and parses every directory.
 #include "bench/files.h"
 #include "bench/jobs.h"
 #include "bench/library.h"

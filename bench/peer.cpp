@@ -155,7 +155,7 @@ void PutPage(PeerFile* file, const Picture& picture, const Scheme& scheme, uint3
     if (scheme.compression == COMPRESSION_CCITTFAX3)
         TIFFSetField(tiff, TIFFTAG_GROUP3OPTIONS, scheme.group3Options);
     const size_t stripBytes = picture.RowBytes() * rowsPerStrip;
-    // libtiff wants to write to what it reads only when bytes or bits are to be swapped.
+    // libtiff writes to its source only when bytes or bits must be swapped.
     auto* rows = const_cast<uint8_t*>(picture.rows.data());
     for (size_t at = 0, number = 0; at < picture.rows.size(); at += stripBytes, ++number) {
         const size_t bytes = std::min(stripBytes, picture.rows.size() - at);

@@ -1,4 +1,4 @@
-// The same jobs through libtiff. Its header is kept out of here: it names a record tiff.
+// The same jobs with libtiff. Its own header must not be included here: it declares a record `tiff`.
 #pragma once
 
 #include "bench/picture.h"
@@ -19,10 +19,10 @@ inline constexpr Scheme schemes[] = {
     {"G3 2-D", 207, 3, 0, 1, true},  {"G4", 208, 4, 0, 0, true},
 };
 
-// Whether a scheme is one for pictures of this kind.
+// Whether a scheme can code such a picture.
 bool Suits(const Scheme& scheme, const Picture& picture);
 
-// The rows of a strip that the library's savers choose: about 8 KB, or the whole facsimile page.
+// The rows of a strip as the library's savers choose them: about 8 KB, or the whole facsimile page.
 uint32_t RowsPerStrip(const Scheme& scheme, const Picture& picture);
 
 // A file that libtiff has open.
@@ -39,7 +39,7 @@ void Close(PeerFile* file);
 void PutPage(PeerFile* file, const Picture& picture, const Scheme& scheme, uint32_t rowsPerStrip);
 void EndPage(PeerFile* file);
 
-// Decodes the strips of the current page one behind the other.
+// Decodes the strips of the current page into the target, in order.
 void ReadStrips(PeerFile* file, uint8_t* target, size_t bytes);
 
 uint32_t CountPages(PeerFile* file);

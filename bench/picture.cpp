@@ -10,7 +10,7 @@
 #include <cstring>
 #include <fstream>
 
-// The next number of a netpbm header, past blanks and comments.
+// The next number of a netpbm header, after blanks and comments.
 static uint32_t HeaderNumber(std::istream& file)
 {
     for (file >> std::ws; file.peek() == '#'; file >> std::ws) {
@@ -61,7 +61,7 @@ uint64_t ChangingElements(const Picture& picture)
     uint64_t changes = 0;
     for (uint32_t row = 0; row < picture.height; ++row) {
         const uint8_t* bytes = &picture.rows[row * picture.RowBytes()];
-        uint32_t before = 0; // the pixel left of the byte, in the lowest bit
+        uint32_t before = 0; // the pixel to the left of the byte, in the lowest bit
         for (uint32_t at = 0; at < picture.RowBytes(); ++at) {
             const uint32_t pixels = std::min(picture.width - at * 8, 8u);
             const uint32_t byte = bytes[at];

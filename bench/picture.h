@@ -1,4 +1,4 @@
-// The pages that are coded: netpbm files as the page script draws them.
+// The pictures to code: netpbm files from the page script.
 #pragma once
 
 #include <cstdint>
@@ -23,8 +23,8 @@ Picture LoadPicture(const std::filesystem::path& path);
 
 std::vector<Picture> LoadPictures(const std::filesystem::path& folder);
 
-// Pixels that differ from the one to their left, the first of a row from white: what the run
-// coders' work is counted in.
+// Pixels that differ from the one to their left; a row starts from white. The run coders' work grows with
+// this number.
 uint64_t ChangingElements(const Picture& picture);
 
 // A packed DIB of the picture: palette, rows from the bottom, padded; blue first.

@@ -45,8 +45,8 @@ Status AllocateBuffers(CodecContext* context, uint32_t codeBytes)
     return error::None;
 }
 
-// New memory of the system is zeros that cost nothing until they are used: a line of white that is
-// millions of pixels wide costs less so than by clearing it.
+// New memory of the system is zero, and costs nothing until it is used. For a white line that is millions of
+// pixels wide that is cheaper than clearing.
 static bool RenewBuffers(CodecContext* context)
 {
     const size_t codeBytes = context->codeBufferSize + BUFFER_SLACK;
@@ -82,7 +82,7 @@ static bool StripOffset(const CodecContext* context, uint32_t strip, uint32_t& o
     return true;
 }
 
-// A strip that begins inside the bytes held costs no read.
+// A strip that begins inside the bytes held needs no read.
 static Status PositionOnStrip(CodecContext* context)
 {
     uint32_t offset = 0;

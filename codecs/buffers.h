@@ -13,8 +13,7 @@ inline constexpr uint32_t RECORD_BUFFER_LIMIT = 65520;
 // Bytes behind the line buffer that a packet may spill into.
 inline constexpr uint32_t SPARE_LINE_BYTES = 256;
 
-// Allocates and locks both buffers for the rest of the call, and finds the last row of the
-// first strip.
+// Allocates and locks both buffers for the rest of the call, and finds the last row of the first strip.
 [[nodiscard]] Status AllocateBuffers(CodecContext* context, uint32_t codeBytes);
 
 inline uint8_t* CodeBuffer(const CodecContext* context)
@@ -22,16 +21,16 @@ inline uint8_t* CodeBuffer(const CodecContext* context)
     return context->lineBuffer + context->lineBufferSize;
 }
 
-// Finds the last row of the strip that begins with the row in hand.
+// Finds the last row of the strip that begins with the current row.
 void SetStripLastRow(CodecContext* context);
 
 // Sets the line cursor and the per-line copies for the next line.
 void BeginLine(CodecContext* context);
 
-// Makes the line buffer zeros.
+// Clears the line buffer.
 void ClearLine(CodecContext* context);
 
-// Hands a line over that need not be in the line buffer.
+// Hands over a line, which may lie outside the line buffer.
 [[nodiscard]] Status HandOverLine(CodecContext* context, uint8_t* line);
 
 // The picture row of the current line, if `margin` bytes behind it may be rewritten unchanged; else null.
@@ -44,10 +43,10 @@ inline uint8_t* RowInPlace(const CodecCall* context, uint32_t margin)
     return rows->end - row >= int64_t{context->bytesPerLine} + margin ? row : nullptr;
 }
 
-// Goes on to the strip that follows a strip's last line.
+// Goes on to the next strip, after the last line of one.
 [[nodiscard]] Status BeginNextStrip(CodecContext* context);
 
-// Counts a line that was handed over or is in its row.
+// Counts a line that was handed over or painted into its row.
 [[nodiscard]] inline Status CountLine(CodecContext* context)
 {
     context->lastLineOfStrip = context->row == context->stripLastRow;
@@ -58,19 +57,19 @@ inline uint8_t* RowInPlace(const CodecCall* context, uint32_t margin)
 // Puts 16-bit samples into the processor's order and hands the line buffer over.
 [[nodiscard]] Status HandOverSamples(CodecContext* context);
 
-// Whether a line may be handed over where it was found.
+// Whether a line may be handed over from where it lies.
 inline bool PassesLines(const CodecCall* context)
 {
     return context->readsLines && !HasSwappedSamples(context);
 }
 
-// Puts the 16-bit samples of the line in hand into the file's order, for coding.
+// Puts the 16-bit samples of the current line into the file's order, for coding.
 void OrderSamples(const CodecContext* context);
 
-// Appends bytes to the code, writing the code buffer out when it is full and more is to come.
+// Appends bytes to the code. Writes the code buffer out when it is full and more bytes follow.
 [[nodiscard]] Status PutBytes(CodecContext* context, std::span<const uint8_t> bytes);
 
-// Takes the code buffer for empty, its content counted as written.
+// Marks the code buffer as empty and counts its content as written.
 void EmptyCodeBuffer(CodecContext* context);
 
 // Unlocks and frees every block of the context.

@@ -1,5 +1,5 @@
-// What codecs share of a call: the public context, with the proof of its layout, which companion
-// libraries and applications are compiled against, and behind it what only the library knows of.
+// The state of a codec call: the public context, with the proof of its layout, which companion libraries and
+// applications are compiled against, and after it the library's private part.
 #pragma once
 
 #include "core/vocabulary.h"
@@ -53,19 +53,19 @@ static_assert(offsetof(CodecContext, subSampling) == 256);
 static_assert(offsetof(CodecContext, referenceBlackWhite) == 264);
 static_assert(sizeof(CodecContext) == 312);
 
-// The rows of a picture. A codec may put a line right where its row is and hand over none.
+// The rows of a picture. A codec may put a line directly into its row, without a line routine.
 struct RowsInPlace {
     uint8_t* first; // row 0
     int64_t step;   // bytes from one row to the next; below 0 for pictures stored bottom up
     uint32_t count;
     bool zeros;   // the rows are new memory, still zero
-    uint8_t* end; // of the last of the rows decoded, as they lie in memory
+    uint8_t* end; // end of the rows decoded, as they lie in memory
 };
 
-// A call of the library's own. Codecs that applications write have the public part alone.
+// A call by the library itself. Codecs of applications have only the public part.
 struct CodecCall : CodecContext {
-    // The line routine leaves lines as they are and looks at no spare bytes: it may get a line where it
-    // lies instead of in the line buffer.
+    // The line routine changes no line and reads no spare bytes, so it may get a line where it lies instead
+    // of in the line buffer.
     bool readsLines = false;
     const RowsInPlace* rowsInPlace = nullptr;
 };
@@ -90,7 +90,7 @@ inline bool HasSwappedSamples(const CodecContext* context)
     return context->byteOrder == TIFF_MOTOROLA && SampleBits(context) == 16;
 }
 
-// All rows done is how a codec ends, not what its caller hears.
+// A codec ends with ALL_ROWS_DONE; its caller gets success.
 inline Status CodecResult(Status status)
 {
     return status == ALL_ROWS_DONE ? error::None : status;

@@ -1,4 +1,4 @@
-// What the calling thread codes with.
+// The calling thread's settings for coding.
 #pragma once
 
 #include "core/thread_state.h"
@@ -8,8 +8,8 @@ namespace tiff {
 inline constexpr uint32_t DEFAULT_K_FACTOR = 2;
 
 struct CodingSettings {
-    uint32_t chosenK;  // K factor of Group 3 two-dimensional coding; 0: none was chosen
-    uint32_t codeMask; // the bit of its byte that the next CCITT code begins at; 0: none was written
+    uint32_t chosenK;  // K factor of Group 3 two-dimensional coding; 0 when none was chosen
+    uint32_t codeMask; // the bit of its byte where the next CCITT code begins; 0 when none was written
 };
 
 inline CodingSettings& ThreadCoding()

@@ -6,11 +6,11 @@
 
 namespace tiff {
 
-// Fills in what both directions need: line format, sample size, byte order, compression code
-// and fill order.
+// Fills in the fields that both directions need: line format, sample size, byte order, compression code and
+// fill order.
 [[nodiscard]] Status DescribeLines(CodecContext* context, HGLOBAL file, uint32_t page);
 
-// The rows of a loaded page from a strip on, as DecodeTiffImage has them; 29 without a routine.
+// Decodes rows of a loaded page as DecodeTiffImage does; 29 without a routine.
 [[nodiscard]] Status DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
                                 const LineTarget& target);
 

@@ -1,5 +1,5 @@
-// The way of a line into the code and of the code into the stream. Strips follow each other
-// without a gap, so one code buffer may hold the end of a strip and the start of the next.
+// Moves lines into the code and the code into the stream. Strips follow each other without a gap, so one code
+// buffer may hold the end of one strip and the start of the next.
 #include "codecs/buffers.h"
 
 #include "core/byte_order.h"
@@ -29,8 +29,8 @@ static void StoreEntry(const CodecContext* context, HGLOBAL block, uint32_t valu
         std::memcpy(&entries[size_t{context->strip} * 4], &value, sizeof(value));
 }
 
-// The next strip begins behind the bytes that the buffer holds now. Its count starts below zero by
-// their number, so that flushing them brings it to 0.
+// The next strip begins behind the bytes in the buffer. Its count starts that far below zero, so that
+// flushing them brings it to 0.
 static void CloseStrip(CodecContext* context)
 {
     const uint32_t filled = FilledBytes(context);

@@ -1,5 +1,5 @@
-// A page's way into the file: strips first, then their tags, then the directory, all through
-// one open stream. Nothing of the file is locked while the line routine runs.
+// Writes a page into the file through one open stream: its strips, their tags, the directory. The file's
+// record is not locked while the line routine runs.
 #include "codecs/encode_driver.h"
 #include "codecs/buffers.h"
 #include "codecs/codec_table.h"
@@ -18,15 +18,15 @@ Status RunEncoder(CodecCall* call, const PageScheme& scheme)
 {
     if (const Status status = Encode(call); status != error::None)
         return status;
-    // A line routine that stops with the very status that says all rows are done ends a codec
-    // as if they were. A page with strips missing must not be linked.
+    // A line routine may stop with ALL_ROWS_DONE before all rows are done. A page with missing strips must
+    // not be linked.
     if (scheme.countsStrips && call->strip < call->stripCount)
         return ALL_ROWS_DONE;
     return FlushCodeBuffer(call);
 }
 
-// The open flags change only with the directory. A new file that fails here keeps the flag that
-// says it has no header, so that the next try begins it afresh.
+// The open flags change only with the directory. A new file that fails here keeps its "no header" flag, so
+// that the next try begins it afresh.
 Status WritePage(CodecCall* call, HGLOBAL file, uint32_t page)
 {
     if (const Status status = DescribeLines(call, file, page); status != error::None)

@@ -13,7 +13,7 @@ struct LineFeed {
     void* userData;
 };
 
-// Encodes a defined page and writes its directory, as EncodeTiffImage has it.
+// Encodes a defined page and writes its directory, as EncodeTiffImage does.
 [[nodiscard]] Status EncodePage(HGLOBAL file, uint32_t page, const LineFeed& feed);
 
 } // namespace tiff

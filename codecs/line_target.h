@@ -1,4 +1,4 @@
-// Where decoded lines go, and what is known of the routine that takes them.
+// The destination of decoded lines, and what is known of the routine that takes them.
 #pragma once
 
 #include "codecs/codec_context.h"
@@ -8,13 +8,13 @@ namespace tiff {
 struct LineTarget {
     TiffLineCallback routine;
     void* userData;
-    uint32_t bytesRead = 0;            // of a line, by a routine that leaves lines as they are
-    const RowsInPlace* rows = nullptr; // that the routine does nothing but copy these bytes to
+    uint32_t bytesRead = 0;            // of a line, by a routine that changes no line
+    const RowsInPlace* rows = nullptr; // the routine only copies these bytes into them
 };
 
-// Gives a described call its routine and the short ways that both agree on: lines may be read where they
-// lie, and put where they belong. Of the rows' memory nothing is touched that the routine would not have
-// written to. The rows must live as long as the call.
+// Gives a call its line routine and, when the routine allows it, lines in place: read where they lie, or
+// painted into their rows. Only memory that the routine would write to is touched. The rows must live as long
+// as the call.
 inline void TakeTarget(CodecCall* call, const LineTarget& target, RowsInPlace& rows)
 {
     call->userData = target.userData;

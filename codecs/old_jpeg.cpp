@@ -67,8 +67,8 @@ Status DescribeTilesToDecode(CodecContext* context, HGLOBAL file, uint32_t page,
         if (!GetTiffImageInfoBuffer(file, page, list.tag, &list.block, list.type, nullptr))
             return error::NotEnoughMemory;
     }
-    // Never more tiles than there are offsets, whatever the page's size says. They are read as 16-bit
-    // numbers under one type only, and as 32-bit ones under any other.
+    // Never more tiles than offsets, whatever size the page claims. SHORTs are read as 16-bit numbers, any
+    // other type as 32-bit ones.
     const auto offsets = tags.Find(tag::TileOffsets);
     const uint64_t offsetCount =
         offsets->type == fieldtype::Short ? offsets->count : offsets->values.size() / sizeof(uint32_t);
@@ -92,7 +92,7 @@ Status DescribeTilesToEncode(CodecContext* context, HGLOBAL file, uint32_t page)
     return MakeLists(context, uint64_t{context->tilesAcross} * context->tilesDown);
 }
 
-// One offset for each sample, of the tables that the library has left in the context.
+// One offset for each sample, of the tables that the JPEG library put into the context.
 static bool DefineTables(const CodecContext* context, HGLOBAL file, uint32_t page)
 {
     const struct {

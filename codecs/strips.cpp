@@ -9,7 +9,7 @@
 namespace tiff {
 
 static constexpr uint32_t LIST_SLACK = 110;
-static constexpr uint64_t MOST_PARTS = (INT32_MAX - LIST_SLACK) / 4; // that a tag's values have room for
+static constexpr uint64_t MOST_PARTS = (INT32_MAX - LIST_SLACK) / 4; // that fit into a tag's values
 
 Status DescribeStripsToDecode(CodecContext* context, HGLOBAL file, uint32_t page, RowRange range)
 {
@@ -19,7 +19,7 @@ Status DescribeStripsToDecode(CodecContext* context, HGLOBAL file, uint32_t page
     if (!GetTiffImageInfoBuffer(file, page, tag::StripOffsets, &context->stripOffsets,
                                 &context->stripOffsetsType, &context->stripCount))
         return error::NotEnoughMemory;
-    // Offsets of another type are read as 32-bit numbers too, as many as their bytes make.
+    // Offsets of other types are also read as 32-bit numbers, as many as their bytes make.
     const uint32_t type = context->stripOffsetsType;
     if (type != fieldtype::Short && type != fieldtype::Long)
         context->stripCount = static_cast<uint32_t>(uint64_t{context->stripCount} * ElementBytes(type) / 4);
@@ -49,7 +49,7 @@ Status MakeLists(CodecContext* context, uint64_t count)
     return ready ? error::None : error::NotEnoughMemory;
 }
 
-// A strip of no rows would never end: such a page becomes one strip.
+// A strip without rows would never end: such a page becomes one strip.
 Status DescribeStripsToEncode(CodecContext* context, HGLOBAL file, uint32_t page)
 {
     const uint32_t rowsPerStrip = PageTags(file, page).Value(tag::RowsPerStrip, 1);
@@ -58,7 +58,7 @@ Status DescribeStripsToEncode(CodecContext* context, HGLOBAL file, uint32_t page
     if (const Status status = MakeLists(context, PartsOf(Rows(context), context->rowsPerStrip));
         status != error::None || saysRows)
         return status;
-    // Readers take a page that does not say for one strip: it must say what is done here.
+    // Readers take a page without RowsPerStrip for one strip, so the tag must be written.
     return DefineTiffImageInfo(file, page, tag::RowsPerStrip, fieldtype::Long, context->rowsPerStrip)
                ? error::None
                : error::NotEnoughMemory;

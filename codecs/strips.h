@@ -5,21 +5,22 @@
 
 namespace tiff {
 
-// The strips' offsets, and the rows from the first strip wanted. 1, 3 or 10.
+// Finds the strips' offsets and the rows to decode. Fails with 1, 3 or 10.
 [[nodiscard]] Status DescribeStripsToDecode(CodecContext* context, HGLOBAL file, uint32_t page,
                                             RowRange range);
 
-// Rows to a strip, defined where the page does not say, and empty lists for what will be written. 1.
+// Defines the rows of a strip where the page has none, and makes empty lists for the strips to write. Fails
+// with 1.
 [[nodiscard]] Status DescribeStripsToEncode(CodecContext* context, HGLOBAL file, uint32_t page);
 
-// The lists as tags. 1.
+// Writes the lists to the tags. Fails with 1.
 [[nodiscard]] Status DefineStrips(const CodecContext* context, HGLOBAL file, uint32_t page);
 
-// Steps that tiles take too: empty lists for a count of parts, and one list as a tag.
+// Steps that tiles share: making empty lists for a count of parts, and writing one list to a tag.
 [[nodiscard]] Status MakeLists(CodecContext* context, uint64_t count);
 [[nodiscard]] bool DefineList(HGLOBAL file, uint32_t page, uint16_t tag, HGLOBAL block, uint32_t count);
 
-// Parts of this size in a whole; 1 for parts of no size.
+// The number of parts of this size in a whole; 1 for a size of 0.
 constexpr uint64_t PartsOf(uint32_t whole, uint32_t part)
 {
     return part ? (uint64_t{whole} + part - 1) / part : 1;

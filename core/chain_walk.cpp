@@ -14,13 +14,13 @@ namespace {
 constexpr uint32_t FIRST_ROOM = 16;
 constexpr uint32_t NO_PAGE = UINT32_MAX;
 
-// Answers which page, if any, has a directory at an offset. Offsets mostly grow along a chain,
-// and a new largest one is unknown without looking; the hash table, of page numbers plus one,
-// is built only when an offset turns back.
+// Finds the page, if any, whose directory lies at an offset. Offsets mostly grow along a chain, and a new
+// largest one needs no look-up. The hash table, of page numbers plus one, is built only when an offset turns
+// back.
 struct SeenOffsets {
     GlobalBlock slots;
     uint32_t slotCount = 0;
-    uint32_t entered = 0; // pages that the table holds
+    uint32_t entered = 0; // pages in the table
     uint32_t largest = 0;
 };
 
@@ -80,7 +80,7 @@ void CountEntry(const DirectoryEntry& entry, WalkedPage& page, uint64_t& bytes)
     page.kind = entry.tag == tag::NewSubfileType ? value : value - 1;
 }
 
-// No values are fetched. A directory that lies in the window whole is parsed where it is.
+// Fetches no values. A directory that lies whole in the window is parsed where it is.
 bool ScanEntries(DirectoryWindow& window, uint32_t entryCount, WalkedPage& page, uint64_t& bytes)
 {
     DirectoryEntry entry;
@@ -108,15 +108,15 @@ bool ScanDirectory(DirectoryWindow& window, WalkedPage& page)
     if (!ScanEntries(window, entryCount, page, bytes))
         return false;
     page.tagBlockBytes = static_cast<uint32_t>(std::min<uint64_t>(bytes, UINT32_MAX));
-    // The file does not get to say that a page is loaded.
+    // A file must not mark its own pages as loaded.
     page.kind &= 0xFFFFu & ~uint32_t{PAGE_REGISTERED};
     const uint64_t nextLink = page.directoryOffset + uint64_t{2} + uint64_t{entryCount} * ENTRY_BYTES;
     page.nextLink = static_cast<uint32_t>(nextLink);
     return nextLink <= UINT32_MAX;
 }
 
-// Directories of their own do not fit into less than they take: those that lie over each other could
-// make a small file cost hours.
+// Distinct directories together are no longer than the file. Overlapping ones could make a small file cost
+// hours.
 bool TakeRoom(ChainWalk& walk, const WalkedPage& page)
 {
     walk.directoryBytes += page.nextLink - page.directoryOffset;
@@ -170,13 +170,13 @@ Step FollowLink(DirectoryWindow& window, ChainWalk& walk, WalkedPage* pages, See
     if (!ScanDirectory(window, page) || !TakeRoom(walk, page))
         return Step::Broken;
     ++walk.pageCount;
-    // The last page allowed is not followed further: its leading link stays the last.
+    // The last page allowed is not followed further: the link to it stays the last.
     if (walk.pageCount < TIFF_MAX_PAGES)
         walk.linkPosition = page.nextLink;
     return Step::Page;
 }
 
-// Goes on until the room is used up or something else than a page comes.
+// Goes on until the room is used up or the next link is not to a new page.
 Step FollowLinks(DirectoryWindow& window, ChainWalk& walk, uint32_t room, SeenOffsets& seen, uint32_t& target)
 {
     Locked<WalkedPage> pages(walk.pages.Get());

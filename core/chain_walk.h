@@ -6,7 +6,7 @@
 
 namespace tiff {
 
-// What the walk learns of a page.
+// What the walk records of a page.
 struct WalkedPage {
     uint32_t directoryOffset;
     uint32_t tagBlockBytes;
@@ -18,15 +18,14 @@ struct WalkedPage {
 struct ChainWalk {
     GlobalBlock pages; // WalkedPages
     uint32_t pageCount = 0;
-    uint32_t linkPosition = 0; // of the last link looked at
+    uint32_t linkPosition = 0; // of the last link read
     bool broken = false;       // the chain goes on, but not to a directory of its own
     uint32_t fileBytes = 0;
-    uint64_t directoryBytes = 0; // of the directories so far, links apart
+    uint64_t directoryBytes = 0; // of the directories so far, without links
 };
 
-// Walks from the link in the file's header. A chain that leads back into itself is unrolled up
-// to the largest number of pages without reading anything twice. Fails with 1, and with 6 when there is
-// no first page.
+// Walks from the link in the file's header. A chain that leads back into itself is repeated up to the largest
+// number of pages without reading anything twice. Fails with 1, and with 6 without a first page.
 [[nodiscard]] Status WalkChain(DirectoryWindow& window, ChainWalk& walk);
 
 } // namespace tiff

@@ -1,13 +1,13 @@
-// Copies of rows and of other pieces of a few hundred bytes. A call of the C library costs as
-// much as such a copy, and libraries choose slow ways for some lengths.
+// Copies rows and other pieces of a few hundred bytes. A call of the C library costs as much as such a copy,
+// and libraries choose slow ways for some lengths.
 #pragma once
 
 #include "core/sixteen.h"
 
 namespace tiff {
 
-// A picture is gone through from its last row to the first, against the way that the processor
-// looks ahead. So the row to come is asked for; an address outside the picture does no harm.
+// Prefetches the next row: a picture is walked from its last row to the first, which the processor does not
+// predict. An address outside the picture does no harm.
 inline void AskForRow(const uint8_t* row, uint32_t bytes)
 {
     constexpr uint32_t CACHE_LINE = 64;
@@ -30,7 +30,7 @@ inline void CopyRow(uint8_t* target, const uint8_t* source, size_t bytes)
             CopySixteen(target + at + word, source + at + word);
     for (; at + WORD < bytes; at += WORD)
         CopySixteen(target + at, source + at);
-    // What is left over is part of the last word, most of which is copied twice.
+    // The rest is part of the last word, most of which is copied twice.
     CopySixteen(target + bytes - WORD, source + bytes - WORD);
 }
 

@@ -1,5 +1,5 @@
-// The little of the desktop that lower code needs. Declared only: the library links it to the
-// screen, the native tests to a desktop of their own.
+// The few desktop services that lower code needs. Declared only: the library links them to the screen, the
+// native tests to a desktop of their own.
 #pragma once
 
 #include "core/win32.h"

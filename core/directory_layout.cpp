@@ -6,7 +6,7 @@
 
 namespace tiff {
 
-// Of two entries with one tag, which a file that was read may have, the first stays the first.
+// A file may have two entries with one tag; they keep their order.
 static bool Precedes(const DirectoryTag& left, const DirectoryTag& right)
 {
     return left.view.tag != right.view.tag ? left.view.tag < right.view.tag
@@ -76,7 +76,7 @@ static void PutValues(uint8_t* target, const DirectoryTag& tag, uint32_t byteOrd
         SwapElements({target, tag.valueBytes}, tag.view.type);
 }
 
-// Short values stand at the front of their field, whatever the byte order.
+// Short values stand at the front of their field in either byte order.
 static void PutEntry(uint8_t* target, const DirectoryTag& tag, uint32_t byteOrder)
 {
     Store16(target, tag.view.tag, byteOrder);

@@ -11,16 +11,16 @@ namespace tiff {
 struct DirectoryTag {
     TagView view;         // with the type that is written
     uint32_t valueBytes;  // of all values
-    uint32_t valueOffset; // in the file; 0 for values that lie in the entry
+    uint32_t valueOffset; // in the file; 0 for values inside the entry
 };
 
 // A new page has its values before its directory, a copied one behind it.
 enum class LayoutOrder { ValuesFirst, DirectoryFirst };
 
-// From start on, values and directory; a directory begins on an even offset.
+// Values and directory from `start` on; a directory begins on an even offset.
 struct DirectoryLayout {
     uint32_t start;
-    uint32_t valueBytes; // of the values that do not lie in their entries
+    uint32_t valueBytes; // of the values outside their entries
     uint32_t directoryOffset;
     uint32_t entryBytes;
     uint32_t linkPosition; // of the link behind the entries
@@ -32,19 +32,19 @@ inline bool LiesInEntry(const DirectoryTag& tag)
     return tag.valueBytes <= 4;
 }
 
-// A record of a page as its directory will show it.
+// A record of a page as its directory will hold it.
 DirectoryTag Described(TagView view);
 
-// Puts the tags in order. Tags that are in order stay as they are.
+// Puts the tags in order. Tags with equal numbers keep their order.
 void SortTags(std::span<DirectoryTag> tags);
 
-// Puts the tags in order, and their values, in the same order and without gaps, where the file
-// ends now. Nothing when the directory would reach beyond 4 GiB.
+// Puts the tags in order, and their values in the same order without gaps, at the present end of the file.
+// Returns nothing when the directory would reach beyond 4 GiB.
 std::optional<DirectoryLayout> LayOutDirectory(std::span<DirectoryTag> tags, uint32_t start,
                                                LayoutOrder order);
 
-// Fills in the file's bytes from the layout's start to its end, in the file's byte order. The
-// link is 0: no page follows.
+// Fills in the file's bytes from the layout's start to its end, in the file's byte order. The link is 0: no
+// page follows.
 void AssembleDirectory(std::span<const DirectoryTag> tags, const DirectoryLayout& layout, uint32_t byteOrder,
                        uint8_t* bytes);
 

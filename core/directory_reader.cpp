@@ -1,5 +1,5 @@
-// Loads a page's directory: every value is fetched once, put into the processor's order and
-// never looked for in the file again.
+// Loads a page's directory: every value is fetched once, put into the processor's order and never read from
+// the file again.
 #include "core/directory_reader.h"
 
 #include "core/errors.h"
@@ -26,9 +26,8 @@ constexpr uint16_t requiredTags[] = {
 };
 static_assert(std::size(requiredTags) == 24);
 
-// Values that lie elsewhere and together need more than this are not in the file, whatever the
-// directory says: the room for them would be the file's to choose. A file that was merely cut
-// short keeps all its entries.
+// Outside values that together need more than this are not in the file, whatever the directory says: a file
+// must not choose how much memory we take. A file that was merely cut short keeps all its entries.
 constexpr uint64_t VALUE_SLACK = 65536;
 
 struct DirectoryLoad {
@@ -55,7 +54,7 @@ Value Admit(DirectoryLoad& load, DirectoryEntry& entry)
     return Value::Impossible;
 }
 
-// The bytes that all records of the directory take. Entries that cannot be read end it.
+// The bytes of all records of the directory. An entry that cannot be read ends it.
 uint64_t MeasureRecords(DirectoryLoad load)
 {
     uint64_t bytes = 0;
@@ -68,7 +67,7 @@ uint64_t MeasureRecords(DirectoryLoad load)
     return bytes;
 }
 
-// False when the page cannot do without the value, or there is no getting to it.
+// False when the page cannot do without the value, or its place in the file cannot be reached.
 bool ReadValue(DirectoryLoad& load, const DirectoryEntry& entry, Value value, uint8_t* target)
 {
     if (value == Value::Here) {
@@ -86,8 +85,8 @@ bool ReadValue(DirectoryLoad& load, const DirectoryEntry& entry, Value value, ui
     return !IsRequiredTag(entry.tag);
 }
 
-// Fills the block as far as the directory can be read; error 6 when that is not all of it. What
-// was not measured has no room: the file may have changed since, or could be read again.
+// Fills the block as far as the directory can be read; error 6 when a part is missing. Entries that were not
+// measured have no room: the file may have changed since, or may be readable now.
 void ReadRecords(DirectoryLoad& load, TagBlock* block)
 {
     auto* target = reinterpret_cast<uint8_t*>(block + 1);

@@ -6,9 +6,9 @@
 
 namespace tiff {
 
-// Loads a page that is not loaded yet. The window is of the file's stream and byte order, and serves
-// for all its pages; fileBytes is the size to read. Whole says whether everything that the file has of
-// the tags was loaded. Fails with 1, 3 or 6.
+// Loads a page that is not loaded yet. The window has the file's stream and byte order, and serves for all
+// its pages; fileBytes is the size to read. `whole` is set when all tags and values in the file were loaded.
+// Fails with 1, 3 or 6.
 [[nodiscard]] Status LoadTags(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes,
                               bool& whole);
 

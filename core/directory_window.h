@@ -1,6 +1,6 @@
-// Directories are parsed out of a window of the file that one read fills. Most directories lie
-// in one window whole, so a page costs one read however many fields it has; a window that is
-// carried on is a large one, so that directories close together cost one read for many.
+// Directories are parsed out of a window of the file that one read fills. Most directories lie whole in one
+// window, so a page costs one read, however many fields it has. A window that is kept for the next page is
+// large, so that one read covers many directories that lie close together.
 #pragma once
 
 #include "core/byte_order.h"
@@ -15,8 +15,8 @@ struct DirectoryWindow {
     uint32_t byteOrder = TIFF_INTEL;
     uint32_t start = 0;
     uint32_t length = 0;
-    bool failed = false;              // bytes that the file has could not be read
-    std::array<uint8_t, 32768> bytes; // left as they are until they are read
+    bool failed = false;              // bytes inside the file could not be read
+    std::array<uint8_t, 32768> bytes; // not cleared; only bytes that were read are used
 };
 
 inline constexpr uint32_t WINDOW_BYTES = 2048;
@@ -27,11 +27,11 @@ inline constexpr uint32_t ENTRY_BYTES = 12;
 // when the size is unknown.
 bool IsInFile(TiffStream stream, uint64_t position, uint64_t count);
 
-// The bytes at a file position, or null when the file ends before. They stand until the next
-// call. The count is at most WINDOW_BYTES.
+// The bytes at a file position, or null when the file ends before. They are valid until the next call. The
+// count is at most WINDOW_BYTES.
 const uint8_t* Fetch(DirectoryWindow& window, uint64_t position, uint32_t count);
 
-// An entry as the library keeps it: unknown types are bytes and there is at least one value.
+// An entry as the library keeps it: unknown types become bytes, and the count is at least one.
 struct DirectoryEntry {
     uint16_t tag;
     uint16_t type;
@@ -46,9 +46,9 @@ struct DirectoryEntry {
     }
 };
 
-inline constexpr uint8_t keptTypeBytes[] = {1, 1, 1, 2, 4, 8}; // of the types that are kept
+inline constexpr uint8_t keptTypeBytes[] = {1, 1, 1, 2, 4, 8}; // of the types up to RATIONAL
 
-// Takes an entry as it lies in the file.
+// Parses the bytes of an entry.
 inline void ParseEntry(const uint8_t* raw, uint32_t byteOrder, DirectoryEntry& entry)
 {
     entry.tag = Load16(raw, byteOrder);
@@ -68,7 +68,7 @@ inline void ParseEntry(const uint8_t* raw, uint32_t byteOrder, DirectoryEntry& e
 // Nothing when the entry lies beyond the end of the file.
 bool FetchEntry(DirectoryWindow& window, uint64_t directory, uint32_t index, DirectoryEntry& entry);
 
-// Value bytes that an entry takes in a TagRecord; short values fill the field.
+// Value bytes of an entry in a TagRecord; short values fill the field.
 constexpr uint64_t KeptBytes(const DirectoryEntry& entry)
 {
     return entry.elsewhere ? entry.valueBytes : 4;

@@ -73,7 +73,7 @@ Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset,
                                                                              : error::InputOutput;
 }
 
-// A link that was not written whole may lead anywhere: it is put back. Says whether it is as it was.
+// A link that was not written whole may lead anywhere, so it is restored. Returns whether that worked.
 static bool RestoreLink(TiffStream stream, uint32_t position, std::span<uint8_t> before)
 {
     return mSeek(stream, position, 0) != STREAM_FAILED &&
@@ -125,7 +125,7 @@ using namespace tiff;
 
 extern "C" uint32_t WriteTiffImageDirectory(HGLOBAL file, uint32_t page) noexcept
 {
-    // Opening may empty the file: not for a page that there is nothing to write of.
+    // Opening may empty the file, so a page that is not loaded is refused first.
     if (!IsTiffImageRegistered(file, page))
         return error::NotEnoughMemory;
     WritingStream stream(file);

@@ -7,9 +7,9 @@
 
 namespace tiff {
 
-// Writes the directory of a page behind everything else on an open stream and links it. The
-// page's entry and the record know it from then on. Fails with 1, also for a page that is not loaded,
-// and 6. Linked says whether the file leads to the directory, as it may after a failure too.
+// Writes the directory of a page at the end of an open stream, links it, and enters it in the page table and
+// the record. Fails with 6, or with 1, also for a page that is not loaded. `linked` says whether the file
+// leads to the directory, which may be so after a failure too.
 [[nodiscard]] Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page, bool& linked);
 
 // Overwrites a link with the offset of a directory. Fails with 6.

@@ -46,7 +46,7 @@ static constexpr std::array<const char*, error::LastCode + 1> texts = {
     "Invalid memory pointer or handle.",
     "Can't append an Intel-type TIF to a Motorola-type TIF",
     "Image format does not support width or length > 65535",
-    "Unknown error.", // accepted as a code without ever being set by the library
+    "Unknown error.", // accepted as a code, but never set by the library
 };
 
 void StoreLastError(Status status)

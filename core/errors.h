@@ -6,11 +6,11 @@
 
 namespace tiff {
 
-// Sets the last error to any value: line routines may stop a codec with a status of their own,
-// and the JPEG signals lie above the range that SetTiffError takes from callers.
+// Sets the last error to any value: a line routine may stop a codec with its own status, and the JPEG signals
+// lie above the range that SetTiffError takes from callers.
 void StoreLastError(Status status);
 
-// For the step that knows the cause of a failure: sets the error and is the status to return.
+// For the step that knows the cause of a failure: sets the error and returns it.
 inline Status Fail(Status status)
 {
     SetTiffError(status);

@@ -11,7 +11,7 @@ namespace tiff {
 class GlobalBlock {
 public:
     GlobalBlock() = default;
-    // Zero-filled. A block of no bytes would have no address, so the least is one.
+    // Zero-filled. A block of no bytes would have no address, so it has at least one.
     explicit GlobalBlock(uint64_t bytes)
         : block(GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, static_cast<SIZE_T>(bytes ? bytes : 1)))
     {
@@ -54,8 +54,8 @@ public:
         Adopt(nullptr);
         return &block;
     }
-    // Keeps the content and zero-fills what is new. The old block stays when it fails. Must not
-    // be locked.
+    // Keeps the content and zero-fills the new part. A failure leaves the old block. The block must not be
+    // locked.
     [[nodiscard]] bool Resize(uint64_t bytes)
     {
         HGLOBAL resized =

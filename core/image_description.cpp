@@ -1,4 +1,4 @@
-// What a page's tags say: single values, arrays, size, resolution, colours.
+// What a page's tags say: single values, arrays, size, resolution and colours.
 #include "core/image_description.h"
 #include "core/desktop.h"
 #include "core/errors.h"
@@ -56,7 +56,7 @@ uint32_t RoundedDotsPerInch(float resolution, uint32_t in)
     return static_cast<uint32_t>(std::min(dots + 0.5, 4294967295.0)) & 0xFFFF;
 }
 
-// Colours that a header announces; 16-bit grey is shown in 256 greys.
+// The number of colours in a page's header; 16-bit grey is shown in 256 greys.
 uint32_t ColourCount(uint32_t bitCount, uint32_t photometric)
 {
     if (bitCount <= 8)
@@ -84,7 +84,7 @@ Status Describe(const PageTags& tags, BITMAPINFOHEADER& header)
     header.biWidth = static_cast<int32_t>(width->Number(0).value_or(0));
     header.biHeight = static_cast<int32_t>(length->Number(0).value_or(0));
     if (header.biHeight == 0)
-        header.biHeight = LENGTH_OF_UNMEASURED_PAGE; // some fax software leaves it open
+        header.biHeight = LENGTH_OF_UNMEASURED_PAGE; // some fax software leaves it out
     if (tags.Value(tag::PlanarConfiguration, 1) != 1)
         return error::ColourFormat;
 
@@ -115,7 +115,7 @@ void FillGreys(std::span<RGBQUAD> colours, uint32_t important, bool whiteFirst)
         colours[index] = Grey(whiteFirst ? 255 - index * step : index * step);
 }
 
-// Colours beyond a map that is too short stay black.
+// Colours that a short map lacks stay black.
 bool FillFromMap(std::span<RGBQUAD> colours, const PageTags& tags)
 {
     const auto map = tags.Find(tag::ColorMap);
@@ -189,7 +189,7 @@ Status DescribeColours(const PageTags& tags, const BITMAPINFOHEADER& header, std
     if (header.biClrUsed == 0 && photometric != photometric::Separated && photometric != photometric::YCbCr)
         photometric = photometric::Rgb;
     colours = colours.first(header.biClrUsed);
-    // Deliberate: two colours are white and black whatever the map says, but there must be one.
+    // Deliberate: two colours are white and black whatever the map holds, but the map must exist.
     if (photometric == photometric::Palette && !FillFromMap(colours, tags))
         return error::TagsMissing;
     FillPlainColours(colours, header.biClrImportant, photometric);

@@ -8,12 +8,12 @@ namespace tiff {
 // As GetTiffDimensions. Fails with 10, 16, or 27 without tags.
 [[nodiscard]] Status DescribeImage(const PageTags& tags, BITMAPINFOHEADER& header);
 
-// The colours that the header announces, which there must be room for. Fails with 10 without a colour
-// map, and with 16 for 32 bits that are no inks.
+// The colours of the header; `colours` must have room for them. Fails with 10 without a colour map, and with
+// 16 for 32 bits that are not CMYK.
 [[nodiscard]] Status DescribeColours(const PageTags& tags, const BITMAPINFOHEADER& header,
                                      std::span<RGBQUAD> colours);
 
-// Greys of a photometric value that has them, and white and black for two colours of any other.
+// The greys of WhiteIsZero and BlackIsZero; for any other value of two colours, white and black.
 void FillPlainColours(std::span<RGBQUAD> colours, uint32_t important, uint32_t photometric);
 
 } // namespace tiff

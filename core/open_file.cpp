@@ -41,8 +41,8 @@ static TiffStream OpenForWriting(const TiffFileRecord& record)
     return handle ? static_cast<TiffStream>(reinterpret_cast<intptr_t>(handle.Release())) : NO_STREAM;
 }
 
-// The block that a memory file begins with is made here, not by the first write: so there is
-// always someone who knows it, even when a later write has failed to make it larger.
+// The first block of a memory file is made here, not by the first write: its owner must know it even when a
+// later write fails to grow it.
 static TiffStream OpenMemoryForWriting(const TiffFileRecord& record, GlobalBlock& fresh)
 {
     if (!record.memoryBlock) {
@@ -108,7 +108,7 @@ Status WritingStream::OpenStatus() const
 
 void WritingStream::TakeBack()
 {
-    constexpr uint32_t BEYOND_OFFSETS = UINT32_MAX; // nothing was written to such a file
+    constexpr uint32_t BEYOND_OFFSETS = UINT32_MAX; // such a file is never written to
     if (knowsEnd && end != BEYOND_OFFSETS)
         CutStream(stream.Get(), end);
 }
@@ -121,8 +121,7 @@ std::array<uint8_t, 8> FileHeader(uint32_t byteOrder)
     return header;
 }
 
-// A file may have been cut off in its last link. The link is completed before anything is put
-// where its end belongs.
+// A file may end inside its last link. The link is completed first, because the page would lie in its place.
 static Status MoveToEnd(TiffStream stream, uint32_t linkPosition)
 {
     const uint32_t end = mSeek(stream, 0, 2);
@@ -188,7 +187,7 @@ static void TakePages(TiffFileRecord* record, const ChainWalk& walk)
     record->linkPosition = walk.linkPosition;
 }
 
-// Reads the file that a record without pages names and puts its pages in.
+// Reads the pages of the file that an empty record names.
 static Status ReadPages(GlobalBlock& block, bool& broken)
 {
     ChainWalk walk;
@@ -201,7 +200,7 @@ static Status ReadPages(GlobalBlock& block, bool& broken)
             return status;
         if (const Status status = WalkChain(window, walk); status != error::None)
             return status;
-        // Pages that are there and could not be read would be cut off by the next page written.
+        // The next page written would cut off pages that exist but could not be read.
         if (walk.broken && window.failed && record->openFlags == openflag::Append && record->path[0])
             return error::InputOutput;
         record->byteOrder = static_cast<uint16_t>(window.byteOrder);
@@ -230,7 +229,7 @@ static GlobalBlock MakeRecord(const char* path, HGLOBAL memoryBlock, uint32_t me
     return block;
 }
 
-// The pages of a broken chain that can be reached are there, and the status says that it is broken.
+// A broken chain opens with the pages before the break, and the status says that it is broken.
 static HGLOBAL OpenExisting(GlobalBlock block, uint32_t openFlags, Status& status)
 {
     if (!block)
@@ -247,15 +246,14 @@ static HGLOBAL OpenExisting(GlobalBlock block, uint32_t openFlags, Status& statu
 
 enum class Found { Nothing, Pages, Unreadable };
 
-// A size that cannot be found out is none that allows to begin the file anew.
+// A file of unknown size does not count as empty: an empty one is begun anew.
 static bool IsEmpty(HANDLE file)
 {
     LARGE_INTEGER size;
     return GetFileSizeEx(file, &size) && size.QuadPart == 0;
 }
 
-// A file that is there and cannot be looked into must not be taken for a new one: its pages
-// would go with the first that is written.
+// A file that exists but cannot be opened is not new: the first page written would delete its pages.
 static Found LookFor(const char* path)
 {
     FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
@@ -302,8 +300,8 @@ extern "C" HGLOBAL OpenTiffInMemory(HGLOBAL memory, uint32_t size, uint32_t mode
 {
     Status status;
     GlobalBlock block = MakeRecord("", memory, size, status);
-    // Deliberate: reading in memory always allows pages to be added, and a new TIFF is made only
-    // when it is asked for, never in place of an empty one.
+    // Deliberate: reading in memory always allows pages to be added. A new TIFF is made only when asked for,
+    // never in place of an empty one.
     HGLOBAL file = mode == T_READ || mode == T_APPEND
                        ? OpenExisting(std::move(block), openflag::Append, status)
                        : block.Release();
@@ -377,6 +375,6 @@ extern "C" void GetTiffVersion(char* buffer, int32_t size) noexcept
 {
     if (!buffer || size <= 0)
         return;
-    // Deliberate: the count is taken at its word, so a short buffer gets no terminator.
+    // Deliberate: the size is used as given, so a short buffer gets no terminator.
     std::memcpy(buffer, VERSION_TEXT, std::min(static_cast<size_t>(size), sizeof(VERSION_TEXT)));
 }

@@ -10,7 +10,7 @@
 
 namespace tiff {
 
-// A file begins with a header, at whose end is the link to the first page.
+// The header ends with the link to the first page.
 inline constexpr uint32_t FIRST_LINK = 4;
 
 // The header of a file without pages.
@@ -19,11 +19,11 @@ std::array<uint8_t, 8> FileHeader(uint32_t byteOrder);
 // The file on disk, or a memory stream over the record's block, for reading.
 TiffStream OpenRecord(const TiffFileRecord& record);
 
-// A stream to write a page through: the file on disk, opened as the open flags say, or a memory
-// stream over the record's block, empty for a file that is to begin afresh.
+// A stream to write a page through: the file on disk, opened as the open flags say, or a memory stream over
+// the record's block, which is emptied for a new file.
 class WritingStream {
 public:
-    // A disk file that cannot be opened is tried again up to `retries` times, after a pause each.
+    // If a disk file cannot be opened, tries again up to `retries` times, each after a pause.
     explicit WritingStream(HGLOBAL file, uint32_t retries = 0);
     WritingStream(const WritingStream&) = delete;
     WritingStream& operator=(const WritingStream&) = delete;
@@ -39,11 +39,11 @@ public:
     {
         return stream.Get();
     }
-    // The page is whole: a TIFF in memory now reaches to the end of what was written. Without
-    // this it keeps the size it had, and what was written is written over by the next page.
+    // Call when the page is whole: a TIFF in memory then extends to the end of the written bytes. Without
+    // this it keeps its old size, and the next page overwrites the rest.
     void Commit();
 
-    // The page failed and nothing leads to what was written: the file ends where it did again.
+    // Call when the page failed and nothing links to it: the file gets its old end again.
     void TakeBack();
 
 private:
@@ -57,7 +57,7 @@ private:
 // Writes the header of a file that has none yet, or moves to the end of one that has.
 [[nodiscard]] Status BeginPage(TiffStream stream, HGLOBAL file);
 
-// As OpenTiffFile, and how it went: a file whose chain of pages is broken opens with 6.
+// As OpenTiffFile, and says why: a file whose chain of pages is broken opens with status 6.
 HGLOBAL OpenFile(const char* path, uint32_t mode, Status& status);
 
 } // namespace tiff

@@ -1,5 +1,5 @@
-// Pages in the making: their entry in the page table, their tags one by one, and the sets of
-// tags that pictures share.
+// Pages that are being defined: their entry in the page table, single tags, and the sets of tags that
+// pictures share.
 #include "core/page_tags.h"
 #include "core/errors.h"
 #include "core/global_block.h"
@@ -32,8 +32,8 @@ GlobalBlock MakeTagBlock()
     return block;
 }
 
-// Deliberate: the first entry that never had tags, be it that of a page in the file. Callers that
-// number their pages otherwise load them first.
+// Deliberate: the first entry that never had tags, even that of a page in the file. Callers that number their
+// pages otherwise load them first.
 uint32_t FirstFreePage(const PageEntry* pages, uint32_t pageCount)
 {
     const auto* found =
@@ -62,8 +62,8 @@ int32_t AddPage(HGLOBAL file)
     return static_cast<int32_t>(page);
 }
 
-// Bytes that a page's records take with a new one in place of the old one with its tag, and
-// whether they fit. A block never shrinks.
+// Bytes of a page's records when a new one replaces that with the same tag, and whether they fit. A block
+// never shrinks.
 struct Need {
     uint64_t bytes;
     bool fits;
@@ -102,7 +102,7 @@ bool PutRecord(HGLOBAL file, uint32_t page, TagRecord record, const void* values
     return true;
 }
 
-// A page that tags are being defined for; after a failure nothing more is defined.
+// A page whose tags are being defined; after a failure no more are defined.
 struct Definition {
     HGLOBAL file;
     uint32_t page;
@@ -116,8 +116,8 @@ void Put(Definition& definition, uint16_t tag, uint16_t type, const void* values
                                                        static_cast<uint32_t>(count));
 }
 
-// Deliberate: numbers above 65535 lose their high bits. Only the caller knows whether a page that
-// large is acceptable, and then defines the tag again.
+// Deliberate: numbers above 65535 lose their high bits. Only the caller knows whether a page of that size is
+// acceptable; it then defines the tag again.
 void PutShorts(Definition& definition, uint16_t tag, std::initializer_list<uint32_t> values)
 {
     std::array<uint16_t, 4> shorts;

@@ -1,4 +1,4 @@
-// What the process holds: the slot of the thread states, the module, the JPEG library.
+// The state of the process: the slot of the thread states, the module, the JPEG library.
 #pragma once
 
 #include "core/win32.h"

@@ -10,7 +10,7 @@ namespace tiff {
 
 struct PageEntry {
     uint32_t directoryOffset; // 0 for a page not yet written
-    uint32_t tagBlockBytes;   // what the page's TagRecords need
+    uint32_t tagBlockBytes;   // size of the page's TagRecords
     HGLOBAL tagBlock;         // null until loaded or defined; stays after a drop
     uint16_t kind;            // NewSubfileType, and PAGE_REGISTERED
 };
@@ -19,7 +19,7 @@ struct PageEntry {
 struct TiffFileRecord {
     char path[260]; // empty for a TIFF in memory
     uint32_t openFlags;
-    uint32_t linkPosition; // of the link that the next page written must patch
+    uint32_t linkPosition; // of the link that the next new page is written to
     HGLOBAL memoryBlock;
     uint32_t memoryBytes; // as given at open; 0xFFFFFFFF for a disk file
     uint16_t byteOrder;
@@ -35,7 +35,7 @@ struct TagBlock {
 
 // Its values follow, in the processor's order.
 struct TagRecord {
-    uint32_t length; // of this header and the values: the step to the next record
+    uint32_t length; // of this header and the values: the distance to the next record
     uint16_t tag;
     uint16_t type;
     uint32_t count;

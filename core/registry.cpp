@@ -75,7 +75,7 @@ using namespace tiff;
 extern "C" int32_t IsTiffImageRegistered(HGLOBAL file, uint32_t page) noexcept
 {
     const Status status = PageStatus(file, page);
-    // Deliberate: without a file nothing is said.
+    // Deliberate: a null file sets no error.
     if (status != error::None && file)
         SetTiffError(status);
     return status == error::None;

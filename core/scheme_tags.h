@@ -1,5 +1,5 @@
-// What the pages of a compression have in their tags that others have not. Drivers, page copy and tag
-// sets ask here instead of naming schemes.
+// The tags that only pages of one compression have. Drivers, page copy and tag sets look here and name no
+// scheme.
 #pragma once
 
 #include "core/vocabulary.h"
@@ -11,17 +11,17 @@ namespace tiff {
 // Tables outside the directory, one for each offset in a tag.
 struct TableTag {
     uint16_t tag;
-    uint32_t bytes;        // of a table, or of the counts that it begins with
-    bool beginsWithCounts; // a byte each; as many bytes follow as they add up to
+    uint32_t bytes;        // of a table, or of the counts at its start
+    bool beginsWithCounts; // one byte each; their sum is the number of bytes that follow
 };
 
-// The tags that a picture of a new page gets.
+// The kind of picture tags that a new page gets.
 enum class PictureTags { Strips, OneStrip, Tiles };
 
 struct SchemeTags {
     uint32_t compression;
     PictureTags picture;
-    bool dataInTiles; // also where a page has strips besides
+    bool dataInTiles; // also in a page that has strips too
     std::span<const TableTag> tables;
 };
 

@@ -46,8 +46,8 @@ static Module LoadJpegLibrary()
     return Module(IsLoaded(module) ? module : nullptr);
 }
 
-// Loading it for every page would take longer than many a page: one reference stays until a file is
-// closed. Another thread may have left one meanwhile.
+// Loading the library for every page could take longer than the page: one reference stays until a file is
+// closed. Another thread may have left one in the meantime.
 static void KeepJpegLibrary()
 {
     if (processState.jpegLibrary)

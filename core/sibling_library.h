@@ -1,4 +1,4 @@
-// The companion libraries that are found when they are needed and not linked.
+// The companion libraries, which are loaded when needed and not linked.
 #pragma once
 
 #include "core/handles.h"
@@ -7,15 +7,15 @@
 
 namespace tiff {
 
-// The library of this file name beside this one, or else where the system finds it; null when
-// neither is there.
+// The library of this file name beside this one, or else where the system finds it. Null when it is in
+// neither place.
 Module LoadSibling(const char* fileName);
 
-// A function of the JPEG library, which is loaded if it is not yet and stays loaded while it is
-// held, whatever other threads close. Null with the status 22 (no library) or 23 (no such function).
+// A function of the JPEG library. Loads the library if necessary; it stays loaded as long as `held` lives,
+// even when other threads close files. Null with status 22 (no library) or 23 (no such function).
 FARPROC FindJpegFunction(const char* name, Module& held, Status& status);
 
-// Closing a file ends what keeps the library loaded between calls.
+// Called when a file is closed: drops the reference that keeps the library loaded between calls.
 void UnloadJpegLibrary();
 
 } // namespace tiff

@@ -1,5 +1,5 @@
-// Sixteen bytes, or four columns, at a time. Here alone it is known how the processor does that: SSE2
-// is part of every 64-bit x86 processor; elsewhere plain code does the same.
+// Sixteen bytes, or four columns, at a time. Only this file knows the processor's way: SSE2 is part of every
+// 64-bit x86 processor; elsewhere plain code does the same.
 #pragma once
 
 #include "core/sixteen_plain.h"
@@ -61,13 +61,13 @@ inline Sixteen SubtractBytes(Sixteen one, Sixteen other)
     return _mm_sub_epi8(one, other);
 }
 
-// A bit for each byte that is the same in both, the lowest for the first.
+// A bit for each byte that is equal in both, the lowest bit for the first byte.
 inline uint32_t EqualBytes(Sixteen one, Sixteen other)
 {
     return static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(one, other)));
 }
 
-// Moves all bytes some places towards the last or the first. Zeros follow.
+// Moves all bytes towards the last or the first, and fills with zeros.
 template <int PLACES>
 Sixteen ShiftUp(Sixteen value)
 {
@@ -80,7 +80,7 @@ Sixteen ShiftDown(Sixteen value)
     return _mm_srli_si128(value, PLACES);
 }
 
-// The last one, two or four bytes over and over.
+// The last one, two or four bytes repeated.
 template <int BYTES>
 Sixteen RepeatLast(Sixteen value)
 {
@@ -113,13 +113,13 @@ inline Sixteen AddColumns(Sixteen one, Sixteen other)
     return _mm_add_epi32(one, other);
 }
 
-// All bits of each number that is greater than the other one's.
+// All bits set in each number that is greater than its partner.
 inline Sixteen GreaterColumns(Sixteen one, Sixteen other)
 {
     return _mm_cmpgt_epi32(one, other);
 }
 
-// The highest bit of each number, the lowest for the first.
+// The highest bit of each number, the lowest bit for the first.
 inline uint32_t ColumnBits(Sixteen columns)
 {
     return static_cast<uint32_t>(_mm_movemask_ps(_mm_castsi128_ps(columns)));

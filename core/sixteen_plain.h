@@ -1,4 +1,4 @@
-// What core/sixteen.h offers, for any processor. The comments there say what each function does.
+// The functions of core/sixteen.h for any processor. That file describes each.
 #pragma once
 
 #include <cstddef>

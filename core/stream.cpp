@@ -38,7 +38,7 @@ TiffStream OpenMemoryStream(HGLOBAL block, uint32_t size)
 {
     if (size > INT32_MAX)
         return NO_STREAM;
-    // A size beyond the block would let reads run out of it.
+    // A size beyond the block would let reads pass its end.
     if (block && size > GlobalSize(block))
         size = static_cast<uint32_t>(GlobalSize(block));
     auto& slots = ThreadState().memoryFiles;
@@ -82,8 +82,8 @@ static HGLOBAL Resized(HGLOBAL block, SIZE_T bytes)
                  : GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, bytes);
 }
 
-// Room grows by half, so that a file written in many parts is not copied once a part. A block that
-// cannot grow stays the slot's: it holds the file as it was.
+// Room grows by half, so that a file written in many parts is not copied for each part. A block that cannot
+// grow stays in the slot: it holds the file as it was.
 static bool MakeRoom(MemoryFileSlot& slot, SIZE_T bytes)
 {
     const SIZE_T room = slot.block ? GlobalSize(slot.block) : 0;

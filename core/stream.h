@@ -10,22 +10,22 @@ namespace tiff {
 
 inline constexpr TiffStream NO_STREAM = -1;
 
-// Takes a free slot of the calling thread, at position 0; NO_STREAM when all are taken. The
-// block stays its owner's and may be null for a new, empty file.
+// Takes a free slot of the calling thread, at position 0; NO_STREAM when all are taken. The block still
+// belongs to its owner and may be null for a new, empty file.
 TiffStream OpenMemoryStream(HGLOBAL block, uint32_t size);
 
-// The block as writing has left it; null for anything but a memory stream. It may have more room than
-// the file has bytes.
+// The block after writing; null for anything but a memory stream. It may have more room than the file has
+// bytes.
 HGLOBAL MemoryStreamBlock(TiffStream stream);
 
-// Cuts the block of a memory stream to the bytes of the file.
+// Cuts the block of a memory stream to the size of the file.
 void GiveBackRoom(TiffStream stream);
 
-// The bytes that 32-bit offsets reach: a file of 4 GiB and more counts as 0xFFFFFFFF. False when the
-// size is not known.
+// The bytes within reach of 32-bit offsets: a file of 4 GiB and more counts as 0xFFFFFFFF. False when the
+// size is unknown.
 [[nodiscard]] bool SizeToRead(TiffStream stream, uint32_t& bytes);
 
-// Takes the end of a file back to where it was. False when that fails.
+// Cuts the file back to this size. False when that fails.
 bool CutStream(TiffStream stream, uint32_t bytes);
 
 class Stream {

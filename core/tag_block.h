@@ -17,7 +17,7 @@ struct TagView {
     uint32_t count;
     std::span<const uint8_t> values;
 
-    // A BYTE, SHORT or LONG as a number, or a part of a RATIONAL; nothing for other types and
+    // A BYTE, SHORT or LONG as a number, or a part of a RATIONAL. Nothing for other types and for an index
     // beyond the values.
     std::optional<uint32_t> Number(uint32_t index) const;
 };
@@ -30,10 +30,10 @@ inline uint8_t* Records(TagBlock* block)
 // The first record with the tag, header and values; empty without one.
 std::span<uint8_t> FindRecord(TagBlock* block, uint32_t tag);
 
-// Takes that record out; the records behind it move down. Nothing happens without one.
+// Removes that record; the records behind it move down. Does nothing without one.
 void RemoveRecord(TagBlock* block, uint32_t tag);
 
-// Appends a record, for which there must be room.
+// Appends a record. The block must have room for it.
 void AppendRecord(TagBlock* block, const TagRecord& record, const void* values);
 
 // The tags of a loaded page, locked for a scope.
@@ -50,9 +50,9 @@ public:
     {
         return block->tagCount;
     }
-    // The first record with the tag; nothing is said about a missing one.
+    // The first record with the tag; a missing one sets no error.
     std::optional<TagView> Find(uint32_t tag) const;
-    // The first value of a tag, or what stands for a missing one.
+    // The first value of a tag, or `fallback` when it is missing.
     uint32_t Value(uint32_t tag, uint32_t fallback, uint32_t index = 0) const;
 
     // Steps through all records: position starts at 0 and is moved on.

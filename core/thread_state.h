@@ -1,5 +1,5 @@
-// Everything that changes and belongs to no file: one record per thread, reached through one
-// slot. There are no locks because nothing here is shared.
+// All state that belongs to no file: one record per thread, reached through one slot. Nothing here is shared,
+// so there are no locks.
 #pragma once
 
 #include "core/win32.h"
@@ -17,12 +17,11 @@ struct MemoryFileSlot {
 
 inline constexpr int32_t MEMORY_FILE_FREE = -1;
 
-// Slots 0 and 1 stay unused: their negated numbers would look like no handle and like the
-// system's invalid handle.
+// Slots 0 and 1 stay unused: their negated numbers would be no handle and the system's invalid handle.
 inline constexpr int32_t FIRST_MEMORY_SLOT = 2;
 inline constexpr int32_t LAST_MEMORY_SLOT = 30;
 
-// Room for the settings of a layer above, which says what they are: zeros at first.
+// Room for the settings of an upper layer, which defines them. Zero at first.
 template <size_t BYTES>
 struct LayerRoom {
     alignas(8) std::array<uint8_t, BYTES> bytes;
@@ -44,8 +43,8 @@ Settings& SettingsIn(LayerRoom<BYTES>& room)
     return *reinterpret_cast<Settings*>(room.bytes.data());
 }
 
-// The calling thread's record, made on first use. A thread that cannot have one is ended: no
-// function could report anything to it.
+// The calling thread's record, made on first use. A thread that gets no memory for it is ended: no function
+// could report an error to it.
 TiffThreadState& ThreadState();
 // False when the memory is missing; the first use tries again.
 bool CreateThreadState();

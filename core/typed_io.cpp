@@ -8,7 +8,7 @@
 
 namespace tiff {
 
-// No transfer is larger: a promise that callers with small buffers behind their files rely on.
+// No transfer is larger: callers with small buffers behind their files rely on it.
 static constexpr uint32_t CHUNK_BYTES = 32000;
 static constexpr uint32_t SCRATCH_SLACK = 50;
 

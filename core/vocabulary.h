@@ -1,4 +1,4 @@
-// The numbers that TIFF files and callers of the library speak in, by name.
+// The numbers that TIFF files and callers of the library use, by name.
 #pragma once
 
 #include "tiff/values.h"
@@ -44,7 +44,7 @@ inline constexpr uint16_t TileByteCounts = 325;
 inline constexpr uint16_t SubIfds = 330;
 inline constexpr uint16_t JpegTables = 347;
 inline constexpr uint16_t JpegProc = 512;
-inline constexpr uint16_t JpegStream = 513; // JPEGInterchangeFormat: a whole picture
+inline constexpr uint16_t JpegStream = 513; // JPEGInterchangeFormat: a complete JPEG stream
 inline constexpr uint16_t JpegStreamLength = 514;
 inline constexpr uint16_t JpegRestartInterval = 515;
 inline constexpr uint16_t JpegQTables = 519;
@@ -73,7 +73,7 @@ inline constexpr uint16_t SLong8 = 17;
 inline constexpr uint16_t Ifd8 = 18;
 } // namespace fieldtype
 
-// The public codes under the names that read well inside the library.
+// The public error codes, with names that read well inside the library.
 namespace error {
 inline constexpr uint32_t None = TIFF_ERROR_NONE;
 inline constexpr uint32_t NotEnoughMemory = TIFF_ERROR_MEMORY;
@@ -110,10 +110,10 @@ inline constexpr uint32_t OldJpegPage = TIFF_ERROR_OLD_JPEG_PAGE;
 inline constexpr uint32_t JpegPage = TIFF_ERROR_JPEG_PAGE;
 } // namespace error
 
-// What FlushDataBuffer says after the last row; never leaves a codec.
+// The result of FlushDataBuffer after the last row; it never leaves a codec.
 inline constexpr Status ALL_ROWS_DONE = 3;
 
-// The user or a callback stopped the work; no error stands then.
+// The user or a callback stopped the work; the last error is 0 then.
 inline constexpr Status CANCELLED = UINT32_MAX;
 
 namespace compression {
@@ -146,7 +146,7 @@ inline constexpr uint32_t Palette = 3;
 inline constexpr uint32_t Mask = 4;
 inline constexpr uint32_t Separated = 5;
 inline constexpr uint32_t YCbCr = 6;
-inline constexpr uint32_t FirstColourSpace = 7; // handed to callers unconverted
+inline constexpr uint32_t FirstColourSpace = 7; // given to callers unconverted
 inline constexpr uint32_t LastColourSpace = 17;
 } // namespace photometric
 

@@ -1,5 +1,5 @@
-// The library's attachment to processes and threads. A thread older than the library, or one
-// whose record could not be had here, gets it on first use.
+// Attaches the library to processes and threads. A thread that is older than the library, or got no record
+// here for lack of memory, gets it on first use.
 #include "core/process_state.h"
 #include "core/thread_state.h"
 

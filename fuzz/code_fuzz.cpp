@@ -1,5 +1,5 @@
-// Decodes any bytes as a bare stream: the first four choose scheme, width and fill order. CCITT code
-// is decoded once more by the careful loops alone, which must find the same.
+// Decodes any bytes as a bare stream: the first four choose scheme, width and fill order. CCITT code is
+// decoded again with the careful loops alone; the results must be equal.
 #include "core/process_state.h"
 #include "core/stream.h"
 #include "standin/standin.h"
@@ -24,7 +24,7 @@ static HGLOBAL Copy(const uint8_t* head, size_t headBytes, const uint8_t* data, 
     return block;
 }
 
-// Records begin with one that takes in all there is.
+// For records, adds a header that covers all bytes.
 static void CompareLoops(const uint8_t* data, size_t bytes, tiff::CcittScheme scheme, uint32_t width,
                          uint32_t rows)
 {

@@ -1,5 +1,5 @@
-// Opens any bytes as a TIFF in memory, sets its page totals, and copies its first pages into another
-// one, which must then have just these pages.
+// Opens any bytes as a TIFF in memory, sets its page totals, and copies its first pages into another one,
+// which must then have exactly these pages.
 #include "core/process_state.h"
 #include "standin/standin.h"
 #include "tiff/tiff.h"
@@ -9,7 +9,7 @@
 
 static constexpr uint32_t PAGES = 3;
 static constexpr uint64_t LARGEST_COPY = 16 << 20;
-static constexpr size_t LARGEST_FILE = 8192; // every strip may be all of it
+static constexpr size_t LARGEST_FILE = 8192; // each strip may be as long as the file
 
 static uint32_t CopyFirstPages(HGLOBAL source, HGLOBAL copy)
 {

@@ -1,4 +1,4 @@
-// Opens any bytes as a TIFF in memory, asks everything of its first pages and decodes them.
+// Opens any bytes as a TIFF in memory, queries its first pages in every way, and decodes them.
 #include "core/process_state.h"
 #include "standin/standin.h"
 #include "tiff/tiff.h"

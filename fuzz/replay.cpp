@@ -1,4 +1,4 @@
-// Runs a fuzzer's entrance once over each file given, without a fuzzing engine.
+// Runs a fuzzer's entry point once for each given file, without a fuzzing engine.
 #include <cstdint>
 #include <cstdio>
 #include <fstream>

@@ -1,5 +1,5 @@
-// Pages are loaded one after the other and their pixels counted against a limit; counting stops
-// when the answer is known.
+// Pages are loaded one by one and their pixels counted up to a limit; counting stops when the answer is
+// certain.
 #include "tiff/blank_pages.h"
 #include "core/desktop.h"
 #include "core/directory_reader.h"
@@ -46,8 +46,8 @@ bool IsGrey(std::span<const uint8_t> colour)
     return colour[0] == colour[1] && colour[1] == colour[2];
 }
 
-// Deliberate: a row is counted through the byte behind its last whole one, which lies in the padding
-// when the width is a multiple of 8; all eight of its bits count then.
+// Deliberate: counts one byte more than the whole bytes of a row. When the width is a multiple of 8, that
+// byte is padding, and all eight of its bits count.
 bool TestBilevel(const Search& search, const DibView& view)
 {
     const auto first = view.colours.first(3), second = view.colours.subspan(view.colourBytes, 3);
@@ -73,7 +73,7 @@ bool TestBilevel(const Search& search, const DibView& view)
     return !search.forBlack;
 }
 
-// Counts the pixels that match in each row; true as soon as there are enough.
+// Counts the pixels that match, row by row; true once there are enough.
 template <class IsMatch>
 bool TestPixels(const Search& search, const DibView& view, uint32_t pixelBytes, IsMatch isMatch)
 {
@@ -90,7 +90,7 @@ bool TestPixels(const Search& search, const DibView& view, uint32_t pixelBytes, 
     return false;
 }
 
-// Deliberate: the levels pair with the colour the other way round than at 24 bits.
+// Deliberate: the levels pair with the colour in the opposite order to that at 24 bits.
 bool TestPalette(const Search& search, const DibView& view)
 {
     std::array<bool, 256> matches{};
@@ -126,7 +126,7 @@ bool IsMatch(const Search& search, const DibView& view)
     }
 }
 
-// A picture that is there in part is searched like others.
+// A picture that was decoded in part is searched too.
 Status TestPage(const Search& search, HGLOBAL file, uint32_t page, bool& matches)
 {
     RowSource source{};
@@ -141,12 +141,12 @@ Status TestPage(const Search& search, HGLOBAL file, uint32_t page, bool& matches
     DibView view;
     if (!block || CompleteDib({block.Get(), GlobalSize(dib.Get())}, view) != error::None)
         return error::InputOutput;
-    StoreLastError(status); // how the page was decoded is for the caller to know
+    StoreLastError(status); // the caller may want the status of decoding
     matches = IsMatch(search, view);
     return error::None;
 }
 
-// The page's number from 1, 0 for none, or the failure value and the status.
+// The page's number from 1, 0 when none matches, or the failure value and a status.
 uint32_t FindPageThat(Search search, const char* path, int32_t firstPage, Status& status)
 {
     const OpenedTiff file(path, T_READ);
@@ -160,7 +160,7 @@ uint32_t FindPageThat(Search search, const char* path, int32_t firstPage, Status
         return SEARCH_FAILED;
     }
     const BusyCursor busy;
-    // A chain that leads back into itself is looked through once; then it is an error.
+    // A chain with a loop is searched once; if no page matches, that is an error.
     const uint32_t pages = PagesBeforeRepeat(file.Get());
     for (uint32_t page = first; page < pages; ++page) {
         bool matches = false;

@@ -1,4 +1,4 @@
-// Saving for one fax server, which wants every page's directory before its data.
+// Saving for a fax server that needs every page's directory before its data.
 #include "core/errors.h"
 #include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
@@ -19,7 +19,7 @@ Status ConvertForCisco(const char* path)
         return file.OpenStatus();
     if (!file.IsWhole() || file.PageCount() == 0)
         return error::InputOutput;
-    // Deliberate: when a page cannot be copied, the file goes too. It would be sent as it is.
+    // Deliberate: when a page cannot be copied, the file is deleted too, or it would be sent in part.
     Replacement rewritten(path, Naming::TempTiff, OnFailure::DeleteBoth);
     if (!rewritten)
         return rewritten.NameStatus();

@@ -11,7 +11,7 @@ namespace tiff {
 
 namespace {
 
-// Pages first, then the link to them. Until it is written the file reads as it did before.
+// The pages first, then the link to them. Until the link is written, the file reads as before.
 Status SettleLink(CopyOutput& output)
 {
     if (output.waitingLink == 0)
@@ -26,7 +26,7 @@ Status SettleLink(CopyOutput& output)
     return back ? error::None : error::InputOutput;
 }
 
-// Bytes of a TIFF in memory beyond what was committed do not count.
+// In a TIFF in memory, uncommitted bytes do not count.
 bool CutBack(const CopyOutput& output, uint32_t end)
 {
     return output.stream <= 0 ||
@@ -88,7 +88,7 @@ Status EndPage(CopyOutput& output, uint32_t directoryOffset, uint32_t linkPositi
         output.whole = {EndOf(output), linkPosition};
         return error::None;
     }
-    // One link can wait, and of one that is partly in the buffer the rest goes to the file first.
+    // Only one link can wait. When a link is partly in the buffer, its rest must go to the file first.
     const bool now = output.waitingLink != 0 || output.flushed - link < 4;
     if (now)
         if (const Status status = Flush(output); status != error::None)
@@ -96,20 +96,20 @@ Status EndPage(CopyOutput& output, uint32_t directoryOffset, uint32_t linkPositi
     output.waitingLink = link;
     output.waitingDirectory = directoryOffset;
     output.whole = {EndOf(output), linkPosition};
-    // With everything in the file it need not wait: the next page's link would, and the one after that.
+    // With everything in the file this link need not wait; else every later page's link would have to.
     return now ? Flush(output) : error::None;
 }
 
 void TakeBack(CopyOutput& output)
 {
-    // The pages before are written again, in case the failure was that they did not fit.
+    // Writes the complete pages again: the failure may have been lack of room for this one.
     output.filled = output.whole.end > output.flushed ? output.whole.end - output.flushed : 0;
     const bool written =
         mSeek(output.stream, output.flushed, 0) != STREAM_FAILED && Flush(output) == error::None;
     const CopiedEnd& kept = written ? output.whole : output.safe;
     if (CutBack(output, kept.end) || !output.isNew || kept.end != 0)
         return;
-    // A new file without a page: nothing may lead to what cannot be cut off.
+    // A new file without a page: no link may lead to bytes that cannot be cut off.
     static_cast<void>(PatchLink(output.stream, FIRST_LINK, 0, output.byteOrder));
 }
 

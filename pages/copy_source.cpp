@@ -19,7 +19,7 @@ GlobalBlock CopyOf(HGLOBAL block)
     return copy;
 }
 
-// Growing may move the memory under whoever reads it.
+// A TIFF in memory that is copied into itself is read from a copy: growing may move it.
 GlobalBlock SnapshotOf(HGLOBAL file, HGLOBAL destination)
 {
     HGLOBAL block = Locked<TiffFileRecord>(file)->memoryBlock;
@@ -34,10 +34,10 @@ TiffStream OpenSource(HGLOBAL file, HGLOBAL destination, const GlobalBlock& snap
         return OpenMemoryStream(snapshot.Get(), record->memoryBytes);
     const Locked<TiffFileRecord> other(destination);
     const bool shared = other && record->memoryBlock && other->memoryBlock == record->memoryBlock;
-    return shared ? NO_STREAM : OpenRecord(*record); // there was no memory for the snapshot
+    return shared ? NO_STREAM : OpenRecord(*record); // no memory for the copy
 }
 
-// Of a file beyond 4 GiB, what offsets can reach.
+// Of a file beyond 4 GiB, the part that offsets can reach.
 uint32_t BytesOf(TiffStream stream)
 {
     uint32_t bytes;

@@ -1,4 +1,4 @@
-// The file that pages are copied out of.
+// The file that pages are copied from.
 #pragma once
 
 #include "core/directory_window.h"
@@ -8,22 +8,22 @@
 
 namespace tiff {
 
-// What becomes of a page with a sub-directory that cannot be seen whole: the copy is refused when it
-// is to take the original's place, else the branch ends there.
+// How to treat a sub-directory that cannot be read whole. A copy that will replace the original is refused;
+// any other copy ends the branch there.
 enum class BrokenBranch { Ends, Refused };
 
-// Stays open for all pages of an operation. The file must be closed later.
+// Stays open for all pages of an operation. Close the file after it.
 struct CopySource {
     HGLOBAL file;
     BrokenBranch brokenBranch;
-    GlobalBlock snapshot; // of a TIFF in memory that is written to meanwhile
+    GlobalBlock snapshot; // of a TIFF in memory that is also written to
     Stream stream;
-    uint32_t bytes; // what 32-bit offsets reach of the file; STREAM_FAILED when unknown
+    uint32_t bytes; // the part of the file that 32-bit offsets reach; STREAM_FAILED when unknown
     DirectoryWindow window;
-    KnownOffsets known; // collected when they are needed
-    Scratch scratch;    // what is planned of a page
+    KnownOffsets known; // collected when first needed
+    Scratch scratch;    // the plan of one page
 
-    // The destination may be the source itself; null when it cannot be.
+    // The destination may be the source itself. Pass null when it cannot be.
     CopySource(HGLOBAL file, BrokenBranch brokenBranch, HGLOBAL destination = nullptr);
 };
 

@@ -28,8 +28,7 @@ Status NameInTempFolder(FileName name, const char* prefix)
     return error::None;
 }
 
-// Everything behind the last full stop gives way to the ending. Deliberate: the stop may be one of a
-// folder's name.
+// Replaces everything after the last full stop. Deliberate: that stop may belong to a folder's name.
 Status ReplaceEnding(FileName name, const char* ending)
 {
     char* stop = std::strrchr(name, '.');
@@ -42,8 +41,8 @@ Status ReplaceEnding(FileName name, const char* ending)
     return error::None;
 }
 
-// The call that finds a free name creates the file. It goes, so that the first page makes a new
-// TIFF file of it.
+// The system call creates the file with the free name. It is deleted, so that the first page creates a new
+// TIFF file.
 Status ChooseTempName(FileName name)
 {
     const Status status = NameInTempFolder(name, "TMP");
@@ -52,7 +51,7 @@ Status ChooseTempName(FileName name)
     return status;
 }
 
-// Deliberate: the file that reserves the name stays, for those who look for what was in work.
+// Deliberate: the file that reserves the name stays, for programs that look for unfinished files.
 Status ChooseTempTiffName(FileName name)
 {
     Status status = NameInTempFolder(name, "tmp");
@@ -63,7 +62,7 @@ Status ChooseTempTiffName(FileName name)
     return status;
 }
 
-// The empty file that reserves the name stays. A path without a folder is one in the current folder.
+// The empty file that reserves the name stays. A path without a folder means the current folder.
 Status ChooseNameInFolder(FileName name, const char* path)
 {
     char folder[MAX_PATH_BYTES];

@@ -1,4 +1,4 @@
-// Editing a file by building another one and putting it in its place.
+// Edits a file by building a new one and putting it in the old one's place.
 #pragma once
 
 #include "core/global_block.h"
@@ -15,24 +15,24 @@ enum class Naming {
     InFolder,   // a free name in the file's folder
 };
 
-// What becomes of the files when the new one is not finished.
+// What happens to the files when the new one is not finished.
 enum class OnFailure { DeleteNew, LeaveNew, DeleteBoth };
 
-// The new file that is to take the place of an old one. It is the caller's to write.
+// The new file that will replace an old one. The caller writes it.
 class Replacement {
 public:
-    // Chooses the name; nothing is created. False when there is none.
+    // Chooses the name and creates nothing. False when there is no name.
     Replacement(const char* path, Naming naming, OnFailure onFailure);
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
-    // Unless committed, the new file was not finished.
+    // Without Commit or Place the new file counts as unfinished.
     ~Replacement();
 
     explicit operator bool() const
     {
         return name[0] != 0;
     }
-    // 0, or why there is no name: 6 or 7.
+    // 0, or the reason why there is no name: 6 or 7.
     Status NameStatus() const
     {
         return status;
@@ -41,13 +41,13 @@ public:
     {
         return name;
     }
-    // Deletes the old file and renames the new one. When the old one cannot be deleted it has all
-    // that it had, and the new one goes; when the renaming fails the new one stays where it is: 6.
+    // Deletes the old file and renames the new one; 6 when either fails. When the old file cannot be deleted
+    // it stays whole and the new one is deleted; when renaming fails the new one stays under its own name.
     [[nodiscard]] Status Commit();
-    // Renames the new file to a name that is free.
+    // Renames the new file to a free name.
     [[nodiscard]] Status Place();
 
-    // The old file is gone and the new one has not got its name.
+    // The old file is deleted and the new one could not be renamed.
     bool IsStranded() const
     {
         return stranded;
@@ -59,20 +59,20 @@ private:
     bool finished = false;
     bool stranded = false;
     char name[MAX_PATH_BYTES] = {};
-    Status status; // behind the name, which is chosen with it
+    Status status; // after the name, because choosing the name sets it
 };
 
-// A file that may be in the way, under another name in its folder. It comes back, in place of what has
-// got its name meanwhile, unless it is dropped.
+// A file that may be in the way, renamed within its folder. It gets its name back at the end, replacing any
+// file of that name, unless it is dropped.
 class SetAside {
 public:
-    // Nothing has changed when the file cannot be moved.
+    // When the file cannot be moved, nothing has changed.
     explicit SetAside(const char* path);
     SetAside(const SetAside&) = delete;
     SetAside& operator=(const SetAside&) = delete;
     ~SetAside();
 
-    // 0, or why it cannot: 6 or 7.
+    // 0, or the reason why it could not be moved: 6 or 7.
     Status MoveStatus() const
     {
         return status;

@@ -6,7 +6,7 @@ namespace tiff {
 
 namespace {
 
-// Values may lie upon each other, but not without end.
+// Values may overlap, but not without limit.
 constexpr uint64_t VALUE_SLACK = 65536;
 
 bool IsForeign(const RawEntry& entry)
@@ -14,8 +14,8 @@ bool IsForeign(const RawEntry& entry)
     return entry.type < fieldtype::Byte || entry.type > fieldtype::Rational;
 }
 
-// The tag in memory, if it still holds the bytes that were loaded from this entry; else null. A foreign
-// value is in memory as single bytes, `count` of them, and there is at least one.
+// The tag in memory, if it still holds the bytes loaded from this entry; else null. Memory holds a foreign
+// value as `count` single bytes, at least one.
 DirectoryTag* FindUnchanged(std::span<DirectoryTag> tags, const RawEntry& entry,
                             std::span<const uint8_t> values)
 {
@@ -37,7 +37,7 @@ Status Restore(CopySource& source, const RawEntry& entry, std::span<DirectoryTag
     DirectoryTag* tag = ReadValues(source, entry, values) ? FindUnchanged(tags, entry, values) : nullptr;
     if (!tag)
         return error::None;
-    // The writer puts the elements that it knows back into the file's order.
+    // The writer swaps the elements that it knows into the file's order.
     if (source.window.byteOrder == TIFF_MOTOROLA)
         SwapElements(values, entry.type);
     tag->view.type = IsKnownType(entry.type) ? entry.type : fieldtype::Undefined;

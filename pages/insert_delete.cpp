@@ -1,5 +1,5 @@
-// Inserting and deleting pages. A file is built anew from the pages that stay, or only the links
-// between its directories are changed.
+// Inserts and deletes pages. Either a new file is built from the pages that stay, or only the links between
+// the directories are changed.
 #include "core/directory_window.h"
 #include "core/directory_writer.h"
 #include "core/errors.h"
@@ -14,7 +14,7 @@ namespace tiff {
 
 namespace {
 
-// A page to be made, as SaveDIBInTiffFileExt takes it.
+// A page to make, with the arguments of SaveDIBInTiffFileExt.
 struct NewPage {
     HGLOBAL dib;
     uint32_t selector;
@@ -32,14 +32,14 @@ Status CopyUnlessEmpty(CopySource& source, PageRange range, const char* path)
     return range.first < range.end ? CopyPagesToFile(source, range, path, T_APPEND) : error::None;
 }
 
-// A file whose links are being changed where they lie.
+// A file whose links are changed in place.
 struct Relinking {
     HGLOBAL file;
     Stream stream;
     DirectoryWindow window;
 };
 
-// Where the link is that leads to a page.
+// The position of the link to a page.
 Status LinkPosition(Relinking& work, uint32_t page, uint32_t& position)
 {
     position = FIRST_LINK;
@@ -53,7 +53,7 @@ Status LinkPosition(Relinking& work, uint32_t page, uint32_t& position)
     return error::None;
 }
 
-// Lets the link that leads to a page lead elsewhere.
+// Changes the link to a page.
 Status Relink(Relinking& work, uint32_t page, uint32_t directoryOffset)
 {
     uint32_t position;
@@ -62,7 +62,7 @@ Status Relink(Relinking& work, uint32_t page, uint32_t directoryOffset)
     return PatchLink(work.stream.Get(), position, directoryOffset, work.window.byteOrder);
 }
 
-// Offset of a page's directory; 0, the end of the chain, behind the last.
+// Offset of a page's directory; 0, the end of the chain, after the last.
 uint32_t DirectoryOf(HGLOBAL file, uint32_t page)
 {
     const auto entry = FindPage(file, page);
@@ -89,8 +89,8 @@ Status InsertInPlace(const char* path, const NewPage& page, uint32_t position, b
     Relinking work = BeginRelinking(path, file);
     if (!work.stream)
         return error::InputOutput;
-    // From the end of the chain to its beginning: no moment shows a circle, and none hides an
-    // old page that is to stay.
+    // From the end of the chain to its beginning: at no moment has the chain a loop or lacks an old page that
+    // stays.
     Status status = Relink(work, last, 0);
     if (status == error::None)
         status = Relink(work, last + 1, next == last ? 0 : DirectoryOf(file.Get(), next));
@@ -99,7 +99,7 @@ Status InsertInPlace(const char* path, const NewPage& page, uint32_t position, b
     return status;
 }
 
-// The page's bytes stay where they are; nothing leads to them any more.
+// The page's bytes stay in the file; no link leads to them any more.
 Status DeleteInPlace(const char* path, const OpenedTiff& file, uint32_t page)
 {
     Relinking work = BeginRelinking(path, file);
@@ -136,8 +136,8 @@ bool HasContent(const char* path)
     return file && (!GetFileSizeEx(file.Get(), &size) || size.QuadPart != 0);
 }
 
-// A file that cannot be opened gets the page as its last, if it can be had for that. This is for
-// files that are new: one that only could not be read this time would get it in the wrong place.
+// Status of a file that may open at the next try. Only a new file gets the page as its last: an old one that
+// could not be read this time would get it in the wrong place.
 bool MayOpenLater(Status status)
 {
     return status == error::NotEnoughMemory || status == error::InputOutput;
@@ -150,7 +150,7 @@ Status InsertPage(const char* path, const NewPage& page, uint32_t position, bool
         return file.OpenStatus();
     if (!file || position >= file.PageCount())
         return AppendNewPage(path, page);
-    // New pages are in Intel order, and a file has one order only.
+    // New pages are in Intel order, and a file has only one order.
     if (file.ByteOrder() == TIFF_MOTOROLA)
         return error::MixedByteOrders;
     if (!file.IsWhole())

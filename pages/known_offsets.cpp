@@ -23,7 +23,7 @@ bool HasOffsets(const RawEntry& entry)
     return std::ranges::find(offsetTags, entry.tag) != std::end(offsetTags);
 }
 
-// Calls back for each page's directory and each of its entries whose values lie in the file.
+// Calls back for each page's directory and for each entry whose values lie in the file.
 template <class Directory, class Entry>
 void ForEachEntry(CopySource& source, Directory directory, Entry entry)
 {
@@ -41,7 +41,7 @@ void ForEachEntry(CopySource& source, Directory directory, Entry entry)
     }
 }
 
-// Offsets that do not lie upon each other are fewer than the file has bytes; more are not taken.
+// Offsets that do not overlap are fewer than the bytes of the file; more are not collected.
 uint64_t Measure(CopySource& source)
 {
     uint64_t count = 0;

@@ -14,7 +14,7 @@ namespace {
 constexpr Reference tiles = {tag::TileOffsets, tag::TileByteCounts, {}};
 constexpr Reference wholeStream = {tag::JpegStream, tag::JpegStreamLength, {}};
 
-// The value of data that is not there, and whose offset says so.
+// The value for missing data; its offset is 0.
 constexpr uint32_t ABSENT = UINT32_MAX;
 
 constexpr uint8_t zeros[4] = {};
@@ -24,14 +24,14 @@ std::span<Reference> References(PageContent& content)
     return std::span(content.references).first(content.referenceCount);
 }
 
-// The first value of a tag, or what stands for a missing one.
+// The first value of a tag, or `fallback` when it is missing.
 uint32_t ValueOf(const CopySource& source, PageContent& content, uint32_t number, uint32_t fallback)
 {
     const DirectoryTag* tag = FindTag(content.tags, number);
     return tag ? WholeNumber(tag->view, 0, source.window.byteOrder).value_or(fallback) : fallback;
 }
 
-// A tag of LONGs with these values.
+// Makes a tag of LONGs with these values.
 void SetLongs(DirectoryTag& tag, std::span<const uint32_t> values)
 {
     tag.view.type = fieldtype::Long;
@@ -50,8 +50,8 @@ uint64_t TableBytes(CopySource& source, const Reference& reference, uint32_t off
     return bytes;
 }
 
-// Of data that reaches beyond the end of the source, what is there is copied. What follows comes
-// right behind it, so that its offset is true. Neighbours are copied in one piece.
+// Of data that reaches beyond the end of the source, the existing part is copied. The next data follows
+// directly, so that its offset is right. Neighbours are copied in one piece.
 void AddSegment(PageContent& content, const CopySource& source, uint32_t offset, uint64_t bytes)
 {
     const uint32_t there = source.bytes - std::min(offset, source.bytes);
@@ -69,18 +69,18 @@ void AddSegment(PageContent& content, const CopySource& source, uint32_t offset,
     content.segments.back() = {offset, kept};
 }
 
-// One pair of tags, value by value.
+// One pair of tags, handled value by value.
 struct ReferenceWork {
     CopySource& source;
     PageContent& content;
     Reference& reference;
     DirectoryTag* offsets;
     DirectoryTag* lengths;             // null for tables
-    std::span<uint32_t> foundLengths;  // in place of those in the file, if some must be others
-    std::span<const Segment> inStream; // the whole stream, which may hold the data too
+    std::span<uint32_t> foundLengths;  // to write instead of those in the file, when some must differ
+    std::span<const Segment> inStream; // the whole JPEG stream, which may contain the data
 };
 
-// Room for lengths of which some are to be written otherwise than they are in the file.
+// Makes room for lengths when some must differ from those in the file.
 Status TakeLengths(ReferenceWork& work)
 {
     if (!work.foundLengths.empty())
@@ -92,7 +92,7 @@ Status TakeLengths(ReferenceWork& work)
     return work.foundLengths.empty() ? error::NotEnoughMemory : error::None;
 }
 
-// The length of data that is said to have none, to be written as if it had been there.
+// Finds the length of data whose length is 0 in the file; it is written in its place.
 Status FindLength(ReferenceWork& work, uint32_t index, uint32_t offset, uint32_t& bytes)
 {
     Status status = BytesToNext(work.source, offset, bytes);
@@ -103,7 +103,7 @@ Status FindLength(ReferenceWork& work, uint32_t index, uint32_t offset, uint32_t
     return status;
 }
 
-// Of pages with many strips or tiles some may have no data, at offset 0.
+// In pages with many strips or tiles some may have no data, with offset 0.
 bool IsAbsent(const ReferenceWork& work, uint32_t offset, uint32_t length)
 {
     return offset == 0 && length == 0 && work.lengths->view.values.data() != zeros;
@@ -145,14 +145,14 @@ Status AddReference(CopySource& source, PageContent& content, Reference& referen
         return error::TagsMissing;
     if (offsets->view.count == 0 || (lengths && lengths->view.count != offsets->view.count))
         return error::BadTag;
-    // A count is at most as large as the values that were loaded, or the first look fails.
+    // The count matches the values that were loaded, or this first look fails.
     if (!WholeNumber(offsets->view, offsets->view.count - 1, source.window.byteOrder))
         return error::BadTag;
     reference.values = source.scratch.TakeSpan<uint32_t>(offsets->view.count);
     if (reference.values.empty())
         return error::NotEnoughMemory;
     ReferenceWork work{source, content, reference, offsets, lengths, {}, inStream};
-    // Lengths of types that readers may not expect become LONGs, as offsets do.
+    // Lengths of types that readers may not expect become LONGs, like offsets.
     if (lengths && lengths->view.type > fieldtype::Long)
         if (const Status status = TakeLengths(work); status != error::None)
             return status;
@@ -164,8 +164,8 @@ Status AddReference(CopySource& source, PageContent& content, Reference& referen
     return error::None;
 }
 
-// A whole stream is cut at the end of the file. Without a length it goes up to what comes next.
-// Returns nothing when there is no such stream.
+// A whole stream is cut at the end of the file. Without a length it goes up to the next item. Returns nothing
+// without such a stream.
 std::optional<Segment> FindStream(CopySource& source, PageContent& content, uint32_t offset)
 {
     uint32_t bytes = ValueOf(source, content, tag::JpegStreamLength, 0);
@@ -176,7 +176,7 @@ std::optional<Segment> FindStream(CopySource& source, PageContent& content, uint
     return Segment{offset, std::min(bytes, source.bytes - offset)};
 }
 
-// The stream comes first. Strips and tables that lie in it are not copied once more.
+// The stream comes first. Strips and tables inside it are not copied again.
 Status AddStream(CopySource& source, PageContent& content, const SchemeTags& scheme)
 {
     DirectoryTag* offsets = FindTag(content.tags, tag::JpegStream);
@@ -209,7 +209,7 @@ Status AddStream(CopySource& source, PageContent& content, const SchemeTags& sch
     return error::None;
 }
 
-// One segment for each value at most.
+// At most one segment for each value.
 Status TakeSegments(CopySource& source, PageContent& content)
 {
     uint64_t count = 1;
@@ -231,7 +231,7 @@ uint32_t LargestValue(const Reference& reference)
     return largest;
 }
 
-// Offsets that are no LONGs, or SHORTs that stay large enough, become LONGs; true when some did.
+// Offsets become LONGs unless they are LONGs, or SHORTs that stay large enough; true when some did.
 bool WidenOffsets(PageContent& content)
 {
     bool widened = false;
@@ -248,7 +248,7 @@ bool WidenOffsets(PageContent& content)
     return widened;
 }
 
-// Moves the offsets to where the data comes to lie, in the type that their tag has.
+// Sets the offsets to the new places of the data, in the type of their tag.
 void RebaseOffsets(PageContent& content)
 {
     for (const Reference& reference : References(content)) {
@@ -264,7 +264,7 @@ void RebaseOffsets(PageContent& content)
     }
 }
 
-// A single strip or tile without a byte count gets one of 0, which is then found out.
+// Gives a single strip or tile without a byte count one of 0, whose true value is found later.
 void AddMissingLength(const PageTags& tags, const Reference& reference, DirectoryTag*& end)
 {
     const auto offsets = tags.Find(reference.offsets);
@@ -292,7 +292,7 @@ Status DescribePage(CopySource& source, uint32_t page, const PageTags& tags, Pag
     return status == error::None && source.window.failed ? error::InputOutput : status;
 }
 
-// Tiles are copied where a scheme keeps its data in them, or where they stand instead of strips.
+// Tiles are copied when the scheme keeps its data in tiles, or when there are tiles and no strips.
 Status FindContent(CopySource& source, PageContent& content)
 {
     const SchemeTags scheme = SchemeTagsOf(ValueOf(source, content, tag::Compression, compression::Stored));

@@ -1,5 +1,5 @@
-// What a directory consists of besides its tags, where it lies in its file, and where it goes in a
-// copy. Nothing is written here.
+// The content of a directory besides its tags: its place in the source, and its place in a copy. Nothing is
+// written here.
 #pragma once
 
 #include "core/scheme_tags.h"
@@ -16,17 +16,17 @@ struct Segment {
     uint32_t offset, bytes;
 };
 
-// Tags whose values are offsets of data, and how long the data is.
+// A tag whose values are offsets of data, and the lengths of that data.
 struct Reference {
     uint16_t offsets;
     uint16_t lengths;           // the tag with the lengths; 0 for tables
-    std::span<uint32_t> values; // counted from where the data begins; then the final offsets
+    std::span<uint32_t> values; // first counted from where the data begins; then the final offsets
     const TableTag* table = nullptr;
 };
 
 inline constexpr Reference stripReference = {tag::StripOffsets, tag::StripByteCounts, {}};
 
-// Everything it points to lies in the source's scratch, or in the page's tags.
+// All pointers lead into the source's scratch or the page's tags.
 struct PageContent {
     std::span<DirectoryTag> tags; // in order
     std::span<Segment> segments;
@@ -36,23 +36,23 @@ struct PageContent {
     DirectoryLayout layout;
 };
 
-// Takes the tags of a page, with their types in the file. A single strip without a byte count gets
-// one of 0. Returns 1 or 6.
+// Collects the tags of a page, with their types in the file. A single strip without a byte count gets one of
+// 0. Returns 1 or 6.
 [[nodiscard]] Status DescribePage(CopySource& source, uint32_t page, const PageTags& tags,
                                   PageContent& content);
 
-// Finds the data of a directory. Returns 1, 6 for data that no file can hold, 9 for offsets and
-// lengths that differ in number, are none or cannot be known, and 10 when one of them is missing.
+// Finds the data of a directory. Returns 1; 6 for data that no file can hold; 9 for offsets and lengths that
+// differ in number, are empty or cannot be found out; 10 when one of them is missing.
 [[nodiscard]] Status FindContent(CopySource& source, PageContent& content);
 
-// Finds the data that one pair of tags leads to, alone.
+// Finds only the data of one pair of tags.
 [[nodiscard]] Status FindReference(CopySource& source, PageContent& content, const Reference& reference);
 
-// Takes a tag out.
+// Removes a tag.
 void RemoveTag(PageContent& content, uint32_t number);
 
-// Lays a directory out at a file position and gives its tags the offsets that its data will have
-// right behind it. Returns 6 for one that would reach beyond 4 GiB.
+// Lays a directory out at a file position and sets the offsets of its data, which follows directly. Returns 6
+// when it would reach beyond 4 GiB.
 [[nodiscard]] Status PlaceContent(PageContent& content, uint32_t start);
 
 } // namespace tiff

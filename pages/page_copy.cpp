@@ -15,14 +15,14 @@ namespace tiff {
 
 namespace {
 
-// What is copied is at most the source, and some bytes of directories.
+// A copy is at most as long as the source and some bytes of directories.
 constexpr uint32_t BufferBytes(uint32_t sourceBytes)
 {
     constexpr uint32_t LEAST = 4096, MOST = 256 * 1024;
     return std::clamp(sourceBytes, LEAST, MOST);
 }
 
-// A directory, with the link to the next one, and its data.
+// Appends a directory, with the link to the next one, and its data.
 Status AppendContent(CopyRun& run, const PageContent& content, uint32_t link)
 {
     const DirectoryLayout& layout = content.layout;
@@ -67,7 +67,7 @@ Status PlanPage(CopySource& source, uint32_t page, const PageTags& tags, PagePla
     return status;
 }
 
-// A page is planned whole before the destination is touched.
+// A page is planned completely before the destination is touched.
 Status CopyPage(CopyRun& run, uint32_t page)
 {
     const PageTags tags(run.source.file, page);
@@ -91,14 +91,14 @@ Status CopyAndReport(CopyRun& run, uint32_t page, Progress* progress)
     DropTiffImage(run.source.file, page);
     if (status != error::None || !progress || !progress->callback)
         return status;
-    // A page that is reported is in the file.
+    // A page is in the file before it is reported.
     status = Flush(run.output);
     if (status == error::None && !ReportStep(*progress))
         status = CANCELLED;
     return status;
 }
 
-// Goes to the end of a file that has pages.
+// Goes to the end of a file with pages.
 Status ContinueOutput(CopyRun& run, uint32_t linkPosition)
 {
     CopyOutput& output = run.output;
@@ -185,7 +185,7 @@ Status CopyPages(CopyRun& run, PageRange range, Progress* progress)
 Status FinishCopy(CopyRun& run, Status status)
 {
     if (run.output.buffer.empty())
-        return status; // nothing was begun
+        return status; // nothing was written
     if (status == error::None)
         status = Flush(run.output);
     if (status == error::None)
@@ -211,7 +211,7 @@ Status CopyPagesToFile(CopySource& source, PageRange range, const char* path, ui
     return status;
 }
 
-// A chain that comes back is repeated up to the largest number of pages.
+// A chain with a loop is repeated up to the largest number of pages.
 uint32_t PagesBeforeRepeat(HGLOBAL file)
 {
     const Locked<TiffFileRecord> record(file);
@@ -221,8 +221,8 @@ uint32_t PagesBeforeRepeat(HGLOBAL file)
     const GlobalBlock block(uint64_t{pageCount} * sizeof(uint64_t));
     const Locked<uint64_t> places(block.Get());
     if (!places)
-        return 0; // not to be ruled out
-    // Directories in order, and of equal ones the pages in order.
+        return 0; // cannot be excluded
+    // Sorts by directory, and pages with equal directories by number.
     const PageEntry* pages = Pages(record.Get());
     for (uint32_t page = 0; page < pageCount; ++page)
         places[page] = uint64_t{pages[page].directoryOffset} << 32 | page;
@@ -237,8 +237,7 @@ uint32_t PagesBeforeRepeat(HGLOBAL file)
 
 namespace {
 
-// The page that was appended last becomes the record's last. Its entry has tags that were dropped, as
-// any other that was in use.
+// Makes the page appended last the record's last. Its entry counts as used: its tags were dropped.
 void EnterPage(const CopyRun& run, uint16_t kind)
 {
     Locked<TiffFileRecord> record(run.destination);
@@ -251,7 +250,7 @@ void EnterPage(const CopyRun& run, uint16_t kind)
 
 Status CopyBetweenHandles(HGLOBAL file, uint32_t page, HGLOBAL destination)
 {
-    // Nothing is made in the destination for a page that there is not.
+    // A missing page must not create anything in the destination.
     CopySource source(file, BrokenBranch::Ends, destination);
     CopyRun run(source, destination);
     if (const Status status = LoadForCopy(source, page); status != error::None)

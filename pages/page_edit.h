@@ -1,4 +1,4 @@
-// What the operations on whole pages share.
+// Shared by the operations on whole pages.
 #pragma once
 
 #include "pages/page_copy.h"
@@ -17,13 +17,13 @@ public:
     {
         return file != nullptr;
     }
-    // 0, or why there is no file; 6 also for one whose chain of pages is broken.
+    // 0, or the reason why there is no file; 6 also when its chain of pages is broken.
     Status OpenStatus() const
     {
         return status;
     }
-    // Whether the chain of pages could be followed to its end, and has one. A file that cannot be seen whole
-    // must not be replaced by what was seen of it.
+    // Whether the chain of pages was followed to its end, and has no loop. Any other file must not be
+    // replaced: the pages that were not read would be lost.
     bool IsWhole() const
     {
         return whole;
@@ -36,19 +36,18 @@ public:
     uint32_t ByteOrder() const;
 
 private:
-    Status status; // before the file: opening it sets this
+    Status status; // before the file, because opening it sets this
     HGLOBAL file;
     bool whole;
 };
 
-// Builds a new file of the pages of an opened one without those of a range.
+// Builds a new file from the pages of an open one, without those in a range.
 [[nodiscard]] Status BuildWithout(const OpenedTiff& file, PageRange range, const char* path);
 
-// Rewrites an opened file without the pages of a range; without any page the file is deleted.
+// Rewrites an opened file without the pages of a range. Deletes a file that would have no pages.
 [[nodiscard]] Status DeletePages(const char* path, const OpenedTiff& file, PageRange range);
 
-// Makes a status the last error, and is an exported function's result. Work that was stopped leaves no
-// error.
+// Makes a status the last error and the result of an exported function. Work that was stopped sets error 0.
 int32_t FinishEdit(Status status);
 
 } // namespace tiff

@@ -1,4 +1,4 @@
-// Sets the page total in every PageNumber tag of a file, where the tags lie.
+// Sets the page total in every PageNumber tag of a file, in place.
 #include "core/byte_order.h"
 #include "core/directory_window.h"
 #include "core/errors.h"
@@ -15,8 +15,8 @@ namespace {
 
 constexpr uint32_t BATCH_ENTRIES = 16;
 
-// Deliberate: values are little-endian, whatever the file says. Fax boards, which need the page
-// totals, know no other order.
+// Deliberate: values are little-endian, whatever the file says. Fax boards, which need the page totals, know
+// no other order.
 constexpr uint32_t ORDER = TIFF_INTEL;
 
 bool ReadWhole(TiffStream stream, std::span<uint8_t> bytes)
@@ -24,7 +24,7 @@ bool ReadWhole(TiffStream stream, std::span<uint8_t> bytes)
     return mRead(stream, bytes.data(), static_cast<uint32_t>(bytes.size())) == bytes.size();
 }
 
-// Patches a batch of entries; true when it changed.
+// Patches a batch of entries; true when one changed.
 bool SetTotal(std::span<uint8_t> entries, uint16_t total)
 {
     bool changed = false;
@@ -46,7 +46,7 @@ bool UpdateBatch(TiffStream stream, uint32_t position, std::span<uint8_t> entrie
     return mSeek(stream, position, 0) != STREAM_FAILED && mWrite(stream, entries.data(), bytes) == bytes;
 }
 
-// Works on the entries behind the stream's position, which is then that of the link.
+// Patches the entries from the stream's position on, and leaves the stream at the link.
 bool UpdateDirectory(TiffStream stream, uint32_t position, uint32_t entryCount, uint16_t total)
 {
     std::array<uint8_t, BATCH_ENTRIES * ENTRY_BYTES> batch;
@@ -60,8 +60,7 @@ bool UpdateDirectory(TiffStream stream, uint32_t position, uint32_t entryCount, 
     return true;
 }
 
-// Directories that do not overlap are together no longer than the file: a chain that goes on
-// beyond that has no end.
+// Directories that do not overlap are together no longer than the file: a longer chain has a loop.
 Status UpdateChain(TiffStream stream, uint16_t total)
 {
     const uint32_t size = mSize(stream);

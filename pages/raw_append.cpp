@@ -1,4 +1,4 @@
-// A page's strips behind other bare fax code.
+// Appends a page's strips to a file of bare fax code.
 #include "core/directory_reader.h"
 #include "core/errors.h"
 #include "core/global_block.h"
@@ -20,10 +20,10 @@ namespace {
 constexpr uint32_t BUFFER_BYTES = 65534;
 
 struct EditSettings {
-    char rawFileName[MAX_PATH_BYTES]; // of the calling thread's last bare fax file that got a page
+    char rawFileName[MAX_PATH_BYTES]; // the last bare fax file that this thread appended to
 };
 
-// The strips of a page, where they lie.
+// Finds the strips of a page in their file.
 Status FindStrips(CopySource& source, uint32_t page, PageContent& content)
 {
     if (const Status status = LoadTags(source.file, page); status != error::None)
@@ -66,8 +66,7 @@ Status AppendStrips(HANDLE raw, TiffStream source, const PageContent& content)
     return error::None;
 }
 
-// Everything that can be known to be wrong is found out before the raw file is opened for
-// writing.
+// Checks everything that can be checked before the raw file is opened for writing.
 Status CheckRawFile(const char* path, TiffStream source, int32_t offset)
 {
     if (strnlen(path, MAX_PATH_BYTES) == MAX_PATH_BYTES)
@@ -94,8 +93,8 @@ Status WriteRawFile(const char* path, TiffStream source, const PageContent& cont
                      ? AppendStrips(raw.Get(), source, content)
                      : error::InputOutput;
     }
-    // Deliberate: the whole file goes, with what it held before. Half a page at its end would be
-    // sent as a whole one.
+    // Deliberate: the whole file is deleted, with its old content. Half a page at its end would be sent as a
+    // whole one.
     if (status != error::None)
         DeleteFileA(path);
     return status;

@@ -9,8 +9,8 @@ namespace {
 constexpr uint8_t elementBytes[] = {1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 1, 1, 8, 8, 8};
 static_assert(std::size(elementBytes) == fieldtype::Ifd8 + 1);
 
-// How the values of an integer type lie in a tag that is to be written: the directory writer swaps
-// SHORTs and LONGs, others stand as in the file.
+// How values of an integer type lie in a tag that is to be written: SHORTs and LONGs are in the processor's
+// order, because the directory writer swaps them; others are as in the file.
 struct Integer {
     uint16_t type;
     uint32_t bytes;

@@ -4,7 +4,7 @@
 
 namespace tiff {
 
-// The header of a locked block; what is taken lies behind it.
+// The header of a locked block; the memory to hand out follows it.
 struct Scratch::Chunk {
     HGLOBAL block;
     Chunk* before;

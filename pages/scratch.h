@@ -1,4 +1,4 @@
-// Memory for what is planned of one page, given back all at once.
+// Memory for the plan of one page, freed all at once.
 #pragma once
 
 #include "core/win32.h"
@@ -15,16 +15,16 @@ public:
     Scratch& operator=(const Scratch&) = delete;
     ~Scratch();
 
-    // Bytes on an address for any type, not cleared; null when memory is missing.
+    // Memory aligned for any type, not cleared; null when memory is missing.
     uint8_t* Take(uint64_t bytes);
-    // Its data is null when memory is missing.
+    // A span with null data when memory is missing.
     template <class T>
     std::span<T> TakeSpan(uint64_t count)
     {
         uint8_t* bytes = Take(count * sizeof(T));
         return {reinterpret_cast<T*>(bytes), bytes ? static_cast<size_t>(count) : 0};
     }
-    // Everything taken is gone. The newest chunk, which is the largest, serves again.
+    // Frees everything taken. The newest chunk, which is the largest, is used again.
     void GiveBack();
 
 private:

@@ -1,4 +1,4 @@
-// Moving pages between files: merging, splitting, cutting into single pages.
+// Moves pages between files: merges, splits, cuts into single pages.
 #include "core/errors.h"
 #include "core/handles.h"
 #include "pages/file_rewrite.h"
@@ -16,7 +16,7 @@ namespace {
 constexpr int NUMBER_LIMIT = 1000000; // at most 6 characters
 constexpr uint32_t MOST_NAMES = 1000;
 
-// A file of which no page may be left behind.
+// Refuses a file of which a page could be left behind.
 Status CheckWhole(const OpenedTiff& file)
 {
     if (!file)
@@ -34,11 +34,11 @@ Status Merge(const char* destination, const char* source, TiffProgress callback,
     const OpenedTiff to(destination, T_APPEND);
     if (!to)
         return to.OpenStatus();
-    // The pages would hang on a link that leads back.
+    // A chain with a loop has no end to link the pages to.
     if (IsRing(to.Get()))
         return error::InputOutput;
-    // The copy takes every file to have the source's order. Of a whole file that would cut off the
-    // pages that are there.
+    // The copy assumes the source's byte order for the destination; in a file of the other order the old
+    // pages would be lost.
     if (to.PageCount() > 0 && to.ByteOrder() != from.ByteOrder())
         return error::MixedByteOrders;
     Progress progress{callback, user, from.PageCount()};
@@ -56,9 +56,9 @@ Status BuildMoved(const OpenedTiff& from, PageRange range, const char* destinati
     return CopyPagesToFile(source, range, path, T_CREAT, &progress);
 }
 
-// Both files are built aside, and take their places at the end: until then a failure leaves what stood
-// there. When the old file is gone and cannot be replaced, the moved pages stay where they were to go,
-// which has become their only place.
+// Both files are built aside and swapped at the end: a failure before that leaves the destination. When the
+// old file is deleted and cannot be replaced, the moved pages stay at the destination: they exist nowhere
+// else.
 Status MovePages(const char* source, const OpenedTiff& from, const char* destination, uint32_t first,
                  Progress progress)
 {
@@ -113,7 +113,7 @@ bool MakePageName(FileName name, const char* base, uint32_t number)
     return length > 0 && static_cast<size_t>(length) < sizeof(name);
 }
 
-// A folder gets a beginning of its own for the names, one that no earlier cut has used.
+// In a folder, finds a beginning for the names that no earlier cut has used.
 Status MakeNameBase(FileName base, const char* given)
 {
     const size_t length = strnlen(given, sizeof(base));
@@ -153,8 +153,8 @@ Status WritePageFiles(const OpenedTiff& from, const char* nameBase, uint32_t pag
     return error::None;
 }
 
-// The pages go all at once, so the callback gets the steps before, and the last one after. A stop
-// leaves the pages that were not reported.
+// One rewrite deletes all pages. So every deletion but the last is reported before it, and the last one after
+// it. After a stop exactly the reported pages are gone.
 Status DeleteCutPages(const char* path, const OpenedTiff& from, uint32_t pageCount, Progress& progress)
 {
     uint32_t deleted = 1;

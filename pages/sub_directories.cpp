@@ -6,7 +6,7 @@ namespace tiff {
 
 namespace {
 
-// A camera's raw file has five sub-directories, three deep.
+// A camera's raw file has five sub-directories, up to three levels deep.
 constexpr uint32_t MOST_VISITS = 256;
 constexpr uint32_t MOST_DEPTH = 8;
 constexpr uint32_t HEADER_BYTES = 8;
@@ -14,14 +14,14 @@ constexpr uint32_t LINK_BYTES = 4;
 
 constexpr uint16_t directoryTags[] = {tag::SubIfds, tag::ExifIfd, tag::GpsIfd, tag::InteroperabilityIfd};
 
-// Sub-directories that do not lie upon each other are together no longer than the file.
+// Sub-directories that do not overlap are together no longer than the file.
 bool Spend(const CopySource& source, uint64_t& spent, uint64_t bytes)
 {
     spent += bytes;
     return spent <= source.bytes;
 }
 
-// Takes an entry and its values. Values that the file does not have are left out with their entry.
+// Takes an entry and its values. An entry whose values are missing from the file is left out.
 Status TakeEntry(CopySource& source, PagePlan& plan, const RawEntry& entry, DirectoryTag*& end)
 {
     if (!HasValues(source, entry) || !Spend(source, plan.directoryBytes, entry.valueBytes))
@@ -31,14 +31,14 @@ Status TakeEntry(CopySource& source, PagePlan& plan, const RawEntry& entry, Dire
         return error::NotEnoughMemory;
     if (!ReadValues(source, entry, values))
         return error::InputOutput;
-    // The directory writer puts them back.
+    // The directory writer swaps them back.
     if (source.window.byteOrder == TIFF_MOTOROLA)
         SwapElements(values, entry.type);
     *end++ = {{entry.tag, entry.type, entry.count, values}, static_cast<uint32_t>(values.size()), 0};
     return error::None;
 }
 
-// Reads the tags of a directory. The entries come first, in one go; then their values.
+// Reads the tags of a directory: first all entries at once, then their values.
 Status ReadTags(CopySource& source, PagePlan& plan, SubDirectory& directory)
 {
     const auto entryCount = FetchEntryCount(source, directory.offset);
@@ -61,7 +61,7 @@ Status ReadTags(CopySource& source, PagePlan& plan, SubDirectory& directory)
     return plan.directoryBytes <= source.bytes ? error::None : error::BadTag;
 }
 
-// The link behind a directory; 0 when there is none.
+// The link behind a directory; 0 without one.
 uint32_t FetchLink(CopySource& source, uint32_t directory)
 {
     const uint32_t entryCount = FetchEntryCount(source, directory).value_or(0);
@@ -72,7 +72,7 @@ uint32_t FetchLink(CopySource& source, uint32_t directory)
 
 Status FollowTags(CopySource& source, PagePlan& plan, PageContent& content, uint32_t depth);
 
-// A directory and its data, at the end of the plan.
+// Reads a directory and its data, and adds them to the end of the plan.
 Status Read(CopySource& source, PagePlan& plan, uint32_t offset, SubDirectory*& found)
 {
     const auto room = source.scratch.TakeSpan<SubDirectory>(1);
@@ -91,7 +91,7 @@ Status Read(CopySource& source, PagePlan& plan, uint32_t offset, SubDirectory*& 
     return error::None;
 }
 
-// The plan's directory from an offset of the source. It is null when the branch ends.
+// The plan's directory for an offset in the source; null when the branch ends.
 Status Visit(CopySource& source, PagePlan& plan, uint32_t offset, uint32_t depth, SubDirectory*& found)
 {
     found = nullptr;
@@ -112,7 +112,7 @@ Status Visit(CopySource& source, PagePlan& plan, uint32_t offset, uint32_t depth
     return status;
 }
 
-// SubIFDs may be chains. The links of others say nothing.
+// SubIFDs may be chains. The links of other directories mean nothing.
 Status FollowChain(CopySource& source, PagePlan& plan, SubDirectory* first, uint32_t depth)
 {
     Status status = error::None;
@@ -143,7 +143,7 @@ Status AddPointer(CopySource& source, PagePlan& plan, const DirectoryPointer& po
     return error::None;
 }
 
-// Follows the values of a tag, and leaves those in it that lead somewhere. 0 leads nowhere and stays.
+// Follows the values of a tag and removes those that lead nowhere. A value of 0 stays.
 Status FollowTag(CopySource& source, PagePlan& plan, DirectoryTag& tag, uint32_t depth)
 {
     const auto values = source.scratch.TakeSpan<uint32_t>(std::min(tag.view.count, MOST_VISITS));
@@ -205,7 +205,7 @@ Status PlacePlan(PagePlan& plan, uint32_t start, uint32_t byteOrder)
 {
     if (const Status status = PlaceContent(plan.page, start); status != error::None)
         return status;
-    // No page reaches beyond 4 GiB, or it could not have been placed.
+    // No page reaches beyond 4 GiB, or placing it would have failed.
     auto end = static_cast<uint32_t>(plan.page.layout.end + plan.page.dataBytes);
     for (SubDirectory* directory = plan.first; directory; directory = directory->next) {
         if (const Status status = PlaceContent(directory->content, end); status != error::None)

@@ -1,5 +1,5 @@
-// The directories that tags of a page lead to: Exif, GPS, Interoperability, and further pictures in
-// SubIFDs. They are copied behind the page, each with its data behind it, and lead to others in turn.
+// The directories that tags of a page lead to: Exif, GPS, Interoperability, and further pictures in SubIFDs.
+// They are copied after the page, each followed by its data, and may lead to more directories.
 #pragma once
 
 #include "pages/page_content.h"
@@ -9,9 +9,9 @@ namespace tiff {
 struct SubDirectory {
     PageContent content;
     uint32_t offset;        // in the source
-    bool open;              // what it leads to is being looked at
+    bool open;              // the directories it leads to are being read
     SubDirectory* follower; // the next of its chain; null for the last
-    SubDirectory* next;     // in the order in which they are written
+    SubDirectory* next;     // in the order of writing
 };
 
 // A value in a tag that is the offset of a sub-directory.
@@ -22,7 +22,7 @@ struct DirectoryPointer {
     DirectoryPointer* next;
 };
 
-// A page and all that it leads to.
+// A page with all its sub-directories.
 struct PagePlan {
     PageContent page;
     uint32_t offset; // of the page's directory in the source
@@ -31,13 +31,13 @@ struct PagePlan {
     DirectoryPointer* pointers;
     uint32_t visits;         // of sub-directories
     uint64_t directoryBytes; // of sub-directories and their values
-    uint64_t dataBytes;      // of what they lead to
-    bool whole;              // all of it could be seen
+    uint64_t dataBytes;      // of the data that they lead to
+    bool whole;              // everything could be read
 };
 
-// Finds the sub-directories of a page whose own content is found. A branch that goes too deep, comes
-// back to itself or cannot be read ends there, and its tag no longer leads anywhere; whole tells.
-// Returns 1, or 6 when the file has what could not be read.
+// Finds the sub-directories of a page whose own content is known. A branch that goes too deep, has a loop or
+// cannot be read ends there: its value is removed from the tag, and `whole` becomes false. Returns 1, or 6
+// when bytes inside the file could not be read.
 [[nodiscard]] Status FindSubDirectories(CopySource& source, PagePlan& plan);
 
 // Lays out the page and its sub-directories from a file position on. Returns 6 beyond 4 GiB.

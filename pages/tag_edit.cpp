@@ -1,5 +1,4 @@
-// Changing the tags of a page. The file is rewritten beside itself, page by page, and the copy takes
-// its place.
+// Changes the tags of a page: a copy of the file is written beside it, page by page, and then replaces it.
 #include "core/page_tags.h"
 #include "core/registry.h"
 #include "core/tag_block.h"
@@ -12,7 +11,7 @@ namespace tiff {
 
 namespace {
 
-// A tag to be given to a page, or to be taken from it.
+// A tag to give to a page, or to remove from it.
 struct TagEdit {
     uint32_t tag;
     bool remove;
@@ -21,7 +20,7 @@ struct TagEdit {
     uint32_t count;
 };
 
-// Changes the tags that the page has in memory; the copy takes them from there.
+// Changes the page's tags in memory; the copy takes them from there.
 Status EditTags(CopyRun& run, uint32_t page, const TagEdit& edit)
 {
     HGLOBAL file = run.source.file;
@@ -61,7 +60,7 @@ Status EditPage(const char* path, int32_t page, const TagEdit& edit)
     if (!rewritten)
         return rewritten.NameStatus();
     const OpenedTiff file(path, T_READ);
-    // Deliberate: a file that cannot be opened is reported as missing memory.
+    // Deliberate: a file that cannot be opened is reported as error 1, memory.
     if (!file)
         return error::NotEnoughMemory;
     if (!file.IsWhole())

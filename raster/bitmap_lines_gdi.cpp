@@ -1,5 +1,5 @@
-// Line routines for bitmaps. GDI takes and gives one line at a time in whole 32-bit words, which
-// the line buffer has room for.
+// Line routines for bitmaps. GDI transfers one line at a time in whole 32-bit words, for which the line
+// buffer has room.
 #include "raster/bitmap_lines_gdi.h"
 #include "core/global_block.h"
 #include "raster/colour.h"
@@ -22,7 +22,7 @@ const TiffEncodeLineContext* SourceOf(void* context)
     return static_cast<const TiffEncodeLineContext*>(context);
 }
 
-// A bitmap's scan lines count from the bottom, a page's rows from the top.
+// A bitmap counts scan lines from the bottom, a page counts rows from the top.
 UINT ScanLine(const BITMAPINFO* info, uint32_t row)
 {
     return static_cast<UINT>(info->bmiHeader.biHeight) - row - 1;

@@ -1,4 +1,4 @@
-// The line routine for bitmaps that applications have no name for.
+// The line routine for bitmaps that is not exported.
 #pragma once
 
 #include <cstdint>

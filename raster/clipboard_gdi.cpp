@@ -9,7 +9,8 @@ using namespace tiff;
 extern "C" int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) noexcept
 {
     const LoadedPage loaded(path, page);
-    // Deliberate: callers paste whatever is there; a page that cannot be loaded counts as done.
+    // Deliberate: a page that cannot be loaded counts as done, and the clipboard stays: callers paste what it
+    // holds.
     if (loaded.LoadStatus() != error::None) {
         RefuseLoad(loaded.LoadStatus());
         return 1;
@@ -23,7 +24,7 @@ extern "C" int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, in
     if (!clipboard)
         return 0;
     EmptyClipboard();
-    // Deliberate: without a bitmap too, so that the clipboard is left empty and not as it was.
+    // Deliberate: without a bitmap too, so that the clipboard becomes empty.
     if (SetClipboardData(CF_BITMAP, bitmap.Get()))
         bitmap.Release();
     return 1;

@@ -11,13 +11,13 @@ namespace tiff {
 static void StoreSwapped(uint8_t* bytes, Sixteen word)
 {
     static constexpr uint8_t FIRST[SIXTEEN] = {0xFF, 0, 0, 0xFF, 0, 0, 0xFF, 0, 0, 0xFF, 0, 0, 0xFF, 0, 0, 0};
-    // What first and third bytes differ in is turned over in both.
+    // The bits in which first and third bytes differ are flipped in both.
     const Sixteen turned = And(Xor(word, ShiftDown<2>(word)), LoadSixteen(FIRST));
     StoreSixteen(bytes, Xor(word, Or(turned, ShiftUp<2>(turned))));
 }
 
-// The next word is loaded before the one in hand is stored: in place, what was stored a moment ago
-// in part could not be loaded without a wait.
+// The next word is loaded before the current one is stored: in place, a load of bytes just stored in part
+// would have to wait.
 void CopySwapped(uint8_t* target, const uint8_t* source, uint32_t bytes)
 {
     constexpr size_t WORD = SIXTEEN, PIXELS_OF_WORD = 15;
@@ -77,8 +77,7 @@ static uint8_t Clamped(double level)
     return static_cast<uint8_t>(std::clamp(level, 0.0, 255.0));
 }
 
-// Deliberate: the four-digit constants and the trace of Cr in blue are those that pages have always
-// been converted with.
+// Deliberate: pages have always been converted with these four-digit constants and the trace of Cr in blue.
 void ConvertYCbCr(uint8_t* target, const uint8_t* source, uint32_t pixels)
 {
     for (; pixels > 0; --pixels, source += 3, target += 3) {
@@ -98,7 +97,7 @@ void WidenSamples(uint8_t* target, const uint8_t* source, uint32_t samples, uint
     }
 }
 
-// Deliberate: black alone leaves nothing to divide by; its other inks are 0.
+// Deliberate: pure black leaves nothing to divide by, so its other inks are 0.
 static uint8_t Ink(uint32_t light, uint32_t black, double scale)
 {
     return black == 255 ? 0 : static_cast<uint8_t>((255.0 - light - black) / scale + 0.5);

@@ -25,7 +25,7 @@ uint32_t DibDepth(const BITMAP& bitmap)
     return bits == 1 ? 1 : bits <= 4 ? 4 : bits <= 8 ? 8 : 24;
 }
 
-// The rows and, up to 8 bits, the colours.
+// Fetches the rows and, up to 8 bits, the colours.
 static bool FetchRows(HBITMAP bitmap, HPALETTE palette, BITMAPINFO& info, uint8_t* pixels)
 {
     const WindowDc screen(nullptr);
@@ -62,7 +62,7 @@ HGLOBAL BitmapToDib(HBITMAP bitmap, HPALETTE palette)
         SetTiffError(error::NotEnoughMemory);
         return nullptr;
     }
-    // GDI leaves counts of its own in the header.
+    // GDI leaves its own counts in the header.
     header.biSizeImage = static_cast<uint32_t>(imageBytes);
     header.biClrUsed = header.biClrImportant = colours;
     info->bmiHeader = header;
@@ -96,7 +96,7 @@ HBITMAP DibToBitmap(HGLOBAL dib, GdiObject<HPALETTE>& palette)
     DibView view;
     Status status = CompleteDib({block.Get(), GlobalSize(dib)}, view);
     if (status == error::None && view.compression != BI_RGB)
-        status = error::BadDib; // a colour space of its own
+        status = error::BadDib; // the field holds a colour space
     GdiObject<HBITMAP> bitmap;
     if (status == error::None) {
         palette.Adopt(MakePalette(view.colours, view.colourBytes));

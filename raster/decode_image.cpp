@@ -1,4 +1,4 @@
-// Decoding for applications. Behind our own line routines stand others that are given less to do.
+// Decoding for applications. Replaces our own exported line routines by faster ones for the same pixels.
 #include "codecs/decode_driver.h"
 #include "core/errors.h"
 #include "core/registry.h"
@@ -30,7 +30,7 @@ using namespace tiff;
 extern "C" int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
                                    void* userData, TiffLineCallback lineCallback) noexcept
 {
-    // Deliberate: without a loaded page the thread's previous outcome is reported again.
+    // Deliberate: without a loaded page the thread's last outcome is reported again.
     if (!IsRegistered(file, page))
         return TiffError() == error::None;
     const Status status = DecodeForCaller(file, page, firstStrip, rowCount, userData, lineCallback);

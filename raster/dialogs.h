@@ -1,11 +1,11 @@
-// The library of dialogs, which is found when it is needed.
+// The dialogs library, loaded when it is needed.
 #pragma once
 
 #include "core/handles.h"
 
 namespace tiff {
 
-// A dialog of this name in a library that stays loaded while it is held; null without one.
+// A dialog of this name; the library stays loaded while `held` lives. Null without one.
 FARPROC FindDialog(const char* name, Module& held);
 
 } // namespace tiff

@@ -7,7 +7,7 @@ namespace tiff {
 
 namespace {
 
-constexpr uint32_t LAST_PIXEL_COMPRESSION = 5; // colour spaces stand above it in the same field
+constexpr uint32_t LAST_PIXEL_COMPRESSION = 5; // larger values of the field are colour spaces
 
 struct HeaderFacts {
     int64_t width, height; // height below 0 for rows from the top

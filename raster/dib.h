@@ -15,20 +15,20 @@ constexpr uint64_t DibStride(uint32_t width, uint32_t bitCount)
     return (uint64_t{width} * bitCount + 31) / 32 * 4;
 }
 
-// Colours that a depth calls for.
+// The number of colours of a depth.
 constexpr uint32_t StandardColours(uint32_t bitCount)
 {
     return bitCount == 1 || bitCount == 4 || bitCount == 8 ? 1u << bitCount : 0;
 }
 
-// Colours of a header: its own count, or the standard one.
+// Colours of a header: its own count, or else the standard one.
 constexpr uint32_t DibColours(const BITMAPINFOHEADER& header)
 {
     return header.biClrUsed != 0 ? header.biClrUsed : StandardColours(header.biBitCount);
 }
 
-// What a packed DIB says of itself, found to lie inside its block. Both kinds of header and
-// rows from the top are brought to one form.
+// The claims of a packed DIB, checked to lie inside its block. Both kinds of header and both row orders
+// become one form.
 struct DibView {
     uint32_t width, height;
     uint16_t planes, bitCount;
@@ -46,13 +46,11 @@ struct DibView {
     }
 };
 
-// Error 16 for a depth that no DIB has; error 30 when the header makes no sense, is of compressed
-// pixels, or the block is shorter than it claims. An unset colour count in the caller's header is set to the
-// standard one.
+// Error 16 for a depth that no DIB has. Error 30 for a header without sense, for compressed pixels, and for a
+// block shorter than its header says. An unset colour count in the caller's header becomes the standard one.
 [[nodiscard]] Status CompleteDib(std::span<uint8_t> block, DibView& view);
 
-// The picture that a view shows: its first 256 colours, rows counted from the top, a colour space in
-// biCompression.
+// The picture in a view: its first 256 colours, rows counted from the top, a colour space in biCompression.
 PictureFormat FormatOfDib(const DibView& view);
 
 } // namespace tiff

@@ -9,8 +9,8 @@
 
 namespace tiff {
 
-// Here alone it is known which way up a picture is: DIBs store their bottom row first, and
-// so do pages of orientation 4.
+// Only this function knows which way up a picture is: DIBs store their bottom row first, and so do pages of
+// orientation 4.
 static uint8_t* DibRow(const TiffDecodeLineContext* context, uint32_t row)
 {
     const uint32_t dibRow = context->orientation == ORIENTATION_BOTTOM_LEFT ? row : context->height - row - 1;
@@ -27,7 +27,7 @@ RowsInPlace DibRows(const TiffDecodeLineContext& context, bool zeros)
             .end = nullptr};
 }
 
-// Pixels that both the row and the DIB have room for, the last one counted when it has begun.
+// Pixels for which both the row and the DIB have room; a part of a pixel at the end counts as one.
 static uint32_t PixelsOf(const TiffDecodeLineContext* context, uint32_t bytesPerPixel)
 {
     const uint32_t begun = (context->lineBytes + bytesPerPixel - 1) / bytesPerPixel;
@@ -92,7 +92,7 @@ static const TiffEncodeLineContext* SourceOf(void* context)
     return static_cast<const TiffEncodeLineContext*>(context);
 }
 
-// Pages are saved from the top, whichever way they were stored before.
+// Pages are saved from the top, whatever order the DIB had.
 static const uint8_t* SourceRow(const TiffEncodeLineContext* context, uint32_t row)
 {
     return context->pixelBits + size_t{context->height - row - 1} * context->strideOrColourUse;

@@ -17,21 +17,20 @@ intptr_t DllFlushTiffLine16DIB(void* line, uint32_t row, void* context);
 intptr_t DllFlushTiffLineCMYKDIB(void* line, uint32_t row, void* context);
 intptr_t DllFlushTiffLineYCbCrDIB(void* line, uint32_t row, void* context);
 
-// A routine that writes lines into a DIB, and what is known of it.
+// A routine that writes lines into a DIB, and its properties.
 struct DibRoutine {
     TiffLineCallback routine;
     TiffLineCallback exported; // what applications call for the same pixels; may be null
-    bool leavesLines;          // as they are, and looks at no spare bytes
-    bool copies;               // and does nothing else
+    bool leavesLines;          // changes no line and reads no spare bytes
+    bool copies;               // only copies
 };
 
 const DibRoutine& RoutineOf(Conversion conversion);
 
-// The one that stands behind an exported routine, or null for a routine of the application's own.
+// The routine behind an exported one, or null for a routine of the application.
 const DibRoutine* BehindExport(TiffLineCallback exported);
 
-// Line bytes count the DIB's bytes: twice as many come out of the first, four for every three
-// out of the second.
+// Line bytes are the DIB's bytes. The first routine produces twice as many, the second four for every three.
 intptr_t DllFillTiffLine16DIB(void* line, uint32_t row, void* context);
 intptr_t DllFillTiffLineCMYKDIB(void* line, uint32_t row, void* context);
 intptr_t DllFillTiffLineYCbCrDIB(void* line, uint32_t row, void* context);

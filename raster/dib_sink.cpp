@@ -11,13 +11,13 @@ namespace tiff {
 
 namespace {
 
-// The pixels of a new DIB. Fresh memory faults on the first write to each page. Touching 64 KB ahead in
-// one go is cheaper than faulting between decoding steps.
+// The pixels of a new DIB. Fresh memory faults on the first write to each page of memory. Touching 64 KB
+// ahead in one go is cheaper than faulting between decoding steps.
 struct FreshRows {
     TiffDecodeLineContext lines{};
     TiffLineCallback routine;
     RowsInPlace rows{};
-    uint8_t *begin = nullptr, *end = nullptr; // of what has not been touched
+    uint8_t *begin = nullptr, *end = nullptr; // the part that has not been touched
 };
 
 struct DibRecord {
@@ -28,7 +28,7 @@ struct DibRecord {
 
 constexpr ptrdiff_t TOUCHED_TOGETHER = 64 * 1024, LEAST_PAGE = 4096;
 
-// Zeros go where zeros are: where no row has been written yet.
+// Writes zeros over zeros: no row has been written here yet.
 void Touch(uint8_t* memory, ptrdiff_t bytes)
 {
     volatile uint8_t* touched = memory;
@@ -36,7 +36,7 @@ void Touch(uint8_t* memory, ptrdiff_t bytes)
         touched[at] = 0;
 }
 
-// Rows come from the end of the memory to its beginning, or the other way.
+// Rows fill the memory from its end to its beginning, or the other way.
 void TouchThrough(FreshRows& fresh, uint8_t* row)
 {
     uint8_t* const behind = row + fresh.lines.strideOrColourUse;
@@ -60,7 +60,7 @@ intptr_t WriteFreshRow(void* line, uint32_t row, void* userData)
     return fresh.routine(line, row, &fresh.lines);
 }
 
-// Room for header, colours and rows.
+// Makes room for header, colours and rows.
 Status MakeBlock(DibRecord& sink, const PictureFormat& format)
 {
     BITMAPINFOHEADER header = format.dib;
@@ -104,7 +104,7 @@ Status BeginDib(void* record, const PictureFormat& format, LineTarget& target)
     lines.orientation = format.orientation;
     fresh.routine = conversion.routine;
     fresh.rows = DibRows(lines, true);
-    // Rows of a bit a pixel are too short to gain by being touched.
+    // Bilevel rows are too short to gain by it.
     if (format.dib.biBitCount > 1)
         target = {WriteFreshRow, &fresh};
     else

@@ -5,8 +5,8 @@
 
 namespace tiff {
 
-// The rows of a source as a packed DIB, and how it went: whole with 0, in part with 5, 19 and 20, else
-// null.
+// The rows of a source as a packed DIB, and the status: the DIB is whole with 0, in part with 5, 19 and 20,
+// else null.
 HGLOBAL RowsToDib(const RowSource& source, Status& status);
 
 } // namespace tiff

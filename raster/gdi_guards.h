@@ -1,4 +1,4 @@
-// Guards for what GDI and USER hand out. Each undoes at the end of its scope what it did.
+// Guards for GDI and USER objects. Each releases its object at the end of its scope.
 #pragma once
 
 #include "core/win32.h"
@@ -7,7 +7,7 @@
 
 namespace tiff {
 
-// Null is the screen.
+// A null window means the screen.
 class WindowDc {
 public:
     explicit WindowDc(HWND window) : window(window), dc(GetDC(window))
@@ -72,7 +72,7 @@ private:
     Handle object = nullptr;
 };
 
-// A foreground palette, selected and realised; none changes nothing.
+// A foreground palette, selected and realised; null changes nothing.
 class SelectedPalette {
 public:
     SelectedPalette(HDC dc, HPALETTE palette)

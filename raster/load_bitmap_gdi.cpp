@@ -1,4 +1,4 @@
-// Pages to bitmaps: the page's header as it is, and the decode driver with GDI at its end.
+// Pages to bitmaps: the page's header unchanged, and the decode driver with GDI at its end.
 #include "codecs/buffers.h"
 #include "core/desktop.h"
 #include "core/errors.h"
@@ -35,7 +35,7 @@ uint32_t LineBytes(const BITMAPINFOHEADER& header)
     return static_cast<uint32_t>((bits + 15) / 8) & ~1u;
 }
 
-// Rows go in as the page stores them; GDI makes of them what the header says.
+// Rows go to GDI as the page stores them; GDI converts them by the header.
 struct BitmapRecord {
     HDC screen;
     GlobalBlock info;
@@ -60,7 +60,7 @@ Status MakeBitmap(BitmapRecord& record, const PictureFormat& format)
     return record.bitmap ? error::None : error::NotEnoughMemory;
 }
 
-// GDI wants a bitmap that is selected nowhere.
+// GDI wants the bitmap selected nowhere.
 Status BeginBitmap(void* sink, const PictureFormat& format, LineTarget& target)
 {
     auto& record = *static_cast<BitmapRecord*>(sink);

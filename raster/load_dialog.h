@@ -6,11 +6,11 @@
 
 namespace tiff {
 
-// 0 when there is none to show or the user goes on with it. CANCELLED, 1 when the dialog failed, 28 when
-// it is missing. The page to load stays the caller's.
+// 0 to go on, also when no dialog is wanted. CANCELLED; 1 when the dialog failed; 28 when its library is
+// missing. The loaded page still belongs to the caller.
 [[nodiscard]] Status ShowLoadDialog(int32_t dialog, HGLOBAL file, uint32_t page);
 
-// Ends a load without a picture: an error for all but a cancelled dialog.
+// Ends a load without a picture; sets the error unless the dialog was cancelled.
 void RefuseLoad(Status status);
 
 } // namespace tiff

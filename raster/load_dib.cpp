@@ -8,7 +8,7 @@
 
 namespace tiff {
 
-// Of a page whose tags are loaded, unless the status says why there is none.
+// Loads a page whose tags are loaded; a status other than 0 is passed on.
 static HGLOBAL LoadDib(HGLOBAL file, uint32_t page, PageRows rows, Status status)
 {
     RowSource source{};

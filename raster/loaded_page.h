@@ -1,4 +1,4 @@
-// A file opened by its name with one page's tags loaded, for a scope.
+// A file opened by its name, with the tags of one page loaded, for a scope.
 #pragma once
 
 #include "core/directory_reader.h"
@@ -21,7 +21,7 @@ public:
         CloseTiffFile(file);
     }
 
-    // 0, or why there is no page.
+    // 0, or the reason why no page is loaded.
     Status LoadStatus() const
     {
         return status;

@@ -7,11 +7,11 @@
 
 namespace tiff {
 
-// Colours as a DIB stores them: blue, green, red and perhaps a fourth byte each; 256 at most are
-// taken. Null for none, or when GDI has no room. The caller deletes it.
+// Colours as a DIB stores them: blue, green, red and perhaps a fourth byte each. At most 256 are used. Null
+// for no colours, or when GDI has no room. The caller deletes the palette.
 HPALETTE MakePalette(std::span<const uint8_t> colours, uint32_t colourBytes);
 
-// The colours behind the header of a page.
+// The same with the colours behind a page's header.
 HPALETTE MakePalette(const BITMAPINFO& info);
 
 } // namespace tiff

@@ -13,7 +13,7 @@ bool IsColourSpace(uint32_t photometric)
     return photometric >= photometric::FirstColourSpace && photometric <= photometric::LastColourSpace;
 }
 
-// 16-bit samples are reduced; of two 8-bit samples the first, the grey, is taken.
+// 16-bit samples are reduced; of two 8-bit samples the first, the grey, is used.
 uint32_t GreyShift(const PageTags& tags)
 {
     if (tags.Value(tag::BitsPerSample, 1) != 16)
@@ -21,7 +21,7 @@ uint32_t GreyShift(const PageTags& tags)
     return tags.Value(tag::MaxSampleValue, 0) < TWELVE_BIT_SAMPLES ? 4 : 8;
 }
 
-// JPEG has ways of its own to bring shared chroma to every pixel.
+// JPEG codecs expand shared chroma themselves.
 bool SharesChroma(const PageTags& tags)
 {
     return tags.Value(tag::Compression, compression::Stored) != compression::Jpeg &&

@@ -1,5 +1,4 @@
-// Where rows come from: a page of a TIFF file or a bare stream. Nobody else asks which scheme a page
-// has.
+// The source of rows: a page of a TIFF file or a bare stream. Only this file asks for the scheme of a page.
 #pragma once
 
 #include "codecs/ccitt/raw.h"
@@ -16,15 +15,15 @@ struct RowSource {
 };
 
 enum class PageRows {
-    Any,        // whatever codec the page needs
+    Any,        // any codec that the page needs
     ColourSpace // photometric values 7 to 17 unconverted; pages that are not decoded line by line end
                 // with 9990 or 9991
 };
 
-// A loaded page. Fails as FormatOfPage.
+// Opens a loaded page. Fails as FormatOfPage.
 [[nodiscard]] Status OpenPageRows(HGLOBAL file, uint32_t page, PageRows rows, RowSource& source);
 
-// Bare code with a format of the caller's making.
+// Opens bare code with the caller's format.
 RowSource OpenBareRows(const RawImage& code, const PictureFormat& format);
 
 // Begins the sink, sends it every row and ends it.

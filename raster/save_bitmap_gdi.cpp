@@ -1,5 +1,5 @@
-// GDI bitmaps to new pages and to bare CCITT code, and the bitmap on the clipboard. The device
-// fetches the rows; from there on a bitmap is saved like a DIB.
+// GDI bitmaps to new pages and to bare CCITT code, and the bitmap on the clipboard. The device fetches the
+// rows; all later steps are those of a DIB.
 #include "core/desktop.h"
 #include "core/errors.h"
 #include "core/global_block.h"
@@ -23,7 +23,7 @@ namespace tiff {
 
 namespace {
 
-// The colours that the device's rows will index: fetching one row fills them in.
+// The colours that the device's rows will index. Fetching one row fills them in.
 struct BitmapColours {
     BITMAPINFOHEADER header;
     std::array<RGBQUAD, 256> colours;
@@ -69,7 +69,7 @@ Status FormatOfBitmap(HBITMAP bitmap, PictureFormat& format)
     return error::None;
 }
 
-// What GDI is asked to make of the bitmap's rows: those of the page.
+// The form in which GDI gives the bitmap's rows: that of the page.
 BitmapColours InfoOfPage(const PagePlan& plan)
 {
     BitmapColours info{};
@@ -136,7 +136,7 @@ uint32_t CcittCompression(uint32_t type)
     return 0;
 }
 
-// Lends the thread what DllFillCcittLine fetches lines with, for a scope.
+// Gives DllFillCcittLine the bitmap information of this thread, for a scope.
 class CcittSource {
 public:
     explicit CcittSource(BITMAPINFO* info)
@@ -168,7 +168,7 @@ int32_t EncodeBareBitmap(HANDLE file, HBITMAP bitmap, uint32_t compression)
                               compression, &context, DllFillCcittLine);
 }
 
-// The clipboard keeps the bitmap; it only has to be closed again before the bitmap is used.
+// The clipboard keeps the bitmap; it must only be closed again before the bitmap is used.
 Status BitmapOnClipboard(HBITMAP& bitmap)
 {
     if (!IsClipboardFormatAvailable(CF_BITMAP))

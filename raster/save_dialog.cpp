@@ -11,7 +11,7 @@ namespace tiff {
 
 namespace {
 
-constexpr size_t TEXT_BYTES = SAVE_TEXT_BYTES - 1; // of a text in the options, which may fill it
+constexpr size_t TEXT_BYTES = SAVE_TEXT_BYTES - 1; // the most that a text in the options can hold
 
 // The dialogs library is compiled against these.
 static_assert(offsetof(TiffSavePicture, bits) == 24);

@@ -6,8 +6,8 @@
 
 namespace tiff {
 
-// Lets the user choose; the answers become the thread's save settings. Error 28 when the
-// library is missing, CANCELLED when the user cancels.
+// Shows the dialog; the answers become the thread's save settings. Error 28 when the library is missing,
+// CANCELLED when the user cancels.
 [[nodiscard]] Status ShowSaveDialog(const char* path, const PictureFormat& format, SaveSettings& settings);
 
 } // namespace tiff

@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint32_t FIRST_SAVED_SPACE = 10;
 
-// Rows from the top are asked for in the other order.
+// For rows from the top the order is reversed.
 struct DibRows {
     TiffEncodeLineContext context;
     TiffLineCallback routine;
@@ -29,7 +29,7 @@ intptr_t FillFromDib(void* line, uint32_t row, void* rows)
     return from->routine(line, from->topDown ? from->context.height - 1 - row : row, &from->context);
 }
 
-// What the line routine takes from a DIB row, cut to what a line of the page holds.
+// The part of a DIB row that the line routine uses, cut to the length of the page's line.
 void DescribeRows(const DibView& view, const PagePlan& plan, bool faxBoard, DibRows& rows)
 {
     TiffEncodeLineContext& context = rows.context;
@@ -48,12 +48,12 @@ void DescribeRows(const DibView& view, const PagePlan& plan, bool faxBoard, DibR
     const bool words = view.bitCount > 8 && (view.bitCount != 16 || faxBoard);
     const uint64_t rowBytes = words ? (bits + 15) / 16 * 2 : (bits + 7) / 8;
     rows.routine = words ? DllFillTiffLineDIB24Bit : DllFillTiffLineDIB;
-    // An even count, and a pixel that a line of fewer bits ends in, may reach into the line
-    // buffer's spare bytes.
+    // An even count, and a pixel that ends a line of fewer bits, may reach into the line buffer's spare
+    // bytes.
     context.lineBytes = static_cast<uint32_t>(std::min(rowBytes, WrittenRowBytes(plan) + 2));
 }
 
-// Plans the page of a locked DIB and hands it to the saver that knows where it goes.
+// Plans the page of a locked DIB and passes it to the saver for its destination.
 template <class Save>
 Status WithDib(HGLOBAL dib, const SaveRequest& request, Save save)
 {
@@ -72,7 +72,7 @@ Status WithDib(HGLOBAL dib, const SaveRequest& request, Save save)
     return save(plan, LineFeed{FillFromDib, &rows});
 }
 
-// A new block is freed under its present handle when the save fails: growing may replace it.
+// When the save fails, a new block is freed under its present handle: growing may have replaced it.
 Status SaveInMemory(HGLOBAL memory, const PagePlan& plan, const LineFeed& feed, HGLOBAL& saved)
 {
     GlobalBlock fresh;
@@ -127,7 +127,7 @@ extern "C" int32_t SaveDIBInTiffFormat(const char* path, HGLOBAL dib, uint32_t s
     return SaveDIBInTiffFile(path, dib, selector, dialog);
 }
 
-// Deliberate: fewer colour spaces are saved than are loaded.
+// Deliberate: fewer colour spaces can be saved than loaded.
 extern "C" int32_t SaveNonRGBDIBInTiffFile(const char* path, HGLOBAL dib) noexcept
 {
     uint32_t space = 0;

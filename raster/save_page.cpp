@@ -23,10 +23,10 @@ constexpr std::string_view SOFTWARE = "TIFF.DLL from Korvane Software, Inc.";
 constexpr int32_t VERSION_BYTES = 15;
 constexpr uint32_t LARGEST_SHORT = 65535;
 
-// The two resolutions of fax pages, and what is taken for the coarse one.
+// The two resolutions of fax pages, and the limits of the coarse one.
 constexpr uint32_t FAX_HORIZONTAL = 204, FAX_COARSE = 98, FAX_FINE = 196;
 constexpr uint32_t LEAST_FINE = 148;
-constexpr uint32_t LEAST_FINE_ROWS = 1101; // of a page that does not say
+constexpr uint32_t LEAST_FINE_ROWS = 1101; // of a page without a resolution
 
 constexpr uint32_t WITH_FILL_BITS = 4;
 constexpr uint32_t PAGE_OF_MANY = 2;
@@ -128,7 +128,7 @@ bool DefineFillBits(HGLOBAL file, uint32_t page, const PagePlan& plan, FillBits 
            DefineShort(file, page, tag::SamplesPerPixel, 1);
 }
 
-// A page does without them when they cannot be defined.
+// When these cannot be defined, the page is written without them.
 void DefinePageTags(HGLOBAL file, uint32_t page)
 {
     const uint32_t kind = PAGE_OF_MANY;
@@ -149,7 +149,7 @@ bool DefineCoding(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
             DefineShort(file, page, compression.extraTag, compression.extraValue));
 }
 
-// A size beyond a SHORT is written as a LONG: a cut one would lose the picture.
+// A size above 65535 is written as a LONG: its low 16 bits would lose the picture.
 bool WidenSizes(HGLOBAL file, uint32_t page, const PagePlan& plan)
 {
     if (WidthOf(plan) > LARGEST_SHORT &&
@@ -162,7 +162,7 @@ bool WidenSizes(HGLOBAL file, uint32_t page, const PagePlan& plan)
            (!oneStrip || DefineTiffImageInfo(file, page, tag::RowsPerStrip, fieldtype::Long, HeightOf(plan)));
 }
 
-// All reds, then greens, then blues. Colours that the table does not have are 0.
+// All reds, then greens, then blues. Colours missing from the table are 0.
 bool DefineColourMap(HGLOBAL file, uint32_t page, const PagePlan& plan)
 {
     std::array<uint16_t, 3 * 256> map{};
@@ -228,17 +228,17 @@ uint32_t SelectorOf(const SaveRequest& request)
     return request.selector;
 }
 
-// Pages of one file keep one byte order: a link in another would lose the pages behind it.
+// Pages of one file keep one byte order: a link in the other order would lose the pages behind it.
 bool IsMotorola(HGLOBAL file)
 {
     TiffFileInformation info;
     return GetTiffFileInfo(file, &info) && info.byteOrder == TIFF_MOTOROLA;
 }
 
-// Bilevel and grey pages follow the source's first colour; one without colours is taken as it is.
+// Bilevel and grey pages follow the source's first colour. A source without colours changes nothing.
 void MatchFirstColour(const SaveVariant& variant, PagePlan& plan)
 {
-    constexpr uint32_t LIGHT_LEVEL = 127; // a first colour with a channel of this much is light
+    constexpr uint32_t LIGHT_LEVEL = 127; // a first colour with a channel this high is light
     if (!variant.followsColours || plan.photometric > photometric::BlackIsZero ||
         plan.format.stored.biClrUsed == 0)
         return;
@@ -246,8 +246,8 @@ void MatchFirstColour(const SaveVariant& variant, PagePlan& plan)
     const bool light = std::max({first.rgbRed, first.rgbGreen, first.rgbBlue}) >= LIGHT_LEVEL;
     const bool widened = plan.choice.samples != nullptr;
     if (variant.faxBoard) {
-        // Deliberate: a light first colour leaves the interpretation as it was chosen, and a dark one of
-        // more than a bit is not turned round.
+        // Deliberate: a light first colour leaves the interpretation as chosen, and a dark one of more than 1
+        // bit is not inverted.
         plan.invert = !light && BitsOf(plan) == 1;
         if (!light)
             plan.photometric = photometric::WhiteIsZero;
@@ -260,7 +260,7 @@ void MatchFirstColour(const SaveVariant& variant, PagePlan& plan)
     }
 }
 
-// What the thread's settings and the dialog make of the request.
+// Combines the request with the thread's settings and the dialog's answers.
 Status ChooseSettings(const SaveRequest& request, const PictureFormat& format, SaveSettings& settings)
 {
     const SaveVariant& variant = request.variant;

@@ -1,5 +1,5 @@
-// The steps that every saver shares: what to write is planned from the request, the page's tags
-// are defined, and its rows go through the encode driver.
+// The steps that all savers share: the page is planned from the request, its tags are defined, and its rows
+// go through the encode driver.
 #pragma once
 
 #include "codecs/encode_driver.h"
@@ -17,7 +17,7 @@ struct SaveRequest {
     const SaveVariant& variant;
 };
 
-// A page about to be saved, whatever its rows come from.
+// A page to be saved, whatever the source of its rows.
 struct PagePlan {
     PictureFormat format; // of the source
     SaveChoice choice;
@@ -27,24 +27,24 @@ struct PagePlan {
     uint32_t fillOrder;
 };
 
-// Chooses compression, samples, fill order and photometric interpretation, by the dialog if it
-// is asked for. Fails with CANCELLED when the user cancels, and with 11 where there is no encoder.
+// Chooses compression, samples, fill order and photometric interpretation, with the dialog if requested.
+// Fails with CANCELLED when the user cancels, and with 11 without an encoder.
 [[nodiscard]] Status PlanPage(const SaveRequest& request, const PictureFormat& format, PagePlan& plan);
 
-// Bytes of a row as they are written.
+// Bytes of a row in the file.
 uint64_t WrittenRowBytes(const PagePlan& plan);
 
-// Bits of a pixel as they are written.
+// Bits of a pixel in the file.
 uint32_t WrittenBits(const PagePlan& plan);
 
-// Appends the page to an open file. Its tags are dropped again, however it ends.
+// Appends the page to an open file. Its tags are dropped afterwards in any case.
 [[nodiscard]] Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant,
                                 const LineFeed& feed);
 
-// The same to a file on disk.
+// The same for a file on disk.
 [[nodiscard]] Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, const LineFeed& feed);
 
-// Makes a status the last error and an exported function's result of it.
+// Makes a status the last error and the result of an exported function.
 int32_t FinishSave(Status status);
 
 } // namespace tiff

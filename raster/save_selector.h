@@ -1,4 +1,4 @@
-// What a caller's compression selector asks for.
+// The meaning of a caller's compression selector.
 #pragma once
 
 #include "core/vocabulary.h"
@@ -11,7 +11,7 @@ struct CompressionChoice {
     uint32_t compression;
     uint16_t extraTag; // 0 for none
     uint16_t extraValue;
-    bool bilevel; // the picture is taken for black and white
+    bool bilevel; // the picture is saved as black and white
 };
 
 // The high byte: how samples are widened or converted.
@@ -20,7 +20,7 @@ struct SampleChoice {
     uint32_t sourceBits;
     uint32_t photometric;
     uint32_t sampleShift;
-    uint32_t bitsPerPixel; // as written
+    uint32_t bitsPerPixel; // in the file
     intptr_t (*routine)(void*, uint32_t, void*);
 };
 
@@ -29,8 +29,8 @@ struct SaveChoice {
     const SampleChoice* samples; // null for the DIB's own
 };
 
-// Error 11 for a selector that is not known, 16 for samples that the picture's depth does not
-// suit. Without sample kinds every high byte is unknown.
+// Error 11 for an unknown selector, 16 for samples that do not suit the picture's depth. Without sample kinds
+// every high byte is unknown.
 [[nodiscard]] Status ChooseSave(uint32_t selector, uint32_t bitCount, bool sampleKinds, SaveChoice& choice);
 
 } // namespace tiff

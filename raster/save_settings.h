@@ -1,4 +1,4 @@
-// What the calling thread saves with.
+// The calling thread's settings for saving.
 #pragma once
 
 #include "core/thread_state.h"
@@ -7,7 +7,7 @@ namespace tiff {
 
 inline constexpr uint32_t SAVE_TEXT_BYTES = 101;
 
-// What the last save chose; texts are written into every page that is saved.
+// The choices of the last save. The texts are written into every saved page.
 struct SaveSettings {
     uint32_t colourCount; // 2 is bilevel
     uint32_t photometric;
@@ -19,7 +19,7 @@ struct SaveSettings {
 
 struct RasterSettings {
     SaveSettings save;
-    BITMAPINFO* ccittSource; // of the bitmap whose lines DllFillCcittLine fetches; else null
+    BITMAPINFO* ccittSource; // of the bitmap for DllFillCcittLine; else null
 };
 
 inline RasterSettings& ThreadRaster()

@@ -1,4 +1,4 @@
-// What each way of saving does differently from the others.
+// The differences between the savers.
 #pragma once
 
 #include "core/vocabulary.h"
@@ -11,7 +11,7 @@ enum class Resolution {
     Fax, // 204 by 98 or 196 dots per inch
 };
 
-// What a Group 3 page says of fill bits, which let every EOL end on a byte.
+// How a Group 3 page is marked for fill bits, which let every EOL end on a byte.
 enum class FillBits { NotSaid, Always, Never, NeverThenAlways };
 
 struct SaveVariant {
@@ -19,12 +19,12 @@ struct SaveVariant {
     uint32_t fixedFillOrder = 0;   // 0: the caller's
     bool sampleKinds = false;      // the selector's high byte counts
     bool identityTags = false;     // DateTime, Software, ImageDescription and Artist are written
-    bool keepsColourSpace = false; // the header's compression field is the photometric to write
+    bool keepsColourSpace = false; // the header's compression field is the photometric value
     bool unknownIsStored = false;  // an unknown compression means none
-    bool bilevelStart = false;     // a picture of any depth is begun as black and white
-    bool faxBoard = false;         // colours and rows as the boards have them
+    bool bilevelStart = false;     // a picture of any depth begins as black and white
+    bool faxBoard = false;         // colours and rows as the boards want them
     bool pageTags = false;         // NewSubfileType 2 and PageNumber
-    bool followsColours = true;    // bilevel and grey pages are interpreted as the first colour is
+    bool followsColours = true;    // bilevel and grey pages follow the first colour
     Resolution resolution = Resolution::Dib;
     FillBits fillBits = FillBits::NotSaid;
 };
@@ -38,7 +38,7 @@ inline constexpr SaveVariant bitmapSave = {.identityTags = true, .followsColours
 inline constexpr SaveVariant memorySave = {
     .sampleKinds = true, .identityTags = true, .unknownIsStored = true};
 
-// Boards that read pages of one narrow form only.
+// Boards that accept pages of one narrow form only.
 inline constexpr SaveVariant gammaSave = {
     .faxBoard = true, .resolution = Resolution::Fax, .fillBits = FillBits::Never};
 inline constexpr SaveVariant bicomSave = {.fixedSelector = TIFF_SAVE_GROUP3,

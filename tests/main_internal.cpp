@@ -8,6 +8,6 @@ int main(int argumentCount, char** arguments)
     testing::InitGoogleTest(&argumentCount, arguments);
     if (!tiff::AttachProcess(nullptr))
         return 1;
-    TiffError(); // the thread has its record: a test that lets allocations fail does not end it
+    TiffError(); // creates the thread's record: a failing allocation in a test must not end the thread
     return RUN_ALL_TESTS();
 }

@@ -1,4 +1,4 @@
-// Pages coded by other programs, against the rows that an independent decoder found in them.
+// Pages coded by other programs, against the rows that an independent decoder gives.
 #include "support/pictures.h"
 
 #include <cstdio>

@@ -36,7 +36,7 @@ std::wstring ShortPath(const std::wstring& path)
     return buffer;
 }
 
-// The short name of what is there, or a new name behind the short name of its folder.
+// The short name of a file, or, for a new file, its name behind the short name of its folder.
 std::wstring Shortened(const std::wstring& path)
 {
     const size_t separator = path.find_last_of(L"/\\:");
@@ -70,7 +70,7 @@ bool ReadArguments(std::span<wchar_t* const> wide, std::vector<std::string>& arg
     return true;
 }
 
-// An editing command replaces a file by another one of the same name.
+// An editing command replaces a file by a new one of the same name.
 void RestoreNames()
 {
     for (const auto& [full, inUse] : shortened) {

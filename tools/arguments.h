@@ -1,4 +1,4 @@
-/* The command line in the characters that the library's paths are made of. */
+/* The command line in the code page of the library's paths. */
 #ifndef TOOLS_ARGUMENTS_H
 #define TOOLS_ARGUMENTS_H
 
@@ -8,11 +8,11 @@
 
 namespace tifftool {
 
-// Arguments outside the system's code page become the short names of the files that they name. False,
-// with a line that says so, when one has none.
+// Replaces arguments outside the system's code page by the short names of their files. False, with a message,
+// when a file has none.
 bool ReadArguments(std::span<wchar_t* const> wide, std::vector<std::string>& arguments);
 
-// Gives files that were written anew under a short name their own names back.
+// Gives files that were rewritten under a short name their own names back.
 void RestoreNames();
 
 } // namespace tifftool

@@ -1,5 +1,5 @@
-/* A BMP file is a packed DIB behind fourteen bytes that tell its size and where the pixels
- * begin. What either side claims is checked against the bytes that are there.
+/* A BMP file is a packed DIB after fourteen bytes with its size and the offset of the pixels. Both
+ * headers are checked against the number of bytes.
  */
 #include "bmp.h"
 
@@ -20,11 +20,11 @@ constexpr uint32_t FILE_HEADER_BYTES = 14;
 
 struct DibParts {
     uint32_t depth;
-    uint64_t headBytes;  // header and colour table; 0 for a header that makes no sense
-    uint64_t totalBytes; // the same and the pixels
+    uint64_t headBytes;  // header and colour table; 0 for an invalid header
+    uint64_t totalBytes; // the same with the pixels
 };
 
-// Both kinds of header, and rows from the bottom or from the top.
+// Handles both kinds of header, and rows from the bottom or from the top.
 DibParts MeasureDib(std::span<const uint8_t> dib)
 {
     BITMAPCOREHEADER core = {};
@@ -130,7 +130,7 @@ std::string ReadBmp(const char* path, HGLOBAL& dib)
     if (pixelsAt > content.size() || FILE_HEADER_BYTES + headBytes > pixelsAt) {
         return "this is a BMP picture that is cut off, or its header is wrong";
     }
-    // Whatever stands between the colours and the pixels is left out.
+    // Bytes between the colours and the pixels are left out.
     const size_t pixelBytes = content.size() - pixelsAt;
     const auto head = static_cast<size_t>(headBytes);
     dib = GlobalAlloc(GMEM_MOVEABLE, head + pixelBytes);

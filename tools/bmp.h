@@ -10,15 +10,15 @@
 
 namespace tifftool {
 
-// Bits per pixel, of a DIB with either kind of header.
+// Bits per pixel of a DIB with either kind of header.
 uint32_t DepthOf(std::span<const uint8_t> dib);
 
-// Writes into a file that must be there, or must not. Returns 0, or the system's code for what went
-// wrong; a new file that could not be written to its end is removed.
+// Writes into an existing file, or with isNew into one that must not exist. Returns 0 or the system's error
+// code; a new file that was not completed is removed.
 uint32_t WriteBmp(const char* path, std::span<const uint8_t> dib, bool isNew);
 
-// Reads a BMP file into a movable block that the caller frees. Returns an empty text, with a
-// null block for a file of another kind, or in a few words what is wrong with it.
+// Reads a BMP file into a movable block that the caller frees. Returns a short text with the fault, or an
+// empty one. The block is null for a file of another kind, whose text is empty.
 std::string ReadBmp(const char* path, HGLOBAL& dib);
 
 } // namespace tifftool

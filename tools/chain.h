@@ -1,5 +1,5 @@
-/* The chain of directories as it stands in a file, for what the library's handles do not tell: whether
- * it comes back to itself, and values of the types that pages in memory hold only in part.
+/* The chain of directories as it is in the file. The library's handles do not say whether it has a loop,
+ * and hold values of some types only in part.
  */
 #ifndef TOOLS_CHAIN_H
 #define TOOLS_CHAIN_H
@@ -13,18 +13,18 @@
 namespace tifftool {
 
 struct Chain {
-    std::vector<uint32_t> directories; // offsets, up to where the chain breaks or comes back
+    std::vector<uint32_t> directories; // offsets, up to where the chain breaks or loops
     uint32_t comesBackTo = 0;          // the page, counted from 1, that follows the last; 0 for none
 };
 
-// An entry of a directory: where it lies in the file, and what it says.
+// An entry of a directory: its place in the file, and its content.
 struct TagEntry {
     uint64_t position = 0;
     uint32_t type = 0, count = 0;
     uint64_t valuesAt = 0;
 };
 
-// A classic TIFF file read field by field.
+// A classic TIFF file that is read field by field.
 struct RawFile {
     std::unique_ptr<FILE, int (*)(FILE*)> file;
     bool motorola;
@@ -34,13 +34,13 @@ struct RawFile {
 
 Chain WalkChain(RawFile& raw);
 
-// False when the directory has no such entry.
+// False when the directory has no entry with this tag.
 bool FindEntry(RawFile& raw, uint32_t directory, uint32_t tag, TagEntry& entry);
 
-// Bytes as they stand in the file; fewer when it ends before.
+// Bytes as they are in the file; fewer when it ends before.
 std::vector<uint8_t> ReadBytes(RawFile& raw, uint64_t position, size_t count);
 
-// Writes a count in the place of an entry's own.
+// Overwrites the count in an entry.
 bool WriteCount(RawFile& raw, const TagEntry& entry, uint32_t count);
 
 } // namespace tifftool

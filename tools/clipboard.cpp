@@ -9,7 +9,7 @@ namespace tifftool {
 
 namespace {
 
-// The library reports success for a page that is not there, so it is looked for first.
+// The library reports success for a missing page, so the page is checked first.
 int Copy(const char* path, uint32_t page)
 {
     const std::string where = PageName(path, page);

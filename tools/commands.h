@@ -1,5 +1,5 @@
-/* What the commands of tifftool share: the command table's row, exit codes, error lines and
- * a guard for an open file. A new command is a row in tifftool.cpp and a file of its own.
+/* Shared by the commands of tifftool: the command table's row, exit codes, error lines and a guard for
+ * an open file. A new command is a row in tifftool.cpp and a file of its own.
  */
 #ifndef TOOLS_COMMANDS_H
 #define TOOLS_COMMANDS_H
@@ -41,7 +41,7 @@ extern const Command reorderCommand;
 extern const Command splitCommand;
 extern const Command tagCommand;
 
-// Owns an open TIFF file until the end of the scope.
+// Owns an open TIFF file for a scope.
 struct OpenFile {
     HGLOBAL handle;
 
@@ -56,7 +56,7 @@ struct OpenFile {
     OpenFile& operator=(const OpenFile&) = delete;
 };
 
-// Owns a block that the library handed out and keeps it locked until the end of the scope.
+// Owns a block from the library for a scope, and keeps it locked.
 struct OwnedBlock {
     HGLOBAL handle;
     const uint8_t* bytes;
@@ -80,7 +80,7 @@ struct OwnedBlock {
     OwnedBlock& operator=(const OwnedBlock&) = delete;
 };
 
-// Prints "tifftool: command: what" and where to find help; returns WRONG_USAGE.
+// Prints "tifftool: command: what" and how to get help; returns WRONG_USAGE.
 int UsageError(const Command& command, const std::string& what);
 
 // Prints "tifftool: where: text (error N)" with the library's text; returns FAILED.
@@ -89,7 +89,7 @@ int ReportError(const std::string& where, uint32_t code);
 // Prints "tifftool: where: sentence"; returns FAILED.
 int ReportSentence(const std::string& where, const std::string& sentence);
 
-// What would be done is said instead of being done.
+// Prints what would be done.
 int DryRun(const std::string& sentence);
 
 } // namespace tifftool

@@ -1,5 +1,5 @@
-/* tifftool convert: pages of a TIFF file or a BMP picture, saved anew in another compression. The
- * result is written beside its place and moved there when it is whole.
+/* tifftool convert: pages of a TIFF file or a BMP picture, saved in another compression. The
+ * result is written beside the target and replaces it when it is complete.
  */
 #include "options.h"
 #include "pages.h"
@@ -22,8 +22,8 @@ struct ConvertOrder {
     uint32_t fillOrder;
 };
 
-// The file that is written. It stays open from page to page: looking for its end anew for each
-// would take ever longer.
+// The file to write. It stays open from page to page: walking to its end for each page would take longer and
+// longer.
 struct Target {
     const ConvertOrder& order;
     const char* path;

@@ -164,7 +164,7 @@ std::string NameOr(std::span<const Name> names, uint32_t number, const char* kin
     return name ? name : std::string(kind) + " " + std::to_string(number);
 }
 
-// False when the page has no such tag. A BYTE fills one byte only, a RATIONAL two words.
+// False when the page does not have the tag. A BYTE fills only one byte, a RATIONAL two words.
 bool ReadFirst(HGLOBAL file, uint32_t page, uint32_t number, uint32_t& value)
 {
     uint32_t words[2] = {};

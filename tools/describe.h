@@ -1,4 +1,4 @@
-/* Words for what stands in a TIFF file as numbers. */
+/* Words for the numbers in a TIFF file. */
 #ifndef TOOLS_DESCRIBE_H
 #define TOOLS_DESCRIBE_H
 
@@ -29,7 +29,7 @@ inline constexpr uint32_t PageNumber = 297;
 inline constexpr uint32_t TileWidth = 322;
 } // namespace tag
 
-// What a page says of itself, with the format's defaults for tags that it leaves out.
+// The facts in a page's tags, with the format's defaults for missing tags.
 struct PageFacts {
     uint32_t width, length;
     uint32_t bitsPerSample, samplesPerPixel;
@@ -45,7 +45,7 @@ PageFacts ReadPageFacts(HGLOBAL file, uint32_t page);
 
 std::string TagName(uint32_t tag);
 
-// A tag by its number or its name, in capitals or not; 0 for none.
+// A tag by its number or name, in any case; 0 for none.
 uint32_t FindTag(const char* text);
 
 std::string FieldTypeName(uint32_t type);
@@ -54,14 +54,14 @@ std::string DescribePhotometric(uint32_t photometric);
 std::string DescribeOrientation(uint32_t orientation);
 std::string DescribeSubfileType(uint32_t newSubfileType);
 
-// Why this library cannot decode the page, in a few words; empty when nothing speaks against it.
+// Why this library cannot decode the page, in a few words; empty when no reason is known.
 std::string WhyNotSupported(const PageFacts& facts);
 
-// Prints the tags of a loaded page, counted from 0, a line each; an exit code.
+// Prints the tags of a loaded page, counted from 0, one a line; returns an exit code.
 struct Source;
 int PrintTags(Source& source, uint32_t page);
 
-// The library's text, and the code in brackets.
+// The library's text, with the code in brackets.
 std::string DescribeError(uint32_t code);
 
 } // namespace tifftool

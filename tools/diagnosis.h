@@ -9,11 +9,11 @@
 
 namespace tifftool {
 
-// What the system says of a failure.
+// The system's text for a failure.
 std::string SystemCause(DWORD cause);
 
-// Why this is no TIFF file: not there, a folder, empty, held by another program, or of another
-// kind, which is named. Empty when it begins as a TIFF file does.
+// Why this is not a TIFF file: missing, a folder, empty, held by another program, or of another kind, which
+// is named. Empty when it begins like a TIFF file.
 std::string WhyNotTiff(const std::string& path);
 
 // Reports why a TIFF file could not be opened, the code in brackets; returns FAILED.

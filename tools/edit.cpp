@@ -1,6 +1,4 @@
-/* tifftool cat, split, cut, delete, reorder, append-raw and number: pages moved about without being
- * decoded.
- */
+/* tifftool cat, split, cut, delete, reorder, append-raw and number: pages moved without decoding. */
 #include "describe.h"
 #include "options.h"
 #include "progress.h"
@@ -20,14 +18,14 @@ int Result(int32_t succeeded, const std::string& where)
     return succeeded ? ALL_FINE : ReportError(where, TiffError());
 }
 
-// The number of pages of a file that can be read to its end, or 0 with a line that says why.
+// The number of pages of a file that can be read to its end; otherwise prints the reason and returns 0.
 uint32_t CountPages(const char* path)
 {
     const Source source(path);
     return IsWhole(source) ? source.pages : 0;
 }
 
-// The target stays open: looking for its end anew for each file would take ever longer.
+// The target stays open: walking to its end for each file would take longer and longer.
 int AppendPages(HGLOBAL target, const char* path)
 {
     constexpr uint32_t MIXED_BYTE_ORDERS = 35;
@@ -83,7 +81,7 @@ std::string PagesText(uint32_t first, uint32_t last)
                          : "pages " + std::to_string(first) + " to " + std::to_string(last);
 }
 
-// False, with a line that says so, for a file that is there and is not to be replaced.
+// False, with a message, for an existing file that must not be replaced.
 bool MayWrite(const std::string& path, const Options& options)
 {
     if (!CheckOutput(path)) {
@@ -115,7 +113,7 @@ int RunSplit(Arguments arguments)
         }
         pages = source.pages;
     }
-    // The library would rename the file, or find too few pages in it.
+    // For page 1 the library would rename the file, or refuse one with a single page.
     if (page == 1) {
         return ReportSentence(path, "nothing would be left; rename the file instead");
     }
@@ -131,7 +129,7 @@ int RunSplit(Arguments arguments)
     return Result(SplitTiffFile(path, target, static_cast<int32_t>(page - 1), DrawProgress, 0), path);
 }
 
-// In a folder the library finds names that are free.
+// In a folder the library chooses free names.
 bool MayCut(const std::string& base, uint32_t count, const Options& options)
 {
     for (uint32_t page = 1; page <= count && !IsFolder(base); ++page) {
@@ -256,7 +254,7 @@ int RunAppendRaw(Arguments arguments)
     return Result(AppendCCITTImageFile(raw, path, page - 1, static_cast<int32_t>(offset)) != nullptr, raw);
 }
 
-// Pages that cannot be loaded are the library's to report.
+// The library itself reports pages that cannot be loaded.
 bool HasNumberedPage(const Source& source)
 {
     for (uint32_t page = 0; page < source.pages; ++page) {
@@ -287,7 +285,7 @@ int RunNumber(Arguments arguments)
         if (!IsWhole(source)) {
             return FAILED;
         }
-        // The library takes every file to be in Intel order.
+        // The library assumes Intel order.
         if (IsMotorola(source)) {
             return ReportSentence(path, "is in Motorola byte order, in which totals are not written");
         }

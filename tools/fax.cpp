@@ -1,4 +1,4 @@
-/* tifftool fax and blank: pages for fax boards, and pages that need not be sent. */
+/* tifftool fax and blank: pages for fax boards, and the numbers of blank pages. */
 #include "options.h"
 #include "pages.h"
 #include "progress.h"
@@ -19,8 +19,8 @@ struct FaxOrder {
 
 struct Board {
     const char* name;
-    bool ownCode;  // takes no other compression or fill order
-    bool numbered; // its pages have page numbers, and a total to be set when they are all there
+    bool ownCode;  // has its own compression and fill order, and takes no other
+    bool numbered; // its pages have page numbers; their total is set when all are written
     int32_t (*save)(const char* path, HGLOBAL dib, const FaxOrder& order);
     int32_t (*finish)(const char* path);
 };
@@ -41,7 +41,7 @@ constexpr Board boards[] = {
          return SaveDIBInDialogicTiffFile(path, dib, order.selector);
      },
      nullptr},
-    // All pages are saved before the file is rewritten once.
+    // The file is rewritten once, after all pages are saved.
     {"cisco", false, false,
      [](const char* path, HGLOBAL dib, const FaxOrder& order) {
          return SaveDIBInTiffFileExt(path, dib, order.selector, 0, order.fillOrder);
@@ -59,7 +59,7 @@ const Board* FindBoard(const char* name)
     return nullptr;
 }
 
-// An error of the file that is written is told with its name, others with the page's.
+// Errors of the output file are reported with its name, others with the page's.
 bool IsOutputError(uint32_t code)
 {
     return code == 2 || code == 6 || code == 35;

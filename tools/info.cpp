@@ -1,4 +1,4 @@
-/* tifftool info: what stands in a file, page by page, without decoding anything. */
+/* tifftool info: the tags of a file, page by page, without decoding. */
 #include "chain.h"
 #include "describe.h"
 #include "diagnosis.h"
@@ -19,7 +19,7 @@ constexpr size_t MAX_TEXT = 64;  // characters shown of an ASCII tag
 constexpr size_t MAX_VALUES = 8; // values shown of any other
 constexpr uint32_t BYTE_TYPE = 1;
 
-// In double quotes, up to the first zero, with escapes for what a terminal should not get.
+// In double quotes, up to the first zero, with escapes for control characters.
 std::string QuoteText(std::span<const uint8_t> bytes)
 {
     const auto end = std::ranges::find(bytes, uint8_t{0});
@@ -89,7 +89,7 @@ std::string FormatValue(uint32_t type, const uint8_t* values, size_t index)
     }
 }
 
-// Never looks beyond the bytes that are there, whatever count the file claims.
+// Never reads past the bytes given, whatever count the file claims.
 std::string FormatValues(uint32_t type, uint32_t count, std::span<const uint8_t> bytes)
 {
     const size_t held = std::min<size_t>(count, bytes.size() / ElementBytes(type));
@@ -105,10 +105,10 @@ std::string FormatValues(uint32_t type, uint32_t count, std::span<const uint8_t>
 
 struct FirstValues {
     uint32_t type, count;
-    std::vector<uint8_t> bytes; // of the values that are shown, in the processor's order
+    std::vector<uint8_t> bytes; // of the values to show, in the processor's order
 };
 
-// What a page in memory has as single bytes may be values of any type in the file.
+// Values that memory holds as single bytes may have any type in the file.
 FirstValues ReadFromFile(Source& source, uint32_t page, uint32_t tag)
 {
     RawFile raw(source.path);
@@ -168,7 +168,7 @@ namespace {
 
 std::string DescribeResolution(HGLOBAL file, uint32_t page, const PageFacts& facts)
 {
-    // Without the tag the library answers with the screen's, which says nothing of the page.
+    // Without the tag the library returns the screen's resolution, which says nothing of the page.
     uint32_t dpi = 0;
     if (!facts.hasResolution || GetTiffImageDPI(file, page, &dpi) != 0) {
         return "no resolution";

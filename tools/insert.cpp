@@ -1,4 +1,4 @@
-/* tifftool insert: a picture becomes a page of a file. */
+/* tifftool insert: inserts a picture as a page of a file. */
 #include "diagnosis.h"
 #include "options.h"
 #include "pages.h"
@@ -21,7 +21,7 @@ struct InsertOrder {
     bool inPlace, replace, create, dryRun;
 };
 
-// The pages of the target; false, with a line that says why, when nothing can be inserted.
+// Counts the pages of the target; false, with a message, when nothing can be inserted.
 bool CountTargetPages(const InsertOrder& order, uint32_t& pages)
 {
     pages = 0;

@@ -10,7 +10,7 @@ namespace tifftool {
 
 namespace {
 
-// Half a picture is not passed on as a whole one.
+// A picture that was decoded in part is not passed on as a whole one.
 int HandlePage(const Source& source, uint32_t page, Damage damage, const PictureHandler& handle)
 {
     const std::string where = PageName(source.path, page);
@@ -23,7 +23,7 @@ int HandlePage(const Source& source, uint32_t page, Damage damage, const Picture
                : ReportError(where, error);
 }
 
-// All pages when none is asked for.
+// Handles one page, or all when `only` is 0.
 int HandlePages(const char* path, uint32_t only, Damage damage, const PictureHandler& handle)
 {
     const Source source(path);

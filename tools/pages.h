@@ -11,13 +11,13 @@ namespace tifftool {
 inline constexpr uint32_t FIRST_BILEVEL =
     TIFF_SAVE_MODIFIED_HUFFMAN; // selectors from here on are of CCITT compressions
 
-// A packed DIB, and where it comes from.
+// A packed DIB, and its source.
 struct Picture {
     const OwnedBlock& dib;
     std::string where; // for messages
     uint32_t page;     // counted from 1; of a BMP 1
-    uint32_t pages;    // how many pages its file has
-    uint32_t error;    // why it is not whole
+    uint32_t pages;    // number of pages in its file
+    uint32_t error;    // 0, or why it is not whole
 };
 
 // Returns an exit code.
@@ -25,7 +25,7 @@ using PictureHandler = std::function<int(const Picture& picture)>;
 
 enum class Damage {
     Refused,  // only whole pictures of whole files, until a handler fails
-    Tolerated // what can be decoded, from each page that can be
+    Tolerated // the decoded part of each page
 };
 
 // Hands over a BMP picture, or every page of a TIFF file.
@@ -34,7 +34,7 @@ int ForEachPicture(const char* path, Damage damage, const PictureHandler& handle
 // Hands over one page, counted from 1, or a BMP picture.
 int WithPicture(const char* path, uint32_t page, Damage damage, const PictureHandler& handle);
 
-// Says why a picture does not suit a compression: the library would take samples for bits.
+// Reports a depth that does not suit a compression: the library would read samples as bits.
 int CheckDepth(const Picture& picture, uint32_t selector);
 
 } // namespace tifftool

@@ -8,7 +8,7 @@ namespace tifftool {
 
 namespace {
 
-bool lineIsOpen = false; // a bar or a clock stands in the current line of the standard error
+bool lineIsOpen = false; // the current line of the standard error holds a bar or a clock
 
 struct Clock {
     HANDLE workIsDone;
@@ -35,7 +35,7 @@ int32_t DrawProgress(uint32_t total, uint32_t done, uint64_t)
     if (total < LONG_WORK) {
         return 1;
     }
-    // Drawing takes longer than most steps: only what shows is drawn.
+    // Drawing takes longer than most steps, so only visible changes are drawn.
     const auto filled = [&](uint32_t steps) {
         return static_cast<uint32_t>(uint64_t{steps} * WIDTH / total);
     };

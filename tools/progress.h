@@ -1,4 +1,4 @@
-/* What a user sees of long work. */
+/* Shows the progress of long work. */
 #ifndef TOOLS_PROGRESS_H
 #define TOOLS_PROGRESS_H
 
@@ -8,15 +8,15 @@
 
 namespace tifftool {
 
-// A bar on the standard error, drawn anew with each step; nothing for work of a few steps. Fits the
-// library's progress callbacks and never stops the work.
+// Draws a bar on the standard error with each step, none for work of few steps. Serves as the library's
+// progress callback and never stops the work.
 int32_t DrawProgress(uint32_t total, uint32_t done, uint64_t user);
 
-// Leaves the line that a bar stands in, so that a line of another kind can be printed.
+// Ends the line of a bar, so that another line can be printed.
 void EndProgress();
 
-// Does work that reports no steps, and says every second how long it has taken; nothing when it is
-// short. The work prints nothing itself. Returns its result.
+// Does work that reports no steps, and prints the seconds it has taken; prints nothing for short work. The
+// work itself must not print. Returns its result.
 int32_t WithClock(const std::string& what, const std::function<int32_t()>& work);
 
 } // namespace tifftool

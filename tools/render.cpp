@@ -38,7 +38,7 @@ std::string Numbered(const std::string& stem, uint32_t page)
     return stem + number;
 }
 
-// A single picture goes exactly where -o says; several get their page numbers.
+// A single picture gets exactly the name after -o; several get page numbers.
 std::string OutputPath(const RenderOrder& order, uint32_t page, bool single)
 {
     const std::string& output = order.output;
@@ -51,7 +51,7 @@ std::string OutputPath(const RenderOrder& order, uint32_t page, bool single)
     return single ? output : Numbered(FolderOf(output) + FileStem(output), page);
 }
 
-// A file that is there stays until the picture is whole.
+// An existing file stays until the new picture is complete.
 int WritePicture(const RenderOrder& order, const Picture& picture, const std::string& path)
 {
     const std::span dib(picture.dib.bytes, picture.dib.size);
@@ -76,7 +76,7 @@ int RenderPicture(const RenderOrder& order, const Picture& picture)
         return written;
     }
     printf("%s\n", path.c_str());
-    // The library hands out what it could decode of a damaged page and leaves the cause standing.
+    // The library returns the decoded part of a damaged page and leaves the error set.
     const uint32_t error = picture.error;
     return error == 5 || error == 19 || error == 20
                ? ReportError(picture.where + ": warning, the picture is not whole", error)

@@ -18,7 +18,7 @@ bool IsEmptyFile(const WIN32_FILE_ATTRIBUTE_DATA& facts)
 
 } // namespace
 
-// Only a chain of the most pages that the library counts may come back to itself.
+// Only a chain with the largest number of pages can be one with a loop.
 Source::Source(const char* sourcePath)
     : path(sourcePath), file(OpenTiffFile(sourcePath, T_READ)), openError(TiffError()),
       pages(file.handle ? NumberOfTiffImages(file.handle, TIFF_ALL_PAGES) : 0)

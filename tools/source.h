@@ -8,40 +8,40 @@
 
 namespace tifftool {
 
-// An open file, and how far its chain of pages can be followed. Its pages are asked for through the
-// handle: a path would have the chain walked anew each time.
+// An open file, and the part of its chain of pages that can be followed. Load pages through the handle: a
+// path would have the chain walked again each time.
 struct Source {
     std::string path;
     OpenFile file;
     uint32_t openError;
-    uint32_t pages;                    // none of them twice
-    std::string chainFault;            // what is behind the last page; empty for a whole chain
+    uint32_t pages;                    // each counted once
+    std::string chainFault;            // the fault behind the last page; empty for a whole chain
     std::vector<uint32_t> directories; // filled by DirectoryOf
 
     explicit Source(const char* sourcePath);
 };
 
-// False, with a line that says why, when the file could not be opened or has no pages.
+// False, with a message, when the file could not be opened or has no pages.
 bool HasPages(const Source& source);
 
-// The same when its chain cannot be followed to its end: what was not seen would be lost.
+// The same when its chain cannot be followed to its end: the other pages would be lost.
 bool IsWhole(const Source& source);
 
-// The same, and a page counted from 1 is among the pages.
+// The same when the page, counted from 1, does not exist.
 bool IsWholeWith(const Source& source, uint32_t page);
 
-// False, with a line that says how many there are, for a page beyond the last.
+// False, with a message that gives the number of pages, for a page beyond the last.
 bool HasPage(const Source& source, uint32_t page);
 
-// Says what is wrong with the chain behind the pages that were dealt with; an exit code.
+// Reports the fault of the chain after the pages were handled; returns an exit code.
 int ReportChain(const Source& source);
 
-// False, with a line that says why, for a file that is there and cannot be added to.
+// False, with a message, for an existing file to which pages cannot be added.
 bool CanBeAddedTo(const std::string& path);
 
 bool IsMotorola(const Source& source);
 
-// Where the directory of a page, counted from 0, lies in the file; 0 when it is not available.
+// The offset of a page's directory, the page counted from 0; 0 when it is not available.
 uint32_t DirectoryOf(Source& source, uint32_t page);
 
 // "path, page N", for a page counted from 1.

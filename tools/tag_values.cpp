@@ -28,7 +28,7 @@ constexpr FieldType fieldTypes[] = {
     {"double", 12, ValueKind::Real, true},
 };
 
-// Of each type from 0 on.
+// By type, from 0 on.
 constexpr size_t elementBytes[] = {1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};
 
 struct Limits {

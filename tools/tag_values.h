@@ -1,4 +1,4 @@
-/* Values of tags, from the command line to the bytes that a file holds. */
+/* Values of tags, from the command line to the bytes of a file. */
 #ifndef TOOLS_TAG_VALUES_H
 #define TOOLS_TAG_VALUES_H
 
@@ -16,22 +16,22 @@ struct FieldType {
     const char* name;
     uint32_t code;
     ValueKind kind;
-    bool takenAsBytes; // by the library, which counts bytes then, and exchanges none
+    bool takenAsBytes; // the library counts and writes these as bytes, without swapping
 };
 
-// Null for a name that is not known.
+// Null for an unknown name.
 const FieldType* FindFieldType(const char* name);
 
-// The names that FindFieldType knows.
+// The names of all types.
 std::string FieldTypeNames();
 
-// Bytes of one value, 1 for types that are not known.
+// Bytes of one value; 1 for unknown types.
 size_t ElementBytes(uint32_t type);
 
-// Turns values from the processor's byte order to the other, or back.
+// Swaps values from the processor's byte order to the other, or back.
 void ReverseElements(uint32_t type, std::span<uint8_t> bytes);
 
-// Appends the values in the processor's order; empty, or what is wrong with one of them.
+// Appends the values in the processor's order. Returns an empty text, or the fault of a value.
 std::string ParseValues(const FieldType& type, std::span<const char* const> texts,
                         std::vector<uint8_t>& bytes);
 

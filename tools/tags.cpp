@@ -17,10 +17,10 @@ namespace {
 constexpr size_t ANY_NUMBER = SIZE_MAX;
 constexpr uint32_t INPUT_OUTPUT = 6;
 
-// Without these nobody would find the picture's data, or know what they are.
+// Tags needed to find or decode the picture.
 constexpr uint32_t keptTags[] = {259, 273, 279, 324, 325, 347, 513, 514, 519, 520, 521};
 
-// Positions in the file, which no value from outside can know.
+// Positions in the file, which a user cannot know.
 constexpr uint32_t positionTags[] = {273, 279, 324, 325, 330, 513, 514, 519, 520, 521, 34665, 34853, 40965};
 
 bool IsAmong(uint32_t tag, std::span<const uint32_t> tags)
@@ -53,7 +53,7 @@ int List(const char* path, uint32_t page)
     return std::max(result, ReportChain(source));
 }
 
-// Edits a copy, so that the file keeps its tags until the new ones are as they should be.
+// Edits a copy, so that the file keeps its tags until the new ones are right.
 template <class Edit>
 int EditCopy(const TagOrder& order, Edit edit)
 {
@@ -64,7 +64,7 @@ int EditCopy(const TagOrder& order, Edit edit)
     });
 }
 
-// The library has counted bytes: the entry gets the count of its values.
+// The library has counted bytes; the entry gets the number of its values.
 bool CorrectCount(const char* path, const TagOrder& order, const FieldType& type, size_t bytes)
 {
     RawFile raw(path, "r+b");
@@ -107,7 +107,7 @@ int Add(const TagOrder& order, const FieldType& type, std::span<const char* cons
     });
 }
 
-// The library rewrites a file also for a tag that is not there.
+// The library would rewrite the file even without the tag.
 int Delete(const TagOrder& order)
 {
     const std::string what = Described(order.tag) + " of page " + std::to_string(order.page);

@@ -1,5 +1,5 @@
-/* tifftool: looks into TIFF files and takes pages out of them, through the public interface
- * of the library alone. This file has the command table and what all commands report alike.
+/* tifftool: describes, converts and edits TIFF files through the public interface of the library
+ * alone. This file has the command table and the messages that all commands share.
  */
 #include "arguments.h"
 #include "commands.h"
@@ -48,7 +48,7 @@ int PrintVersion()
     return ALL_FINE;
 }
 
-// Only arguments ahead of "--" are looked at, so that a file may have any name.
+// Checks only the arguments before "--", so that a file may have any name.
 bool AsksForHelp(Arguments arguments)
 {
     for (const char* argument : arguments) {
@@ -97,7 +97,7 @@ int UsageError(const Command& command, const std::string& what)
 int ReportSentence(const std::string& where, const std::string& sentence)
 {
     EndProgress();
-    // Both streams may lead to one place; what was printed before must stand before.
+    // Both streams may go to one place, where the order must hold.
     fflush(stdout);
     fprintf(stderr, "tifftool: %s: %s\n", where.c_str(), sentence.c_str());
     return FAILED;
@@ -116,7 +116,7 @@ int ReportError(const std::string& where, uint32_t code)
 
 } // namespace tifftool
 
-// Names may have characters that only the wide form of the command line has.
+// File names may have characters that only the wide command line has.
 int wmain(int count, wchar_t** wide)
 {
     std::vector<std::string> texts;

@@ -11,8 +11,8 @@ namespace {
 
 constexpr uint32_t MOST_NAMES = 1000;
 
-// A copy of the old file or an empty one, under a name that was free; empty, with a line that says
-// why, when no name is available. Only what is made here is ever removed.
+// Makes a copy of the old file, or an empty file, under a free name; prints the reason and returns an empty
+// name when there is none. Only files made here are ever removed.
 std::string MakeUnfinished(const std::string& path, bool copyOld)
 {
     const uint32_t seed = GetCurrentProcessId() * 2654435761u + GetTickCount();

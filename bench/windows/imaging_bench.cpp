@@ -1,5 +1,5 @@
-// The DLL beside the system's imaging component, on files that tiff_bench wrote:
-// imaging_bench FOLDER. Results go out in the form that the report reads.
+// The DLL beside the system's imaging component, on files that tiff_bench wrote: imaging_bench FOLDER. The
+// output has the form that the report reads.
 #include "tiff/tiff.h"
 
 #include <objbase.h>
@@ -116,7 +116,7 @@ struct Job {
     std::vector<double> times;
 };
 
-// The two take turns, so that what else the machine does befalls both.
+// The two take turns, so that other load on the machine affects both.
 void TimeJobs(Job (&jobs)[2], const std::string& path, const std::string& name)
 {
     for (int round = 0; round < ROUNDS; ++round)

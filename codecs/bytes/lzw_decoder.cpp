@@ -1,8 +1,7 @@
-// Strings are not kept in a table but where they were written: what is decoded goes into a
-// history and from there into the lines, and an entry is the place and length of a string in
-// the history. It is opened as soon as its prefix is written; its last byte is the first of
-// the string after it. Counting entries that early is what makes the widths switch at 511,
-// 1023 and 2047.
+// Strings are kept where they were decoded, not in a table: decoded bytes go into a history and from there
+// into the lines, and an entry is the place and length of a string in the history. It is opened as soon as
+// its prefix is written; its last byte is the first of the next string. Counting entries that early makes the
+// widths switch at 511, 1023 and 2047.
 #include "codecs/bytes/lzw_decoder.h"
 
 #include "codecs/buffers.h"
@@ -24,15 +23,15 @@ constexpr uint32_t END_OF_INFORMATION = 257;
 constexpr uint32_t FIRST_FREE = 258;
 constexpr uint32_t LEAST_WIDTH = 9;
 constexpr uint32_t MOST_WIDTH = 12;
-constexpr uint32_t NO_ENTRY = TABLE_CODES; // what a full table opens instead
+constexpr uint32_t NO_ENTRY = TABLE_CODES; // opened instead when the table is full
 
 constexpr uint32_t WORD_BYTES = SIXTEEN; // strings are copied in words, the shortest as one
-constexpr uint32_t GROUP_CODES = 4;      // that any eight bytes hold, at whatever bit they begin
-constexpr uint32_t FIRST_PLACE = 256;    // below it each byte once, the strings of the codes to 255
+constexpr uint32_t GROUP_CODES = 4;      // fit into any eight bytes, at any bit offset
+constexpr uint32_t FIRST_PLACE = 256;    // below it lies each byte once, the strings of the codes to 255
 constexpr uint32_t END_PLACE = 0xF000;
 
-// A string: its length above, its place in the low 16 bits. No string is as long as this one,
-// which stops the fast loop.
+// A string: its length above, its place in the low 16 bits. No string is as long as NOT_IN_HISTORY, whose
+// length stops the fast loop.
 constexpr uint32_t PLACE_BITS = 16;
 constexpr uint32_t ONE_BYTE = 1 << PLACE_BITS; // of length
 constexpr uint32_t NOT_IN_HISTORY = 0xFFFF * ONE_BYTE;
@@ -40,7 +39,7 @@ constexpr uint32_t NOT_IN_HISTORY = 0xFFFF * ONE_BYTE;
 struct LzwTable {
     uint32_t strings[TABLE_CODES + 1];
     uint16_t prefix[TABLE_CODES + 1];
-    // Length and last byte of entries whose strings the history no longer holds.
+    // Length and last byte of entries whose strings have left the history.
     uint16_t lostLength[TABLE_CODES];
     uint8_t lostLast[TABLE_CODES];
     uint8_t history[END_PLACE + WORD_BYTES];
@@ -49,14 +48,14 @@ struct LzwTable {
 struct LzwDecoder {
     CodecCall* context;
     LzwTable* table;
-    uint64_t stripLeft = 0;             // bytes that the strip still lacks
-    uint32_t lineLeft = 0;              // of them, those of the line in hand behind what was drained
+    uint64_t stripLeft = 0;             // bytes that the strip still needs
+    uint32_t lineLeft = 0;              // the part of them in the current line, beyond the drained bytes
     uint32_t end = FIRST_PLACE;         // of the history
-    uint32_t drained = FIRST_PLACE;     // up to here lines have it
+    uint32_t drained = FIRST_PLACE;     // up to here the lines have it
     uint32_t open = END_OF_INFORMATION; // the newest entry
-    uint32_t uniform = CLEAR;           // an entry that is one byte over and over
+    uint32_t uniform = CLEAR;           // an entry that is one byte repeated
     uint32_t width = LEAST_WIDTH;
-    uint32_t bits = 0; // the low bitCount bits are not yet taken
+    uint32_t bits = 0; // the low bitCount bits are not yet used
     uint32_t bitCount = 0;
 };
 
@@ -106,7 +105,7 @@ Status FinishLine(LzwDecoder& decoder)
     return status;
 }
 
-// Brings the lines up to what is decoded. The history does not reach beyond a strip.
+// Copies the decoded bytes into the lines. The history does not reach beyond a strip.
 Status Drain(LzwDecoder& decoder)
 {
     CodecCall* context = decoder.context;
@@ -133,7 +132,7 @@ Status Drain(LzwDecoder& decoder)
     return error::None;
 }
 
-// Lines are handed over before more code is asked for.
+// Hands lines over before it asks for more code.
 Status Refill(LzwDecoder& decoder)
 {
     if (const Status status = Drain(decoder); status != error::None)
@@ -158,7 +157,7 @@ Status NextCode(LzwDecoder& decoder, uint32_t& code)
     return error::None;
 }
 
-// The table after a string: a full one opens no more entries.
+// Opens the entry whose prefix is this string. A full table opens no more.
 inline void OpenEntry(LzwTable& table, uint32_t& open, uint32_t& width, uint32_t prefix, uint32_t string)
 {
     open += open < NO_ENTRY;
@@ -168,7 +167,7 @@ inline void OpenEntry(LzwTable& table, uint32_t& open, uint32_t& width, uint32_t
         ++width;
 }
 
-// Copies a string to the end of the history; up to 15 bytes more are overwritten.
+// Copies a string to the end of the history; may overwrite up to 15 bytes more.
 inline void CopyString(uint8_t* target, const uint8_t* source, uint32_t length)
 {
     CopySixteen(target, source);
@@ -176,8 +175,8 @@ inline void CopyString(uint8_t* target, const uint8_t* source, uint32_t length)
         CopySixteen(target + at, source + at);
 }
 
-// The same for the open entry: it begins length - 1 bytes before the end, and its last byte is its
-// first. That is put into its word, which would have to wait for it if it were stored by itself.
+// The same for the open entry: it begins length - 1 bytes before the end, and its last byte is its first.
+// That byte is put into the word: stored by itself, it would delay the next load.
 void CopyOpenString(uint8_t* target, uint32_t length)
 {
     static constexpr uint8_t LAST_OF_WORD[2 * WORD_BYTES - 1] = {0, 0, 0, 0, 0, 0, 0, 0,
@@ -191,8 +190,8 @@ void CopyOpenString(uint8_t* target, uint32_t length)
     StoreSixteen(target + at, Or(Without(known, last), And(first, last)));
 }
 
-// As the last one, for the open entry behind a string of one byte over and over. Runs of a colour come
-// that way, each string a byte longer than the one before and waiting for it, if it were copied.
+// As CopyOpenString, for an open entry behind a string of one byte repeated. Areas of one colour give such
+// strings, each a byte longer than the last; a copy would have to wait for the one before.
 void FillOpenString(uint8_t* target, uint32_t length)
 {
     const Sixteen bytes = SixteenOf(target[-1]);
@@ -213,8 +212,8 @@ uint32_t WriteOpenString(const LzwTable& table, uint32_t open, uint32_t uniform,
     return uniform;
 }
 
-// Begins the history anew with the string that the open entry continues. Other entries keep their
-// length, prefix and last byte, from which RestoreString rebuilds them.
+// Begins the history anew with the string that the open entry continues. Other entries keep their length,
+// prefix and last byte, from which RestoreString rebuilds them.
 void RenewHistory(LzwDecoder& decoder)
 {
     LzwTable& table = *decoder.table;
@@ -235,7 +234,7 @@ void RenewHistory(LzwDecoder& decoder)
     decoder.end = decoder.drained = FIRST_PLACE + length;
 }
 
-// Writes a string that the history has lost from its end to its start, and gives it its place.
+// Rebuilds a string that has left the history, from its end to its start, and sets its place.
 void RestoreString(LzwDecoder& decoder, uint32_t code)
 {
     LzwTable& table = *decoder.table;
@@ -246,7 +245,7 @@ void RestoreString(LzwDecoder& decoder, uint32_t code)
     table.strings[code] = String(decoder.end, length);
 }
 
-// What reaches the end of its strip is dropped with the table.
+// A string that reaches the end of its strip is dropped with the table.
 Status WriteString(LzwDecoder& decoder, uint32_t code)
 {
     LzwTable& table = *decoder.table;
@@ -274,7 +273,7 @@ Status WriteString(LzwDecoder& decoder, uint32_t code)
     return status;
 }
 
-// Only a strip's last line may end here; what it lacks is zero.
+// Only the last line of a strip may end here; its missing bytes are zero.
 Status EndOfInformation(LzwDecoder& decoder)
 {
     if (const Status status = Drain(decoder); status != error::None)
@@ -306,7 +305,7 @@ Status DecodeCode(LzwDecoder& decoder)
     return error::None;
 }
 
-// Four codes at a bit position, the first one uppermost; eight bytes are read.
+// Four codes from a bit position on, the first in the highest bits. Reads eight bytes.
 inline uint64_t GroupAt(const uint8_t* bytes, uint64_t bit)
 {
     uint64_t word;
@@ -314,7 +313,7 @@ inline uint64_t GroupAt(const uint8_t* bytes, uint64_t bit)
     return Swap64(word) << bit % 8;
 }
 
-// Takes the bits up to one that is counted from the byte before the cursor.
+// Consumes the bits up to a position, counted from the byte before the cursor.
 void TakeBits(LzwDecoder& decoder, uint64_t bit)
 {
     CodecCall* context = decoder.context;
@@ -325,25 +324,24 @@ void TakeBits(LzwDecoder& decoder, uint64_t bit)
     decoder.bitCount = static_cast<uint32_t>((8 - bit % 8) % 8);
 }
 
-// Decodes as long as strings end inside the strip and the history and the bytes held reach
-// beyond the group. Whatever else comes is left for DecodeCode. Each code of a group has its own
-// copy of the step: the processor guesses their branches each by itself, and so better. Returns
-// whether it ended because codes grow wider.
+// Decodes as long as strings end inside the strip and the history, and the bytes held reach beyond the group;
+// DecodeCode does the rest. Each code of a group has its own copy of the step: the branch predictor then
+// learns each by itself. Returns whether codes grow wider now.
 bool DecodeInside(LzwDecoder& decoder)
 {
     CodecCall* context = decoder.context;
     if (context->codeBytesLeft < sizeof(uint64_t))
         return false;
     LzwTable& table = *decoder.table;
-    const uint8_t* bytes = context->codeCursor - 1; // bits of the byte before may be left
+    const uint8_t* bytes = context->codeCursor - 1; // bits of the byte before may be unused
     const uint64_t lastBit = uint64_t{context->codeBytesLeft + 1 - sizeof(uint64_t)} * 8 + 7;
-    // The entries of one width; the last of all is left for DecodeCode.
+    // The entries of one width; the last of all is for DecodeCode.
     const uint32_t width = decoder.width, before = decoder.open, lastOpen = (1u << width) - 1;
     uint64_t bit = 8 - decoder.bitCount;
     size_t end = decoder.end, open = before;
     const size_t limit = end + std::min<uint64_t>(END_PLACE - end, decoder.stripLeft);
     uint32_t uniform = decoder.uniform;
-    uint64_t group = 0; // its next code uppermost
+    uint64_t group = 0; // the next code in the highest bits
     const auto decodeNext = [&, width]() {
         const size_t code = group >> (64 - width);
         const uint32_t string = table.strings[code], length = LengthOf(string);

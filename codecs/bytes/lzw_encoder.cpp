@@ -1,7 +1,7 @@
-// Bytes are followed two at a time. A string of an odd length is found through a hash of the string
-// two bytes shorter and those two; one of an even length is only ever the end of a match and is
-// found through the string one byte shorter. Codes of a stretch, what lies between two Clears, are
-// kept and packed together: finding strings and shifting bits each need all registers.
+// Bytes are followed two at a time. A string of odd length is found through a hash of the string two bytes
+// shorter and those two bytes. One of even length is always the end of a match, found through the string one
+// byte shorter. The codes of a stretch, from one Clear to the next, are kept and packed together: finding
+// strings and shifting bits each need all registers.
 #include "codecs/bytes/lzw_encoder.h"
 
 #include "codecs/buffers.h"
@@ -20,13 +20,13 @@ namespace {
 constexpr uint32_t CLEAR = 256;
 constexpr uint32_t END_OF_INFORMATION = 257;
 constexpr uint32_t FIRST_FREE = 258;
-constexpr uint32_t FULL_TABLE = 4095; // the code that is never given
+constexpr uint32_t FULL_TABLE = 4095; // the code that is never used
 constexpr uint32_t LEAST_WIDTH = 9;
-constexpr uint32_t KEPT_ROWS = 3; // that a stretch lives at least, however badly it compresses
+constexpr uint32_t KEPT_ROWS = 3; // the least length of a stretch, however badly it compresses
 constexpr uint32_t NO_STRING = UINT32_MAX;
 
-// What continues a string: a byte, or two with PAIR above them, the first one lowest. A key is a
-// string's code above what continues it.
+// The continuation of a string: a byte, or two with PAIR above them, the first one lowest. A key is a
+// string's code above its continuation.
 constexpr uint32_t PAIR = 1u << 16;
 constexpr uint32_t KEY_SHIFT = 17;
 constexpr uint32_t NO_KEY = UINT32_MAX;
@@ -34,31 +34,31 @@ constexpr uint32_t NO_KEY = UINT32_MAX;
 constexpr uint32_t CODES = 4096;
 constexpr uint32_t SLOT_BITS = 14;
 constexpr uint32_t SLOTS = 1u << SLOT_BITS;
-// Codes are given in order, so what continues them alike lies side by side: probing goes far away.
+// Codes are given in order, so keys with one continuation lie close together: probing takes large steps.
 constexpr uint32_t NEXT_SLOT = 2741;
 
 struct StringTable {
     uint16_t slots[SLOTS]; // strings' codes; 0 is empty
     uint32_t keys[CODES];
-    uint16_t codes[CODES]; // of the stretch, each at the code of the string that came with it
+    uint16_t codes[CODES]; // of the stretch, each at the code of the string that was added with it
 };
 
 struct LzwEncoder {
     CodecContext* context;
     StringTable* table;
     uint32_t nextFree = FIRST_FREE;
-    uint32_t string = NO_STRING; // code of what is read and not yet coded
-    uint32_t anchor = NO_STRING; // the string, or all but its last byte where its length is even
-    uint8_t lastByte = 0;        // that one
+    uint32_t string = NO_STRING; // code of the bytes read and not yet coded
+    uint32_t anchor = NO_STRING; // the string, or all but its last byte when its length is even
+    uint8_t lastByte = 0;        // the byte that the anchor lacks
     uint32_t stretchRows = 0;    // whole rows since the last Clear
-    uint32_t lineCodes = 0;      // found during the line in hand
+    uint32_t lineCodes = 0;      // found during the current line
     uint32_t held = 0;           // bits in the window, below 8 between two calls
     uint64_t window = 0;         // left-aligned
-    Status failed = error::None; // what the flush that failed said; nothing is written after it
+    Status failed = error::None; // the status of the flush that failed; nothing is written after it
 };
 
-// Appends up to 48 bits. Eight bytes are stored and the whole ones counted: how many those are is
-// no question that a branch has to guess.
+// Appends up to 48 bits. Always stores eight bytes and advances by the whole ones, so that no branch depends
+// on their number.
 void PutBits(LzwEncoder& encoder, uint64_t bits, uint32_t length)
 {
     CodecContext* context = encoder.context;
@@ -79,7 +79,7 @@ void PutBits(LzwEncoder& encoder, uint64_t bits, uint32_t length)
     encoder.held %= 8;
 }
 
-// A code is as wide as the code of the string that came with it: the reader makes the same one.
+// A code is as wide as the code of the string that was added with it: the reader adds the same one.
 void PutStretch(LzwEncoder& encoder, uint32_t last)
 {
     const uint16_t* codes = encoder.table->codes;
@@ -114,7 +114,7 @@ struct Place {
     uint32_t key, slot, code;
 };
 
-// The slot of a string and what continues it, or the empty one, with code 0, where that belongs.
+// The slot of a string and its continuation, or the empty slot (code 0) for them.
 inline Place Find(const StringTable& table, uint32_t string, uint32_t continuation)
 {
     Place place{.key = string << KEY_SHIFT | continuation,
@@ -140,8 +140,8 @@ inline uint32_t PairAt(const uint8_t* bytes)
     return PAIR | Load16(bytes, TIFF_INTEL);
 }
 
-// Adds the string that a pair would have made longer by both bytes, or by the first of them when
-// even that was not known. Returns how many of them it has; the last begins the next string.
+// Adds the string with both bytes of the pair, or with the first when even that was unknown. Returns how many
+// of the two bytes the added string has; the last of these begins the next string.
 inline uint32_t EndString(StringTable& table, uint32_t& string, uint32_t& nextFree, const Place& pair)
 {
     const uint32_t first = pair.key % 256, second = pair.key / 256 % 256;
@@ -155,8 +155,8 @@ inline uint32_t EndString(StringTable& table, uint32_t& string, uint32_t& nextFr
     return known ? 2 : 1;
 }
 
-// Takes all bytes but the last, or as many as fill the table. A string of one byte is asked first
-// for the next byte alone: in photographs that mostly settles it.
+// Takes all bytes but the last, or until the table is full. A string of one byte is first looked up with the
+// next byte alone: in photographs that mostly settles it.
 inline const uint8_t* TakePairs(StringTable& table, uint32_t& shared, uint32_t& nextFree, const uint8_t* next,
                                 const uint8_t* end)
 {
@@ -185,7 +185,7 @@ inline const uint8_t* TakePairs(StringTable& table, uint32_t& shared, uint32_t& 
     return next;
 }
 
-// Stops when the table is full; returns where.
+// Stops when the table is full; returns the position.
 const uint8_t* EncodePart(LzwEncoder& encoder, const uint8_t* next, const uint8_t* end)
 {
     StringTable& table = *encoder.table;
@@ -237,7 +237,7 @@ void PutString(LzwEncoder& encoder)
     encoder.string = NO_STRING;
 }
 
-// A line that grew by being coded gives the table up.
+// A line whose code is longer than the line gives up the table.
 void FinishLine(LzwEncoder& encoder, const CodecContext* context)
 {
     ++encoder.stretchRows;

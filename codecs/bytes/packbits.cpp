@@ -12,7 +12,7 @@ namespace tiff {
 static constexpr uint32_t MOST_BYTES = 129;      // that a packet repeats
 static constexpr uint32_t MOST_CODE_BYTES = 129; // of a literal, with its header
 
-// Packets are mostly short: so much is written of each without asking how long it is.
+// Most packets are short: this many bytes are always written, so that their length needs no branch.
 static constexpr uint32_t COPIED_BYTES = 32;
 static constexpr uint32_t FILLED_BYTES = 64;
 
@@ -63,7 +63,7 @@ static Status DecodePacket(CodecContext* context, uint32_t& written)
     return error::None;
 }
 
-// Copies in steps of 32 bytes: up to 31 more are overwritten.
+// Copies in steps of 32 bytes; may overwrite up to 31 more.
 static void CopyBytes(uint8_t* target, const uint8_t* source, uint32_t count)
 {
     for (uint32_t at = 0;; at += COPIED_BYTES) {
@@ -73,7 +73,7 @@ static void CopyBytes(uint8_t* target, const uint8_t* source, uint32_t count)
     }
 }
 
-// Fills in steps of 64 bytes.
+// Fills in steps of 64 bytes; may overwrite up to 63 more.
 static void FillBytes(uint8_t* target, uint8_t byte, uint32_t count)
 {
     for (uint32_t at = 0;; at += FILLED_BYTES) {
@@ -83,7 +83,7 @@ static void FillBytes(uint8_t* target, uint8_t byte, uint32_t count)
     }
 }
 
-// The packets of a line, as long as the bytes held are enough for any packet.
+// Decodes packets of a line while the bytes held suffice for any packet.
 static void DecodePacketsInside(CodecContext* context, int64_t& missing)
 {
     const uint8_t* code = context->codeCursor;
@@ -120,7 +120,7 @@ Status DecodePackBits(CodecCall* context)
             status = DecodePacket(context, written);
             missing -= written;
         }
-        // What a packet holds beyond the line lies in the spare bytes and is lost there.
+        // The bytes of a packet beyond the line lie in the spare bytes and are dropped.
         if (status == error::None && missing <= 0) {
             status = swaps ? HandOverSamples(context) : HandOverLine(context, context->lineBuffer);
             missing = context->lineBytes;
@@ -153,7 +153,7 @@ static uint64_t CompareWord(const uint8_t* bytes)
     return equal;
 }
 
-// Looks at up to 128 bytes behind the last.
+// Reads up to 128 bytes behind the last.
 static void CompareNeighbours(Neighbours& neighbours, std::span<const uint8_t> bytes)
 {
     const size_t count = std::min<size_t>(bytes.size(), SCANNED_BYTES);
@@ -168,7 +168,7 @@ static void CompareNeighbours(Neighbours& neighbours, std::span<const uint8_t> b
     neighbours.changes[word] = 0;
 }
 
-// The bits from one on: no fewer than there are in seven bytes and one bit.
+// The bits from one on: at least 57 of them.
 static uint64_t BitsAt(const uint64_t* words, uint32_t first)
 {
     uint64_t bits;
@@ -176,8 +176,8 @@ static uint64_t BitsAt(const uint64_t* words, uint32_t first)
     return bits >> first % 8;
 }
 
-// How many bytes, at most limit, go the way of the first: all equal to their successors, or all
-// different from them.
+// Counts bytes, at most limit, that are like the first: all equal to their successors, or all different from
+// them.
 static uint32_t CountAlike(const Neighbours& neighbours, uint32_t first, uint32_t limit)
 {
     constexpr uint32_t AT_ONCE = 56;
@@ -186,7 +186,7 @@ static uint32_t CountAlike(const Neighbours& neighbours, uint32_t first, uint32_
         if (changes == 0)
             continue;
         const uint32_t alike = at + static_cast<uint32_t>(std::countr_zero(changes)) + 1;
-        // A branch that is always guessed right: a minimum would be one more step to wait for.
+        // This branch is always predicted right; a minimum would be one more step to wait for.
         if (alike < limit) [[likely]]
             return alike;
         break;
@@ -194,7 +194,7 @@ static uint32_t CountAlike(const Neighbours& neighbours, uint32_t first, uint32_
     return limit;
 }
 
-// The bytes are followed by as many as a line has to spare.
+// As many bytes must follow these as a line has spare ones.
 static Status PutPacket(CodecContext* context, uint8_t header, std::span<const uint8_t> bytes)
 {
     if (context->codeBytesLeft <= MOST_CODE_BYTES) {

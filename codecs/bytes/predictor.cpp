@@ -8,7 +8,7 @@
 
 namespace tiff {
 
-// Of pixels of three bytes a word holds four; what is behind them means nothing.
+// A word holds four pixels of three bytes; the bytes after them are ignored.
 template <uint32_t CHANNELS>
 static constexpr uint32_t PIXEL_BYTES_OF_WORD = CHANNELS == 3 ? 12 : 16;
 
@@ -27,7 +27,7 @@ static Sixteen SumInsideWord(Sixteen word)
     return AddBytes(word, ShiftUp<8>(word));
 }
 
-// A word of its last pixel alone.
+// A word with its last pixel alone.
 template <uint32_t CHANNELS>
 static Sixteen SpreadLastPixel(Sixteen word)
 {
@@ -40,8 +40,8 @@ static Sixteen SpreadLastPixel(Sixteen word)
     }
 }
 
-// What comes before a word is added to all of it at once, so that words wait for one addition only.
-// The next word is loaded before the one in hand is stored over its beginning; the last is put back.
+// The sum before a word is added to all of it at once, so that words wait for one addition only. The next
+// word is loaded before the current one is stored over its beginning; the last word is restored.
 template <uint32_t CHANNELS>
 static void SumBytes(uint8_t* line, uint32_t bytes)
 {
@@ -82,7 +82,7 @@ static void SumWords(uint8_t* line, uint32_t bytes)
     }
 }
 
-// Differences are taken from the end, where the sample before is still whole.
+// Works from the end, so that the sample before each is still unchanged.
 template <uint32_t CHANNELS>
 static void SubtractBytes(uint8_t* line, uint32_t bytes)
 {
@@ -116,7 +116,7 @@ namespace {
 
 using LineRoutine = void (*)(uint8_t* line, uint32_t bytes);
 
-// How samples of a width follow one another in a line; other widths are left as they are.
+// The distance between samples of one channel, by depth. Lines of other depths are not changed.
 struct Differencing {
     uint32_t pixelBits, sampleBits; // 0 for any
     LineRoutine undo, apply;

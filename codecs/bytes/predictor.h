@@ -5,10 +5,10 @@
 
 namespace tiff {
 
-// Sums the samples of the line in hand up again, in place.
+// Restores the samples of the current line by summing up, in place.
 void UndoDifferencing(const CodecContext* context);
 
-// Turns the samples of the line in hand into differences, in place.
+// Turns the samples of the current line into differences, in place.
 void ApplyDifferencing(const CodecContext* context);
 
 } // namespace tiff

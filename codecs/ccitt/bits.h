@@ -1,6 +1,6 @@
-// The careful bit reader: it refills the code buffer when it needs eight bits and has less, never
-// earlier. When that happens decides what a damaged file reports, so the look-ahead is a contract
-// and not an implementation detail. The window may hold more of the code buffer than that.
+// The careful bit reader: it refills the code buffer when it needs eight bits and has fewer, never earlier.
+// The moment of the refill decides what a damaged file reports, so this is a contract and not an
+// implementation detail. The window may hold more bits of the code buffer than that.
 #pragma once
 
 #include "codecs/codec_context.h"
@@ -14,9 +14,9 @@ using Refill = Status (*)(CodecContext* context);
 struct BitReader {
     CodecContext* context;
     Refill refill;
-    uint64_t window = 0;        // left-aligned; behind the bits held, zeros or the bits of the bytes to come
+    uint64_t window = 0;        // left-aligned; behind the bits held are zeros or the bits of the next bytes
     uint32_t held = 0;          // bits of the window that are taken from the code buffer
-    Status ended = error::None; // what the refill said when there was no more
+    Status ended = error::None; // status of the refill that found no more data
     bool refilled = false;      // since it was last cleared
 };
 
@@ -36,14 +36,14 @@ inline void LookAhead(BitReader& bits)
     }
 }
 
-// The next eight bits; those that do not exist read as zeros.
+// The next eight bits. Missing bits read as zeros.
 inline uint32_t PeekByte(BitReader& bits)
 {
     LookAhead(bits);
     return static_cast<uint32_t>(bits.window >> 56);
 }
 
-// Takes bits, or none when they are not all there: the reader has ended then.
+// Takes bits, or none when some are missing: the reader has ended then.
 [[nodiscard]] inline bool Take(BitReader& bits, uint32_t count)
 {
     if (count > bits.held)
@@ -61,7 +61,7 @@ inline void AlignToByte(BitReader& bits)
     bits.held -= partial;
 }
 
-// The cursor has been moved elsewhere, perhaps back from the end of the data.
+// For a cursor that was moved, perhaps back from the end of the data.
 inline void Restart(BitReader& bits)
 {
     bits.window = 0;

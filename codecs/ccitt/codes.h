@@ -1,4 +1,4 @@
-// Every code of T.4 and T.6, once, as the bits on the wire. Both directions' tables derive from
+// Every code of T.4 and T.6, once, as the bits on the wire. The tables of both directions are computed from
 // these lists.
 #pragma once
 
@@ -31,7 +31,7 @@ constexpr RunCode Run(uint16_t run, std::string_view wire)
     return {run, Bits(wire)};
 }
 
-// Runs below 64 end a run, longer ones are made up by a second code.
+// Shorter runs have one code; longer ones begin with a make-up code.
 inline constexpr uint16_t FIRST_MAKE_UP = 64;
 
 // clang-format off

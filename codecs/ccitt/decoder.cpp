@@ -1,5 +1,5 @@
-// Two line coders, one over runs and one over modes, append to a list of run ends. What the
-// five schemes differ in is a Framing record; one loop decodes the rows of all of them.
+// Two line coders, one for runs and one for modes, append to a list of run ends. The differences between the
+// five schemes are a Framing record; one loop decodes the rows of all.
 #include "codecs/ccitt/decoder.h"
 
 #include "codecs/buffers.h"
@@ -17,7 +17,7 @@ namespace tiff {
 
 namespace ccitt {
 
-// What eight zero bits mean where a run is expected.
+// The meaning of eight zero bits where a run is expected.
 enum class ZeroRun { EndsRun, EndsLine, BadCode };
 
 struct Framing {
@@ -25,7 +25,7 @@ struct Framing {
     bool tagAfterEol;     // every line is followed by an EOL and a bit that chooses the next coder
     bool alignedRows;     // every row begins on a byte
     ZeroRun zeroRun;
-    bool endsWithEofb; // seven zero bits for a mode are an EOFB or wrong; else an EOL
+    bool endsWithEofb; // seven zero bits in place of a mode are an EOFB or an error; else an EOL
     bool skipsExtensions;
     Refill refill;
     Status (*init)(CodecContext*);
@@ -98,7 +98,7 @@ constexpr Framing mmrRecords = {
     .init = InitRecordBuffers,
 };
 
-// The fast loops count columns in 32 bits and look at runs that pass the width.
+// The fast loops count columns in 32 bits, also for runs that pass the width.
 constexpr int32_t WIDEST_FAST_LINE = INT32_MAX / 2;
 
 static_assert(SPARE_LINE_BYTES >= PAINT_MARGIN);
@@ -150,14 +150,14 @@ Met AppendRun(CcittDecoder& decoder, uint32_t colour, int64_t& position)
     return AppendRunEnd(decoder.coding, position, decoder.width) ? Met::Run : Met::BadCode;
 }
 
-// Cuts the line short: the run in hand goes on to its end.
+// Cuts the line short: the current run goes on to the end of the line.
 Met EndAtEol(CcittDecoder& decoder)
 {
     return AppendRunEnd(decoder.coding, decoder.width, decoder.width) ? Met::LineEnd : Met::BadCode;
 }
 
-// An EOL without fill, with the bits held that taking it bit by bit and looking at what follows
-// would ask for.
+// An EOL without fill bits. It is taken only when the bits held suffice for the careful way too, which takes
+// it bit by bit and looks at the next code.
 bool TakePlainEol(CcittDecoder& decoder)
 {
     constexpr uint32_t EOL_BITS = 12;
@@ -194,8 +194,8 @@ Met DecodeRunLine(CcittDecoder& decoder)
     return Met::LineEnd;
 }
 
-// Deliberate: an early EOFB is reported only when the bytes held show it whole. When the buffer had
-// to be refilled on the way, decoding ends as the refill did, with success.
+// Deliberate: an early EOFB is reported only when the bytes held show all of it. When the buffer had to be
+// refilled on the way, decoding ends with the status of the refill: success.
 Status CheckEofb(BitReader& bits)
 {
     static constexpr uint8_t eofb[] = {0x00, 0x10, 0x01};
@@ -232,7 +232,7 @@ Met DecodeVerticalMode(CcittDecoder& decoder, ModeLine& line, int32_t delta)
     return AppendRunEnd(decoder.coding, line.change, decoder.width) ? Met::Run : Met::BadCode;
 }
 
-// One mode; Eol for the zeros that begin one.
+// Decodes one mode; returns Eol for the zeros that begin one.
 Met DecodeMode(CcittDecoder& decoder, ModeLine& line)
 {
     const ModeCode& mode = modeTable[PeekByte(decoder.bits) >> 1];
@@ -303,9 +303,8 @@ Status StatusOf(Met met, BitReader& bits)
     }
 }
 
-// Lists for two lines. A line in order has at most one change a column, and may have as many
-// empty runs. Every entry takes a bit of code: a small file gets small lists, whatever width it
-// claims.
+// Lists for two lines. A line in order has at most one change a column, and up to as many empty runs. Every
+// entry takes a bit of code: a small file gets small lists, whatever width it claims.
 GlobalBlock MakeRunLists(const CodecContext* context, uint32_t& room)
 {
     constexpr uint64_t MOST_ENTRIES = UINT32_MAX / 2;
@@ -326,7 +325,7 @@ bool IsWhite(const RunList& list, int32_t width)
     return list.ends[0] == width;
 }
 
-// Fresh memory that is read before it is written to has to be fetched from the system twice.
+// The system has to fetch fresh memory twice when it is read before it is written.
 void TouchRow(uint8_t* row, uint32_t bytes)
 {
     static_cast<volatile uint8_t*>(row)[0] = 0;
@@ -350,7 +349,7 @@ bool HasRowOfZeros(const CodecCall* context)
     return RowInPlace(context, 0) && context->rowsInPlace->zeros;
 }
 
-// A white line leaves a row of zeros as it came from the system: such memory is not even there yet.
+// A white line leaves its row as zeros of the system: such memory is not even fetched yet.
 Status PutLine(const CcittDecoder& decoder, CodecCall* context)
 {
     if (IsWhite(decoder.coding, decoder.width) && HasRowOfZeros(context))
@@ -364,8 +363,7 @@ Status PutLine(const CcittDecoder& decoder, CodecCall* context)
     return FlushDataBuffer(context);
 }
 
-// Puts the finished line out and takes it for the next reference; the first line of a strip
-// begins afresh.
+// Puts the finished line out and makes it the next reference; the first line of a strip has none.
 Status FinishLine(CcittDecoder& decoder, CodecCall* context)
 {
     FinishRunList(decoder.coding, decoder.width);

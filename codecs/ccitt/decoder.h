@@ -10,7 +10,7 @@ namespace tiff {
 [[nodiscard]] Status DecodeGroup3TwoDimensional(CodecCall* context);
 [[nodiscard]] Status DecodeGroup4(CodecCall* context);
 
-// Group 4 code framed in records; the buffers and the first record are loaded by it.
+// Group 4 code in records. Loads the buffers and the first record itself.
 [[nodiscard]] Status DecodeMmrRecords(CodecCall* context);
 
 // The same by scheme. CarefulOnly switches the fast loops off; rows and status must not change. For tests

@@ -1,5 +1,5 @@
-// Codes by run length and by vertical distance, derived from the code lists. A make-up code and
-// the code that ends its run are joined into one.
+// Codes by run length and by vertical distance, computed from the code lists. A make-up code and the code
+// after it are joined into one.
 #pragma once
 
 #include "codecs/ccitt/codes.h"
@@ -33,7 +33,7 @@ constexpr void PlaceCodes(std::array<Code, FIRST_MAKE_UP>& ending,
         (run < FIRST_MAKE_UP ? ending[run] : makeUp[run / FIRST_MAKE_UP]) = code;
 }
 
-// Not constexpr: being called stops the build.
+// Not constexpr: a call stops the build.
 void ReportMissingCode();
 
 template <size_t SIZE>

@@ -1,6 +1,6 @@
-// The changes of a line are found once, 64 pixels at a time, and the list serves as the
-// reference for the next line. Two line coders, one over runs and one over modes, work on such
-// lists; what the schemes differ in is a Framing record; one loop encodes the rows of all.
+// The changes of a line are found once, 64 pixels at a time, and the list is also the reference for the next
+// line. Two line coders, one for runs and one for modes, work on such lists. The differences between the
+// schemes are a Framing record; one loop encodes the rows of all.
 #include "codecs/ccitt/encoder.h"
 
 #include "codecs/buffers.h"
@@ -52,7 +52,7 @@ enum class Lines { Runs, RunsAndModes, Modes };
 // Where EOLs stand; those between lines carry a tag bit that chooses the next coder.
 enum class Eols { None, BeforeLines, BetweenLines };
 
-// Zeros that let an EOL, or its tag, end on a byte.
+// Zero bits that make an EOL, or its tag, end on a byte.
 enum class Fill { None, ToByte, FromNextByte };
 
 struct Framing {
@@ -143,7 +143,7 @@ uint64_t LoadPixels(const uint8_t* bytes)
     return Swap64(word);
 }
 
-// Pixels that are compared at once while a line is white from its beginning.
+// Pixels compared at once while the line is white from its start.
 constexpr int32_t WIDE_PIXELS = 256;
 
 bool IsWhite(const uint8_t* bytes)
@@ -161,8 +161,8 @@ constexpr uint64_t Reversed(uint64_t bits)
     return Swap64(bits);
 }
 
-// Stores a column for each bit, the highest first. Every processor finds the lowest bit quickly, but
-// not every one the highest.
+// Stores a column for each bit, the highest first. Every processor finds the lowest bit quickly, but some are
+// slow with the highest.
 int32_t* StoreColumns(uint64_t bits, int32_t column, int32_t* changes)
 {
     if (bits == 0)
@@ -175,8 +175,8 @@ int32_t* StoreColumns(uint64_t bits, int32_t column, int32_t* changes)
     return changes;
 }
 
-// What the line has to spare behind its last pixel is read, and taken for white. A black run that
-// reaches the width may end in a change there: one more sentinel.
+// Reads the spare bytes of the line behind its last pixel as white. A black run that reaches the width may
+// end in a change there, which needs one more sentinel.
 void FindChanges(const uint8_t* line, int32_t width, int32_t* changes)
 {
     uint64_t before = 0;
@@ -197,7 +197,7 @@ void FindChanges(const uint8_t* line, int32_t width, int32_t* changes)
     std::fill_n(changes, END_SENTINELS, width);
 }
 
-// A run that no table holds.
+// A run that is too long for the table.
 WordWriter PutLongRun(WordWriter words, uint32_t colour, uint32_t run)
 {
     const Code makeUp = extendedCodes.back().code;
@@ -217,7 +217,7 @@ inline void PutRun(WordWriter& words, uint32_t colour, int32_t pixels)
         words = PutLongRun(words, colour, run);
 }
 
-// Two runs of which the first has a colour, behind what may stand before them.
+// Two runs, the first of the given colour, after the code that may stand before them.
 inline void PutRuns(WordWriter& words, Code prefix, uint32_t colour, int32_t firstRun, int32_t secondRun)
 {
     const auto first = static_cast<uint32_t>(firstRun), second = static_cast<uint32_t>(secondRun);
@@ -256,8 +256,8 @@ void EncodeRunLine(CcittEncoder& encoder, const uint8_t* line)
     GiveBack(words);
 }
 
-// Index of a1 and of b1 agree in their lowest bit, which is a0's colour. At a new a0 only the
-// change before b1 can have come to lie right of it, by a vertical mode to the left.
+// The indexes of a1 and b1 agree in their lowest bit, which is a0's colour. After a vertical mode to the
+// left, only the change before b1 can also lie right of the new a0.
 void EncodeModeLine(CcittEncoder& encoder)
 {
     WordWriter words = Borrow(encoder.bits);
@@ -303,7 +303,7 @@ bool NextHasRuns(const CcittEncoder& encoder)
     }
 }
 
-// Deliberate: filling from the next byte costs a whole byte when the line ends on one.
+// Deliberate: filling from the next byte adds a whole byte when the line ends on one.
 uint32_t FillBits(const CcittEncoder& encoder)
 {
     switch (encoder.framing.fill) {
@@ -325,7 +325,7 @@ void PutEol(CcittEncoder& encoder, bool nextHasRuns)
         Put(encoder.bits, 1, length);
 }
 
-// The first line of a strip has no line above it, and knows none of the strip before.
+// The first line of a strip has a white line above it, and nothing of the strip before.
 void BeginStrip(CcittEncoder& encoder)
 {
     std::fill_n(encoder.reference, END_SENTINELS, encoder.width);
@@ -351,8 +351,8 @@ void EncodeLine(CcittEncoder& encoder, const uint8_t* line)
     std::swap(encoder.coding, encoder.reference);
 }
 
-// Deliberate: tagged EOLs stand between lines and once before the first of all, so a strip after
-// the first begins without one.
+// Deliberate: tagged EOLs stand between lines and once before the first of all, so any later strip begins
+// without one.
 Status EncodeLines(CcittEncoder& encoder, CodecContext* context)
 {
     const Framing& framing = encoder.framing;

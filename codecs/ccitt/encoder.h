@@ -10,7 +10,7 @@ namespace tiff {
 [[nodiscard]] Status EncodeGroup3TwoDimensional(CodecCall* context);
 [[nodiscard]] Status EncodeGroup4(CodecCall* context);
 
-// Group 4 code framed in records, the last one written too.
+// Group 4 code in records, including the last.
 [[nodiscard]] Status EncodeMmrRecords(CodecCall* context);
 
 } // namespace tiff

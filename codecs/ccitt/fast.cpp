@@ -32,8 +32,8 @@ struct TwoRuns {
 // Two runs take at most 45 bits: a white one 20, a black one 25.
 static_assert(LEAST_FILLED_BITS >= 45);
 
-// The bits of a pair must be held. On failure the reservoir may stand inside the codes: the caller
-// restores its copy.
+// All bits of a pair must be held. A failure may leave the reservoir inside the codes: the caller restores
+// its copy.
 TwoRuns TakeTwoRuns(Reservoir& bits, uint32_t colour, uint32_t& pairsHeld)
 {
     const uint32_t pair = runPairs[colour][bits.window >> (64 - PAIR_INDEX_BITS)];
@@ -60,13 +60,13 @@ Reservoir PutHorizontalBack(const Reservoir& bits)
     return before;
 }
 
-// a0 is the last column placed, or farther right after a pass: it is the change before b1 then,
-// which no mode of a group may step back over.
+// a0 is the last column placed, or farther right after a pass. Then it is the change before b1, and no mode
+// of a group may step back over it.
 struct ModeLoop {
     Reservoir bits;
     ModePlaces places;
     int32_t passedTo;
-    const int32_t* const lastB; // only the parity matters behind it
+    const int32_t* const lastB; // behind it only the parity matters
     const int32_t* const firstColumn;
     const int32_t width;
 };
@@ -77,7 +77,7 @@ void WrapBehindList(ModeLoop& loop)
         loop.places.b -= (loop.places.b - loop.lastB + 1) & ~1;
 }
 
-// False when the line is whole or the careful coder has to go on.
+// False when the line is complete or the careful coder must go on.
 bool PlaceRest(ModeLoop& loop, const ModeGroup& group, uint32_t lane)
 {
     ModePlaces places = loop.places;
@@ -96,7 +96,7 @@ bool PlaceRest(ModeLoop& loop, const ModeGroup& group, uint32_t lane)
     return false;
 }
 
-// The group's passes and vertical modes. False as in PlaceRest.
+// Places the group's passes and vertical modes. False as in PlaceRest.
 bool PlaceGroup(ModeLoop& loop, const ModeGroup& group)
 {
     ModePlaces& places = loop.places;
@@ -134,13 +134,13 @@ bool PlaceRuns(ModeLoop& loop)
     places.columns += 2;
     if (a2 == loop.width)
         return false;
-    places.b += 2 * int{*places.b <= a2}; // often, and hard to foretell
+    places.b += 2 * int{*places.b <= a2}; // often, and hard to predict
     while (*places.b <= a2)
         places.b += 2;
     return true;
 }
 
-// Where a group does not just end with a vertical mode.
+// Handles a group that does not end with a vertical mode.
 bool PlaceEnding(ModeLoop& loop, uint32_t ending)
 {
     if ((ending & NO_GROUP) != 0)
@@ -151,7 +151,7 @@ bool PlaceEnding(ModeLoop& loop, uint32_t ending)
     return (ending & HORIZONTAL) == 0 || PlaceRuns(loop);
 }
 
-// The last run may be white. What follows it may look like a black run.
+// The last run may be white. The bits after it may look like a black run.
 bool EndsInWhite(const Reservoir& bits, int32_t room, Reservoir& behind)
 {
     behind = bits;
@@ -175,7 +175,7 @@ void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
         .firstColumn = coding.ends,
         .width = decoder.width,
     };
-    // Empty runs may have left a0 elsewhere. The careful coder goes on then.
+    // After empty runs a0 may lie elsewhere; the careful coder goes on then.
     const int32_t last = loop.places.columns[-1];
     if (line.a0 != last && (line.a0 < last || line.a0 > std::max(loop.places.b[-1], 0)))
         return;

@@ -1,5 +1,5 @@
-// What the line coders share: the lists of the line in hand and the one above it, the reader,
-// and the place in the reference line.
+// Data shared by the line coders: the lists of the current line and the one above, the reader, and the place
+// in the reference line.
 #pragma once
 
 #include "codecs/ccitt/bits.h"
@@ -11,7 +11,7 @@ namespace tiff::ccitt {
 
 struct Framing;
 
-// What a line coder met. Ended stands for the status that the reader ended with.
+// The result of a line coder's step. Ended stands for the status that the reader ended with.
 enum class Met { LineEnd, Eol, Ended, BadCode, Eofb, Run };
 
 struct CcittDecoder {
@@ -20,8 +20,8 @@ struct CcittDecoder {
     RunList coding;
     RunList reference;
     int32_t width;
-    bool fastLoops;          // else the careful coders do everything
-    bool decodedAny = false; // something of the line in hand, an EOL apart
+    bool fastLoops;          // off: the careful coders do everything
+    bool decodedAny = false; // a part of the current line, not counting an EOL
 };
 
 // The place in the reference line: an index of the entry that is b1.
@@ -40,7 +40,7 @@ struct ReferencePoint {
     {
         return ends[index + 1];
     }
-    // Behind the list everything is the width, so only the index's parity matters there.
+    // Behind the list every entry is the width, so only the parity of the index matters there.
     void Advance(uint32_t steps)
     {
         index += steps;
@@ -64,11 +64,11 @@ struct ReferencePoint {
     }
 };
 
-// A two-dimensional line in the making.
+// A two-dimensional line that is being decoded.
 struct ModeLine {
     ReferencePoint reference;
     int32_t a0 = 0;
-    int32_t change = 0; // the last one stored; only a change ends the line, a pass does not
+    int32_t change = 0; // the last one stored; a line ends with a change, never with a pass
 };
 
 inline int32_t VerticalChange(int32_t delta, ReferencePoint& reference, int32_t width)
@@ -86,8 +86,8 @@ inline int32_t VerticalChange(int32_t delta, ReferencePoint& reference, int32_t 
     return a1;
 }
 
-// Without damage a0 only moves to the right, and a change of the reference line is stepped back over
-// once a change coded at most. Damaged lines could walk to and fro for hours.
+// Without damage a0 only moves right, and each change coded makes the reference step back at most once.
+// Damaged lines could go back and forth for hours.
 inline bool WalksInCircles(const ReferencePoint& reference, const RunList& coding)
 {
     return reference.stepsBack > uint64_t{reference.count} + coding.count + END_SENTINELS;

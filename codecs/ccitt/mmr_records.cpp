@@ -41,7 +41,7 @@ Status InitRecordBuffers(CodecContext* context)
     return status;
 }
 
-// A record that says 0 bytes would mean another length, so an empty one is not written.
+// An empty record is not written: a length of 0 would mean another length.
 Status FlushToRecord(CodecContext* context)
 {
     const uint32_t bytes = context->codeBufferSize - context->codeBytesLeft;

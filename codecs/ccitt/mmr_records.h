@@ -5,13 +5,13 @@
 
 namespace tiff {
 
-// Loads the next record; 5 when there is none.
+// Loads the next record; 5 without one.
 [[nodiscard]] Status FillFromRecord(CodecContext* context);
 
-// The buffers, with the first record loaded.
+// Makes the buffers and loads the first record.
 [[nodiscard]] Status InitRecordBuffers(CodecContext* context);
 
-// Writes what the code buffer holds as a record and empties it, also when the write fails; an
+// Writes the content of the code buffer as a record and empties the buffer, also when the write fails. An
 // empty buffer writes nothing.
 [[nodiscard]] Status FlushToRecord(CodecContext* context);
 

@@ -4,8 +4,8 @@
 
 namespace tiff::ccitt {
 
-// No step is longer than three pixels, so inside a list in order b1 moves by one pair to the left
-// or by two to the right, at most. A branch on that would often go wrong.
+// No step is longer than three pixels, so inside a list in order b1 moves at most one pair to the left or two
+// to the right. A branch on that would often be predicted wrong.
 uint32_t PlaceSingly(const ModeGroup& group, uint32_t lane, ModePlaces& places, int32_t width)
 {
     const int32_t* b = places.b + lane;

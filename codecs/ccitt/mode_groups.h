@@ -1,5 +1,5 @@
-// Several codes of a two-dimensional line found at once: a table derived from the code list, and the
-// way on where the codes of a group cannot be placed all together.
+// Finds several codes of a two-dimensional line at once, with a table computed from the code list, and places
+// them singly where the group does not fit as a whole.
 #pragma once
 
 #include "codecs/ccitt/tables.h"
@@ -9,19 +9,19 @@ namespace tiff::ccitt {
 inline constexpr uint32_t GROUP_CODES = 4;
 inline constexpr uint32_t GROUP_BITS = 11;
 
-// What a group ends with, other than a vertical mode.
+// The end of a group, other than a vertical mode.
 inline constexpr uint8_t HORIZONTAL = 0x80;
-inline constexpr uint8_t PASS_BEFORE = 0x40; // a pass is the last mode that was no horizontal one
+inline constexpr uint8_t PASS_BEFORE = 0x40; // the last mode before any horizontal one is a pass
 inline constexpr uint8_t NO_GROUP = 0x20;
 inline constexpr uint8_t ENDINGS = HORIZONTAL | PASS_BEFORE | NO_GROUP;
 
-// What the next bits begin with: passes, then up to four vertical modes, then the prefix of a
-// horizontal one. Or NO_GROUP and no bits: codes that the table does not cover, or none at all.
+// The codes at the start of the next bits: passes, then up to four vertical modes, then the prefix of a
+// horizontal mode. Or NO_GROUP with no bits, for codes outside the table and for invalid ones.
 struct ModeGroup {
     int8_t deltas[GROUP_CODES];
-    uint8_t count;  // of vertical modes
-    uint8_t passed; // changes of the reference line
-    uint8_t bits;   // of all of it
+    uint8_t count;  // number of vertical modes
+    uint8_t passed; // changes of the reference line that are passed
+    uint8_t bits;   // length of all its codes
     uint8_t flags;  // a bit for each vertical mode, and ENDINGS
 };
 static_assert(sizeof(ModeGroup) == 8);
@@ -94,13 +94,12 @@ inline constexpr auto verticalLengths = [] {
 
 struct ModePlaces {
     const int32_t* b; // b1 in the reference line
-    int32_t* columns; // where the next change goes
+    int32_t* columns; // place of the next change
 };
 
-// Places the vertical modes of a group singly from one that needs the place in the reference moved,
-// to the end of the line at most; stops before a change that is not right of the last one. Returns
-// the modes done. The reference must be in order. Not inline: the loop over groups needs the
-// registers.
+// Places the vertical modes of a group one by one, from the first that needs the place in the reference
+// moved, up to the end of the line. Stops before a change that is not right of the last one. Returns the
+// number of modes done. The reference must be in order. Not inline: the loop over groups needs the registers.
 uint32_t PlaceSingly(const ModeGroup& group, uint32_t lane, ModePlaces& places, int32_t width);
 
 // Length of a group's passes and of some of its vertical modes.

@@ -23,7 +23,7 @@ static void FlipWord(uint8_t* line, uint32_t word, uint64_t pixels)
     std::memcpy(line + size_t{word} * 8, &value, 8);
 }
 
-// Most runs lie inside a word, where both ends are one flip.
+// Most runs lie inside a word, where one flip does both ends.
 static inline void FlipRun(uint8_t* line, uint32_t start, uint32_t end)
 {
     const uint32_t first = start / 64, last = end / 64;
@@ -37,9 +37,9 @@ static inline void FlipRun(uint8_t* line, uint32_t start, uint32_t end)
     FlipWord(line, last, ~fromColumn[end % 64]);
 }
 
-// Neighbouring runs mostly share a word, and each flip waits for the one before it. Painting the
-// halves of the line in turns lets two of them run side by side. The last run of the second half
-// may be made of the entries behind the list: none.
+// Neighbouring runs mostly share a word, and each flip waits for the one before it. Painting the two halves
+// of the line in turns lets two flips run side by side. The last run of the second half may come from the
+// entries behind the list; it is empty.
 static void PaintOrdered(const RunList& list, uint8_t* line)
 {
     const uint32_t half = (list.count + 3) / 4;
@@ -66,7 +66,7 @@ static void PaintBlack(uint8_t* line, uint32_t start, uint32_t end)
         line[lastByte] |= lastMask;
 }
 
-// Black runs may lie over each other here.
+// Black runs may overlap here.
 static void PaintDisordered(const RunList& list, uint8_t* line)
 {
     const int32_t width = list.ends[list.count];

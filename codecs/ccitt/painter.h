@@ -5,7 +5,7 @@
 
 namespace tiff {
 
-// Bytes behind a line that are read and written back as they are.
+// Bytes behind a line that are read and written back unchanged.
 inline constexpr uint32_t PAINT_MARGIN = 8;
 
 // Paints a finished list over a line of zeros, 1 for black. In a list out of order, a black run that

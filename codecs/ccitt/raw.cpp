@@ -12,8 +12,8 @@ namespace tiff {
 
 namespace {
 
-// Positions the stream and finds how much there is to decode. An offset of 0, or beyond the
-// data, stands for the current position.
+// Positions the stream and finds the size of the data. An offset of 0, or beyond the data, means the current
+// position.
 bool FindData(TiffStream stream, uint32_t offset, uint32_t& dataBytes)
 {
     uint32_t size;
@@ -26,7 +26,7 @@ bool FindData(TiffStream stream, uint32_t offset, uint32_t& dataBytes)
     return true;
 }
 
-// Deliberate: a picture of no pixels fails without a word.
+// Deliberate: a picture without pixels fails and sets no error.
 int32_t DecodeForCaller(const RawImage& image, const LineTarget& target, CodecRoutine decode)
 {
     if (image.width == 0 || image.rows == 0)

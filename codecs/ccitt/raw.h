@@ -1,4 +1,4 @@
-// What both directions need to run codecs over a bare stream.
+// The parts of coding bare streams that both directions share.
 #pragma once
 
 #include "codecs/codec_table.h"
@@ -6,13 +6,13 @@
 
 namespace tiff {
 
-// Bilevel rows as one strip, from the stream's position on.
+// Bilevel rows in one strip from the stream's position on.
 struct RawImage {
     TiffStream stream;
     uint32_t width, rows;
     uint32_t compression;
-    uint32_t fillOrder, byteOrder; // any values: unknown ones mean 1 and Intel
-    uint32_t offset = 0;           // decoding: where the code begins; 0 and beyond the data: here
+    uint32_t fillOrder, byteOrder; // unknown values mean 1 and Intel
+    uint32_t offset = 0;           // decoding: start of the code; 0 or beyond the data: current position
 };
 
 // Fails with 1 for a picture too wide.

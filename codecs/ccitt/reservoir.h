@@ -1,5 +1,5 @@
-// The bit reader's state in registers, for loops that stay inside the bytes held: the window is
-// filled by one load of eight bytes.
+// The bit reader's state in registers, for loops that stay inside the bytes held: one load of eight bytes
+// fills the window.
 #pragma once
 
 #include "codecs/ccitt/bits.h"
@@ -23,10 +23,9 @@ inline Reservoir Borrow(const BitReader& bits)
     return {bits.window, bits.held, context->codeCursor, context->codeCursor + context->codeBytesLeft};
 }
 
-// More bits may be held than the careful reader takes ahead. That changes nothing for it: it refills
-// when the bits held are less than eight and the buffer is empty, which is when window and buffer
-// together have less than eight, however these are shared out. Aligning drops the same bits too,
-// as whole bytes more do not change held % 8; and a new strip empties the window.
+// May give back more bits than the careful reader takes ahead, which changes nothing for it. It refills when
+// window and buffer together have fewer than eight bits, however these are divided. Aligning drops the same
+// bits too, as whole bytes do not change held % 8. A new strip empties the window.
 inline void GiveBack(const Reservoir& from, BitReader& bits)
 {
     CodecContext* context = bits.context;
@@ -41,8 +40,8 @@ inline bool CanFill(const Reservoir& bits)
     return bits.end - bits.cursor >= FILL_BYTES;
 }
 
-// Holds LEAST_FILLED_BITS or more. The part of the last byte that is not counted yet comes again with the
-// next fill, at the same place of the window.
+// Afterwards at least LEAST_FILLED_BITS are held. Bits of the last byte that are not counted yet are loaded
+// again by the next fill, at the same place of the window.
 inline void Fill(Reservoir& bits)
 {
     uint64_t bytes;
@@ -58,7 +57,7 @@ inline void Skip(Reservoir& bits, uint32_t count)
     bits.held -= count;
 }
 
-// Bits taken, from a start of no meaning.
+// Bits taken so far, from an arbitrary start.
 inline uint64_t PositionOf(const Reservoir& bits)
 {
     return reinterpret_cast<uintptr_t>(bits.cursor) * 8 - bits.held;

@@ -1,16 +1,16 @@
-// Whole run codes, and pairs of them, in one look: the fast loops' tables, derived from the code list.
+// The fast loops' tables for whole run codes and pairs of them, computed from the code list.
 #pragma once
 
 #include "codecs/ccitt/codes.h"
 
 namespace tiff::ccitt {
 
-// Codes of more than nine bits begin with four zeros. So thirteen bits that do and nine that do
-// not find every code, in a table that leaves room in the nearest cache.
+// Codes of more than nine bits begin with four zeros. So an index of thirteen bits serves those, and nine
+// bits serve all others, in a table that leaves room in the nearest cache.
 inline constexpr uint32_t LONG_INDEX_BITS = 13, SHORT_INDEX_BITS = 9, LONG_ZEROS = 4;
 inline constexpr uint32_t LONG_ENTRIES = 1 << (LONG_INDEX_BITS - LONG_ZEROS);
 
-// The run above, the length of its code in the low four bits; 0 where there is none.
+// The run above, the length of its code in the low four bits; 0 without a code.
 using WholeRun = uint16_t;
 inline constexpr uint32_t RUN_LENGTH_BITS = 4;
 
@@ -48,9 +48,8 @@ inline constexpr WholeRuns wholeRuns[2] = {BuildWholeRuns(whiteCodes), BuildWhol
 
 inline constexpr uint32_t PAIR_INDEX_BITS = 12;
 
-// Two runs of which the first is of the colour given: the first one in the highest six bits, the
-// second in the next six, the length of both codes in the low four. 0 where the bits do not hold
-// two runs below 64.
+// Two runs, the first of the given colour: its length in the highest six bits, that of the second in the next
+// six, and the bits of both codes in the low four. 0 when the bits do not hold two runs below 64.
 using RunPair = uint16_t;
 inline constexpr uint32_t PAIR_LENGTH_BITS = 4, PAIR_RUN_BITS = 6;
 

@@ -1,5 +1,5 @@
-// Lookups derived from the code lists. A run code is found in two steps of eight bits: the
-// reader promises no more than eight bits of look-ahead at the end of the data.
+// Lookups computed from the code lists. A run code is found in two steps of eight bits: the reader looks no
+// farther ahead at the end of the data.
 #pragma once
 
 #include "codecs/ccitt/codes.h"
@@ -8,22 +8,22 @@ namespace tiff::ccitt {
 
 struct RunLookup {
     uint16_t run;
-    uint8_t length; // bits of the code; 0 where there is none
+    uint8_t length; // bits of the code; 0 without one
 };
 
 inline constexpr uint32_t LOOKUP_BITS = 8;
-inline constexpr uint32_t LONG_BITS = 5;       // bits that a code has beyond the first eight, at most
-inline constexpr uint32_t LONG_PREFIXES = 128; // no long code begins with a byte above
+inline constexpr uint32_t LONG_BITS = 5;       // bits of a code beyond the first eight, at most
+inline constexpr uint32_t LONG_PREFIXES = 128; // no long code begins with a larger byte
 
 struct RunTable {
     std::array<RunLookup, 256> first;
     std::array<std::array<RunLookup, 1 << LONG_BITS>, LONG_PREFIXES> second;
 };
 
-// Not constexpr: being called stops the build.
+// Not constexpr: a call stops the build.
 void ReportOverlappingCodes();
 
-// Fills every entry that a code covers; one that is taken already stops the build.
+// Fills every entry that a code covers; a filled one stops the build.
 template <size_t SIZE>
 constexpr void FillLookup(std::array<RunLookup, SIZE>& table, uint32_t indexBits, uint32_t bits,
                           uint32_t length, RunLookup entry)

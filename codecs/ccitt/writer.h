@@ -1,6 +1,5 @@
-// The bit writer of the CCITT encoders. Bits gather in a 64-bit window that goes to the
-// code buffer 32 at a time. Copy the writer into a local for the length of a line and back:
-// the window then stays in registers.
+// The bit writer of the CCITT encoders. Bits collect in a 64-bit window and go to the code buffer 32 at a
+// time. Copy the writer into a local for a line and back: the window then stays in registers.
 #pragma once
 
 #include "codecs/codec_context.h"
@@ -15,11 +14,11 @@ struct BitWriter {
     Flush flush;
     uint64_t window = 0;         // left-aligned
     uint32_t held = 0;           // bits in the window, below 32 between two calls
-    Status failed = error::None; // what the flush that failed said
+    Status failed = error::None; // status of the flush that failed
 };
 
-// Stores left-aligned bytes one by one. The buffer is flushed as soon as it is full, so there
-// is always room for one. After a failure nothing more is written; the failure is returned.
+// Stores left-aligned bytes one by one. A full buffer is flushed at once, so there is always room for one
+// byte. After a failure nothing more is written; returns the failure.
 [[nodiscard]] Status StoreCodeBytes(CodecContext* context, Flush flush, Status failed, uint32_t bytes,
                                     uint32_t count);
 
@@ -55,7 +54,7 @@ inline void PadToByte(BitWriter& bits)
         Put(bits, 0, 8 - partial);
 }
 
-// Pads to a byte and leaves nothing outside the code buffer.
+// Pads to a byte and moves all bits to the code buffer.
 inline void EndCode(BitWriter& bits)
 {
     PadToByte(bits);
@@ -64,17 +63,17 @@ inline void EndCode(BitWriter& bits)
     bits.held = 0;
 }
 
-// The writer in registers, for the length of a line. Every code goes to memory at once, in eight
-// bytes of which the whole ones count: nothing waits for how long a code was.
+// The writer in registers, for one line. Every code is stored at once as eight bytes, and the cursor moves by
+// the whole ones: no branch depends on a code's length.
 struct WordWriter {
-    BitWriter* bits; // which has the rest
+    BitWriter* bits; // holds the other fields
     uint64_t window;
-    uint32_t held; // below 8 where there is room
+    uint32_t held; // below 8 while there is room
     uint8_t* cursor;
     const uint8_t* end; // of the room in the buffer
 };
 
-// Eight bytes fit in and leave the buffer not full.
+// Whether eight bytes fit in and leave the buffer not full.
 inline bool HasRoom(const WordWriter& words)
 {
     return words.end - words.cursor > static_cast<ptrdiff_t>(sizeof(uint64_t));

@@ -6,15 +6,15 @@
 
 TIFF_BEGIN
 
-/* Searches for the first blank page: one on which less than the threshold's share of the pixels
- * is not light. Pages of 1, 8 and 24 bits per pixel are looked at; bilevel ones only when both
- * their colours are grey. Others never match.
+/* Searches for the first blank page. A page is blank when the share of pixels that are not light is
+ * below the threshold. Only pages of 1, 8 and 24 bits per pixel are tested, bilevel ones only when
+ * both their colours are grey. Others never match.
  *
  * threshold   tenths of a percent, cut to 0 to 1000.
  * firstPage   counted from 0; a negative one is 0.
  * colour      three levels, c0, c1, c2. A pixel is light when each of its levels is above: blue,
- *             green and red above c0, c1 and c2 at 24 bits, above c2, c1 and c0 at 8 bits. Not
- *             looked at for bilevel pages.
+ *             green and red above c0, c1 and c2 at 24 bits, above c2, c1 and c0 at 8 bits. Ignored
+ *             for bilevel pages.
  *
  * Returns the number of the page counted from 1; 0 when there is none; 0xFFFFFFFF with error 3
  * (no such first page) or 6 (null path, no pages, a page that cannot be loaded).
@@ -22,8 +22,8 @@ TIFF_BEGIN
 uint32_t FindBlankPage(const char* path, int32_t threshold, int32_t firstPage,
                        const uint8_t* colour) TIFF_NOEXCEPT;
 
-/* Searches for the first black page: one on which more than the threshold's share of the pixels is
- * dark, each level below the colour's. Everything else as FindBlankPage.
+/* Searches for the first black page. A page is black when the share of dark pixels is above the
+ * threshold; a pixel is dark when each of its levels is below the colour's. All else as FindBlankPage.
  */
 uint32_t FindBlackPage(const char* path, int32_t threshold, int32_t firstPage,
                        const uint8_t* colour) TIFF_NOEXCEPT;

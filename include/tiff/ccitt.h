@@ -12,7 +12,8 @@ TIFF_BEGIN
  * compression  any code of the decode drivers: 4 Group 4, 2 modified Huffman, 3 Group 3, with
  *              0x10000 two-dimensional, 0x40000 byte-aligned; also 1, 5 and 32773.
  *
- * Returns 1, or 0 with the last error set (6 when the stream has no size).
+ * Returns 1, or 0 with the last error set (6 when the stream has no size). width or rows of 0 give 0
+ * and set no error.
  */
 int32_t DecodeCcittImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_t compression,
                          void* userData, TiffLineCallback lineCallback) TIFF_NOEXCEPT;
@@ -24,14 +25,14 @@ int32_t DecodeCcittImage(TiffStream stream, uint32_t width, uint32_t rows, uint3
  * fillOrder  2 for least significant bit first; anything else is 1.
  * byteOrder  TIFF_MOTOROLA, or anything else for Intel.
  *
- * Returns 1 or 0; width or rows of 0 give 0 and set no error.
+ * Returns as DecodeCcittImage.
  */
 int32_t DecodeCcittImageFrom(TiffStream stream, uint32_t offset, uint32_t width, uint32_t rows,
                              uint32_t compression, uint32_t fillOrder, uint32_t byteOrder, void* userData,
                              TiffLineCallback lineCallback) TIFF_NOEXCEPT;
 
 /* The same for Group 4 code in records: FE 92, a 16-bit big-endian length, then the code.
- * compression and the fill order of the code are ignored.
+ * compression and the fill order of the code are ignored. Error 5 when the first is not a record.
  */
 int32_t DecodeMMRImage(TiffStream stream, uint32_t offset, uint32_t width, uint32_t rows,
                        uint32_t compression, uint32_t fillOrder, uint32_t byteOrder, void* userData,
@@ -39,11 +40,11 @@ int32_t DecodeMMRImage(TiffStream stream, uint32_t offset, uint32_t width, uint3
 
 /* Encodes at the stream's current position as one strip, fill order 1.
  *
- * width, rows   pixels; bits behind the width in a line's last byte do not matter.
+ * width, rows   pixels; bits after the width in a line's last byte are ignored.
  * compression   as DecodeCcittImage.
  * lineCallback  fills one line a call.
  *
- * Returns 1, or 0 with the last error set; what was written before a failure stays. width or
+ * Returns 1, or 0 with the last error set; bytes written before a failure stay. width or
  * rows of 0 give 0 and set no error.
  * Errors: 1; 6; 11; 12 lines of more than 32,768 bytes in two-dimensional code; 22 and 23 JPEG
  *         library; whatever the line routine returned.
@@ -65,9 +66,9 @@ int32_t EncodeMMRImage(TiffStream stream, uint32_t width, uint32_t rows, uint32_
                        TiffLineCallback lineCallback) TIFF_NOEXCEPT;
 
 /* Sets K of Group 3 two-dimensional code for the calling thread: every k-th line of a strip is
- * one-dimensional. It is 2 before.
+ * one-dimensional. The default is 2.
  *
- * Returns 1, or 0 when k is below 2; K stays as it was then. The last error is not set.
+ * Returns 1, or 0 when k is below 2, and K is unchanged then. The last error is not set.
  */
 int32_t SetKfactor(int32_t k) TIFF_NOEXCEPT;
 

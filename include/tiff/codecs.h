@@ -1,5 +1,5 @@
-/* Codecs: the drivers that take a page through its compression, line by line, and the buffers
- * that any other container can run the same codecs over.
+/* Codecs: the drivers that decode and encode a page line by line, and the buffers that let other
+ * containers use the same codecs.
  */
 #ifndef TIFF_CODECS_H
 #define TIFF_CODECS_H
@@ -13,7 +13,7 @@ TIFF_BEGIN
  * line      the line buffer, bytesPerLine bytes and 256 spare ones; bilevel lines are packed
  *           most significant bit first, 1 for black.
  * row       counted from 0 at the first row that the page stores.
- * userData  what the caller of the driver passed.
+ * userData  the value that was passed to the driver.
  *
  * Returns 0 to go on. Any other value in the low 32 bits stops the codec with that status.
  */
@@ -22,7 +22,7 @@ typedef intptr_t (*TiffLineCallback)(void* line, uint32_t row, void* userData);
 /* The state of one decoding or encoding call. Zero-fill it before use. */
 typedef struct CodecContext {
     uint8_t* codeCursor;         /* next byte to read or write in the code buffer */
-    uint8_t* lineCursor;         /* start of the line in hand */
+    uint8_t* lineCursor;         /* start of the current line */
     uint32_t codeBytesLeft;      /* decoding: unread bytes; encoding: free bytes */
     uint32_t lineBytes;          /* bytesPerLine, refreshed before every line */
     uint32_t linePixels;         /* the width, refreshed before every line */
@@ -53,7 +53,7 @@ typedef struct CodecContext {
     uint8_t* lineBuffer;
     uint32_t lineBufferSize; /* bytesPerLine + 256 */
 
-    /* Bits of one sample; 0 takes a pixel for one sample. */
+    /* Bits of one sample; 0 means that a pixel is one sample. */
     uint32_t bitsPerSample;
 
     /* Old-style JPEG pages only: read by the JPEG library. Strips are tiles there. */
@@ -98,12 +98,11 @@ uint32_t FlushDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
  * rowCount    rows from there; 0, or more than the page has, goes to the end of the page.
  * userData    passed to the line routine.
  *
- * Returns 1, or 0 with the last error set; lines handed over before a failure stand.
- * Errors: 1; 3 no such strip; 5 the data end early; 6; 10 tags missing; 11 compression not
- *         known; 12 damaged code; 15 fill order; 20 early end of facsimile block; 22 and 23
- *         JPEG library; 9990 and 9991 JPEG pages that are not decoded line by line; whatever
- *         the line routine returned.
- * For a page that is not loaded nothing happens, and the result is 1 if the last error was 0.
+ * Returns 1, or 0 with the last error set; lines handed over before a failure stay valid.
+ * Errors: 1; 3 no such strip; 5 the data end early; 6; 10 tags missing, or the width is not positive; 11
+ * compression not known; 12 damaged code; 15 fill order; 20 early end of facsimile block; 22 and 23 JPEG
+ * library; 9990 and 9991 JPEG pages that are not decoded line by line; whatever the line routine returned. A
+ * page that is not loaded is not decoded; the result is then 1 if the last error was 0, else 0.
  */
 int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount, void* userData,
                         TiffLineCallback lineCallback) TIFF_NOEXCEPT;
@@ -111,7 +110,7 @@ int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32
 /* Prepares a context for encoding: allocates the buffers, takes the stream's position for the
  * start of the first strip and pulls the first line. lineFormat, bytesPerLine, stream,
  * fillOrder, rowsPerStrip and the line routine must be set; stripOffsets and stripByteCounts
- * may be null, else they hold stripCount 32-bit entries. Freed as after InitDecodeBuffers.
+ * may be null, else they hold stripCount 32-bit entries. The buffers are freed as after InitDecodeBuffers.
  *
  * Returns 0; 1 (memory); 6 (the stream has no position); 3 when there are no rows; or what the
  * line routine returned. The last error is not set.
@@ -126,7 +125,7 @@ uint32_t InitEncodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
  */
 uint32_t FillDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
-/* Writes what the code buffer holds at the stream's position and empties it, also when the
+/* Writes the content of the code buffer at the stream's position and empties it, also when the
  * write fails. Call it once more after the last line; an empty buffer writes nothing.
  *
  * Returns 0 or 6.
@@ -134,17 +133,17 @@ uint32_t FillDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
 uint32_t FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Encodes a page that was defined (define.h): pulls its lines from the line routine, row by row
- * from the first, writes the strips behind everything else in the file, defines their tags and
- * writes the directory. A missing RowsPerStrip becomes 1, one of 0 the rows of the page.
+ * from the first, writes the strips at the end of the file, defines their tags and writes the
+ * directory. A missing RowsPerStrip becomes 1; a RowsPerStrip of 0 becomes the rows of the page.
  *
  * A TIFF in memory that was opened without a block gets one with its first page: it is the
  * caller's, available from GetMemoryTiffHandle. After a failure there is none.
  *
  * Returns 1, or 0 with the last error set. The new page is linked in the very last step: after
- * a failure the file has the pages it had, and the page can be encoded again. A file that is
- * only to be created is created, or emptied, first, and once more by the next try.
+ * a failure the file has the pages it had, and the page can be encoded again. A file that
+ * does not exist yet is created first, or an old one emptied, and again by the next try.
  * Errors: 1, also when the page has more strips than can be listed; 3 no such page, or the line
- *         routine ended before the page did; 6, a disk file having been tried for two seconds;
+ *         routine ended before the page did; 6, for a disk file after two seconds of retries;
  *         10 tags missing; 11 compression not known; 15 fill order; 16 sample layout; 22 and 23
  *         JPEG library; 27; 29 no line routine; 34; 9990 old-style JPEG that is not tiled;
  *         whatever the line routine returned.

@@ -1,5 +1,5 @@
 /* Making pages: a page is defined in memory tag by tag, its picture is encoded, and its
- * directory is written behind everything else in the file and linked to the last one.
+ * directory is written at the end of the file and linked to the last one.
  *
  *     page = DefineTiffImage(file);
  *     DefineGeneralTags(file, page, &geometry); DefineTiffImageInfo(...); ...
@@ -14,21 +14,21 @@ TIFF_BEGIN
 
 /* The size of a picture; the members lie as in the system's BITMAP. */
 typedef struct TiffPageGeometry {
-    int32_t kind;  /* not looked at */
+    int32_t kind;  /* ignored */
     int32_t width; /* pixels */
     int32_t height;
-    uint32_t rowBytes; /* not looked at */
+    uint32_t rowBytes; /* ignored */
     uint16_t planes;
     uint16_t bitsPerPlane; /* times planes: bits per pixel */
 } TiffPageGeometry;
 
 /* Makes a new page without tags, which counts as loaded.
  *
- * Returns its number, or -1. The page takes the first number whose tags were never loaded: in a
- * file that was opened without loading any page that is 0, and page 0 can then no longer be
- * reached through this handle. The pages in the file itself stay as they are, and the new one
- * becomes its last. Load the pages first, or open the file again, to number them in file order.
- * Errors: 1 memory, or the file has its 100,000 pages already; 34 not a valid handle.
+ * Returns its number, or -1. The page takes the first number whose tags were never loaded. In a
+ * file of which no page was loaded that is 0, and this handle then no longer reaches the old page 0. The
+ * pages in the file itself stay as they are, and the new one becomes its last. Load the pages first, or open
+ * the file again, to number them in file order. Errors: 1 memory, or the file has its 100,000 pages already;
+ * 34 not a valid handle.
  */
 int32_t DefineTiffImage(HGLOBAL file) TIFF_NOEXCEPT;
 
@@ -37,9 +37,9 @@ int32_t DefineTiffImage(HGLOBAL file) TIFF_NOEXCEPT;
  * tag     1 to 65535.
  * values  count values in the processor's order, copied.
  * type    field type: 3 SHORT; 4 and 9 LONG; 5 RATIONAL, two uint32_t each, numerator first; the
- *         values of any other type are taken as single bytes.
+ *         values of any other type are single bytes.
  *
- * Returns 1, or 0 with error 1 (memory; the page keeps what it has), 3, 27 or 29 (null values, or
+ * Returns 1, or 0 with error 1 (memory; the page keeps its tags), 3, 27 or 29 (null values, or
  * a tag above 65535).
  */
 int32_t DefineTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, const void* values,
@@ -47,7 +47,7 @@ int32_t DefineTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, con
 
 /* Gives a page a tag with a single value.
  *
- * value  as many of its low bytes as the type has; a RATIONAL has its numerator in the low half
+ * value  its low bytes are used, as the type's size says; a RATIONAL has its numerator in the low half
  *        and its denominator in the high one.
  *
  * Returns as DefineTiffImageInfoBuffer.
@@ -56,17 +56,17 @@ int32_t DefineTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t 
                             uint64_t value) TIFF_NOEXCEPT;
 
 /* Defines the tags of a picture's size: ImageWidth, ImageLength, RowsPerStrip, BitsPerSample,
- * and for 24 bits per pixel SamplesPerPixel and PlanarConfiguration. Strips hold about 8 KB; a
- * CCITT page, whose Compression must have been defined before, is one strip. For old-style JPEG
+ * and for 24 bits per pixel SamplesPerPixel and PlanarConfiguration. Strips hold about 8 KB and
+ * at least one row. A CCITT page is one strip: define its Compression before. For old-style JPEG
  * the picture is one tile, and the JPEG tags come too.
  *
- * geometry  height may be negative, as that of a DIB stored from the top, and counts without its
- *           sign. All numbers become SHORTs: of a width or height above 65535 the low 16 bits
- *           are left, and the caller defines those tags again as LONGs.
+ * geometry  height may be negative, as in a DIB stored from the top; its sign is dropped. All
+ *           numbers become SHORTs, which keep the low 16 bits of a width or height above
+ *           65535: define those tags again as LONGs.
  *
  * Returns 0 or the code: 1 a tag could not be defined; 10 the width is not positive; 16 bits
- * per pixel other than 1, 4, 8, 16 and 24; 29 null geometry. The last error is the caller's to
- * set.
+ * per pixel other than 1, 4, 8, 16 and 24; 29 null geometry. Setting the last
+ * error is left to the caller.
  */
 uint32_t DefineGeneralTags(HGLOBAL file, uint32_t page, const TiffPageGeometry* geometry) TIFF_NOEXCEPT;
 
@@ -87,13 +87,13 @@ uint32_t DefineSpecialTags(HGLOBAL file, uint32_t page, uint32_t kind) TIFF_NOEX
  */
 uint32_t SetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t dpi) TIFF_NOEXCEPT;
 
-/* Writes the directory of a page behind everything else in the file and links it, in the byte
- * order of the file handle. EncodeTiffImage does so itself: this is for pages whose strips the
- * caller has written, their tags included. A file that is only to be created is created, or
- * emptied, and begun with a header; a TIFF in memory is written to its block.
+/* Writes the directory of a page at the end of the file and links it, in the byte order of the file
+ * handle. EncodeTiffImage does so itself: this is for pages whose strips and strip tags the caller has
+ * written. A new file is created, or an old one emptied, and gets a header first. A TIFF in memory is
+ * written to its block.
  *
- * Returns 0 or the code, which is also the last error except where told: 1 memory, or the page
- * is not loaded (last error 3 or 27); 6. Unless it is 0 the pages of the file are as before.
+ * Returns 0 or the code, which is also the last error with one exception: 1 memory, or the page
+ * is not loaded (last error 3 or 27); 6. After a failure the pages of the file are as before.
  */
 uint32_t WriteTiffImageDirectory(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 

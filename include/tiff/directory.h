@@ -1,4 +1,4 @@
-/* A page's tags and what follows from them. A page must be loaded with GetTiffImage first. */
+/* A page's tags and the properties that follow from them. A page must be loaded with GetTiffImage first. */
 #ifndef TIFF_DIRECTORY_H
 #define TIFF_DIRECTORY_H
 
@@ -6,11 +6,12 @@
 
 TIFF_BEGIN
 
-/* Loads the tags of a page. A value that cannot be read is fatal for the tags that describe
+/* Loads the tags of a page. A value that cannot be read fails the load when its tag describes
  * the picture (IsRequiredTag); the tags after it are then not loaded.
  *
  * Returns 1, also when the page was loaded already, or 0.
- * Errors: 1 memory; 3 no such page; 6 unreadable. The last error is 0 after loading.
+ * Errors: 1 memory; 3 no such page; 6 unreadable, or its directory was never written. The last
+ *         error is 0 after loading.
  */
 int32_t GetTiffImage(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
@@ -46,7 +47,7 @@ uint32_t GetTiffDimensions(HGLOBAL file, uint32_t page, BITMAPINFOHEADER* header
 
 /* Gets the resolution in dots per inch: horizontal in the low 16 bits, vertical in the high.
  *
- * Returns 0 or the error code (3, 27), out being 0 then.
+ * Returns 0, or the error code (3, 27) with out set to 0.
  */
 uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) TIFF_NOEXCEPT;
 
@@ -54,7 +55,7 @@ uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) TIFF_NOEXCE
  *
  * Returns a movable block with a BITMAPINFOHEADER and biClrUsed RGBQUADs, or null with the
  * errors of GetTiffDimensions, 1, 10 (palette page without ColorMap) or 16 (32 bits per pixel
- * that are not CMYK). The caller frees it.
+ * and not CMYK). The caller frees it.
  */
 HGLOBAL GetTiffRGBQuad(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
@@ -64,7 +65,7 @@ uint32_t GetTiffRowsPerStrip(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 /* Returns the number of strips; 0 without StripOffsets. */
 uint32_t GetTiffStripCount(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
-/* Returns 1 for a tag whose value a page cannot be loaded without, else 0. */
+/* Returns 1 when a page cannot be loaded without the value of this tag, else 0. */
 int32_t IsRequiredTag(uint32_t tag) TIFF_NOEXCEPT;
 
 /* Makes a logical palette of the colours of a page, 256 at most. Opens and closes the file.

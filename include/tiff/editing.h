@@ -1,18 +1,18 @@
 /* Editing multi-page files page by page, without decoding: pages are copied, inserted, deleted
- * and moved as they are stored.
+ * and moved in their stored form.
  *
  * Operations that change a file build a new one in the temporary folder first. Only when it is
  * complete is the old file deleted and the new one given its name; until then every failure leaves
  * the old file as it was. When the old file cannot be deleted, the result is 0 with error 6 and the
  * new one is deleted; when the new one cannot be renamed, it stays in the temporary folder.
  *
- * What the tags of a page lead to is copied with it: strips, tiles, tables, JPEG streams, and the
- * directories behind ExifIFD, GPS, Interoperability and SubIFDs with all that they hold.
+ * A page is copied with everything that its tags point to: strips, tiles, tables, JPEG streams, and the
+ * directories of ExifIFD, GPS, Interoperability and SubIFDs with their content.
  *
  * Results are 1, or 0 with the cause in TiffError(): 1 memory; 3 no such page; 6 reading or
- * writing, or a file that cannot be seen whole; 9 a page whose strip offsets and byte counts differ
- * in number, are none, or cannot be known; 10 one that lacks either;
- * 29 a null path, or the source would be overwritten by its own copy; others as OpenTiffFile.
+ * writing, or a file that cannot be read whole; 9 a page whose strip offsets and byte counts differ
+ * in number, are empty, or cannot be found out; 10 a page that lacks either; 29 a null path, or the
+ * copy would overwrite its source; others as OpenTiffFile.
  */
 #ifndef TIFF_EDITING_H
 #define TIFF_EDITING_H
@@ -21,26 +21,26 @@
 
 TIFF_BEGIN
 
-/* Told after each step of long work. A result of 0 stops it, and the operation fails.
+/* Called after each step of long work. A result of 0 stops the work, and the operation fails.
  *
  * total  steps in all.
  * done   steps done so far, from 1 on.
- * user   the caller's.
+ * user   the value that the caller passed.
  */
 typedef int32_t (*TiffProgress)(uint32_t total, uint32_t done, uint64_t user);
 
 /* Appends a page of one open file to another, strips and tags unchanged; offsets are adapted.
  *
  * source, destination  file handles, also of TIFFs in memory. The destination must be open for
- *                      writing; a new one (T_CREAT) is created now. Both must be in one byte order:
- *                      this is not checked, the page and the link to it are written in the
- *                      source's, and a file that mixes both cannot be read past that point.
- * page                 its tags are taken from memory if they are loaded, with what was changed
+ *                      writing; a new one (T_CREAT) is created now. Both must have the same byte
+ *                      order. This is not checked: the page and the link to it are written in the
+ *                      source's order, and a file that mixes both cannot be read past that point.
+ * page                 its tags are taken from memory if they are loaded, with the changes made
  *                      there, and dropped afterwards.
  *
- * A strip that reaches beyond the end of the source is copied as far as it exists; one with a byte
- * count of 0, or a single one without a count, up to what comes next in the file. A sub-directory that
- * cannot be read is left out. A failure leaves the destination with the pages that it had.
+ * A strip that reaches beyond the end of the source is copied as far as it exists. A strip with a
+ * byte count of 0, or a single one without a count, is copied up to the next item in the file. A
+ * sub-directory that cannot be read is left out. A failure leaves the destination with its old pages.
  */
 int32_t CopyTiffImage(HGLOBAL source, uint32_t page, HGLOBAL destination) TIFF_NOEXCEPT;
 
@@ -54,8 +54,8 @@ int32_t CopyTiffImageInFile(const char* sourcePath, uint32_t page, const char* d
 /* Puts a new page made from a DIB into a file.
  *
  * selector, dialog, fillOrder  as SaveDIBInTiffFileExt.
- * position  the page that the new one comes before, or whose place it takes; at or beyond the last
- *           page's end, or with a file that cannot be opened, the page is appended.
+ * position  the page that the new one goes before, or replaces. With a position beyond the last page, or
+ *           a file that does not exist, the page is appended.
  * inPlace   non-zero appends the page to the file itself and relinks the chain instead of building
  *           the file anew. The replaced page's bytes stay in the file until ReorderTiffFile.
  * replace   non-zero drops the page at the position.
@@ -74,16 +74,16 @@ int32_t InsertTiffImage(const char* path, HGLOBAL dib, uint32_t selector, int32_
  */
 int32_t DeleteTiffImage(const char* path, int32_t page, int32_t inPlace) TIFF_NOEXCEPT;
 
-/* Rewrites a file page after page, each with its directory directly before its data; what no page
- * refers to is left out. A file of one page is left alone.
+/* Rewrites a file page after page, each with its directory directly before its data. Bytes that no
+ * page refers to are left out. A file of one page is left alone.
  */
 int32_t ReorderTiffFile(const char* path) TIFF_NOEXCEPT;
 
 /* Appends all pages of one file to another, which is created when it does not exist.
  *
- * callback  may be null; told the source's page count and the pages done.
+ * callback  may be null; gets the source's page count and the pages done.
  *
- * The end of the destination is looked for each time. To append thousands of files, open it once and
+ * Each call walks the destination to its end. To append thousands of files, open it once and
  * use CopyTiffImage, page by page.
  *
  * Pages appended before a failure stay. Errors: also 35 when the files are in different byte
@@ -92,38 +92,39 @@ int32_t ReorderTiffFile(const char* path) TIFF_NOEXCEPT;
 int32_t MergeTiffFiles(const char* destinationPath, const char* sourcePath, TiffProgress callback,
                        uint64_t user) TIFF_NOEXCEPT;
 
-/* Moves the pages from the given one to the last into a new file, which replaces one of that name.
+/* Moves the pages from the given one to the last into a new file, which replaces an old one of that name.
  *
- * firstPage  0 moves the whole file, to a name that must be free; the page count moves nothing and
- *            succeeds. The source must have two pages or more.
- * callback   may be null; told the number of pages to move and those copied.
+ * firstPage  0 moves the whole file, to a name that must be free. The page count as first page moves
+ *            nothing and succeeds. The source must have two pages or more.
+ * callback   may be null; gets the number of pages to move and the number copied.
  *
- * When it fails the destination is what it was, unless it has come to be the only place of its pages.
+ * A failure leaves the destination as it was, unless the moved pages exist nowhere else by then.
  */
 int32_t SplitTiffFile(const char* sourcePath, const char* destinationPath, int32_t firstPage,
                       TiffProgress callback, uint64_t user) TIFF_NOEXCEPT;
 
-/* Moves the first pages of a file into files of one page each, which replace files of their names.
+/* Moves the first pages of a file into files of one page each, which replace old files of the same names.
  *
  * nameBase   path and beginning of their names: "a" gives a0001.tif, a0002.tif and so on. A folder,
- *            ending in a backslash, gets a beginning of its own: "~", a number, "_".
+ *            ending in a backslash, gets a beginning of its own: "~", a number not yet in use, "_".
  * pageCount  pages to move, at least 1; all of them deletes the file. It must have two or more.
- * callback   may be null; told twice the number of pages, and one step for each page copied and for
- *            each page deleted.
+ * callback   may be null; its total is twice the number of pages, one step for each page copied and one
+ *            for each page deleted.
  *
- * Files written before a failure stay. A callback that stops among the deletions leaves exactly the
- * pages that it has not been told of.
+ * Files written before a failure stay. When the callback stops during the deletions, the reported pages
+ * are gone and all others stay.
  */
 int32_t CutTiffFile(const char* sourcePath, const char* nameBase, int32_t pageCount, TiffProgress callback,
                     uint64_t user) TIFF_NOEXCEPT;
 
-/* Appends the strips of a page, as they are stored, to an existing file of bare fax code.
+/* Appends the stored strips of a page to an existing file of bare fax code.
  *
- * rawPath  a file that must exist. When it cannot be written to the end, IT IS DELETED, with what it
- *          held before: half a page would be taken for a whole one.
+ * rawPath  a file that must exist. When it cannot be written to the end, IT IS DELETED, with its
+ *          old content: half a page would be sent as a whole one.
  * offset   bytes from the end of that file at which to write: 0 appends, negative values overwrite.
  *
- * Returns the raw file's path, in a buffer of the calling thread, or null.
+ * Returns the raw file's path, in a buffer of the calling thread, or null. Errors: 29 also when the offset
+ * lies before the file's beginning or both paths name one file; the raw file stays then.
  */
 const char* AppendCCITTImageFile(const char* rawPath, const char* tiffPath, uint32_t page,
                                  int32_t offset) TIFF_NOEXCEPT;
@@ -132,8 +133,9 @@ const char* AppendCCITTImageFile(const char* rawPath, const char* tiffPath, uint
  *
  * total  the low 16 bits are written.
  *
- * Only for files in Intel byte order: the order is not looked at, and a file in the other one fails
- * or is damaged. What was changed before a failure stays changed.
+ * Only for files in Intel byte order: the order is not checked, and a file in the other one fails
+ * or is damaged. Changes made before a failure stay. Errors: 6 also when the directories are together
+ * longer than the file: its chain of pages has a loop.
  */
 int32_t UpdatePageNumbers(const char* path, uint32_t total) TIFF_NOEXCEPT;
 
@@ -141,8 +143,8 @@ int32_t UpdatePageNumbers(const char* path, uint32_t total) TIFF_NOEXCEPT;
 int32_t UpdatePageNumbersInMemory(HGLOBAL file, uint32_t total) TIFF_NOEXCEPT;
 
 /* Gives a page of a file a tag, in place of one with the same number. The file is rewritten, all
- * pages packed, under its name with everything behind the last full stop replaced by "~~~" (or with
- * ".~~~" added), where it stays when this fails; a file of that name is overwritten.
+ * pages packed, under its name with everything after the last full stop replaced by "~~~" (or with
+ * ".~~~" added), and the new file stays there when this fails; a file of that name is overwritten.
  *
  * type, values, count  as DefineTiffImageInfoBuffer.
  *

@@ -12,7 +12,7 @@ TIFF_BEGIN
  */
 uint32_t SetTiffError(uint32_t code) TIFF_NOEXCEPT;
 
-/* Returns the calling thread's last error and leaves it standing. Most functions leave an
+/* Returns the calling thread's last error without changing it. Most functions leave an
  * earlier code alone when they succeed: read it after a failure.
  */
 uint32_t TiffError(void) TIFF_NOEXCEPT;

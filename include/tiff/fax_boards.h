@@ -3,15 +3,15 @@
  * The saves append a DIB as a page, as SaveDIBInTiffFileExt does, with these differences:
  *
  * - the resolution is 204 dots per inch across, and 98 or 196 down: 98 when the DIB's is below 148,
- *   or, if it does not say, when it has fewer than 1101 rows;
+ *   or, if it has none, when it has fewer than 1101 rows;
  * - DateTime, Software, ImageDescription and Artist are not written;
- * - the selector's high byte must be 0;
- * - a DIB whose first colour is dark is written WhiteIsZero, and its bits are inverted at 1 bit per
- *   pixel only.
+ * - the selector's high byte must be 0, else error 11;
+ * - a DIB whose first colour is dark is written WhiteIsZero, and its bits are inverted only at 1 bit
+ *   per pixel.
  *
  * Bicom, NMS and Dialogic pages are bilevel: pass DIBs of 1 bit per pixel. Others are not refused;
- * each row's first bytes are taken for pixels. These pages get NewSubfileType 2 and a PageNumber, the
- * page's own with 0 as the total, which UpdatePageNumbers sets when all pages are there.
+ * the first bytes of each row count as pixels. These pages get NewSubfileType 2 and a PageNumber with
+ * their number and a total of 0. UpdatePageNumbers sets the total when all pages are written.
  *
  * Results and errors are those of SaveDIBInTiffFileExt.
  */
@@ -43,12 +43,12 @@ int32_t SaveTiffForCiscoFormat(const char* path, HGLOBAL dib, uint32_t selector,
                                uint32_t fillOrder) TIFF_NOEXCEPT;
 
 /* Rewrites a file for Cisco servers: page after page, each with its directory before its data. The new
- * file is built in the temporary folder, where an empty file that reserved its name stays.
+ * file is built in the temporary folder. The empty file that reserved its name there stays.
  *
  * WHEN A PAGE CANNOT BE COPIED, THE FILE IS DELETED: such a server must never get half a fax. Keep a
- * copy of what cannot be had again. A file that cannot be opened or read to its end is left alone.
+ * copy of faxes that exist nowhere else. A file that cannot be opened or read to its end is left alone.
  *
- * Returns 1 or 0. Errors: 6, also when the new file cannot take the old one's place, and stays in the
+ * Returns 1 or 0. Errors: 6, also when the new file cannot replace the old one and stays in the
  * temporary folder; 29 null or empty path; others as OpenTiffFile and CopyTiffImage.
  */
 int32_t ConvertTiffToCiscoFormat(const char* path) TIFF_NOEXCEPT;

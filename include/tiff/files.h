@@ -27,12 +27,12 @@ typedef struct TiffFileInformation {
 /* Opens a TIFF file on disk and walks its chain of directories. Nothing is kept open.
  *
  * mode   T_READ reads an existing file. T_APPEND reads a file to add pages to it; a missing or
- *        empty one is treated as new, one that is there and cannot be opened is not. T_CREAT, and
+ *        empty file counts as new, but one that exists and cannot be opened fails. T_CREAT, and
  *        every other value, starts a new file, which is created or truncated when its first page
  *        is written.
  *
  * Returns a TIFF file handle for CloseTiffFile, or null. A chain that breaks after the first
- * page still opens, with the good pages and error 6 standing.
+ * page still opens, with the good pages, and the last error is 6.
  * Errors: 1 memory; 6 unreadable; 7 path too long; 8 version is not 42; 14 not "II" or "MM";
  *         29 null path. The last error is 0 otherwise.
  */
@@ -40,11 +40,11 @@ HGLOBAL OpenTiffFile(const char* path, uint32_t mode) TIFF_NOEXCEPT;
 
 /* Opens a TIFF that lies in a block of movable global memory.
  *
- * block  stays the caller's, also after CloseTiffFile; writing pages may replace it, and
+ * block  belongs to the caller, also after CloseTiffFile; writing pages may replace it, and
  *        GetMemoryTiffHandle then returns the new one.
- * size   bytes of the TIFF in the block.
- * mode   0 and T_APPEND read the TIFF in the block, with pages to be added in both cases; any
- *        other value starts a new TIFF. An empty block fails in mode 2 too.
+ * size   bytes of the TIFF in the block, cut to the size of the block.
+ * mode   0 and T_APPEND read the TIFF in the block, and pages can be added in both cases; any
+ *        other value starts a new, empty TIFF. An empty block fails in mode 2 too.
  *
  * Returns as OpenTiffFile.
  */
@@ -84,7 +84,7 @@ uint32_t NumberOfTiffImages(HGLOBAL file, uint32_t kind) TIFF_NOEXCEPT;
  */
 uint32_t GetNumberOfImagesInTiffFile(const char* path) TIFF_NOEXCEPT;
 
-/* Fills the information record. Returns 1; 0 with error 34 for a handle that is not valid. */
+/* Fills the information record. Returns 1; 0 with error 34 for an invalid handle. */
 int32_t GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) TIFF_NOEXCEPT;
 
 /* Changes the path or the byte order kept for an open file.
@@ -93,14 +93,14 @@ int32_t GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) TIFF_NOEXCEPT;
  * byteOrder  0 leaves it.
  *
  * Returns 1, or 0 with error 7 (path of 260 characters or more) or 14 (byte order neither
- * TIFF_INTEL nor TIFF_MOTOROLA; the path has then been replaced already).
+ * TIFF_INTEL nor TIFF_MOTOROLA; the path is already replaced then).
  */
 int32_t ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byteOrder) TIFF_NOEXCEPT;
 
 /* Copies the library's version text.
  *
- * size   1 to 14 copies exactly that many bytes of the text and its terminating zero, so that
- *        a size below 14 gives no terminator; 15 or more copies all of it; 0 or less nothing.
+ * size   1 to 14 copies exactly that many bytes of the text and its terminating zero, so a
+ *        size below 14 gives no terminator; 15 or more copies all of it; 0 or less nothing.
  */
 void GetTiffVersion(char* buffer, int32_t size) TIFF_NOEXCEPT;
 

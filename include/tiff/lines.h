@@ -1,5 +1,5 @@
 /* Line routines for the drivers, and the records that they take as user data. A line routine
- * trusts its record, may rewrite the line buffer, and always returns 0.
+ * does not check its record, may rewrite the line buffer, and always returns 0.
  */
 #ifndef TIFF_LINES_H
 #define TIFF_LINES_H
@@ -27,8 +27,8 @@ intptr_t DllFlushTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXC
 /* Swaps red and blue of a 24-bit row in the line buffer, then copies it into the DIB. */
 intptr_t DllFlushTiffLine24DIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
-/* Puts a row into the bitmap as the header describes it, from the top whatever the orientation
- * says. GDI reads the row in whole 32-bit words. The bitmap must not be selected anywhere.
+/* Puts a row into the bitmap as the header describes it. Orientation is ignored: rows come from the
+ * top. GDI reads the row in whole 32-bit words. The bitmap must not be selected anywhere.
  */
 intptr_t DllFlushTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
@@ -49,13 +49,13 @@ typedef struct TiffEncodeLineContext {
     uint32_t invert;            /* non-zero: complement every byte on its way out */
 } TiffEncodeLineContext;
 
-/* Copies a row of 1, 4 or 8 bits per pixel out of the DIB, complemented when asked for. */
+/* Copies a row of 1, 4 or 8 bits per pixel out of the DIB, complemented when `invert` is set. */
 intptr_t DllFillTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* Copies a 24-bit row out of the DIB and swaps red and blue. */
 intptr_t DllFillTiffLineDIB24Bit(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
-/* Fetches a row of the bitmap in the depth that the bitmap information asks for, in whole
+/* Fetches a row of the bitmap in the depth of the bitmap information, in whole
  * 32-bit words. The bitmap must not be selected anywhere.
  */
 intptr_t DllFillTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
@@ -66,8 +66,8 @@ intptr_t DllFillMonoTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXC
 /* The same for 24 bits per pixel, red and blue swapped. */
 intptr_t DllFillTiffLineBitmap24Bit(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
-/* The same with only device context and bitmap in the record: the bitmap information is the one
- * that the calling thread is saving a CCITT file from. Without one the line stays as it is.
+/* As DllFillTiffLine, but the record needs only device context and bitmap: the bitmap information is
+ * that of the CCITT file which the calling thread is saving. Without one the line stays as it is.
  */
 intptr_t DllFillCcittLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 

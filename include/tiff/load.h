@@ -9,7 +9,7 @@
 
 TIFF_BEGIN
 
-/* What the load dialog is told. The dialogs library is KVDlgs.dll, beside this library or where
+/* What the load dialog gets. The dialogs library is KVDlgs.dll, beside this library or where
  * the system finds it; its TiffLoadDialog takes a pointer to this and returns 1 to go on, 2 when
  * the user cancels, anything else for a failure. The file is open and the page loaded; both stay
  * the loader's.
@@ -27,47 +27,47 @@ typedef struct TiffLoadDialogRequest {
  *
  * Returns the DIB, or null. A picture may come with error 5, 19 or 20: it holds the rows that
  * could be decoded.
- * Errors: 0 the user cancelled; 1 memory, or the dialog failed; 11 the page is JPEG and no codec
- *         for it is there; 16 colour format; 28 dialogs library missing; others as OpenTiffFile,
- *         GetTiffImage, GetTiffRGBQuad and DecodeTiffImage.
+ * Errors: 0 the user cancelled; 1 memory, or the dialog failed; 11 the page is JPEG and there is no
+ *         codec for it; 16 colour format (32 bits that are not CMYK, YCbCr with shared chroma); 28 dialogs
+ * library missing; others as OpenTiffFile, GetTiffImage, GetTiffRGBQuad and DecodeTiffImage.
  */
 HGLOBAL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
 /* The same from an open file, which stays open. */
 HGLOBAL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
-/* The same, but pages with PhotometricInterpretation 7 to 17 come unconverted, first and third
- * bytes of a pixel swapped as for RGB, and that value is in the header's biCompression. JPEG
+/* The same, but pages with PhotometricInterpretation 7 to 17 are not converted: only the first and
+ * third bytes of a pixel are swapped, as for RGB. The header's biCompression holds that value. JPEG
  * pages fail with 9990 or 9991.
  */
 HGLOBAL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) TIFF_NOEXCEPT;
 
 /* Decodes one page of a TIFF file into a bitmap: monochrome for pages of two colours, else
  * compatible with the screen. Rows come from the top even for orientation 4. 16- and 32-bit
- * pages are given to GDI as they are.
+ * pages go to GDI unconverted.
  *
  * page     counted from 0.
  * dialog   non-zero shows the load dialog of the dialogs library first.
  *
  * Returns the bitmap, or null. It may come with error 5: it holds the rows that could be decoded.
- * Errors: as LoadTiffIntoDIB.
+ * Errors: as LoadTiffIntoDIB; 1 also for a size that is not positive or that GDI cannot make.
  */
 HBITMAP LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
 /* The same as LoadTiffIntoBitmap. */
 HBITMAP LoadTiffFileIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
-/* The same from an open file, which stays open; the page must be loaded. When the page has no header
- * (GetTiffRGBQuad), the wait cursor stays.
+/* The same from an open file, which stays open. The page must be loaded, else error 27. When the page has no
+ * header (GetTiffRGBQuad), the wait cursor stays.
  */
 HBITMAP LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
-/* Puts one page on the clipboard as a bitmap (CF_BITMAP); what was there before goes, also when
+/* Puts one page on the clipboard as a bitmap (CF_BITMAP). The old content is deleted, also when
  * the page cannot be decoded. page and dialog are those of LoadTiffIntoBitmap.
  *
- * Returns 1, also when the file cannot be opened or has no such page, the clipboard being left
- * alone then; 0 when the dialog does not go on (error 0, 1 or 28) or the clipboard cannot be
- * opened, which sets no error.
+ * Returns 1. When the file cannot be opened or has no such page, it also returns 1 and leaves the
+ * clipboard alone. Returns 0 when the dialog does not go on (error 0, 1 or 28), or when the clipboard
+ * cannot be opened, which sets no error.
  */
 int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 

@@ -10,9 +10,9 @@
  * A file that does not exist is created; pages of an existing one are never touched. Files are
  * written in Intel byte order. A page's resolution is the DIB's, or the screen's.
  *
- * The DIB must be bilevel for 205 to 208: other depths are taken for one row of bits each,
- * cut to the width. Rows from the top (a negative height) and the 12-byte header are accepted.
- * A header without a colour count gets the standard one.
+ * For 205 to 208 pass a bilevel DIB: rows of another depth are read as bits, cut to the width. Other
+ * compressions take 1, 4, 8, 16, 24 and 32 bits per pixel. Rows from the top (a negative height) and the
+ * 12-byte header are accepted. A header without a colour count gets the standard one.
  *
  * Errors of all: 1 memory, or the DIB cannot be locked; 2 the file cannot be opened; 6 writing
  * fails; 11 selector; 12 a row too wide for a two-dimensional code; 15 fill order; 16 the DIB's
@@ -49,7 +49,7 @@ typedef struct TiffSaveDialogOptions {
  * dialog     non-zero shows the save dialog of the dialogs library first.
  * fillOrder  1 most significant bit first, 2 least.
  *
- * Returns 1 or 0. The DIB stays the caller's.
+ * Returns 1 or 0. The caller still owns the DIB.
  */
 int32_t SaveDIBInTiffFileExt(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
                              uint32_t fillOrder) TIFF_NOEXCEPT;
@@ -70,14 +70,14 @@ int32_t SaveNonRGBDIBInTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
 /* Appends a DIB to a TIFF in memory.
  *
  * memory     the block of a TIFF in memory, or null for a new one.
- * selector   a compression that is not known means none.
+ * selector   an unknown compression means none; the high byte is kept.
  *
- * Returns the block of the TIFF, which may have been reallocated and is the caller's, or null;
- * a new block is freed then. A null DIB gives null at once.
+ * Returns the block of the TIFF, which may have moved and belongs to the caller, or null. After a
+ * failure a new block is freed. A null DIB gives null at once.
  */
 HGLOBAL SaveTiffToMemory(HGLOBAL memory, HGLOBAL dib, uint32_t selector, uint32_t fillOrder) TIFF_NOEXCEPT;
 
-/* Appends a bitmap to a file, rows fetched from the device: monochrome bitmaps bilevel, those of
+/* Appends a bitmap to a file; the device gives the rows: monochrome bitmaps bilevel, those of
  * up to 256 colours with their palette, others as RGB. The selector's high byte must be 0.
  * Arguments and result as SaveDIBInTiffFileExt; the resolution is the screen's.
  */
@@ -95,7 +95,7 @@ int32_t SaveBitmapInTiffFormat(const char* path, HBITMAP bitmap, uint32_t select
 /* Appends the clipboard's bitmap to a file, fill order 2.
  *
  * Returns 1 or 0. Errors: 24 no bitmap on the clipboard; 25 the clipboard cannot be opened; 26 it
- * does not hand the bitmap out.
+ * does not give the bitmap.
  */
 int32_t SaveTiffFileFromClipboard(const char* path, uint32_t selector, int32_t dialog) TIFF_NOEXCEPT;
 

@@ -21,8 +21,8 @@ typedef int64_t TiffStream;
  */
 uint32_t mRead(TiffStream stream, void* buffer, uint32_t count) TIFF_NOEXCEPT;
 
-/* Writes count bytes at the current position. A memory file grows to exactly what is needed,
- * which may replace its block.
+/* Writes count bytes at the current position. A memory file grows as needed, to at most 2 GiB - 1
+ * bytes, which may replace its block.
  *
  * Returns the number of bytes written (0 when the system's write fails) or STREAM_FAILED.
  */
@@ -65,7 +65,7 @@ int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, void* buffer,
                  uint32_t fillOrder) TIFF_NOEXCEPT;
 
 /* Writes count values of a TIFF field type; arguments as LongRead. The caller's buffer keeps
- * its content, except that it is converted in place when no scratch copy can be had.
+ * its content. Only when memory for a copy is missing are the values converted in place.
  *
  * Returns 1, or 0 with error 6.
  */

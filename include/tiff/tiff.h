@@ -6,10 +6,11 @@
  * - Pages are counted from 0.
  * - A function returns 1 or a handle for success, 0 or null for failure, and leaves the cause
  *   in the calling thread's last error, TiffError(). A success may leave an earlier code there.
+ * - A null path, or a null record to fill, is error 29. A handle that cannot be locked is error 34.
  * - A TIFF file handle may move between threads but serves one thread at a time. A memory
  *   stream belongs to the thread that opened it.
- * - Blocks that cross the interface are movable global memory. What a function hands out is
- *   the caller's to free with GlobalFree.
+ * - Blocks that cross the interface are movable global memory. The caller frees every block that a
+ *   function returns, with GlobalFree.
  */
 #ifndef TIFF_TIFF_H
 #define TIFF_TIFF_H

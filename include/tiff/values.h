@@ -2,7 +2,7 @@
 #ifndef TIFF_VALUES_H
 #define TIFF_VALUES_H
 
-/* Error codes: what TiffError returns. */
+/* Error codes, as TiffError returns them. */
 enum TiffErrorCode {
     TIFF_ERROR_NONE = 0,
     TIFF_ERROR_MEMORY = 1,
@@ -61,7 +61,7 @@ enum TiffSaveCompression {
     TIFF_SAVE_OLD_JPEG = 210
 };
 
-/* Sample kinds: added to a selector up to 204, and what DefineSpecialTags takes. */
+/* Sample kinds: added to a selector up to 204, and an argument of DefineSpecialTags. */
 enum TiffSampleKind {
     TIFF_SAMPLES_GREY_16 = 256, /* shifted left by 8 */
     TIFF_SAMPLES_GREY_12 = 512, /* shifted left by 4 */

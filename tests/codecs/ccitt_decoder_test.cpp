@@ -128,7 +128,7 @@ TEST(Group4, RowsAreModesAlone)
             {"a step back paints one pixel", 8, 2,
              "001 1000 010 001 000111 010 1 " + std::string("0000011 0000010 1"), 0, "...#.#../......#."},
         });
-    // Eight empty runs lie between what the second row steps to and fro over.
+    // The second row goes back and forth over eight empty runs.
     std::string to, fro;
     for (int times = 0; times < 8; ++times) {
         to += "001 00110101 0000110111";
@@ -143,8 +143,8 @@ TEST(Group4, RowsAreModesAlone)
                });
 }
 
-// All-white rows take one bit each, so that the EOFB can be put on any byte. It is checked in
-// three looks of a byte; the buffer ends before byte 32,767.
+// All-white rows take one bit each, so the EOFB can lie on any byte. It is checked in three steps of a byte;
+// the buffer ends before byte 32,767.
 TEST(Group4, AnEarlyEofbAcrossARefillEndsWithSuccess)
 {
     static constexpr struct {

@@ -53,20 +53,20 @@ TEST(DecodeDriver, StripsAreDecodedWhereverTheyLie)
 
 TEST(DecodeDriver, EveryStripStartsAfresh)
 {
-    // Group 4: a byte of its own and a white reference. Two strips of two rows.
+    // Group 4: each strip begins on its own byte with a white reference. Two strips of two rows.
     const Bytes group4 = Bits("001 1000 11 1 111");
     const TiffPage fax = TiffPage::Picture(8, 4, 1, 4).Short(278, {2}).Strips({group4, group4});
     const std::string rows = "...##.../...##.../...##.../...##...";
     EXPECT_EQ(DecodeFile(OnePage(fax)).Pixels(8), rows);
 
-    // Group 3 2-D: one-dimensional with or without an EOL ahead.
+    // Group 3 2-D: each strip begins one-dimensional, with or without an EOL before it.
     const Bytes with = Bits("000000000001 1 1000 11 1000 000000000001 0 111");
     const Bytes without = Bits("1000 11 1000 000000000001 0 111");
     const TiffPage mixed =
         TiffPage::Picture(8, 4, 1, 3).Long(292, {1}).Short(278, {2}).Strips({with, without});
     EXPECT_EQ(DecodeFile(OnePage(mixed)).Pixels(8), rows);
 
-    // LZW: a new table without clear or end.
+    // LZW: each strip has a new table, without Clear or end code.
     const TiffPage lzw = TiffPage::Picture(2, 2, 8, 5)
                              .Short(278, {1})
                              .Strips({Bits("001000001 001000010 001111111"), Bits("001000011 001000100")});

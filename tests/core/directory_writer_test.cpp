@@ -14,7 +14,7 @@ void Define(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t type, const Byte
     EXPECT_EQ(DefineTiffImageInfoBuffer(file, page, tag, values.data(), type, count), 1) << tag;
 }
 
-// The tags of a stored page, its strip being the 8 bytes of the header.
+// The tags of an uncompressed page, whose strip is the 8 bytes of the header.
 uint32_t DefinePage(HGLOBAL file, uint32_t width)
 {
     const auto page = static_cast<uint32_t>(DefineTiffImage(file));
@@ -77,7 +77,7 @@ TEST(DirectoryWriter, TypesAreWrittenAsTheyWereDefined)
     DefineTiffImage(target.file);
     Define(target.file, 0, 65535, 9, Hex("FEFFFFFF"), 1);
     Define(target.file, 0, 347, 1, Hex("01 02 03 04 05"), 5);
-    Define(target.file, 0, 1001, 77, Hex("01 02 03"), 3); // no size known: bytes
+    Define(target.file, 0, 1001, 77, Hex("01 02 03"), 3); // unknown size, so counted as bytes
     Define(target.file, 0, 1000, 1, Hex("01 02 03 04"), 4);
     Define(target.file, 0, 999, 2, {}, 0);
     EXPECT_EQ(WriteTiffImageDirectory(target.file, 0), 0u);
@@ -114,7 +114,7 @@ TEST(DirectoryWriter, PagesAreAppendedAndLinkedToTheLast)
             const Target reopened(onDisk, after, T_READ);
             EXPECT_EQ(Widths(reopened.file), (std::vector<uint32_t>{11, 12, 13, 14}));
 
-            // Nothing of the old file but the last link has changed.
+            // Only the last link of the old file has changed.
             after.resize(before.size());
             for (size_t at = builder.links[1]; at < builder.links[1] + 4; ++at)
                 after[at] = 0;

@@ -1,4 +1,4 @@
-// The processor's way of sixteen bytes at a time against the plain one.
+// The processor's functions for sixteen bytes against the plain ones.
 #include "core/sixteen.h"
 
 #include <gtest/gtest.h>

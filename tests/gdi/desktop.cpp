@@ -127,8 +127,8 @@ static uint32_t BusyBlocks()
     return count;
 }
 
-// The highest place that new ones take: more are made at once than were ever given back, so that
-// places given back do not hide those that were not.
+// The highest place that new handles take. Makes more handles at once than were ever freed, so that freed
+// places do not hide leaked ones.
 template <size_t COUNT, class Make, class Free>
 uint32_t HighestPlace(Make make, Free free)
 {
@@ -136,7 +136,7 @@ uint32_t HighestPlace(Make make, Free free)
     uint32_t highest = 0;
     for (auto& handle : made) {
         handle = make();
-        // The low half of a GDI handle is its place in a table that all kinds share.
+        // The low half of a GDI handle is its place in a table for all kinds.
         highest = std::max(highest, static_cast<uint32_t>(reinterpret_cast<uintptr_t>(handle) & 0xFFFF));
     }
     for (auto& handle : made)
@@ -147,7 +147,7 @@ uint32_t HighestPlace(Make make, Free free)
 HandleMarks TakeMarks()
 {
     HandleMarks marks{};
-    // Few, and first: the system keeps device contexts for the next one who asks.
+    // Few, and first: the system keeps freed device contexts for the next request.
     marks.deviceContexts =
         HighestPlace<20>([] { return GetDC(nullptr); }, [](HDC dc) { ReleaseDC(nullptr, dc); });
     marks.gdi =

@@ -1,4 +1,4 @@
-// Everything that is taken for a call is given back, however it ends.
+// Every handle and block taken during a call is released, however the call ends.
 #include "gdi/desktop.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ template <class Call>
 void ExpectNothingLeft(const char* row, Call call)
 {
     SCOPED_TRACE(row);
-    // What the system keeps for good comes with the first call, and with the first measure.
+    // The first call and the first measurement allocate the things that the system keeps.
     call();
     TakeMarks();
     const HandleMarks before = TakeMarks();

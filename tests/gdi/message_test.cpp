@@ -1,4 +1,4 @@
-// An error shown to the user instead of handed to the caller.
+// Shows an error to the user instead of returning it to the caller.
 #include "tiff/errors.h"
 
 #include <gtest/gtest.h>

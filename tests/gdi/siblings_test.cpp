@@ -1,4 +1,4 @@
-// The companion libraries: where they are found, what they are told, what their answers do.
+// The companion libraries: where they are found, their arguments, and the effect of their answers.
 #include "gdi/desktop.h"
 #include "siblings/dialogs.h"
 #include "siblings/jpeg.h"
@@ -77,7 +77,7 @@ TEST(LoadDialog, ItsAnswerDecidesOnEveryWay)
     EXPECT_EQ(call.page, 0u);
     EXPECT_EQ(call.pageIsLoaded, 1);
     EXPECT_STREQ(call.path, file.Path());
-    // A page that is not there is not asked about.
+    // The dialog is not shown for a missing page.
     EXPECT_EQ(LoadTiffIntoDIB(file.Path(), 5, 1), nullptr);
     EXPECT_EQ(LoadTiffFileIntoClipboard(file.Path(), 5, 1), 1);
     EXPECT_EQ(call.count, 16u);
@@ -90,7 +90,7 @@ TEST(LoadDialog, NothingIsLoadedWithoutIt)
     EXPECT_EQ(LoadAll(file.Path(), error), 0u);
     EXPECT_EQ(error, 28u);
 
-    // A library of that name without the dialog stays, which is wanted.
+    // Deliberate: a library of that name without the dialog stays loaded.
     Folder folder;
     folder.Copy(JpegLibraryFile(), "KVDlgs.dll");
     const SearchedFolder searched(folder.Path());

@@ -1,6 +1,5 @@
-// Every call of every operation on pages fails once. The file is the old one or the new one, and
-// nothing else is left lying about, except where a failed swap leaves the new content under its
-// temporary name.
+// Every system call of every operation on pages fails once. The file is then the old one or the new one, and
+// no other file remains, except when a failed swap leaves the new content under its temporary name.
 #include "standin/standin.h"
 #include "support/numbered_pages.h"
 
@@ -22,7 +21,7 @@ std::vector<std::string> TemporaryFiles()
     return found;
 }
 
-// Only the operation itself meets the failing call, not what sets it up or looks at it.
+// The call fails only inside the operation, not while its files are prepared or checked.
 template <class Operation>
 auto WithFailing(unsigned n, Operation operation, bool andAllLater = false)
 {
@@ -97,7 +96,7 @@ TEST_P(RewritingAFile, KeepsTheOldOneUntilTheNewOneIsWhole)
             if (left.empty()) {
                 EXPECT_EQ(ReadFileBytes(file.Path()), Original());
             } else {
-                // The swap failed: the old file is gone, the new content is not.
+                // The swap failed: the old file is deleted, the new content still exists.
                 EXPECT_EQ(error, 6u);
                 EXPECT_FALSE(Exists(file.Path()));
                 ExpectPages(left.front().c_str(), Original(), order);
@@ -107,7 +106,7 @@ TEST_P(RewritingAFile, KeepsTheOldOneUntilTheNewOneIsWhole)
     });
 }
 
-// From one call on nothing works any more, as for a program that is ended.
+// From one call on every call fails, as for a program that is killed.
 TEST_P(RewritingAFile, LosesNothingWhenItIsKilled)
 {
     const auto& [row, edit, order] = GetParam();
@@ -152,7 +151,7 @@ TEST_P(RelinkingAFile, LosesNoPageThatIsToStay)
                 continue;
             }
             EXPECT_NE(TiffError(), 0u);
-            // The new page may be missing, or last.
+            // The new page may be missing, or be the last.
             if (!PagesDiffer(file.Path(), Original(), old).empty())
                 ExpectPages(file.Path(), Original(), appended);
         }
@@ -233,7 +232,7 @@ TEST(MovingFailures, MergingAndCopyingKeepWhatIsThere)
         HGLOBAL opened = OpenTiffFile(file.Path(), T_READ);
         EXPECT_GE(NumberOfTiffImages(opened, TIFF_ALL_PAGES), 2u);
         CloseTiffFile(opened);
-        // What broke off gives way to the next page.
+        // The next page replaces the incomplete one.
         EXPECT_EQ(CopyTiffImageInFile(source.Path(), 3, file.Path(), T_APPEND), 1);
         const uint32_t pages = GetNumberOfImagesInTiffFile(file.Path());
         EXPECT_EQ(TiffError(), 0u);

@@ -13,7 +13,7 @@ TiffPage Bilevel(uint32_t width, const Bytes& rows, uint32_t photometric = 0)
     return TiffPage::Picture(width, 1, 1, 1, photometric).Strips({rows});
 }
 
-// Ten pixels in a row, the first ones of one level, the others of the other.
+// Ten pixels in a row: the first ones of one level, the others of another.
 TiffPage Row(uint32_t samples, uint8_t level, size_t count, uint8_t rest)
 {
     return TiffPage::Picture(10, 1, 8, 1, samples == 3 ? 2 : 1)

@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint16_t byteOrders[] = {TIFF_INTEL, TIFF_MOTOROLA};
 
-// Files that are gone at the end of the scope.
+// Deletes the files at the end of the scope.
 struct NamedFiles {
     std::vector<std::string> paths;
     ~NamedFiles()
@@ -133,7 +133,7 @@ TEST(PageCopy, KeepsTypesThatPagesInMemoryDoNotHave)
         EXPECT_EQ(CopyTiffImageInFile(source.Path(), 0, copy.Path(), T_CREAT), 1);
         EXPECT_EQ(CopyTiffImageInFile(copy.Path(), 0, copy.Path(), T_APPEND), 1);
         ExpectPages(copy.Path(), original, {0, 0});
-        // A value that no file holds takes no others with it.
+        // An impossible value does not affect the others.
         Bytes impossible = original;
         impossible[impossible.size() - 4 - 12 + (order == TIFF_INTEL ? 2 : 3)] = 12;
         std::fill_n(impossible.end() - 12, 8, uint8_t{0x7F});
@@ -146,7 +146,7 @@ TEST(PageCopy, KeepsTypesThatPagesInMemoryDoNotHave)
 TEST(PageCopy, CopiesWhatExistsOfAStripAndWidensOffsets)
 {
     NoLeaks leaks;
-    // The first strip claims nearly 4 GiB; the second still is where its offset says.
+    // The first strip claims nearly 4 GiB; the offset of the second is still right.
     TiffBuilder builder;
     Bytes original = builder.Add(TiffPage::Picture(8, 2, 1, 1).Strips({Hex("01"), Hex("02")})).Build();
     const uint32_t entry = builder.links[0] - 12; // StripByteCounts, whose values lie elsewhere
@@ -163,7 +163,7 @@ TEST(PageCopy, CopiesWhatExistsOfAStripAndWidensOffsets)
     EXPECT_EQ(offsets[1], bytes.size() - 1);
     EXPECT_EQ(bytes.back(), 2);
 
-    // Behind a page of 66,000 bytes a SHORT cannot tell where a strip is.
+    // Behind a page of 66,000 bytes a SHORT is too small for a strip's offset.
     const Bytes pages = TiffBuilder()
                             .Add(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("07")}).ShortOffsets())
                             .Add(TiffPage::Picture(8, 1, 1, 1).Strips({Bytes(66000, 3)}))
@@ -255,7 +255,8 @@ TEST(PageEditing, KeepsWhatSubDirectoriesHold)
         NoLeaks leaks;
         TiffBuilder builder(order);
         Bytes original = builder.Add(raw()).Add(Page(1)).Add(raw().Ascii(65000, "another")).Build();
-        // The last of the pictures has another behind it, the last that was built of the page.
+        // The last picture of the SubIFDs has another one chained to it, the last that was built for the
+        // page.
         const uint32_t behind =
             order == TIFF_INTEL ? builder.subDirectories[6] : __builtin_bswap32(builder.subDirectories[6]);
         std::memcpy(&original[builder.subLinks[2]], &behind, 4);
@@ -303,7 +304,7 @@ TEST(PageEditing, RefusesSubDirectoriesThatCannotBeSeenWhole)
         EXPECT_EQ(DeleteTiffTagOfImage(file.Path(), 0, 60000), 0);
         EXPECT_EQ(TiffError(), 6u);
         EXPECT_EQ(ReadFileBytes(file.Path()), bytes);
-        // A copy leaves the original, and the branch ends.
+        // A copy leaves the original, so the branch just ends.
         EXPECT_EQ(CopyTiffImageInFile(file.Path(), 0, copy.Path(), T_CREAT), 1);
         EXPECT_EQ(Complaints(ReadFileBytes(copy.Path())), "");
         EXPECT_EQ(DeleteTiffTagOfImage(copy.Path(), 0, 60000), 1);
@@ -344,7 +345,7 @@ TEST(PageCopy, FailsBeforeAnythingIsWritten)
         EXPECT_EQ(NumberOfTiffImages(to, TIFF_ALL_PAGES), 2u);
         EXPECT_EQ(CopyTiffImageInFile(source.Path(), page, destination.Path(), T_CREAT), 0);
         EXPECT_EQ(ReadFileBytes(destination.Path()), good);
-        // The handle is as good as before.
+        // The handle works as before.
         GetTiffImage(to, 0);
         GetTiffImage(to, 1);
         TempFile other(good);
@@ -457,7 +458,7 @@ TEST(PageCopy, CopiesAWholeJpegStreamOnce)
 
 TEST(PageCopy, DoesNotCompareByteOrders)
 {
-    // Kept: the link is written in the source's order. Merging whole files looks first.
+    // Deliberate: the link is written in the source's order. Merging whole files checks the orders first.
     TempFile intel(Pages(2)), motorola(Pages(1, TIFF_MOTOROLA));
     EXPECT_EQ(MergeTiffFiles(intel.Path(), motorola.Path(), nullptr, 0), 0);
     EXPECT_EQ(TiffError(), 35u);
@@ -559,7 +560,7 @@ TEST(PageEditing, ReorderRemovesWhatNoPageRefersTo)
     EXPECT_EQ(ReorderTiffFile(file.Path()), 1);
     EXPECT_LT(ReadFileBytes(file.Path()).size(), original.size());
     ExpectPages(file.Path(), original, {0, 2});
-    // Pages deleted one after the other leave what one rewrite leaves.
+    // Deleting pages one by one gives the same result as one rewrite.
     EXPECT_EQ(DeleteTiffImage(twice.Path(), 1, 0), 1);
     EXPECT_EQ(ReadFileBytes(twice.Path()), ReadFileBytes(file.Path()));
 }
@@ -644,7 +645,7 @@ TEST(MovingPages, SplitMovesTheEndOfAFile)
     EXPECT_EQ(ReadFileBytes(moved.Path()), pages);
     EXPECT_FALSE(Exists(source.Path()));
 
-    // Of a file whose chain breaks nothing is taken, but it moves as a whole.
+    // No page is moved out of a file with a broken chain, but the whole file can be moved.
     Bytes broken = pages;
     broken.resize(broken.size() - 60);
     TempFile damaged(broken);
@@ -751,7 +752,7 @@ TEST(PageNumbers, SetTheTotalWhereverThereIsOne)
     EXPECT_EQ(Content(GetMemoryTiffHandle(memory.file), pages.size()), wanted);
     EXPECT_EQ(UpdatePageNumbersInMemory(nullptr, 1), 0);
 
-    // A chain that leads back into itself, or out of the file, comes to an end.
+    // A chain that loops, or leads out of the file, comes to an end.
     TiffBuilder builder;
     Bytes circle = builder.Add(Page(0)).Add(Page(1)).Build();
     std::memcpy(&circle[builder.links[1]], &builder.directories[0], 4);

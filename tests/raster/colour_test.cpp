@@ -1,4 +1,4 @@
-// Expected colours were worked out in double precision by hand from the conversion formulas.
+// Expected colours were calculated by hand in double precision from the conversion formulas.
 #include "raster/dib_lines.h"
 #include "support/bytes.h"
 

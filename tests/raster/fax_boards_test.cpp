@@ -14,7 +14,7 @@ DibPicture Bilevel(uint32_t rows, int32_t dotsPerMetre, std::vector<uint32_t> co
     return {8, rows, 1, std::move(colours), Repeat(Hex("A5000000"), rows), {0, dotsPerMetre}};
 }
 
-// The lines of a page's description for these tags, blanks between them.
+// The lines of a page's description for these tags, separated by blanks.
 std::string Tags(const std::string& page, std::initializer_list<int> tags)
 {
     std::string found;
@@ -178,7 +178,7 @@ TEST(FaxBoards, CiscoFilesAreRewrittenOrGone)
     EXPECT_EQ(SaveTiffForCiscoFormat(file.Path(), NewDib().Get(), 201, 0, 1), 1);
     ExpectPages(file.Path(), pages, {0, 1, 2, NEW});
 
-    // Kept: a page that cannot be copied costs the file.
+    // Deliberate: when a page cannot be copied, the file is deleted.
     TempFile bad(TiffBuilder().Add(Page(0)).Add(TiffPage::Picture(8, 1, 1, 1).Long(273, {8, 8})).Build());
     EXPECT_EQ(Refusal(ConvertTiffToCiscoFormat(bad.Path())), 10u);
     EXPECT_FALSE(Exists(bad.Path()));

@@ -6,7 +6,7 @@
 
 namespace {
 
-// A DIB as text a person can compare: header fields and the pixel bytes, bottom row first.
+// A DIB as readable text: header fields and the pixel bytes, bottom row first.
 struct Dib {
     uint32_t error;
     bool loaded = false;

@@ -132,7 +132,7 @@ TEST(SaveDib, RequestsThatCannotBeMetLeaveNoFile)
     const Bytes fax = PackedDib(twoRows);
     Bytes cut = fax, packed = fax, wide = fax, flat = fax;
     cut.pop_back();
-    flat[14] = 0; // bits, of a picture of any size
+    flat[14] = 0; // 0 bits per pixel, so that rows of any width have no bytes
     std::fill_n(&flat[8], 3, uint8_t{0xFF});
     packed[16] = 1;
     wide[4] = 0;

@@ -1,4 +1,4 @@
-// A dialogs library that shows nothing: it answers as it was told and keeps what it was asked.
+// A dialogs library without dialogs: it answers as the test chose and keeps its arguments.
 #include "siblings/dialogs.h"
 
 #include "tiff/tiff.h"
@@ -52,6 +52,6 @@ extern "C" __declspec(dllexport) int32_t TiffLoadDialog(TiffLoadDialogRequest* r
     loadCall.pageIsLoaded = IsTiffImageRegistered(request->file, request->page);
     GetTiffFileInfo(request->file, &file);
     std::memcpy(loadCall.path, file.path, sizeof(file.path));
-    request->page = 77; // nothing is read back
+    request->page = 77; // the loader must ignore changes
     return loadAnswer;
 }

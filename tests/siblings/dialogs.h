@@ -1,4 +1,4 @@
-// How tests speak to the dialogs library that stands in for the real one.
+// Controls the test's substitute for the dialogs library.
 #pragma once
 
 #include "tiff/save.h"
@@ -6,7 +6,7 @@
 #include <cstdint>
 
 struct LoadDialogCall {
-    uint32_t count; // of calls so far; the rest is of the last one
+    uint32_t count; // of calls so far; the other fields are of the last call
     uint32_t page;
     int32_t pageIsLoaded;
     char path[260];
@@ -18,10 +18,10 @@ struct SaveDialogCall {
 };
 
 extern "C" {
-// What the load dialog answers from now on; 1, go on, at first.
+// The load dialog's answer from now on; at first 1, go on.
 __declspec(dllexport) void AnswerLoadDialog(int32_t answer);
 __declspec(dllexport) const LoadDialogCall* LastLoadDialog();
-// What the save dialog answers and chooses from now on.
+// The save dialog's answer and choices from now on.
 __declspec(dllexport) void AnswerSaveDialog(int32_t answer, const TiffSaveDialogOptions* options);
 __declspec(dllexport) const SaveDialogCall* LastSaveDialog();
 }

@@ -1,5 +1,4 @@
-// How tests speak to the JPEG library that stands in for the real one. Its code is the rows as
-// they are.
+// Controls the test's substitute for the JPEG library. Its code is the rows, unchanged.
 #pragma once
 
 #include "tiff/codecs.h"
@@ -8,7 +7,7 @@
 constexpr uint32_t CLOSES_FILES = 99;
 
 struct JpegCall {
-    uint32_t count; // of calls so far; the rest is of the last one
+    uint32_t count; // of calls so far; the other fields are of the last call
     CodecContext context;
     uint32_t tileOffset, quantisationTable, acTable, dcTable; // the first of each
     HCURSOR cursor;
@@ -17,7 +16,7 @@ struct JpegCall {
 };
 
 extern "C" {
-// What both codecs return from now on; 0 at first.
+// The status of both codecs from now on; 0 at first.
 __declspec(dllexport) void AnswerJpeg(uint32_t status);
 __declspec(dllexport) const JpegCall* LastJpegCall();
 }

@@ -1,4 +1,4 @@
-// A desktop of 96 by 120 dots, so that mixed-up axes show.
+// A desktop of 96 by 120 dots per inch, so that swapped axes show.
 #include "core/desktop.h"
 
 namespace tiff {

@@ -1,4 +1,4 @@
-// The promises of the stand-in that other tests build on.
+// The properties of the stand-in that other tests rely on.
 #include "standin.h"
 
 #include <cstring>

@@ -1,4 +1,4 @@
-// Byte strings, written the way a person checks them.
+// Byte strings in the form in which a person checks them.
 #pragma once
 
 #include "tiff/errors.h"
@@ -55,7 +55,7 @@ private:
 // A copy of a block's first bytes, or of all of it.
 Bytes Content(HGLOBAL block, size_t bytes);
 
-// A file that is gone at the end of the scope.
+// A file that is deleted at the end of the scope.
 class TempFile {
 public:
     explicit TempFile(const Bytes& content);
@@ -71,7 +71,7 @@ private:
     std::string path;
 };
 
-// A file name that nothing has yet; what gets it is gone at the end of the scope.
+// A free file name. A file of that name is deleted at the end of the scope.
 class NewFile {
 public:
     NewFile() : file({})

@@ -1,5 +1,5 @@
-// Decodes a bare stream with all loops or with the careful ones alone, and keeps what an
-// application could tell them apart by.
+// Decodes a bare stream with all loops or with the careful ones alone, and keeps every result that an
+// application can see.
 #pragma once
 
 #include "codecs/buffers.h"
@@ -8,7 +8,7 @@
 #include "core/stream.h"
 
 struct CcittOutcome {
-    uint32_t status = 0, rows = 0, position = 0; // the stream's: how often the buffer was refilled
+    uint32_t status = 0, rows = 0, position = 0; // of the stream: shows how often the buffer was refilled
     uint64_t pixels = 0;                         // a hash of the rows and their lengths
     uint32_t rowBytes = 0;
 

@@ -1,5 +1,5 @@
-// Expects at the end of a scope what was held at its beginning. Counts only where the stand-in
-// can; under Windows it is empty.
+// Expects at the end of a scope the same handles and blocks as at its beginning. Only the stand-in can count
+// them; under Windows it does nothing.
 #pragma once
 
 class NoLeaks {

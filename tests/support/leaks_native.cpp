@@ -2,7 +2,7 @@
 #include "support/leaks.h"
 #include "tiff/errors.h"
 
-// The thread's own record is made on first use and is no leak.
+// The first call creates the thread's own record, which is not a leak.
 NoLeaks::NoLeaks() : check((TiffError(), new standin::LeakCheck))
 {
 }

@@ -1,4 +1,4 @@
-// Files whose pages can be told apart, and what became of them.
+// Files with distinguishable pages, and checks of their order.
 #pragma once
 
 #include "support/pictures.h"
@@ -15,8 +15,8 @@ struct NewDib : Block {
     }
 };
 
-// Whether a file consists of these pages of another one, whole and in order, and nothing overlaps;
-// else what is wrong.
+// Returns an empty text when a file has exactly these pages of another one, whole, in order and without
+// overlaps; else the difference.
 std::string PagesDiffer(const char* path, const Bytes& original, const Order& order);
 
 void ExpectPages(const char* path, const Bytes& original, const Order& order);

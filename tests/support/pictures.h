@@ -3,7 +3,7 @@
 
 #include "support/tiff_builder.h"
 
-// What a decoding call gave: its result, the last error and the rows handed over.
+// The outcome of a decoding call: its result, the last error and the rows handed over.
 struct Decoded {
     int32_t result = 0;
     uint32_t error = 0;
@@ -15,7 +15,7 @@ struct Decoded {
     Bytes Joined() const;
 };
 
-// Collects rows of this length; stops with a status at a row when asked to.
+// Collects rows of this length; can stop with a status at a row.
 struct RowCollector {
     uint32_t rowBytes;
     uint32_t stopRow = UINT32_MAX;
@@ -30,7 +30,7 @@ Decoded DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip = 0, uint32_
 // The first page of a TIFF file.
 Decoded DecodeFile(const Bytes& tiff);
 
-// A packed DIB in the making.
+// Builds a packed DIB.
 struct DibPicture {
     uint32_t width, height;
     uint16_t bits;

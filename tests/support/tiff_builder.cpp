@@ -148,7 +148,7 @@ void TiffBuilder::PutData(TiffPage& page)
     }
 }
 
-// Returns where the directory lies; the link behind it comes last.
+// Returns the offset of the directory; the link behind it is written last.
 uint32_t TiffBuilder::PutPage(TiffPage& page)
 {
     PutData(page);

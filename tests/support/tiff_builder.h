@@ -1,5 +1,5 @@
-// Writes TIFF files on its own, in either byte order, so that reading is never tested against
-// the library's own writing. Deliberately wrong files are made by patching what it built.
+// Writes TIFF files in either byte order without the library, so that reading is not tested against the
+// library's own writing. Faulty files are made by patching its output.
 #pragma once
 
 #include "support/bytes.h"
@@ -17,7 +17,7 @@ public:
     TiffPage& Long(uint16_t tag, std::vector<uint32_t> values);
     TiffPage& Rational(uint16_t tag, uint32_t numerator, uint32_t denominator);
     TiffPage& Ascii(uint16_t tag, std::string_view text);
-    // Any entry, in place of one with the same tag; the values are written in the type's element size.
+    // Any entry; replaces one with the same tag. The values are written in the type's element size.
     TiffPage& Entry(uint16_t tag, uint16_t type, uint32_t count, std::vector<uint32_t> values);
     // Adds StripOffsets and StripByteCounts.
     TiffPage& Strips(std::vector<Bytes> data);
@@ -25,7 +25,7 @@ public:
     TiffPage& Data(uint16_t offsetTag, uint16_t lengthTag, std::vector<Bytes> data);
     // Adds a tag with the offsets of these directories, as LONGs or IFDs.
     TiffPage& Directories(uint16_t tag, std::vector<TiffPage> pages, uint16_t type = 4);
-    // Strips are written in this order, given by their numbers.
+    // Writes the strips in this order of their numbers.
     TiffPage& StoredOrder(std::vector<size_t> order);
     TiffPage& ShortOffsets();
     // Width, length, depth, compression and photometric of an ordinary page.
@@ -58,9 +58,9 @@ public:
     TiffBuilder& Add(TiffPage page);
     Bytes Build();
 
-    // After Build: where page n's directory and the link behind it lie.
+    // After Build: the offset of page n's directory, and of the link behind it.
     std::vector<uint32_t> directories, links;
-    // The same of sub-directories, those within before those without.
+    // The same for sub-directories, the inner ones first.
     std::vector<uint32_t> subDirectories, subLinks;
 
 private:
@@ -81,7 +81,7 @@ inline Bytes OnePage(TiffPage page, uint16_t byteOrder = TIFF_INTEL)
     return TiffBuilder(byteOrder).Add(std::move(page)).Build();
 }
 
-// A TIFF opened in memory for a scope; its first page is loaded when it has one.
+// A TIFF opened in memory for a scope; its first page, if any, is loaded.
 class MemoryTiff {
 public:
     explicit MemoryTiff(const Bytes& bytes)

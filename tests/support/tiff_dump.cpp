@@ -79,7 +79,7 @@ private:
         return link;
     }
 
-    // Each follows in braces, in its tag's place, with the rest of its chain.
+    // Each follows its tag in braces, with the rest of its chain.
     void SubDirectories()
     {
         const auto outer = references;
@@ -139,7 +139,7 @@ private:
         return bytes;
     }
 
-    // What the offsets of a page lead to.
+    // The data that the offsets of a page lead to.
     void Data()
     {
         static constexpr uint64_t lengthTags[][2] = {{273, 279}, {324, 325}, {513, 514}};
@@ -175,7 +175,7 @@ private:
 
     const Bytes& file;
     const bool motorola;
-    int depth = 0, visits = 0; // garbage leads on and on
+    int depth = 0, visits = 0; // faulty files could nest without end
     std::ostringstream text, complaints;
     std::vector<Part> parts;
     std::map<uint64_t, std::vector<uint64_t>> references;

@@ -13,9 +13,9 @@
 
 std::string DumpTiff(const Bytes& file);
 
-// The pages of a file as texts that do not depend on where things lie: offsets are replaced by the
-// bytes that they lead to.
+// The pages of a file as texts that do not depend on positions: offsets are replaced by the bytes they lead
+// to.
 std::vector<std::string> PagesOf(const Bytes& file);
 
-// What DumpTiff complains of, alone.
+// Only the complaints of DumpTiff.
 std::string Complaints(const Bytes& file);

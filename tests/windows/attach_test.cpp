@@ -1,4 +1,4 @@
-// A second copy of the library, loaded late, so that threads older than it exist.
+// A second copy of the library, loaded late, so that some threads are older than it.
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -62,7 +62,7 @@ TEST(Attach, ThreadsOlderThanTheLibraryHaveAnErrorOfTheirOwn)
 
 TEST(Attach, ThreadSlotsAreGivenBack)
 {
-    // More loads than a process has slots.
+    // Loads it more often than a process has slots.
     for (int load = 0; load < 1200; ++load) {
         const LateLibrary late;
         ASSERT_NE(late.Find<TiffErrorRoutine>("TiffError"), nullptr) << load;
