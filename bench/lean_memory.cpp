@@ -173,5 +173,4 @@ SIZE_T GlobalSize(HGLOBAL handle)
     const Block* block = BlockOf(handle);
     return block ? block->bytes : 0;
 }
-
 }
