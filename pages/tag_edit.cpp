@@ -1,9 +1,9 @@
 // Changing the tags of a page. The file is rewritten beside itself, page by page, and the copy takes
 // its place.
+#include "core/file_rewrite.h"
 #include "core/page_tags.h"
 #include "core/registry.h"
 #include "core/tag_block.h"
-#include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
 #include "tiff/define.h"
 #include "tiff/files.h"

@@ -66,7 +66,7 @@ private:
 // got its name meanwhile, unless it is dropped.
 class SetAside {
 public:
-    // Nothing has changed when the file cannot be moved.
+    // Nothing has changed when the file cannot be moved. Folders and read-only files are not.
     explicit SetAside(const char* path);
     SetAside(const SetAside&) = delete;
     SetAside& operator=(const SetAside&) = delete;
