@@ -15,6 +15,12 @@ int32_t DotsPerMetre(uint32_t dotsPerInch)
     return static_cast<int32_t>(std::min<double>(dotsPerInch * INCHES_PER_METRE + 0.5, INT32_MAX));
 }
 
+// A body cut off at its beginning has rows like one that is cut off later: white ones.
+Status DecodeNothing(const RowSource&, const LineTarget&)
+{
+    return error::UnexpectedEndOfFile;
+}
+
 } // namespace
 
 Status ReadHeader(TiffStream stream, NewHeader header)
@@ -34,7 +40,8 @@ Status OpenRows(TiffStream stream, RowSource& source)
     if (!ReadInformation(header, information))
         return error::NotCals;
     const uint32_t width = information.pixelsPerLine, lines = information.lines;
-    // Both are less than 2^32, so that their product fits. What a DIB's header holds is less still.
+    // A DIB's header holds 31 bits of each. A row has an eighth of its pixels in bytes, so that the product
+    // stays within 64 bits even for larger numbers.
     if (width > INT32_MAX || lines > INT32_MAX || DibStride(width, 1) * lines > UINT32_MAX)
         return error::NotEnoughMemory;
     const int32_t dotsPerMetre = DotsPerMetre(information.dotsPerInch);
@@ -46,6 +53,11 @@ Status OpenRows(TiffStream stream, RowSource& source)
                            .byteOrder = TIFF_INTEL,
                            .offset = HEADER_BYTES},
                           BilevelFormat(width, lines, dotsPerMetre, dotsPerMetre));
+    uint32_t bytes;
+    if (!SizeToRead(stream, bytes))
+        return error::InputOutput;
+    if (bytes <= HEADER_BYTES)
+        source.decode = DecodeNothing;
     return error::None;
 }
 
