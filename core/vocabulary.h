@@ -91,6 +91,7 @@ inline constexpr uint32_t TagNotDefined = TIFF_ERROR_TAG_NOT_DEFINED;
 inline constexpr uint32_t BadByteOrder = TIFF_ERROR_BYTE_ORDER;
 inline constexpr uint32_t BadBitOrder = TIFF_ERROR_FILL_ORDER;
 inline constexpr uint32_t ColourFormat = TIFF_ERROR_COLOUR_FORMAT;
+inline constexpr uint32_t NotCals = TIFF_ERROR_NOT_CALS;
 inline constexpr uint32_t EofbMissing = TIFF_ERROR_EOFB_MISSING;
 inline constexpr uint32_t EofbUnexpected = TIFF_ERROR_EOFB_EARLY;
 inline constexpr uint32_t JpegLibraryMissing = TIFF_ERROR_JPEG_LIBRARY;

@@ -1,6 +1,6 @@
 // Saving for a fax server that needs every page's directory before its data.
 #include "core/errors.h"
-#include "pages/file_rewrite.h"
+#include "core/file_rewrite.h"
 #include "pages/page_edit.h"
 #include "raster/save_dib.h"
 #include "tiff/fax_boards.h"

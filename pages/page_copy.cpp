@@ -2,8 +2,8 @@
 
 #include "core/directory_reader.h"
 #include "core/errors.h"
+#include "core/file_rewrite.h"
 #include "core/registry.h"
-#include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
 #include "pages/sub_directories.h"
 #include "tiff/define.h"

@@ -1,8 +1,8 @@
 #include "pages/page_edit.h"
 
 #include "core/errors.h"
+#include "core/file_rewrite.h"
 #include "core/registry.h"
-#include "pages/file_rewrite.h"
 #include "tiff/files.h"
 
 namespace tiff {

@@ -1,10 +1,10 @@
 // Appends a page's strips to a file of bare fax code.
 #include "core/directory_reader.h"
 #include "core/errors.h"
+#include "core/file_rewrite.h"
 #include "core/global_block.h"
 #include "core/handles.h"
 #include "core/thread_state.h"
-#include "pages/file_rewrite.h"
 #include "pages/page_content.h"
 #include "pages/page_edit.h"
 #include "tiff/directory.h"

@@ -1,7 +1,7 @@
 // Moves pages between files: merges, splits, cuts into single pages.
 #include "core/errors.h"
+#include "core/file_rewrite.h"
 #include "core/handles.h"
-#include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
 #include "tiff/files.h"
 

@@ -1,8 +1,8 @@
 // Changes the tags of a page: a copy of the file is written beside it, page by page, and then replaces it.
+#include "core/file_rewrite.h"
 #include "core/page_tags.h"
 #include "core/registry.h"
 #include "core/tag_block.h"
-#include "pages/file_rewrite.h"
 #include "pages/page_edit.h"
 #include "tiff/define.h"
 #include "tiff/files.h"

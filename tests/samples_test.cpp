@@ -78,3 +78,17 @@ TEST(Samples, DamagedPagesGiveWhatCanBeRead)
         GlobalFree(dib);
     }
 }
+
+TEST(Samples, ACalsFileOfAnotherProgramHasThePixelsOfAnIndependentDecoder)
+{
+    constexpr uint32_t height = 97, stride = 52;
+    HGLOBAL dib = LoadCALSIntoDIB((SAMPLES + "drawing.cal").c_str(), 0);
+    ASSERT_NE(dib, nullptr);
+    EXPECT_EQ(TiffError(), 0u);
+    const Bytes content = Content(dib, 48 + height * stride);
+    Decoded decoded;
+    for (auto row = content.end(); row - content.begin() > 48; row -= stride)
+        decoded.rows.emplace_back(row - stride, row);
+    EXPECT_EQ(Crc32(WithoutPadding(decoded, 413)), 0xB8E6C008u);
+    GlobalFree(dib);
+}

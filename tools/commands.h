@@ -26,6 +26,7 @@ struct Command {
 
 extern const Command appendRawCommand;
 extern const Command blankCommand;
+extern const Command calsCommand;
 extern const Command catCommand;
 extern const Command convertCommand;
 extern const Command copyCommand;

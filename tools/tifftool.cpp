@@ -15,9 +15,9 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
-    &appendRawCommand, &blankCommand,   &catCommand,   &convertCommand, &copyCommand,   &cutCommand,
-    &deleteCommand,    &faxCommand,     &infoCommand,  &insertCommand,  &numberCommand, &pasteCommand,
-    &renderCommand,    &reorderCommand, &splitCommand, &tagCommand,
+    &appendRawCommand, &blankCommand,  &calsCommand,    &catCommand,   &convertCommand, &copyCommand,
+    &cutCommand,       &deleteCommand, &faxCommand,     &infoCommand,  &insertCommand,  &numberCommand,
+    &pasteCommand,     &renderCommand, &reorderCommand, &splitCommand, &tagCommand,
 };
 
 void PrintHelp()

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "codecs/codec_table.h"
+#include "codecs/encode_driver.h"
 #include "codecs/line_target.h"
 
 namespace tiff {
@@ -22,5 +23,9 @@ struct RawImage {
 // routine and with 6 when the stream has no size.
 [[nodiscard]] Status DecodeRawImage(const RawImage& image, const LineTarget& target,
                                     CodecRoutine decode = Decode);
+
+// Encodes at the stream's position. Also fails with 29 without a line routine; what was written stays.
+[[nodiscard]] Status EncodeRawImage(const RawImage& image, const LineFeed& feed,
+                                    CodecRoutine encode = Encode);
 
 } // namespace tiff

@@ -3,7 +3,6 @@
 #include "codecs/ccitt/encoder.h"
 #include "codecs/ccitt/raw.h"
 #include "codecs/coding_settings.h"
-#include "codecs/encode_driver.h"
 #include "core/errors.h"
 #include "tiff/ccitt.h"
 
@@ -17,20 +16,26 @@ int32_t EncodeForCaller(const RawImage& image, const LineFeed& feed, CodecRoutin
 {
     if (image.width == 0 || image.rows == 0)
         return 0;
-    CodecCall call{};
-    const ContextBlocks blocks(&call);
-    call.userData = feed.userData;
-    call.lineCallback = feed.routine;
-    Status status = feed.routine ? DescribeRawImage(&call, image) : Status{error::InvalidParameters};
-    if (status == error::None)
-        status = encode(&call);
-    if (status == error::None)
-        status = FlushCodeBuffer(&call);
+    const Status status = EncodeRawImage(image, feed, encode);
     StoreLastError(status);
     return status == error::None;
 }
 
 } // namespace
+
+Status EncodeRawImage(const RawImage& image, const LineFeed& feed, CodecRoutine encode)
+{
+    if (!feed.routine)
+        return error::InvalidParameters;
+    CodecCall call{};
+    const ContextBlocks blocks(&call);
+    call.userData = feed.userData;
+    call.lineCallback = feed.routine;
+    Status status = DescribeRawImage(&call, image);
+    if (status == error::None)
+        status = encode(&call);
+    return status == error::None ? FlushCodeBuffer(&call) : status;
+}
 
 } // namespace tiff
 

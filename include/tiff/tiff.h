@@ -16,6 +16,7 @@
 #define TIFF_TIFF_H
 
 #include "tiff/blank_pages.h"
+#include "tiff/cals.h"
 #include "tiff/ccitt.h"
 #include "tiff/codecs.h"
 #include "tiff/define.h"

@@ -352,3 +352,33 @@ TEST(Costs, ALoadTakesThePictureAndItsBuffers)
     GlobalFree(LoadTiffIntoDIB(file.Path(), 0, 0));
     EXPECT_LT(standin::BytesAllocatedPeak() - before, 216u * 2200 + 70000);
 }
+
+TEST(Failures, ACalsFileIsReplacedWholeOrNotAtAll)
+{
+    const auto folder = std::filesystem::path(standin::TempFolder()) / "cals";
+    std::filesystem::create_directory(folder);
+    const std::string path = (folder / "page.cal").string();
+    const Block dib(PackedDib({8, 2, 1, {0xFFFFFF, 0}, Hex("18000000 18000000")}));
+    const Bytes old = {1, 2, 3};
+    for (const unsigned kinds : {CALLS & ~standin::Delete, unsigned{standin::Delete}}) {
+        standin::FailEach(kinds, [&](unsigned) {
+            std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(old.data()), 3);
+            standin::LeakCheck leaks;
+            SetTiffError(0);
+            const int32_t result = SaveDIBInCALSFormat(path.c_str(), dib.Get(), nullptr, nullptr, 0);
+            standin::StopFailing();
+            EXPECT_EQ(ReadFileBytes(path) == old, result == 0);
+            EXPECT_EQ(TiffError() != 0, result == 0);
+            if (kinds != standin::Delete) {
+                EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
+            }
+        });
+    }
+    standin::FailEach(CALLS, [&](unsigned) {
+        standin::LeakCheck leaks;
+        ExpectCauseOrPicture(LoadCALSIntoDIB(path.c_str(), 0));
+        TiffCalsNotes notes;
+        ExpectCauseOrPicture(ReadCALSNote(path.c_str(), &notes));
+    });
+    std::filesystem::remove_all(folder);
+}

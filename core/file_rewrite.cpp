@@ -1,4 +1,4 @@
-#include "pages/file_rewrite.h"
+#include "core/file_rewrite.h"
 
 #include "core/errors.h"
 #include "core/handles.h"
@@ -128,9 +128,11 @@ Status Replacement::Place()
 
 SetAside::SetAside(const char* path) : path(path)
 {
-    if (!IsThere(path))
+    const DWORD attributes = GetFileAttributesA(path);
+    if (attributes == INVALID_FILE_ATTRIBUTES)
         return;
-    status = ChooseNameInFolder(name, path);
+    const bool replaceable = !(attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY));
+    status = replaceable ? ChooseNameInFolder(name, path) : Status{error::InputOutput};
     if (status == error::None && (!DeleteFileA(name) || !MoveFileA(path, name))) {
         name[0] = 0;
         status = error::InputOutput;

@@ -66,7 +66,7 @@ private:
 // file of that name, unless it is dropped.
 class SetAside {
 public:
-    // When the file cannot be moved, nothing has changed.
+    // Nothing has changed when the file cannot be moved. Folders and read-only files are not.
     explicit SetAside(const char* path);
     SetAside(const SetAside&) = delete;
     SetAside& operator=(const SetAside&) = delete;

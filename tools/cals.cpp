@@ -1,0 +1,157 @@
+/* tifftool cals: CALS raster files, what their headers say and their pictures as TIFF pages and back. */
+#include "bmp.h"
+#include "describe.h"
+#include "diagnosis.h"
+#include "options.h"
+#include "pages.h"
+#include "whole_file.h"
+
+#include <cstdio>
+
+namespace tifftool {
+
+namespace {
+
+constexpr size_t HEADER_BYTES = 2048, RECORD_BYTES = 128;
+
+// The library says of every file that it cannot open that reading failed.
+int ReportCals(const std::string& path, uint32_t code)
+{
+    if (GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
+        return ReportSentence(path, "cannot be opened: " + SystemCause(GetLastError()));
+    }
+    return ReportError(path, code);
+}
+
+// A record without the blanks behind it; a terminal would act upon other bytes.
+std::string Printable(const uint8_t* record)
+{
+    std::string text;
+    for (size_t index = 0; index < RECORD_BYTES; ++index) {
+        const uint8_t byte = record[index];
+        text += byte >= ' ' && byte != 0x7F ? static_cast<char>(byte) : byte == 0 ? ' ' : '.';
+    }
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+int PrintHeader(const char* path)
+{
+    const OwnedBlock head(ReadCALSHead(path));
+    if (!head.bytes) {
+        return ReportCals(path, TiffError());
+    }
+    TiffCalsInformation facts{};
+    const bool isPicture = ReadCALSInfo(path, &facts);
+    const uint32_t error = TiffError();
+    if (isPicture) {
+        printf("%s: %u x %u pixels, %u dpi\n", path, facts.pixelsPerLine, facts.lines, facts.dotsPerInch);
+    }
+    for (size_t at = 0; at < HEADER_BYTES; at += RECORD_BYTES) {
+        if (const std::string text = Printable(head.bytes + at); !text.empty()) {
+            printf("  %s\n", text.c_str());
+        }
+    }
+    return isPicture ? int{ALL_FINE} : ReportCals(path, error);
+}
+
+// What can be decoded of a damaged picture is written, as a page that is rendered is.
+int WriteTiff(const char* input, const char* output, uint32_t selector)
+{
+    if (IsSameFile(input, output)) {
+        return ReportSentence(output, "the page would take the place of the file that it is in");
+    }
+    const OwnedBlock dib(LoadCALSIntoDIB(input, 0));
+    const uint32_t error = TiffError();
+    if (!dib.bytes) {
+        return ReportCals(input, error);
+    }
+    const int result = WriteWhole(output, false, [&](const char* unfinished) {
+        return SaveDIBInTiffFile(unfinished, dib.handle, selector, 0) ? int{ALL_FINE}
+                                                                      : ReportError(output, TiffError());
+    });
+    return result == ALL_FINE && error != 0
+               ? ReportError(std::string(input) + ": warning, the picture is not whole", error)
+               : result;
+}
+
+int WriteCals(const char* output, const Picture& picture)
+{
+    const uint32_t depth = DepthOf({picture.dib.bytes, picture.dib.size});
+    if (depth != 1) {
+        return ReportSentence(picture.where, "has " + std::to_string(depth) +
+                                                 " bits per pixel; CALS files are black and white");
+    }
+    return SaveDIBInCALSFormat(output, picture.dib.handle, nullptr, nullptr, 0)
+               ? int{ALL_FINE}
+               : ReportError(output, TiffError());
+}
+
+int RunToTiff(const Options& options)
+{
+    if (options.Has("--page")) {
+        return UsageError(calsCommand, "--page goes with from-tiff");
+    }
+    const uint32_t selector = CompressionOption(calsCommand, options, "g4");
+    return selector ? WriteTiff(options.others[1], options.others[2], selector) : int{WRONG_USAGE};
+}
+
+int RunFromTiff(const Options& options)
+{
+    if (options.Has("--compression")) {
+        return UsageError(calsCommand, "--compression goes with to-tiff; CALS files are Group 4");
+    }
+    const uint32_t page = PageOption(calsCommand, options, "--page", "1");
+    if (page == 0) {
+        return WRONG_USAGE;
+    }
+    const char* const input = options.others[1];
+    const char* const output = options.others[2];
+    if (!CheckOutput(output)) {
+        return FAILED;
+    }
+    if (IsSameFile(input, output)) {
+        return ReportSentence(output, "the picture would take the place of the file that it is in");
+    }
+    return WithPicture(input, page, Damage::Refused,
+                       [&](const Picture& picture) { return WriteCals(output, picture); });
+}
+
+int RunCals(Arguments arguments)
+{
+    const Options options = ParseOptions(arguments, {"--compression", "--page"}, {});
+    if (!CheckOptions(calsCommand, options, 2, 3)) {
+        return WRONG_USAGE;
+    }
+    const std::string verb = options.others[0];
+    if (verb == "info") {
+        return options.others.size() == 2 && options.values.empty()
+                   ? PrintHeader(options.others[1])
+                   : UsageError(calsCommand, "info takes a file");
+    }
+    if (verb != "to-tiff" && verb != "from-tiff") {
+        return UsageError(calsCommand, "unknown verb \"" + verb + "\"; there are info, to-tiff, from-tiff");
+    }
+    if (options.others.size() != 3) {
+        return UsageError(calsCommand, verb + " takes two files");
+    }
+    return verb == "to-tiff" ? RunToTiff(options) : RunFromTiff(options);
+}
+
+} // namespace
+
+const Command calsCommand = {
+    .name = "cals",
+    .arguments = "info FILE.cal | to-tiff IN.cal OUT.tif | from-tiff IN.tif|IN.bmp OUT.cal",
+    .summary = "Shows CALS raster files, makes TIFF pages of them and them of pages.",
+    .details = "  info                prints the size and the records of the header\n"
+               "  to-tiff             writes the picture as the only page of OUT.tif\n"
+               "  --compression NAME  of that page; without it g4\n"
+               "  from-tiff           writes a black and white page as OUT.cal\n"
+               "  --page N            that page, counted from 1; without it the first\n"
+               "\n"
+               "The rows of a damaged CALS file that can be decoded are written, with a warning and exit\n"
+               "code 1; a damaged page is not. The output changes when the result is whole.\n",
+    .run = RunCals,
+};
+
+} // namespace tifftool
