@@ -26,14 +26,6 @@ Status SettleLink(CopyOutput& output)
     return back ? error::None : error::InputOutput;
 }
 
-// In a TIFF in memory, uncommitted bytes do not count.
-bool CutBack(const CopyOutput& output, uint32_t end)
-{
-    return output.stream <= 0 ||
-           (mSeek(output.stream, end, 0) != STREAM_FAILED &&
-            SetEndOfFile(reinterpret_cast<HANDLE>(static_cast<intptr_t>(output.stream))));
-}
-
 } // namespace
 
 Status Flush(CopyOutput& output)
@@ -107,7 +99,7 @@ void TakeBack(CopyOutput& output)
     const bool written =
         mSeek(output.stream, output.flushed, 0) != STREAM_FAILED && Flush(output) == error::None;
     const CopiedEnd& kept = written ? output.whole : output.safe;
-    if (CutBack(output, kept.end) || !output.isNew || kept.end != 0)
+    if (CutStream(output.stream, kept.end) || !output.isNew || kept.end != 0)
         return;
     // A new file without a page: no link may lead to bytes that cannot be cut off.
     static_cast<void>(PatchLink(output.stream, FIRST_LINK, 0, output.byteOrder));

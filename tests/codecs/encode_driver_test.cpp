@@ -8,36 +8,11 @@
 
 namespace {
 
-// Hands out rows; stops with a status at a row when asked to.
-struct RowSource {
-    Bytes rows;
-    uint32_t rowBytes = 1;
-    uint32_t stopRow = UINT32_MAX;
-    intptr_t stopStatus = 0;
-    uint32_t calls = 0;
-};
-
-intptr_t FillRow(void* line, uint32_t row, void* userData)
+int32_t Encode(HGLOBAL file, uint32_t page, const Bytes& rows, size_t rowBytes = 1)
 {
-    auto& source = *static_cast<RowSource*>(userData);
-    EXPECT_EQ(row, source.calls++);
-    const auto start = source.rows.begin() + static_cast<ptrdiff_t>(size_t{row} * source.rowBytes);
-    std::copy_n(start, source.rowBytes, static_cast<uint8_t*>(line));
-    return row == source.stopRow ? source.stopStatus : 0;
-}
-
-uint32_t DefinePage(HGLOBAL file, uint32_t width, uint32_t length, uint32_t bits = 1)
-{
-    const auto page = static_cast<uint32_t>(DefineTiffImage(file));
-    DefineTiffImageInfo(file, page, 257, 3, length);
-    DefineTiffImageInfo(file, page, 256, 3, width);
-    DefineTiffImageInfo(file, page, 258, 3, bits);
-    return page;
-}
-
-int32_t Encode(HGLOBAL file, uint32_t page, const Bytes& rows, uint32_t rowBytes = 1)
-{
-    RowSource source{rows, rowBytes};
+    RowSource source;
+    for (size_t at = 0; at < rows.size(); at += rowBytes)
+        source.lines.push_back(Part(rows, at, rowBytes));
     return EncodeTiffImage(file, page, &source, FillRow);
 }
 
@@ -51,18 +26,17 @@ TEST(EncodeDriver, StripsTheirTagsAndTheDirectoryFollowTheHeader)
             NoLeaks leaks;
             const Target target(onDisk, {}, T_CREAT);
             ModiTiffFileInfo(target.file, nullptr, order);
-            const uint32_t page = DefinePage(target.file, 8, 3);
-            DefineTiffImageInfo(target.file, page, 278, 3, 2);
+            const uint32_t page = DefinePage(target.file, {{257, 3}, {256, 8}, {258, 1}, {278, 2}});
             SetTiffError(12);
             EXPECT_EQ(Encode(target.file, page, Hex("81 42 24")), 1);
             EXPECT_EQ(TiffError(), 0u);
             EXPECT_EQ(DumpTiff(target.Written()), std::string(order == TIFF_INTEL ? "II" : "MM") + R"(
 directory 28, link 0
-256 SHORT 1: 8
-257 SHORT 1: 3
-258 SHORT 1: 1
+256 LONG 1: 8
+257 LONG 1: 3
+258 LONG 1: 1
 273 LONG 2 @11: 8 10
-278 SHORT 1: 2
+278 LONG 1: 2
 279 LONG 2 @19: 2 1
 )");
             EXPECT_EQ(Part(target.Written(), 8, 3), Hex("81 42 24"));
@@ -89,7 +63,7 @@ TEST(EncodeDriver, StripsHoldTheRowsThatTheTagSays)
         SCOPED_TRACE(row);
         NoLeaks leaks;
         const Target target;
-        const uint32_t page = DefinePage(target.file, 10, 5, 8);
+        const uint32_t page = DefinePage(target.file, {{256, 10}, {257, 5}, {258, 8}});
         if (rowsPerStrip >= 0)
             DefineTiffImageInfo(target.file, page, 278, 4, static_cast<uint32_t>(rowsPerStrip));
         EXPECT_EQ(Encode(target.file, page, pixels, 10), 1);
@@ -110,8 +84,8 @@ TEST(EncodeDriver, ALineRoutineThatStopsLeavesTheFileAndMayTryAgain)
                 NoLeaks leaks;
                 const Target target(onDisk, isNew ? Bytes() : old);
                 EXPECT_EQ(LoadPages(target.file), isNew ? 0u : 1u);
-                const uint32_t page = DefinePage(target.file, 8, 3);
-                RowSource source{Hex("0A 0B 0C"), 1, stopRow, status};
+                const uint32_t page = DefinePage(target.file, {{256, 8}, {257, 3}, {258, 1}});
+                RowSource source{{{0x0A}, {0x0B}, {0x0C}}, stopRow, status};
                 EXPECT_EQ(Refusal(EncodeTiffImage(target.file, page, &source, FillRow)),
                           static_cast<uint32_t>(status));
                 EXPECT_EQ(source.calls, stopRow + 1);
@@ -143,14 +117,14 @@ TEST(EncodeDriver, PagesThatCannotBeEncodedSayWhy)
         SCOPED_TRACE(row);
         NoLeaks leaks;
         const Target target;
-        const uint32_t page = DefinePage(target.file, 8, 1);
+        const uint32_t page = DefinePage(target.file, {{256, 8}, {257, 1}, {258, 1}});
         DefineTiffImageInfo(target.file, page, tag, 4, value);
         EXPECT_EQ(Encode(target.file, page, Hex("00")), error == 0);
         EXPECT_EQ(TiffError(), error);
         EXPECT_EQ(GetMemoryTiffHandle(target.file) != nullptr, error == 0) << "nothing is left behind";
     }
     const Target target;
-    const uint32_t page = DefinePage(target.file, 8, 1);
+    const uint32_t page = DefinePage(target.file, {{256, 8}, {257, 1}, {258, 1}});
     EXPECT_EQ(Refusal(EncodeTiffImage(target.file, page, nullptr, nullptr)), 29u);
     EXPECT_EQ(Refusal(Encode(target.file, 1, Hex("00"))), 3u);
     EXPECT_EQ(Refusal(Encode(nullptr, 0, Hex("00"))), 34u);

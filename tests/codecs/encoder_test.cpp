@@ -1,4 +1,5 @@
 // Bytes is spelt out bit by bit from the tables of T.4 and T.6, or byte by byte.
+#include "support/pictures.h"
 #include "support/raw_stream.h"
 #include "support/target.h"
 #include "tiff/ccitt.h"
@@ -35,30 +36,10 @@ std::vector<Bytes> Picture(const std::string& drawn)
     return lines;
 }
 
-// What the line routine hands out, over and over when there are more rows than lines.
-struct Source {
-    std::vector<Bytes> lines;
-    uint32_t stopRow = UINT32_MAX;
-    intptr_t stopStatus = 0;
-    TiffStream closedStream = 0; // taken away at the first row
-    uint32_t calls = 0;
-};
-
-intptr_t FillLine(void* line, uint32_t row, void* userData)
-{
-    auto& source = *static_cast<Source*>(userData);
-    ++source.calls;
-    if (source.closedStream != 0)
-        mClose(source.closedStream);
-    const Bytes& pixels = source.lines[row % source.lines.size()];
-    std::memcpy(line, pixels.data(), pixels.size());
-    return row == source.stopRow ? source.stopStatus : 0;
-}
-
-Bytes EncodeRaw(uint32_t compression, uint32_t width, uint32_t rows, Source source)
+Bytes EncodeRaw(uint32_t compression, uint32_t width, uint32_t rows, RowSource source)
 {
     const RawStream code;
-    EXPECT_EQ(EncodeCcittImage(code.stream, width, rows, compression, &source, FillLine), 1) << TiffError();
+    EXPECT_EQ(EncodeCcittImage(code.stream, width, rows, compression, &source, FillRow), 1) << TiffError();
     return code.Written();
 }
 
@@ -79,17 +60,19 @@ struct Encoded {
 };
 
 // The strips of a page, one behind the other.
-Encoded EncodePage(const Page& page, Source source)
+Encoded EncodePage(const Page& page, RowSource source)
 {
     const Target target;
     ModiTiffFileInfo(target.file, nullptr, static_cast<uint16_t>(page.byteOrder));
-    DefineTiffImage(target.file);
-    const uint32_t tags[][2] = {{256, page.width},   {257, page.rows},         {258, page.bits},
-                                {277, page.samples}, {278, page.rowsPerStrip}, {259, page.compression},
-                                {292, page.options}, {317, page.options}};
-    for (const auto& [tag, value] : tags)
-        DefineTiffImageInfo(target.file, 0, tag, 4, value);
-    EXPECT_EQ(EncodeTiffImage(target.file, 0, &source, FillLine), 1) << TiffError();
+    DefinePage(target.file, {{256, page.width},
+                             {257, page.rows},
+                             {258, page.bits},
+                             {277, page.samples},
+                             {278, page.rowsPerStrip},
+                             {259, page.compression},
+                             {292, page.options},
+                             {317, page.options}});
+    EXPECT_EQ(EncodeTiffImage(target.file, 0, &source, FillRow), 1) << TiffError();
     const auto numbers = [&](uint32_t tag) {
         const Bytes bytes = TagValues(target.file, 0, tag);
         std::vector<uint32_t> values(bytes.size() / 4);
@@ -140,7 +123,7 @@ TEST(CcittEncoder, LinesBecomeTheCodesOfTheirScheme)
     };
     for (const auto& [row, compression, k, picture, code] : rows) {
         SCOPED_TRACE(row);
-        Source source{Picture(picture)};
+        RowSource source{Picture(picture)};
         EXPECT_EQ(SetKfactor(k), 1);
         EXPECT_EQ(SetKfactor(1), 0) << "K stays";
         EXPECT_EQ(SetKfactor(-1), 0);
@@ -209,9 +192,9 @@ TEST(CcittEncoder, RecordsHoldOneCodeBufferEach)
     };
     for (const auto& [row, count, ones, first, last] : rows) {
         SCOPED_TRACE(row);
-        Source source{{{0x00}}};
+        RowSource source{{{0x00}}};
         const RawStream records;
-        EXPECT_EQ(EncodeMMRImage(records.stream, 8, count, 1, &source, FillLine), 1);
+        EXPECT_EQ(EncodeMMRImage(records.stream, 8, count, 1, &source, FillRow), 1);
         EXPECT_EQ(records.Written(), first + Bytes(ones, 0xFF) + last);
     }
 }
@@ -219,10 +202,10 @@ TEST(CcittEncoder, RecordsHoldOneCodeBufferEach)
 TEST(CcittEncoder, RawCodeGoesToTheCurrentPositionInTheBitOrderAsked)
 {
     for (const auto& [fillOrder, byte] : {std::pair{1u, 0x98}, {2u, 0x19}, {7u, 0x98}}) {
-        Source source{{{0x00}}};
+        RowSource source{{{0x00}}};
         const RawStream code({'a', 'b', 'c'});
         mSeek(code.stream, 0, 2);
-        EXPECT_EQ(EncodeCcittImageTo(code.stream, 8, 1, fillOrder, TIFF_INTEL, 2, &source, FillLine), 1);
+        EXPECT_EQ(EncodeCcittImageTo(code.stream, 8, 1, fillOrder, TIFF_INTEL, 2, &source, FillRow), 1);
         EXPECT_EQ(code.Written(), (Bytes{'a', 'b', 'c', static_cast<uint8_t>(byte)}));
     }
 }
@@ -248,16 +231,16 @@ TEST(CcittEncoder, FailuresEndTheCall)
     };
     for (const auto& [row, width, count, compression, losesStream, status, error, calls] : rows) {
         SCOPED_TRACE(row);
-        Source source{{Bytes((width + 7) / 8)}, 1, status};
+        RowSource source{{Bytes((width + 7) / 8)}, 1, status};
         const RawStream code;
         source.closedStream = losesStream ? code.stream : 0;
         SetTiffError(0);
-        EXPECT_EQ(EncodeCcittImage(code.stream, width, count, compression, &source, FillLine), error == 0);
+        EXPECT_EQ(EncodeCcittImage(code.stream, width, count, compression, &source, FillRow), error == 0);
         EXPECT_EQ(TiffError(), error);
         EXPECT_EQ(source.calls, calls);
     }
-    Source source{{{0x00}}};
-    EXPECT_EQ(Refusal(EncodeCcittImage(-1, 8, 1, 4, &source, FillLine)), 6u);
+    RowSource source{{{0x00}}};
+    EXPECT_EQ(Refusal(EncodeCcittImage(-1, 8, 1, 4, &source, FillRow)), 6u);
 }
 
 TEST(Encoders, StripsAreRecordedWhereverTheyEndInTheBuffer)

@@ -3,7 +3,6 @@
 #include "support/pictures.h"
 #include "support/raw_stream.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -126,15 +125,11 @@ TEST(RawStreams, WithoutALineRoutineNothingHappens)
 {
     const MemoryTiff page(OnePage(TiffPage::Picture(8, 1, 1, 1).Strips({{0}})));
     const RawStream raw(Bytes(8));
-    const std::function<int32_t()> calls[] = {
-        [&] { return DecodeTiffImage(page.file, 0, 0, 0, nullptr, nullptr); },
-        [&] { return DecodeCcittImage(raw.stream, 8, 1, 4, nullptr, nullptr); },
-        [&] { return DecodeMMRImage(raw.stream, 0, 8, 1, 4, 1, TIFF_INTEL, nullptr, nullptr); },
-        [&] { return EncodeCcittImage(raw.stream, 8, 1, 4, nullptr, nullptr); },
-        [&] { return EncodeMMRImage(raw.stream, 8, 1, 4, nullptr, nullptr); },
-    };
-    for (const auto& call : calls) {
-        SetTiffError(0);
-        EXPECT_EQ(Refusal(call()), 29u);
-    }
+    EXPECT_EQ(Refusal(DecodeTiffImage(page.file, 0, 0, 0, nullptr, nullptr)), 29u);
+    EXPECT_EQ(Refusal(DecodeCcittImage(raw.stream, 8, 1, 4, nullptr, nullptr)), 29u);
+    EXPECT_EQ(Refusal(EncodeCcittImage(raw.stream, 8, 1, 4, nullptr, nullptr)), 29u);
+    SetTiffError(0);
+    EXPECT_EQ(Refusal(DecodeMMRImage(raw.stream, 0, 8, 1, 4, 1, TIFF_INTEL, nullptr, nullptr)), 29u);
+    SetTiffError(0);
+    EXPECT_EQ(Refusal(EncodeMMRImage(raw.stream, 8, 1, 4, nullptr, nullptr)), 29u);
 }

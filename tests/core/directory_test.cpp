@@ -12,23 +12,13 @@ TiffPage Plain()
     return TiffPage::Picture(8, 1, 1, 1).Strips({{0}});
 }
 
-std::vector<RGBQUAD> Colours(HGLOBAL file)
+// Of the table's header and colours, blue first.
+Bytes ColourTable(HGLOBAL file)
 {
     HGLOBAL block = GetTiffRGBQuad(file, 0);
-    if (!block)
-        return {};
-    auto* header = static_cast<BITMAPINFOHEADER*>(GlobalLock(block));
-    auto* first = reinterpret_cast<RGBQUAD*>(header + 1);
-    std::vector<RGBQUAD> colours(first, first + header->biClrUsed);
-    GlobalUnlock(block);
+    Bytes table = Content(block, GlobalSize(block));
     GlobalFree(block);
-    return colours;
-}
-
-uint32_t Bgr(const RGBQUAD& colour)
-{
-    return static_cast<uint32_t>(colour.rgbBlue << 16 | colour.rgbGreen << 8 | colour.rgbRed) |
-           static_cast<uint32_t>(colour.rgbReserved) << 24;
+    return table;
 }
 
 } // namespace
@@ -212,7 +202,7 @@ TEST(Description, ColourTablesFollowThePhotometricInterpretation)
     static const struct {
         const char* row;
         TiffPage page;
-        uint32_t count, index, colour; // 0x00BBGGRR of one entry
+        uint32_t count, index, colour; // 0x00RRGGBB of one entry
     } rows[] = {
         {"white is zero", TiffPage::Picture(8, 1, 1, 1, 0), 2, 0, 0xFFFFFF},
         {"black is zero", TiffPage::Picture(8, 1, 1, 1, 1), 2, 1, 0xFFFFFF},
@@ -220,7 +210,7 @@ TEST(Description, ColourTablesFollowThePhotometricInterpretation)
         {"grey from white", TiffPage::Picture(8, 1, 8, 1, 0), 256, 1, 0xFEFEFE},
         {"mask", TiffPage::Picture(8, 1, 8, 1, 4), 256, 255, 0x000000},
         {"16-bit grey", TiffPage::Picture(8, 1, 16, 1, 1), 256, 200, 0xC8C8C8},
-        {"palette", TiffPage::Picture(8, 1, 4, 1, 3).Short(320, map), 16, 2, 0x221202},
+        {"palette", TiffPage::Picture(8, 1, 4, 1, 3).Short(320, map), 16, 2, 0x021222},
         {"short palette", TiffPage::Picture(8, 1, 8, 1, 3).Short(320, map), 256, 16, 0},
         {"two colours ignore the palette", TiffPage::Picture(8, 1, 1, 1, 3).Short(320, map), 2, 1, 0},
         {"no photometric, two colours", TiffPage().Short(256, {8}).Short(257, {1}), 2, 0, 0xFFFFFF},
@@ -230,9 +220,11 @@ TEST(Description, ColourTablesFollowThePhotometricInterpretation)
         SCOPED_TRACE(row);
         NoLeaks leaks;
         MemoryTiff opened(OnePage(page));
-        const auto colours = Colours(opened.file);
-        ASSERT_EQ(colours.size(), count);
-        EXPECT_EQ(Bgr(colours[index]), colour);
+        const Bytes table = ColourTable(opened.file);
+        EXPECT_EQ(table.at(32) | table.at(33) << 8, count);
+        const Bytes levels = {static_cast<uint8_t>(colour), static_cast<uint8_t>(colour >> 8),
+                              static_cast<uint8_t>(colour >> 16), 0};
+        EXPECT_EQ(Part(table, 40 + index * 4, 4), levels);
     }
     MemoryTiff mapless(OnePage(TiffPage::Picture(8, 1, 8, 1, 3)));
     EXPECT_EQ(Refusal(GetTiffRGBQuad(mapless.file, 0)), 10u);

@@ -14,15 +14,10 @@ void Define(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t type, const Byte
     EXPECT_EQ(DefineTiffImageInfoBuffer(file, page, tag, values.data(), type, count), 1) << tag;
 }
 
-// The tags of an uncompressed page, whose strip is the 8 bytes of the header.
-uint32_t DefinePage(HGLOBAL file, uint32_t width)
+// A stored page, its strip being the first byte of the header.
+uint32_t DefineWidth(HGLOBAL file, uint32_t width)
 {
-    const auto page = static_cast<uint32_t>(DefineTiffImage(file));
-    DefineTiffImageInfo(file, page, 257, 3, 1);
-    DefineTiffImageInfo(file, page, 256, 3, width);
-    DefineTiffImageInfo(file, page, 279, 4, 1);
-    DefineTiffImageInfo(file, page, 273, 4, 0);
-    return page;
+    return DefinePage(file, {{257, 1}, {256, width}, {279, 1}, {273, 0}});
 }
 
 // Of every page, loaded afresh.
@@ -103,7 +98,7 @@ TEST(DirectoryWriter, PagesAreAppendedAndLinkedToTheLast)
             const Target target(onDisk, before);
             LoadPages(target.file);
             for (uint32_t page = 2; page < 4; ++page) {
-                EXPECT_EQ(DefinePage(target.file, 11 + page), page);
+                EXPECT_EQ(DefineWidth(target.file, 11 + page), page);
                 EXPECT_EQ(WriteTiffImageDirectory(target.file, page), 0u);
             }
             Bytes after = target.Written();
@@ -128,7 +123,7 @@ TEST(DirectoryWriter, APageOfAFileThatWasNotLoadedGivesItsNumberAwayButStaysInTh
     TiffBuilder builder;
     builder.Add(TiffPage::Picture(11, 1, 1, 1).Strips({{1}}));
     const Target target(true, builder.Add(TiffPage::Picture(12, 1, 1, 1).Strips({{2}})).Build());
-    EXPECT_EQ(DefinePage(target.file, 13), 0u);
+    EXPECT_EQ(DefineWidth(target.file, 13), 0u);
     EXPECT_EQ(NumberOfTiffImages(target.file, TIFF_ALL_PAGES), 3u);
     EXPECT_EQ(WriteTiffImageDirectory(target.file, 0), 0u);
     EXPECT_EQ(TagNumber(target.file, 0, 256), 13u);
@@ -146,19 +141,19 @@ TEST(DirectoryWriter, ANewFileIsBegunOnlyForAPageThatThereIs)
         EXPECT_EQ(WriteTiffImageDirectory(target.file, 0), 1u);
         EXPECT_EQ(TiffError(), 3u);
         EXPECT_EQ(target.Written(), old);
-        DefinePage(target.file, 13);
+        DefineWidth(target.file, 13);
         DropTiffImage(target.file, 0);
         EXPECT_EQ(WriteTiffImageDirectory(target.file, 0), 1u);
         EXPECT_EQ(TiffError(), 27u);
         EXPECT_EQ(target.Written(), old);
 
         ModiTiffFileInfo(target.file, nullptr, TIFF_MOTOROLA);
-        EXPECT_EQ(DefinePage(target.file, 13), 1u) << "a dropped page keeps its number";
+        EXPECT_EQ(DefineWidth(target.file, 13), 1u) << "a dropped page keeps its number";
         EXPECT_EQ(WriteTiffImageDirectory(target.file, 1), 0u);
         EXPECT_EQ(DumpTiff(target.Written()), "MM\n"
                                               "directory 8, link 0\n"
-                                              "256 SHORT 1: 13\n"
-                                              "257 SHORT 1: 1\n"
+                                              "256 LONG 1: 13\n"
+                                              "257 LONG 1: 1\n"
                                               "273 LONG 1: 0\n"
                                               "279 LONG 1: 1\n"
                                               "strip at 0 overlaps header\n");
@@ -171,12 +166,12 @@ TEST(DirectoryWriter, AFileThatCannotBeWrittenStaysAsItWas)
     NoLeaks leaks;
     const Bytes file = OnePage(TiffPage::Picture(11, 1, 1, 1).Strips({{1}}));
     Target readOnly(true, file, T_READ);
-    EXPECT_EQ(WriteTiffImageDirectory(readOnly.file, DefinePage(readOnly.file, 13)), 6u);
+    EXPECT_EQ(WriteTiffImageDirectory(readOnly.file, DefineWidth(readOnly.file, 13)), 6u);
     EXPECT_EQ(TiffError(), 6u);
     EXPECT_EQ(readOnly.Written(), file);
 
     HGLOBAL nowhere = OpenTiffFile("no-such-folder/new.tif", T_CREAT);
-    EXPECT_EQ(WriteTiffImageDirectory(nowhere, DefinePage(nowhere, 13)), 6u);
+    EXPECT_EQ(WriteTiffImageDirectory(nowhere, DefineWidth(nowhere, 13)), 6u);
     EXPECT_EQ(TiffError(), 6u);
     CloseTiffFile(nowhere);
 }

@@ -2,6 +2,7 @@
 #include "gdi/desktop.h"
 #include "siblings/dialogs.h"
 #include "support/pictures.h"
+#include "support/target.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -124,13 +125,8 @@ TEST(SaveClipboard, ItsBitmapBecomesAPage)
     CloseClipboard();
     EXPECT_EQ(SaveTiffFileFromClipboard(file.Path(), 208, 0), 1);
     EXPECT_EQ(LastPage(file.Path()).Pixels(9), MONOCHROME_ROWS);
-    HGLOBAL tiff = OpenTiffFile(file.Path(), T_READ);
-    GetTiffImage(tiff, 0);
-    uint32_t fillOrder = 0;
-    GetTiffImageInfo(tiff, 0, 266, &fillOrder);
-    EXPECT_EQ(fillOrder, 2u);
-    CloseTiffFile(tiff);
-
+    const MemoryTiff saved(ReadFileBytes(file.Path()));
+    EXPECT_EQ(TagNumber(saved.file, 0, 266), 2u);
     ASSERT_TRUE(OpenClipboard(nullptr));
     EmptyClipboard();
     CloseClipboard();
@@ -152,16 +148,9 @@ TEST(SaveDialog, TheUsersChoicesAreWritten)
     EXPECT_EQ(lastCall()->width, 9);
     EXPECT_EQ(lastCall()->asked.selector, 201u);
     EXPECT_STREQ(lastCall()->asked.description, file.Path());
-    HGLOBAL tiff = OpenTiffFile(file.Path(), T_READ);
-    GetTiffImage(tiff, 0);
-    uint32_t compression = 0;
-    GetTiffImageInfo(tiff, 0, 259, &compression);
-    EXPECT_EQ(compression, 4u);
-    HGLOBAL text = nullptr;
-    GetTiffImageInfoBuffer(tiff, 0, 315, &text, nullptr, nullptr);
-    EXPECT_EQ(Content(text, 8), Bytes({'s', 'o', 'm', 'e', 'o', 'n', 'e', 0}));
-    GlobalFree(text);
-    CloseTiffFile(tiff);
+    const MemoryTiff saved(ReadFileBytes(file.Path()));
+    EXPECT_EQ(TagNumber(saved.file, 0, 259), 4u);
+    EXPECT_EQ(Part(TagValues(saved.file, 0, 315), 0, 8), Bytes({'s', 'o', 'm', 'e', 'o', 'n', 'e', 0}));
 
     answer(0, &options);
     SetTiffError(9);

@@ -2,6 +2,7 @@
 #include "gdi/desktop.h"
 #include "siblings/dialogs.h"
 #include "siblings/jpeg.h"
+#include "support/pictures.h"
 #include "support/target.h"
 
 #include <gtest/gtest.h>
@@ -164,22 +165,15 @@ TEST(JpegLibrary, EncodesOldStylePages)
     const JpegCall& call = *jpeg.Find<decltype(LastJpegCall)>("LastJpegCall")();
     const TempFile target(Bytes{});
     HGLOBAL file = OpenTiffFile(target.Path(), T_CREAT);
-    const auto page = static_cast<uint32_t>(DefineTiffImage(file));
-    const struct {
-        uint32_t tag, value;
-    } tags[] = {{256, 8}, {257, 2}, {258, 8}, {259, 6}, {262, 6}, {277, 3}, {322, 16}, {323, 16}, {512, 1}};
-    for (const auto& [tag, value] : tags)
-        EXPECT_EQ(DefineTiffImageInfo(file, page, tag, 3, value), 1);
-    const TiffLineCallback fill = [](void* line, uint32_t row, void*) -> intptr_t {
-        static_cast<uint8_t*>(line)[7] = static_cast<uint8_t>(40 + row);
-        return 0;
-    };
-    EXPECT_EQ(EncodeTiffImage(file, page, nullptr, fill), 1);
+    const uint32_t page = DefinePage(
+        file, {{256, 8}, {257, 2}, {258, 8}, {259, 6}, {262, 6}, {277, 3}, {322, 16}, {323, 16}, {512, 1}});
+    RowSource source{{Bytes(24, 1), Bytes(24, 2)}};
+    EXPECT_EQ(EncodeTiffImage(file, page, &source, FillRow), 1);
     EXPECT_EQ(TiffError(), 0u);
     CloseTiffFile(file);
     EXPECT_EQ(call.context.tilesDown, 1u);
     EXPECT_EQ(call.rows, 2u);
-    EXPECT_EQ(call.byteTotal, 81u);
+    EXPECT_EQ(call.byteTotal, 72u);
 
     file = OpenTiffFile(target.Path(), T_READ);
     ASSERT_EQ(LoadPages(file), 1u);
@@ -188,7 +182,7 @@ TEST(JpegLibrary, EncodesOldStylePages)
     EXPECT_EQ(TagValues(file, 0, 519), Hex("08000000 09000000 0A000000"));
     EXPECT_EQ(TagValues(file, 0, 273), Bytes());
     CloseTiffFile(file);
-    EXPECT_EQ(ReadFileBytes(target.Path()).at(offset + 24 + 7), 41);
+    EXPECT_EQ(ReadFileBytes(target.Path()).at(offset + 24 + 7), 2);
 }
 
 TEST(JpegLibrary, IsToldOfAsManyTilesAsThereAreOffsets)

@@ -1,6 +1,7 @@
 #include "support/pictures.h"
 
 #include <cstring>
+#include <gtest/gtest.h>
 
 std::string Decoded::Pixels(uint32_t width) const
 {
@@ -28,6 +29,17 @@ intptr_t CollectRow(void* line, uint32_t row, void* collector)
     target.decoded.rows.emplace_back(bytes, bytes + target.rowBytes);
     target.decoded.numbers.push_back(row);
     return row == target.stopRow ? target.stopStatus : 0;
+}
+
+intptr_t FillRow(void* line, uint32_t row, void* rowSource)
+{
+    auto& source = *static_cast<RowSource*>(rowSource);
+    EXPECT_EQ(row, source.calls++);
+    if (source.closedStream != 0)
+        mClose(source.closedStream);
+    const Bytes& pixels = source.lines[row % source.lines.size()];
+    std::memcpy(line, pixels.data(), pixels.size());
+    return row == source.stopRow ? source.stopStatus : 0;
 }
 
 Decoded DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount)

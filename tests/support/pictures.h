@@ -25,6 +25,17 @@ struct RowCollector {
 
 intptr_t CollectRow(void* line, uint32_t row, void* collector);
 
+// Hands out lines, over and over when there are more rows; stops with a status at a row when asked to.
+struct RowSource {
+    std::vector<Bytes> lines;
+    uint32_t stopRow = UINT32_MAX;
+    intptr_t stopStatus = 0;
+    TiffStream closedStream = 0; // taken away at the first row
+    uint32_t calls = 0;
+};
+
+intptr_t FillRow(void* line, uint32_t row, void* source);
+
 Decoded DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip = 0, uint32_t rowCount = 0);
 
 // The first page of a TIFF file.

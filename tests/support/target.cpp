@@ -1,5 +1,7 @@
 #include "support/target.h"
 
+#include <gtest/gtest.h>
+
 Target::Target(bool onDisk, const Bytes& content, uint32_t mode)
     : onDisk(onDisk), disk(content),
       file(onDisk ? OpenTiffFile(disk.Path(), mode)
@@ -18,6 +20,14 @@ Bytes Target::Written() const
 {
     HGLOBAL memory = GetMemoryTiffHandle(file);
     return onDisk ? ReadFileBytes(disk.Path()) : Content(memory, GlobalSize(memory));
+}
+
+uint32_t DefinePage(HGLOBAL file, std::initializer_list<std::pair<uint32_t, uint32_t>> tags)
+{
+    const auto page = static_cast<uint32_t>(DefineTiffImage(file));
+    for (const auto& [tag, value] : tags)
+        EXPECT_EQ(DefineTiffImageInfo(file, page, tag, 4, value), 1) << tag;
+    return page;
 }
 
 uint32_t LoadPages(HGLOBAL file)

@@ -4,6 +4,8 @@
 #include "support/bytes.h"
 #include "tiff/tiff.h"
 
+#include <utility>
+
 class Target {
 public:
     explicit Target(bool onDisk = false, const Bytes& content = {}, uint32_t mode = T_APPEND);
@@ -19,6 +21,9 @@ private:
 public:
     const HGLOBAL file;
 };
+
+// A page with these tags, whose values are LONGs; its number.
+uint32_t DefinePage(HGLOBAL file, std::initializer_list<std::pair<uint32_t, uint32_t>> tags);
 
 // How many there are.
 uint32_t LoadPages(HGLOBAL file);
