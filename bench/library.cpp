@@ -33,7 +33,7 @@ void DemandSame(HGLOBAL file, const Picture& picture, const std::string& job)
     tiff::DibView view;
     const std::span block(static_cast<uint8_t*>(GlobalLock(dib)), GlobalSize(dib));
     bool same =
-        tiff::ViewDib(block, view) == 0 && view.width == picture.width && view.height == picture.height;
+        tiff::CompleteDib(block, view) == 0 && view.width == picture.width && view.height == picture.height;
     for (uint32_t row = 0; same && row < picture.height; ++row) {
         const uint8_t* found = view.pixels + size_t{picture.height - 1 - row} * view.stride;
         const uint8_t* wanted = &picture.rows[row * picture.RowBytes()];
