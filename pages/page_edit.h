@@ -36,7 +36,7 @@ public:
     uint32_t ByteOrder() const;
 
 private:
-    Status status; // before the file, because opening it sets this
+    Status status = error::None; // before the file, because opening it sets this
     HGLOBAL file;
     bool whole;
 };

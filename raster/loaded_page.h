@@ -32,7 +32,7 @@ public:
     }
 
 private:
-    Status status; // before the file: opening it sets this
+    Status status = error::None; // before the file: opening it sets this
     HGLOBAL file;
 };
 
