@@ -21,19 +21,6 @@ namespace {
 
 using HeaderBytes = std::array<uint8_t, HEADER_BYTES>;
 
-bool IsPath(const char* path)
-{
-    return path && *path;
-}
-
-Status ReadHeaderOfFile(const char* path, NewHeader header)
-{
-    if (!IsPath(path))
-        return error::InvalidParameters;
-    const Stream file(OpenForReading(path));
-    return file ? ReadHeader(file.Get(), header) : Status{error::InputOutput};
-}
-
 // A new block of BLOCK_BYTES that a step fills; null with an error when it fails.
 template <class Fill>
 HGLOBAL FilledBlock(Fill fill)
@@ -50,10 +37,10 @@ HGLOBAL FilledBlock(Fill fill)
 
 HGLOBAL LoadDib(const char* path, int32_t dialog, Status& status)
 {
-    if (!IsPath(path))
-        status = error::InvalidParameters;
-    else if (dialog)
-        status = ShowDialog({Dialog::ShowHeader, nullptr, path, nullptr});
+    HeaderBytes header;
+    status = ReadHeaderOfFile(path, header);
+    if (status == error::None && dialog)
+        status = ShowHeader({nullptr, path, header.data()});
     if (status != error::None)
         return nullptr;
     const BusyCursor busy;
@@ -144,7 +131,7 @@ struct SaveOrder {
 
 Status SaveDib(const SaveOrder& order, HGLOBAL dib)
 {
-    if (!IsPath(order.path))
+    if (!order.path || !*order.path)
         return error::InvalidParameters;
     Locked<uint8_t> block(dib);
     if (!block)
@@ -157,7 +144,7 @@ Status SaveDib(const SaveOrder& order, HGLOBAL dib)
     HeaderBytes header;
     WriteHeader(header, InformationOf(view, order.orientation), order.notes ? *order.notes : TiffCalsNotes{});
     if (order.edit) {
-        const Status status = ShowDialog({Dialog::EditHeader, nullptr, order.path, header.data()});
+        const Status status = EditHeader({nullptr, order.path, header.data()});
         if (status != error::None)
             return status;
     }

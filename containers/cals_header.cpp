@@ -133,6 +133,14 @@ bool ReadInformation(Header header, TiffCalsInformation& information)
     return complete && information.rasterType == 1 && information.pixelsPerLine && information.lines;
 }
 
+std::string_view ReadValue(Header header, size_t at, size_t keywordBytes)
+{
+    std::string_view text = RecordText(header, at);
+    while (!text.empty() && IsBlank(static_cast<uint8_t>(text.back())))
+        text.remove_suffix(1);
+    return text.substr(std::min(keywordBytes, text.size()));
+}
+
 // Deliberate: one line end goes from the end of the text, and blanks that stand before it stay.
 std::string_view ReadNote(Header header, Field field)
 {

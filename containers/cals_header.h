@@ -49,6 +49,9 @@ size_t FindRecord(Header header, Field field, std::string_view& keyword);
 // The text of a note, without the blanks behind it; empty when it has none.
 std::string_view ReadNote(Header header, Field field);
 
+// The text of a record behind its keyword, without the blanks behind it.
+std::string_view ReadValue(Header header, size_t at, size_t keywordBytes);
+
 // Puts the notes of a header into memory of BLOCK_BYTES zeros.
 void ReadNotes(Header header, char* memory, TiffCalsNotes& notes);
 

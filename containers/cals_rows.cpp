@@ -31,6 +31,14 @@ Status ReadHeader(TiffStream stream, NewHeader header)
     return bytes == HEADER_BYTES && IsHeader(header) ? error::None : error::NotCals;
 }
 
+Status ReadHeaderOfFile(const char* path, NewHeader header)
+{
+    if (!path || !*path)
+        return error::InvalidParameters;
+    const Stream file(OpenForReading(path));
+    return file ? ReadHeader(file.Get(), header) : Status{error::InputOutput};
+}
+
 Status OpenRows(TiffStream stream, RowSource& source)
 {
     std::array<uint8_t, HEADER_BYTES> header;

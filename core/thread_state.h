@@ -33,6 +33,7 @@ struct TiffThreadState {
     LayerRoom<8> codecs;
     LayerRoom<240> raster;
     LayerRoom<264> pages;
+    LayerRoom<8> containers;
 };
 
 // The settings that a layer keeps in its room.

@@ -67,6 +67,7 @@ Status FormatOfPage(const PageTags& tags, bool keepColourSpace, PictureFormat& f
     format.lineBytes = LineBytes(format.stored);
     format.orientation = tags.Value(tag::Orientation, 1);
     uint32_t photometric = tags.Value(tag::PhotometricInterpretation, 0);
+    format.photometric = photometric;
     format.sharesChroma = photometric == photometric::YCbCr && SharesChroma(tags);
     if (keepColourSpace && IsColourSpace(photometric)) {
         format.dib.biCompression = photometric;

@@ -16,6 +16,7 @@ struct PictureFormat {
     std::array<RGBQUAD, 256> colours{}; // biClrUsed of them
     Conversion conversion = Conversion::Copy;
     uint32_t sampleShift = 0; // right shift of 16-bit grey samples
+    uint32_t photometric = 0; // as the source says
     uint32_t orientation = 1;
     uint32_t lineBytes = 0;    // of a source row
     bool sharesChroma = false; // between pixels: such lines cannot be converted pixel by pixel

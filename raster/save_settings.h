@@ -17,9 +17,12 @@ struct SaveSettings {
     char artist[SAVE_TEXT_BYTES];
 };
 
+struct ScreenRows;
+
 struct RasterSettings {
     SaveSettings save;
     BITMAPINFO* ccittSource; // of the bitmap for DllFillCcittLine; else null
+    ScreenRows* drawing;     // of the thread's drawing on the screen; else null
 };
 
 inline RasterSettings& ThreadRaster()

@@ -84,7 +84,7 @@ HGLOBAL DefineCALSHead(const TiffCalsInformation* information, const TiffCalsNot
 
 /* Decodes a CALS file into a packed DIB of one bit per pixel, 0 white and 1 black.
  *
- * showInformation  non-zero shows the header in a dialog first. There is no such dialog yet: error 28.
+ * showInformation  non-zero shows the header first, as ShowCALSInfo.
  *
  * Returns the DIB, which the caller frees with GlobalFree, or null. A picture may come with error 5, 19
  * or 20: it holds the rows that could be decoded, the rest is white.
@@ -98,7 +98,7 @@ HGLOBAL LoadCALSIntoDIB(const char* path, int32_t showInformation) TIFF_NOEXCEPT
  *
  * notes        the texts of the header; null for none.
  * orientation  two numbers for "rorient"; null for 90 and 270.
- * edit         non-zero lets the user edit the header first. There is no such dialog yet: error 28.
+ * edit         non-zero lets the user edit the header first, as EditCALSHead.
  *
  * Returns 1 or 0. A file that is there is replaced when the new one is whole; after a failure it is what
  * it was.
@@ -107,6 +107,23 @@ HGLOBAL LoadCALSIntoDIB(const char* path, int32_t showInformation) TIFF_NOEXCEPT
  */
 int32_t SaveDIBInCALSFormat(const char* path, HGLOBAL dib, const TiffCalsNotes* notes,
                             const uint32_t* orientation, int32_t edit) TIFF_NOEXCEPT;
+
+/* Shows the header of a file in a dialog. The parent window may be null.
+ *
+ * Returns 1 (OK), 2 (Cancel), or 0 without a dialog.
+ * Errors: 1 no dialog; 6, 18 as ReadCALSHead; 29 no path.
+ * Threads: each may show its own.
+ */
+int32_t ShowCALSInfo(HWND parent, const char* path) TIFF_NOEXCEPT;
+
+/* Lets the user edit the seven notes in the 2,048 bytes of a header; the path is only shown. A note that
+ * has no record in the header cannot be edited. A text that does not fit into its record is cut.
+ *
+ * Returns 1 (OK), 2 (Cancel: the header is as it was), or 0 without a dialog.
+ * Errors: 1 no dialog; 29 no path or no header.
+ * Threads: each may show its own.
+ */
+int32_t EditCALSHead(HWND parent, const char* path, char* header) TIFF_NOEXCEPT;
 
 /* Line routines, under the rules of lines.h: the first takes a TiffEncodeLineContext and is the same as
  * DllFillTiffLineDIB, the second a TiffDecodeLineContext and is the same as DllFlushTiffLineDIB.

@@ -28,6 +28,7 @@
 #include "tiff/lines.h"
 #include "tiff/load.h"
 #include "tiff/save.h"
+#include "tiff/screen.h"
 #include "tiff/streams.h"
 #include "tiff/values.h"
 

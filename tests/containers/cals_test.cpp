@@ -240,19 +240,17 @@ TEST(Cals, WhatCannotBeSavedLeavesTheOldFile)
     const struct {
         const char* row;
         Bytes dib;
-        int32_t edit;
         uint32_t error;
     } rows[] = {
-        {"another depth", PackedDib(deep) + Bytes(64), 0, 16},
-        {"rows missing", Without(PackedDib(picture), 1), 0, 30},
-        {"too wide for the encoder", PackedDib(wide), 0, 12},
-        {"no dialog", PackedDib(picture), 1, 28},
+        {"another depth", PackedDib(deep) + Bytes(64), 16},
+        {"rows missing", Without(PackedDib(picture), 1), 30},
+        {"too wide for the encoder", PackedDib(wide), 12},
     };
     const TempFile file(Hex("01 02 03"));
-    for (const auto& [row, dib, edit, error] : rows) {
+    for (const auto& [row, dib, error] : rows) {
         SCOPED_TRACE(row);
         const Block block(dib);
-        EXPECT_EQ(SaveDIBInCALSFormat(file.Path(), block.Get(), nullptr, nullptr, edit), 0);
+        EXPECT_EQ(SaveDIBInCALSFormat(file.Path(), block.Get(), nullptr, nullptr, 0), 0);
         EXPECT_EQ(TiffError(), error);
         EXPECT_EQ(ReadFileBytes(file.Path()), Hex("01 02 03"));
     }

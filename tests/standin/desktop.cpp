@@ -1,5 +1,6 @@
 // A desktop of 96 by 120 dots per inch, so that swapped axes show.
 #include "core/desktop.h"
+#include "containers/cals_dialogs.h"
 
 namespace tiff {
 
@@ -22,3 +23,18 @@ BusyCursor::~BusyCursor()
 }
 
 } // namespace tiff
+
+// The dialogs are answered with Cancel.
+namespace tiff::cals {
+
+Status ShowHeader(const DialogRequest&)
+{
+    return CANCELLED;
+}
+
+Status EditHeader(const DialogRequest&)
+{
+    return CANCELLED;
+}
+
+} // namespace tiff::cals
