@@ -1,4 +1,5 @@
 /* tifftool cals: CALS raster files, what their headers say and their pictures as TIFF pages and back. */
+#include "cals.h"
 #include "bmp.h"
 #include "describe.h"
 #include "diagnosis.h"
@@ -14,15 +15,6 @@ namespace {
 
 constexpr size_t HEADER_BYTES = 2048, RECORD_BYTES = 128;
 
-// The library says of every file that it cannot open that reading failed.
-int ReportCals(const std::string& path, uint32_t code)
-{
-    if (GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
-        return ReportSentence(path, "cannot be opened: " + SystemCause(GetLastError()));
-    }
-    return ReportError(path, code);
-}
-
 // A record without the blanks behind it; a terminal would act upon other bytes.
 std::string Printable(const uint8_t* record)
 {
@@ -32,26 +24,6 @@ std::string Printable(const uint8_t* record)
         text += byte >= ' ' && byte != 0x7F ? static_cast<char>(byte) : byte == 0 ? ' ' : '.';
     }
     return text.substr(0, text.find_last_not_of(' ') + 1);
-}
-
-int PrintHeader(const char* path)
-{
-    const OwnedBlock head(ReadCALSHead(path));
-    if (!head.bytes) {
-        return ReportCals(path, TiffError());
-    }
-    TiffCalsInformation facts{};
-    const bool isPicture = ReadCALSInfo(path, &facts);
-    const uint32_t error = TiffError();
-    if (isPicture) {
-        printf("%s: %u x %u pixels, %u dpi\n", path, facts.pixelsPerLine, facts.lines, facts.dotsPerInch);
-    }
-    for (size_t at = 0; at < HEADER_BYTES; at += RECORD_BYTES) {
-        if (const std::string text = Printable(head.bytes + at); !text.empty()) {
-            printf("  %s\n", text.c_str());
-        }
-    }
-    return isPicture ? int{ALL_FINE} : ReportCals(path, error);
 }
 
 // What can be decoded of a damaged picture is written, as a page that is rendered is.
@@ -74,6 +46,17 @@ int WriteTiff(const char* input, const char* output, uint32_t selector)
                : result;
 }
 
+// Other programs take no file with a density of 0.
+void GiveResolution(HGLOBAL dib)
+{
+    constexpr LONG USUAL_DOTS_PER_METRE = 7874; // 200 dots per inch
+    auto* header = static_cast<BITMAPINFOHEADER*>(GlobalLock(dib));
+    if (header && header->biSize >= sizeof(BITMAPINFOHEADER) && header->biXPelsPerMeter == 0) {
+        header->biXPelsPerMeter = USUAL_DOTS_PER_METRE;
+    }
+    GlobalUnlock(dib);
+}
+
 int WriteCals(const char* output, const Picture& picture)
 {
     const uint32_t depth = DepthOf({picture.dib.bytes, picture.dib.size});
@@ -81,6 +64,7 @@ int WriteCals(const char* output, const Picture& picture)
         return ReportSentence(picture.where, "has " + std::to_string(depth) +
                                                  " bits per pixel; CALS files are black and white");
     }
+    GiveResolution(picture.dib.handle);
     return SaveDIBInCALSFormat(output, picture.dib.handle, nullptr, nullptr, 0)
                ? int{ALL_FINE}
                : ReportError(output, TiffError());
@@ -125,7 +109,7 @@ int RunCals(Arguments arguments)
     const std::string verb = options.others[0];
     if (verb == "info") {
         return options.others.size() == 2 && options.values.empty()
-                   ? PrintHeader(options.others[1])
+                   ? PrintCals(options.others[1])
                    : UsageError(calsCommand, "info takes a file");
     }
     if (verb != "to-tiff" && verb != "from-tiff") {
@@ -139,6 +123,41 @@ int RunCals(Arguments arguments)
 
 } // namespace
 
+bool IsCals(const char* path)
+{
+    return !WhyNotTiff(path).empty() && OwnedBlock(ReadCALSHead(path)).bytes;
+}
+
+// The library says of every file that it cannot open that reading failed.
+int ReportCals(const std::string& path, uint32_t code)
+{
+    if (GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
+        return ReportSentence(path, "cannot be opened: " + SystemCause(GetLastError()));
+    }
+    return ReportError(path, code);
+}
+
+int PrintCals(const char* path)
+{
+    const OwnedBlock head(ReadCALSHead(path));
+    if (!head.bytes) {
+        return ReportCals(path, TiffError());
+    }
+    TiffCalsInformation facts{};
+    const bool isPicture = ReadCALSInfo(path, &facts);
+    const uint32_t error = TiffError();
+    if (isPicture) {
+        printf("%s: CALS, %u x %u, 1 bit, Group 4, %u dpi\n", path, facts.pixelsPerLine, facts.lines,
+               facts.dotsPerInch);
+    }
+    for (size_t at = 0; at < HEADER_BYTES; at += RECORD_BYTES) {
+        if (const std::string text = Printable(head.bytes + at); !text.empty()) {
+            printf("  %s\n", text.c_str());
+        }
+    }
+    return isPicture ? int{ALL_FINE} : ReportCals(path, error);
+}
+
 const Command calsCommand = {
     .name = "cals",
     .arguments = "info FILE.cal | to-tiff IN.cal OUT.tif | from-tiff IN.tif|IN.bmp OUT.cal",
@@ -148,6 +167,7 @@ const Command calsCommand = {
                "  --compression NAME  of that page; without it g4\n"
                "  from-tiff           writes a black and white page as OUT.cal\n"
                "  --page N            that page, counted from 1; without it the first\n"
+               "                      a picture without a resolution gets 200 dots per inch\n"
                "\n"
                "The rows of a damaged CALS file that can be decoded are written, with a warning and exit\n"
                "code 1; a damaged page is not. The output changes when the result is whole.\n",

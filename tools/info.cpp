@@ -1,4 +1,5 @@
 /* tifftool info: the tags of a file, page by page, without decoding. */
+#include "cals.h"
 #include "chain.h"
 #include "describe.h"
 #include "diagnosis.h"
@@ -216,7 +217,7 @@ int PrintFile(const char* path, bool withTags)
 {
     Source source(path);
     if (!source.file.handle) {
-        return ReportOpenFailure(path, source.openError);
+        return IsCals(path) ? PrintCals(path) : ReportOpenFailure(path, source.openError);
     }
     printf("%s: %s, %s\n", path, IsMotorola(source) ? "Motorola (MM)" : "Intel (II)",
            Counted(source.pages, "page").c_str());
@@ -252,7 +253,8 @@ const Command infoCommand = {
     .details = "  --tags  lists every tag of a page: number, name, type, count, first values\n"
                "\n"
                "A page that the library cannot decode says so at the end of its line. The exit code\n"
-               "is 1 when a file or page cannot be read or described, or the chain of pages is broken.\n",
+               "is 1 when a file or page cannot be read or described, or the chain of pages is broken.\n"
+               "FILE may be a CALS file too.\n",
     .run = RunInfo,
 };
 

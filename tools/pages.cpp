@@ -1,6 +1,7 @@
 #include "pages.h"
 
 #include "bmp.h"
+#include "cals.h"
 #include "progress.h"
 #include "source.h"
 
@@ -47,6 +48,15 @@ int HandlePages(const char* path, uint32_t only, Damage damage, const PictureHan
     return std::max(result, ReportChain(source));
 }
 
+// A CALS file is one page.
+int HandleCals(const char* path, Damage damage, const PictureHandler& handle)
+{
+    const OwnedBlock dib(LoadCALSIntoDIB(path, 0));
+    const uint32_t error = TiffError();
+    return dib.bytes && (error == 0 || damage == Damage::Tolerated) ? handle({dib, path, 1, 1, error})
+                                                                    : ReportCals(path, error);
+}
+
 int HandlePictures(const char* path, uint32_t only, Damage damage, const PictureHandler& handle)
 {
     HGLOBAL block = nullptr;
@@ -54,11 +64,15 @@ int HandlePictures(const char* path, uint32_t only, Damage damage, const Picture
         return ReportSentence(path, failure);
     }
     const OwnedBlock dib(block);
-    if (!block) {
+    const bool isCals = !block && IsCals(path);
+    if (!block && !isCals) {
         return HandlePages(path, only, damage, handle);
     }
-    return only > 1 ? ReportSentence(path, "is a BMP picture, which has one page only")
-                    : handle({dib, path, 1, 1, 0});
+    if (only > 1) {
+        return ReportSentence(path, isCals ? "is a CALS file, which has one page only"
+                                           : "is a BMP picture, which has one page only");
+    }
+    return isCals ? HandleCals(path, damage, handle) : handle({dib, path, 1, 1, 0});
 }
 
 } // namespace

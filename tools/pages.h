@@ -15,7 +15,7 @@ inline constexpr uint32_t FIRST_BILEVEL =
 struct Picture {
     const OwnedBlock& dib;
     std::string where; // for messages
-    uint32_t page;     // counted from 1; of a BMP 1
+    uint32_t page;     // counted from 1; of a BMP or a CALS file 1
     uint32_t pages;    // number of pages in its file
     uint32_t error;    // 0, or why it is not whole
 };
@@ -28,10 +28,10 @@ enum class Damage {
     Tolerated // the decoded part of each page
 };
 
-// Hands over a BMP picture, or every page of a TIFF file.
+// Hands over a BMP picture, a CALS file's or every page of a TIFF file.
 int ForEachPicture(const char* path, Damage damage, const PictureHandler& handle);
 
-// Hands over one page, counted from 1, or a BMP picture.
+// Hands over one page, counted from 1, or a BMP picture or a CALS file's.
 int WithPicture(const char* path, uint32_t page, Damage damage, const PictureHandler& handle);
 
 // Reports a depth that does not suit a compression: the library would read samples as bits.
