@@ -1,8 +1,6 @@
 /* The tables of names and the few rules that turn a page's numbers into words. */
 #include "describe.h"
 
-#include "options.h"
-
 #include <algorithm>
 #include <span>
 
@@ -232,14 +230,10 @@ std::string TagName(uint32_t tag)
     return NameOr(tagNames, tag, "tag");
 }
 
-uint32_t FindTag(const char* text)
+uint32_t TagByName(const char* name)
 {
-    int64_t number = 0;
-    if (ParseNumber(text, 1, UINT16_MAX, number)) {
-        return static_cast<uint32_t>(number);
-    }
-    const auto found =
-        std::ranges::find_if(tagNames, [text](const Name& name) { return lstrcmpiA(name.text, text) == 0; });
+    const auto found = std::ranges::find_if(
+        tagNames, [name](const Name& known) { return lstrcmpiA(known.text, name) == 0; });
     return found == std::end(tagNames) ? 0 : found->number;
 }
 

@@ -45,8 +45,8 @@ PageFacts ReadPageFacts(HGLOBAL file, uint32_t page);
 
 std::string TagName(uint32_t tag);
 
-// A tag by its number or name, in any case; 0 for none.
-uint32_t FindTag(const char* text);
+// A tag by its name, in any case; 0 for none.
+uint32_t TagByName(const char* name);
 
 std::string FieldTypeName(uint32_t type);
 std::string DescribeCompression(const PageFacts& facts);

@@ -1,7 +1,5 @@
 #include "diagnosis.h"
 
-#include "commands.h"
-
 #include <string_view>
 
 namespace tifftool {
@@ -93,11 +91,10 @@ std::string WhyNotTiff(const std::string& path)
     return readable ? DescribeStart({start, got}) : "cannot be read: " + SystemCause(cause);
 }
 
-int ReportOpenFailure(const std::string& path, uint32_t code)
+bool IsFolder(const std::string& path)
 {
-    const std::string why = WhyNotTiff(path);
-    return why.empty() ? ReportError(path, code)
-                       : ReportSentence(path, why + " (error " + std::to_string(code) + ")");
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 } // namespace tifftool

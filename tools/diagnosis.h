@@ -16,8 +16,7 @@ std::string SystemCause(DWORD cause);
 // is named. Empty when it begins like a TIFF file.
 std::string WhyNotTiff(const std::string& path);
 
-// Reports why a TIFF file could not be opened, the code in brackets; returns FAILED.
-int ReportOpenFailure(const std::string& path, uint32_t code);
+bool IsFolder(const std::string& path);
 
 } // namespace tifftool
 

@@ -1,5 +1,6 @@
 /* tifftool cat, split, cut, delete, reorder, append-raw and number: pages moved without decoding. */
 #include "describe.h"
+#include "diagnosis.h"
 #include "options.h"
 #include "progress.h"
 #include "source.h"

@@ -40,6 +40,13 @@ Source::Source(const char* sourcePath)
     }
 }
 
+int ReportOpenFailure(const std::string& path, uint32_t code)
+{
+    const std::string why = WhyNotTiff(path);
+    return why.empty() ? ReportError(path, code)
+                       : ReportSentence(path, why + " (error " + std::to_string(code) + ")");
+}
+
 bool HasPages(const Source& source)
 {
     if (!source.file.handle) {

@@ -21,6 +21,9 @@ struct Source {
     explicit Source(const char* sourcePath);
 };
 
+// Reports why a TIFF file could not be opened, the code in brackets; returns FAILED.
+int ReportOpenFailure(const std::string& path, uint32_t code);
+
 // False, with a message, when the file could not be opened or has no pages.
 bool HasPages(const Source& source);
 

@@ -14,6 +14,13 @@ namespace tifftool {
 
 namespace {
 
+// A tag by its number or name; 0 for none.
+uint32_t FindTag(const char* text)
+{
+    int64_t number = 0;
+    return ParseNumber(text, 1, UINT16_MAX, number) ? static_cast<uint32_t>(number) : TagByName(text);
+}
+
 constexpr size_t ANY_NUMBER = SIZE_MAX;
 constexpr uint32_t INPUT_OUTPUT = 6;
 

@@ -19,7 +19,6 @@ bool CheckOutput(const std::string& path);
 bool IsSameFile(const std::string& left, const std::string& right);
 
 bool Exists(const std::string& path);
-bool IsFolder(const std::string& path);
 
 // A path up to its last separator, including it; empty for a bare name.
 std::string FolderOf(const std::string& path);

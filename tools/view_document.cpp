@@ -1,0 +1,210 @@
+#include "view_document.h"
+
+#include "bmp.h"
+#include "describe.h"
+#include "diagnosis.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tiffview {
+
+namespace {
+
+constexpr double INCHES_PER_METRE = 39.37;
+
+// An open file for a scope.
+struct OpenTiff {
+    HGLOBAL file;
+
+    explicit OpenTiff(const std::string& path) : file(OpenTiffFile(path.c_str(), T_READ))
+    {
+    }
+    OpenTiff(const OpenTiff&) = delete;
+    OpenTiff& operator=(const OpenTiff&) = delete;
+    ~OpenTiff()
+    {
+        CloseTiffFile(file);
+    }
+};
+
+std::string FileName(const std::string& path)
+{
+    return path.substr(path.find_last_of("/\\:") + 1);
+}
+
+bool EndsWith(const std::string& path, const char* extension)
+{
+    const size_t dot = path.find_last_of("./\\");
+    return dot != std::string::npos && lstrcmpiA(path.c_str() + dot, extension) == 0;
+}
+
+void DescribePage(Document& document)
+{
+    const OpenTiff opened(document.path);
+    BITMAPINFOHEADER header = {};
+    if (!opened.file || !GetTiffImage(opened.file, document.page)) {
+        document.fault = ErrorText(TiffError());
+        return;
+    }
+    const uint32_t failure = GetTiffDimensions(opened.file, document.page, &header);
+    const tifftool::PageFacts facts = tifftool::ReadPageFacts(opened.file, document.page);
+    document.width = facts.width;
+    document.height = facts.length;
+    document.horizontalDpi = facts.hasResolution ? header.biXPelsPerMeter / INCHES_PER_METRE : 0;
+    document.verticalDpi = facts.hasResolution ? header.biYPelsPerMeter / INCHES_PER_METRE : 0;
+    document.coding = tifftool::DescribeCompression(facts);
+    document.fault = failure ? ErrorText(failure) : "";
+}
+
+std::string Dpi(const Document& document)
+{
+    if (document.horizontalDpi <= 0 || document.verticalDpi <= 0) {
+        return "no resolution";
+    }
+    const std::string across = std::to_string(std::lround(document.horizontalDpi));
+    const std::string down = std::to_string(std::lround(document.verticalDpi));
+    return (across == down ? across : across + " x " + down) + " dpi";
+}
+
+bool DescribeCals(Document& document)
+{
+    TiffCalsInformation facts{};
+    if (!ReadCALSInfo(document.path.c_str(), &facts)) {
+        return false;
+    }
+    document.format = TIFF_FORMAT_CALS;
+    document.pages = 1;
+    document.width = facts.pixelsPerLine;
+    document.height = facts.lines;
+    document.horizontalDpi = document.verticalDpi = facts.dotsPerInch;
+    document.coding = "CALS Group 4";
+    return true;
+}
+
+std::string SaveDib(const Document& document, const std::string& path)
+{
+    HGLOBAL dib = LoadPage(document);
+    if (!dib) {
+        return ErrorText(TiffError());
+    }
+    std::string failure;
+    if (EndsWith(path, ".bmp")) {
+        const auto* bytes = static_cast<const uint8_t*>(GlobalLock(dib));
+        const bool isNew = GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES;
+        if (const uint32_t cause = tifftool::WriteBmp(path.c_str(), {bytes, GlobalSize(dib)}, isNew)) {
+            failure = tifftool::SystemCause(cause);
+        }
+        GlobalUnlock(dib);
+    } else if (EndsWith(path, ".cal") || EndsWith(path, ".cals")) {
+        const bool saved = SaveDIBInCALSFormat(path.c_str(), dib, nullptr, nullptr, 1);
+        failure = saved || TiffError() == 0 ? "" : ErrorText(TiffError());
+    } else if (!SaveDIBInTiffFile(path.c_str(), dib, TIFF_SAVE_GROUP4, 0)) {
+        failure = ErrorText(TiffError());
+    }
+    GlobalFree(dib);
+    return failure;
+}
+
+// Undecoded, so that nothing of it is lost.
+std::string AppendPage(const Document& document, const std::string& path)
+{
+    const bool copied = CopyTiffImageInFile(document.path.c_str(), document.page, path.c_str(), T_APPEND);
+    return copied ? "" : ErrorText(TiffError());
+}
+
+bool IsTiffName(const std::string& path)
+{
+    return !EndsWith(path, ".bmp") && !EndsWith(path, ".cal") && !EndsWith(path, ".cals");
+}
+
+// A file that is to be replaced stays until the new one is whole.
+std::string ReplaceTiff(const Document& document, const std::string& path)
+{
+    const std::string unfinished = path + ".part";
+    DeleteFileA(unfinished.c_str());
+    std::string failure = document.format == TIFF_FORMAT_TIFF ? AppendPage(document, unfinished)
+                                                              : SaveDib(document, unfinished);
+    if (failure.empty() && !MoveFileExA(unfinished.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+        failure = tifftool::SystemCause(GetLastError());
+    }
+    if (!failure.empty()) {
+        DeleteFileA(unfinished.c_str());
+    }
+    return failure;
+}
+
+} // namespace
+
+Document OpenDocument(const std::string& path)
+{
+    Document document{.path = path};
+    if (const std::string why = tifftool::WhyNotTiff(path); !why.empty()) {
+        if (!DescribeCals(document)) {
+            document.fault = why;
+        }
+        return document;
+    }
+    {
+        const OpenTiff opened(path);
+        document.pages = opened.file ? NumberOfTiffImages(opened.file, TIFF_ALL_PAGES) : 0;
+        document.fault = opened.file ? "The file has no pages." : ErrorText(TiffError());
+    }
+    if (document.pages != 0) {
+        document.format = TIFF_FORMAT_TIFF;
+        DescribePage(document);
+    }
+    return document;
+}
+
+void GoToPage(Document& document, uint32_t page)
+{
+    if (document.format == TIFF_FORMAT_TIFF) {
+        document.page = std::min(page, document.pages - 1);
+        DescribePage(document);
+    }
+}
+
+std::string Title(const Document& document)
+{
+    return document.path.empty() ? "tiffview" : FileName(document.path) + " - tiffview";
+}
+
+std::string Describe(const Document& document)
+{
+    if (document.pages == 0) {
+        return "";
+    }
+    std::string words = "Page " + std::to_string(document.page + 1) + " of " + std::to_string(document.pages);
+    if (document.width != 0) {
+        words += ": " + std::to_string(document.width) + " x " + std::to_string(document.height) + ", " +
+                 document.coding + ", " + Dpi(document);
+    }
+    return words;
+}
+
+HGLOBAL LoadPage(const Document& document)
+{
+    return document.format == TIFF_FORMAT_CALS ? LoadCALSIntoDIB(document.path.c_str(), 0)
+                                               : LoadTiffIntoDIB(document.path.c_str(), document.page, 0);
+}
+
+std::string SavePage(const Document& document, const std::string& path, bool replace)
+{
+    if (!IsTiffName(path)) {
+        return SaveDib(document, path);
+    }
+    if (replace) {
+        return ReplaceTiff(document, path);
+    }
+    return document.format == TIFF_FORMAT_TIFF ? AppendPage(document, path) : SaveDib(document, path);
+}
+
+std::string ErrorText(uint32_t code)
+{
+    char text[64] = {};
+    TiffErrorString(text, static_cast<int32_t>(code));
+    return text;
+}
+
+} // namespace tiffview
