@@ -1,11 +1,10 @@
-// Takes any bytes for a file with an image segment, and for one with a field around it: what is read does
-// not depend on the blocks in which it is read, and a picture is decoded.
+// Takes any bytes for a file with an image segment, and for one with fields around it. What is found lies
+// inside the file; the picture is decoded, and the tool takes its code.
 #include "codecs/ccitt/mmr_records.h"
 #include "core/process_state.h"
 #include "core/stream.h"
 #include "standin/standin.h"
-#include "tiff/ccitt.h"
-#include "tiff/ioca.h"
+#include "tools/wrapped_picture.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -76,6 +75,15 @@ void ReadFrom(const InputFile& file, Input input, ReadHeader read)
     mClose(stream);
 }
 
+void TakeCode(const InputFile& file, Input input, tifftool::Wrapping wrapping)
+{
+    const HANDLE handle = file.Open();
+    tifftool::PictureCode code{};
+    const std::string why = tifftool::ReadCode(handle, wrapping, code);
+    Demand(!why.empty() || code.bytes.size() < input.size());
+    Demand(CloseHandle(handle));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -88,6 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const InputFile file(input);
     ReadFrom(file, input, ReadIOCAHeader);
     ReadFrom(file, input, ReadMODCAHeader);
+    TakeCode(file, input, tifftool::Wrapping::Segment);
+    TakeCode(file, input, tifftool::Wrapping::Document);
     Demand(standin::Faults() == 0);
     return 0;
 }

@@ -18,7 +18,9 @@ TEST(IocaFailure, AFailedCallGivesZeroAndLeavesTheFileOpen)
             return;
         mSeek(file.Stream(), 4999, 0);
         TiffIocaDescription read{};
-        if (ReadMODCAHeader(file.handle, &read)) {
+        const bool done = ReadMODCAHeader(file.handle, &read);
+        standin::StopFailing();
+        if (done) {
             EXPECT_EQ(uint32_t{read.dataOffset}, 5029u);
             EXPECT_EQ(mTell(file.Stream()), 5033u);
         } else {
