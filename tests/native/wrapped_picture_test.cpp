@@ -3,6 +3,7 @@
 #include "standin/standin.h"
 #include "support/drawing.h"
 #include "support/open_file.h"
+#include "support/pictures.h"
 #include "tools/wrapped_picture.h"
 
 using namespace tifftool;
@@ -73,6 +74,40 @@ TEST(WrappedPicture, DocumentsAndSegmentsHoldTheCodeOfThePage)
                 ASSERT_TRUE(!isDocument || PictureData(file.Content()).size() > expected.size() + 33);
             }
         }
+}
+
+TEST(WrappedPicture, RowsComeFromTheTopWithBlackAsOne)
+{
+    const DibPicture page = {8, 2, 1, {0xFFFFFF, 0}, Hex("18000000 FF000000")};
+    DibPicture topDown = page, inverted = page, manyColours = page, oneColour = page;
+    topDown.topDown = true;
+    inverted.colours = {0x101010, 0x808080};
+    manyColours.colours = {0xFFFFFF, 0, 0, 0};
+    manyColours.colourCount = 4;
+    oneColour.colours = {0};
+    oneColour.colourCount = 1;
+    const struct {
+        const char* row;
+        Bytes dib, rows;
+        int32_t dotsPerMetre;
+    } rows[] = {
+        {"from the bottom", PackedDib(page), Hex("FF18"), 7874},
+        {"from the top", PackedDib(topDown), Hex("18FF"), 7874},
+        {"the darker colour first", PackedDib(inverted), Hex("00E7"), 7874},
+        {"four colours", PackedDib(manyColours), Hex("FF18"), 7874},
+        {"one colour", PackedDib(oneColour), Hex("FF18"), 7874},
+        {"a core header", Hex("0C000000 0800 0200 0100 0100 000000 FFFFFF 18000000 FF000000"), Hex("00E7"),
+         0},
+    };
+    for (const auto& [row, dib, expected, dotsPerMetre] : rows) {
+        SCOPED_TRACE(row);
+        const BilevelRows read = RowsOf(dib);
+        const auto first = static_cast<uint8_t>(read.first[0] ^ read.flip),
+                   second = static_cast<uint8_t>(read.first[read.step] ^ read.flip);
+        EXPECT_EQ((Bytes{first, second}), expected);
+        EXPECT_EQ(read.dotsPerMetre[0], dotsPerMetre);
+        EXPECT_TRUE(read.width == 8 && read.height == 2);
+    }
 }
 
 TEST(WrappedPicture, FilesOfOtherMakersAreReadAsFarAsTheyGo)
