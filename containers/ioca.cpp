@@ -175,8 +175,8 @@ bool Reader::Take(std::span<uint8_t> bytes)
     return std::ranges::all_of(bytes, [this](uint8_t& byte) { return Take(byte); });
 }
 
-// Deliberate: a file without the value is closed. Callers that look through a file for its last picture
-// expect that. A read that failed has not met the end, and leaves the file open.
+// Deliberate: a file without the value is closed; programs count on it. A read that failed has not met the
+// end, and leaves the file open.
 bool Reader::TakeThrough(uint8_t value)
 {
     for (;;) {

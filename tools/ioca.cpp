@@ -38,7 +38,6 @@ int WrapPicture(const char* output, Wrapping wrapping, const Picture& picture)
     }
     return WriteWhole(output, false, [&](const char* unfinished) {
         const OpenHandle file(unfinished, GENERIC_READ | GENERIC_WRITE);
-        SetTiffError(0);
         const std::string failure = WrapRows(file.handle, wrapping, RowsOf(dib));
         const uint32_t error = TiffError();
         return failure.empty() ? int{ALL_FINE}

@@ -16,9 +16,7 @@ using Input = std::span<const uint8_t>;
 // Parts of the input that make up the picture data.
 using Parts = std::vector<Input>;
 
-constexpr size_t INTRODUCER_BYTES = 8, RECORD_HEADER_BYTES = 4;
-constexpr size_t MOST_RECORD_BYTES = 65520;
-constexpr uint8_t FIELD_MARK = 0x5A, BEGIN_SEGMENT = 0x70, END_CONTENT = 0x93, END_SEGMENT = 0x71;
+constexpr uint8_t BEGIN_SEGMENT = 0x70, END_CONTENT = 0x93, END_SEGMENT = 0x71;
 constexpr uint8_t RECORD_MARK[] = {0xFE, 0x92};
 constexpr uint8_t PICTURE_DATA[] = {0xD3, 0xEE, 0xFB}, END_IMAGE[] = {0xD3, 0xA9, 0xFB};
 constexpr uint8_t HAS_EXTENSION = 0x80, HAS_PADDING = 0x08;
@@ -41,11 +39,6 @@ size_t Number(Input bytes)
 bool BeginsWith(Input bytes, Input mark)
 {
     return bytes.size() >= mark.size() && std::equal(mark.begin(), mark.end(), bytes.begin());
-}
-
-TiffStream StreamOf(HANDLE file)
-{
-    return static_cast<TiffStream>(reinterpret_cast<intptr_t>(file));
 }
 
 // The content of a field behind its introducer, without an extension of that and without padding.
@@ -87,8 +80,10 @@ Parts PartsByFields(Input bytes)
 // Everything behind the first mark of picture data: files whose introducers are not right.
 Parts PartsByMark(Input bytes)
 {
-    const auto mark = std::ranges::search(bytes, PICTURE_DATA);
-    return mark.empty() ? Parts() : Parts{bytes.subspan(static_cast<size_t>(mark.end() - bytes.begin()))};
+    const auto mark =
+        std::search(bytes.begin(), bytes.end(), std::begin(PICTURE_DATA), std::end(PICTURE_DATA));
+    const auto start = static_cast<size_t>(mark - bytes.begin()) + std::size(PICTURE_DATA);
+    return start > bytes.size() ? Parts() : Parts{bytes.subspan(start)};
 }
 
 // Reads the parameters from where the first part begins. Reading beyond the last segment would close the

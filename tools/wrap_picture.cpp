@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <string_view>
+#include <initializer_list>
 
 namespace tifftool {
 
@@ -15,13 +15,11 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr size_t MOST_RECORD_BYTES = 65520; // as DecodeMMRImage takes them
-constexpr size_t MOST_FIELD_BYTES = 32767;  // with the introducer
-constexpr size_t INTRODUCER_BYTES = 8, RECORD_HEADER_BYTES = 4, SEGMENT_START_BYTES = 26, TAIL_BYTES = 4;
+constexpr size_t MOST_FIELD_BYTES = 32767; // with the introducer
+constexpr size_t SEGMENT_START_BYTES = 26, TAIL_BYTES = 4;
 constexpr uint32_t LARGEST_NUMBER = 32767;   // of pixels, and of pixels to 10 inches
 constexpr uint16_t UNKNOWN_RESOLUTION = 960; // 96 dots per inch, as TIFF pages get it from most screens
-constexpr uint32_t GROUP4 = 4;
-constexpr uint8_t FIELD_MARK = 0x5A;
+constexpr uint32_t GROUP4 = 4, WRITING_FAILED = 6;
 constexpr uint32_t PICTURE_DATA = 0xD3EEFB;
 
 void Put16(Bytes& bytes, size_t value)
@@ -134,11 +132,6 @@ Bytes DocumentEnd()
     PutNamed(bytes, 0xD3A9AF, PAG);
     PutNamed(bytes, 0xD3A9A8, DOC);
     return bytes;
-}
-
-TiffStream StreamOf(HANDLE file)
-{
-    return static_cast<TiffStream>(reinterpret_cast<intptr_t>(file));
 }
 
 bool Write(HANDLE file, std::span<const uint8_t> bytes)
@@ -276,6 +269,7 @@ BilevelRows RowsOf(std::span<const uint8_t> dib)
 
 std::string WrapRows(HANDLE file, Wrapping wrapping, const BilevelRows& rows)
 {
+    SetTiffError(0);
     const uint32_t numbers[] = {PerTenInches(rows.dotsPerMetre[0]), PerTenInches(rows.dotsPerMetre[1]),
                                 rows.width, rows.height};
     if (std::ranges::any_of(numbers, [](uint32_t number) { return number > LARGEST_NUMBER; })) {
@@ -287,11 +281,14 @@ std::string WrapRows(HANDLE file, Wrapping wrapping, const BilevelRows& rows)
     page.width = static_cast<uint16_t>(rows.width);
     page.height = static_cast<uint16_t>(rows.height);
     Bytes code;
-    if (!EncodeRows(file, rows, code)) {
-        return "cannot be encoded";
-    }
     const auto write = wrapping == Wrapping::Segment ? WriteSegment : WriteDocument;
-    return write(file, page, code) ? "" : "cannot be written";
+    if (EncodeRows(file, rows, code) && write(file, page, code)) {
+        return "";
+    }
+    if (TiffError() == 0) {
+        SetTiffError(WRITING_FAILED);
+    }
+    return "cannot be written";
 }
 
 } // namespace tifftool

@@ -14,6 +14,16 @@
 
 namespace tifftool {
 
+inline constexpr size_t MOST_RECORD_BYTES = 65520; // of code, as DecodeMMRImage takes them
+inline constexpr size_t RECORD_HEADER_BYTES = 4;
+inline constexpr size_t INTRODUCER_BYTES = 8; // of a field, without the mark in front of it
+inline constexpr uint8_t FIELD_MARK = 0x5A;
+
+inline TiffStream StreamOf(HANDLE file)
+{
+    return static_cast<TiffStream>(reinterpret_cast<intptr_t>(file));
+}
+
 enum class Wrapping {
     Segment, // an image segment alone
     Document // a document of one page, the segment in fields of picture data
@@ -31,7 +41,8 @@ struct BilevelRows {
 // Of a whole DIB.
 BilevelRows RowsOf(std::span<const uint8_t> dib);
 
-// Replaces the content of an open file. Returns why it cannot, or an empty text.
+// Replaces the content of an open file. Returns why it cannot, or an empty text. When the fault is not the
+// picture's, the last error is not 0.
 std::string WrapRows(HANDLE file, Wrapping wrapping, const BilevelRows& rows);
 
 // A picture's code as a TIFF page has it.
