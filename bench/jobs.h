@@ -20,6 +20,7 @@ void RegisterCodecJobs(const std::vector<Picture>& pictures);
 void RegisterLineJobs(const std::vector<Picture>& pictures);
 void RegisterOpenJobs(const BenchFolders& folders);
 void RegisterEditingJobs(const BenchFolders& folders);
+void RegisterWrappingJobs(const std::vector<Picture>& pictures, const BenchFolders& folders);
 void RegisterGrowthJobs(const BenchFolders& folders);
 
 // Peak memory of loads, as lines of a table on standard output.

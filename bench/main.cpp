@@ -43,6 +43,7 @@ int main(int argc, char** argv)
     RegisterLineJobs(pictures);
     RegisterOpenJobs(folders);
     RegisterEditingJobs(folders);
+    RegisterWrappingJobs(pictures, folders);
     RegisterGrowthJobs(folders);
     int options = argc - 1;
     argv[1] = argv[0];

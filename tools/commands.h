@@ -35,6 +35,8 @@ extern const Command deleteCommand;
 extern const Command faxCommand;
 extern const Command infoCommand;
 extern const Command insertCommand;
+extern const Command iocaCommand;
+extern const Command modcaCommand;
 extern const Command numberCommand;
 extern const Command pasteCommand;
 extern const Command renderCommand;

@@ -7,17 +7,13 @@
 
 namespace tiff {
 
-static constexpr uint32_t HEADER_BYTES = 4;
-static constexpr uint8_t FIRST_MARK = 0xFE;
-static constexpr uint8_t SECOND_MARK = 0x92;
-
 Status FillFromRecord(CodecContext* context)
 {
-    uint8_t header[HEADER_BYTES];
+    uint8_t header[RECORD_HEADER_BYTES];
     context->codeCursor = CodeBuffer(context);
     context->codeBytesLeft = 0;
-    if (mRead(context->stream, header, HEADER_BYTES) != HEADER_BYTES || header[0] != FIRST_MARK ||
-        header[1] != SECOND_MARK)
+    if (mRead(context->stream, header, RECORD_HEADER_BYTES) != RECORD_HEADER_BYTES ||
+        header[0] != RECORD_MARK[0] || header[1] != RECORD_MARK[1])
         return error::UnexpectedEndOfFile;
     uint32_t length = Load16(header + 2, TIFF_MOTOROLA);
     if (length == 0)
@@ -48,10 +44,10 @@ Status FlushToRecord(CodecContext* context)
     EmptyCodeBuffer(context);
     if (bytes == 0)
         return error::None;
-    uint8_t header[HEADER_BYTES] = {FIRST_MARK, SECOND_MARK, static_cast<uint8_t>(bytes >> 8),
-                                    static_cast<uint8_t>(bytes)};
+    uint8_t header[RECORD_HEADER_BYTES] = {RECORD_MARK[0], RECORD_MARK[1], static_cast<uint8_t>(bytes >> 8),
+                                           static_cast<uint8_t>(bytes)};
     const bool written =
-        LongWrite(context->stream, fieldtype::Byte, HEADER_BYTES, header, TIFF_INTEL, 1) &&
+        LongWrite(context->stream, fieldtype::Byte, RECORD_HEADER_BYTES, header, TIFF_INTEL, 1) &&
         LongWrite(context->stream, fieldtype::Byte, bytes, context->codeCursor, TIFF_INTEL, 1);
     return written ? error::None : error::InputOutput;
 }

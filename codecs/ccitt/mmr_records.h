@@ -5,6 +5,9 @@
 
 namespace tiff {
 
+inline constexpr uint8_t RECORD_MARK[] = {0xFE, 0x92};
+inline constexpr uint32_t RECORD_HEADER_BYTES = 4; // the mark and the length
+
 // Loads the next record; 5 without one.
 [[nodiscard]] Status FillFromRecord(CodecContext* context);
 

@@ -25,6 +25,7 @@
 #include "tiff/errors.h"
 #include "tiff/fax_boards.h"
 #include "tiff/files.h"
+#include "tiff/ioca.h"
 #include "tiff/lines.h"
 #include "tiff/load.h"
 #include "tiff/save.h"
