@@ -19,6 +19,7 @@
 #include "tiff/cals.h"
 #include "tiff/ccitt.h"
 #include "tiff/codecs.h"
+#include "tiff/crop.h"
 #include "tiff/define.h"
 #include "tiff/directory.h"
 #include "tiff/editing.h"

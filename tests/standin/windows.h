@@ -64,6 +64,10 @@ typedef struct BY_HANDLE_FILE_INFORMATION {
 #define GMEM_ZEROINIT 0x0040u
 #define TLS_OUT_OF_INDEXES ((DWORD)0xFFFFFFFF)
 
+typedef struct RECT {
+    LONG left, top, right, bottom;
+} RECT;
+
 typedef struct BITMAPINFOHEADER {
     DWORD biSize;
     LONG biWidth, biHeight;
