@@ -29,6 +29,7 @@
 #include "tiff/load.h"
 #include "tiff/save.h"
 #include "tiff/streams.h"
+#include "tiff/text_pages.h"
 #include "tiff/values.h"
 
 #endif
