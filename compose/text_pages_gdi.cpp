@@ -6,6 +6,7 @@
 #include "core/global_block.h"
 #include "core/handles.h"
 #include "raster/convert_gdi.h"
+#include "raster/dib.h"
 #include "raster/gdi_guards.h"
 
 #include <algorithm>
@@ -113,11 +114,6 @@ Status BeginPage(void* record)
     return TIFF_TEXT_DONE;
 }
 
-int32_t DotsPerMetre(uint32_t dotsPerInch)
-{
-    return static_cast<int32_t>(std::min<double>(dotsPerInch * INCHES_PER_METRE + 0.5, INT32_MAX));
-}
-
 HGLOBAL PageToDib(const Device& device)
 {
     GlobalBlock dib;
@@ -125,8 +121,8 @@ HGLOBAL PageToDib(const Device& device)
     const Locked<BITMAPINFOHEADER> header(dib.Get());
     if (!header)
         return nullptr;
-    header->biXPelsPerMeter = DotsPerMetre(device.request.settings->horizontalDpi);
-    header->biYPelsPerMeter = DotsPerMetre(device.request.settings->verticalDpi);
+    header->biXPelsPerMeter = ToDotsPerMetre(device.request.settings->horizontalDpi);
+    header->biYPelsPerMeter = ToDotsPerMetre(device.request.settings->verticalDpi);
     return dib.Release();
 }
 

@@ -1,14 +1,10 @@
 // Pages of text beside the same text drawn by GDI without the library.
-#include "gdi/desktop.h"
-
-#include <gtest/gtest.h>
+#include "gdi/hand.h"
 
 #include <algorithm>
-#include <cstring>
+#include <gtest/gtest.h>
 
 namespace {
-
-constexpr char FACE[] = "Arial";
 
 // A text file, and the settings of an A4 page at 204 by 196 dots per inch in 12 points.
 struct TextFile {
@@ -28,65 +24,6 @@ struct TextFile {
         settings.verticalDpi = 196;
     }
 };
-
-// A page drawn by hand; the font stays selected for measuring.
-class Hand {
-public:
-    Hand(int32_t width, int32_t height, const LOGFONTA* font)
-        : dc(CreateCompatibleDC(nullptr)), page(CreateBitmap(width, height, 1, 1, nullptr)),
-          font(font ? CreateFontIndirectA(font) : nullptr)
-    {
-        oldPage = SelectObject(dc, page);
-        if (font)
-            oldFont = SelectObject(dc, this->font);
-        PatBlt(dc, 0, 0, width, height, WHITENESS);
-    }
-    Hand(const Hand&) = delete;
-    Hand& operator=(const Hand&) = delete;
-    ~Hand()
-    {
-        SelectObject(dc, oldPage);
-        if (font)
-            DeleteObject((SelectObject(dc, oldFont), font));
-        DeleteObject(page);
-        DeleteDC(dc);
-    }
-    SIZE Size(std::string_view text) const
-    {
-        SIZE size{};
-        GetTextExtentPoint32A(dc, text.data(), static_cast<int>(text.size()), &size);
-        return size;
-    }
-    Hand& Text(int32_t x, int32_t y, std::string_view text)
-    {
-        TextOutA(dc, x, y, text.data(), static_cast<int>(text.size()));
-        return *this;
-    }
-    Picture Taken()
-    {
-        SelectObject(dc, oldPage);
-        const Picture picture = Look(page);
-        SelectObject(dc, page);
-        return picture;
-    }
-
-private:
-    HDC dc;
-    HBITMAP page;
-    HFONT font;
-    HGDIOBJ oldPage = nullptr, oldFont = nullptr;
-};
-
-LOGFONTA Font(int32_t height, int32_t weight = 400, bool italic = false)
-{
-    LOGFONTA font{};
-    font.lfHeight = height;
-    font.lfWeight = weight;
-    font.lfItalic = italic;
-    font.lfCharSet = DEFAULT_CHARSET;
-    std::strcpy(font.lfFaceName, FACE);
-    return font;
-}
 
 constexpr int32_t WIDTH = 1685, HEIGHT = 2291, LEFT = 78 * 204 / 100, TOP = 98 * 196 / 100;
 constexpr int32_t TWELVE_POINTS = -33; // 12 * 196 / 72, rounded
