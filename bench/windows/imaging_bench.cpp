@@ -1,28 +1,17 @@
 // The DLL beside the system's imaging component, on files that tiff_bench wrote: imaging_bench FOLDER. The
 // output has the form that the report reads.
 #include "tiff/tiff.h"
+#include "timing.h"
 
 #include <objbase.h>
 #include <wincodec.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
-#include <vector>
 
 namespace {
 
-constexpr int ROUNDS = 9;
-constexpr double MILLISECONDS_A_ROUND = 40;
-
 IWICImagingFactory* factory;
-
-[[noreturn]] void Fail(const char* what, const std::string& path)
-{
-    std::fprintf(stderr, "%s: %s failed\n", path.c_str(), what);
-    std::exit(1);
-}
 
 template <class Interface>
 struct Owned {
@@ -89,46 +78,6 @@ void LoadBySystem(const std::string& path)
     GlobalFree(block);
 }
 
-double Milliseconds()
-{
-    LARGE_INTEGER now, frequency;
-    QueryPerformanceCounter(&now);
-    QueryPerformanceFrequency(&frequency);
-    return static_cast<double>(now.QuadPart) * 1000 / static_cast<double>(frequency.QuadPart);
-}
-
-double TimeRound(void (*run)(const std::string&), const std::string& path)
-{
-    const double start = Milliseconds();
-    double end;
-    int runs = 0;
-    do {
-        run(path);
-        ++runs;
-        end = Milliseconds();
-    } while (end - start < MILLISECONDS_A_ROUND);
-    return (end - start) / runs;
-}
-
-struct Job {
-    const char* who;
-    void (*run)(const std::string&);
-    std::vector<double> times;
-};
-
-// The two take turns, so that other load on the machine affects both.
-void TimeJobs(Job (&jobs)[2], const std::string& path, const std::string& name)
-{
-    for (int round = 0; round < ROUNDS; ++round)
-        for (Job& job : jobs)
-            job.times.push_back(TimeRound(job.run, path));
-    for (Job& job : jobs) {
-        std::sort(job.times.begin(), job.times.end());
-        std::printf(",\n{\"run_name\": \"%s/%s\", \"cpu_time\": %.6f, \"time_unit\": \"ms\"}", name.c_str(),
-                    job.who, job.times[ROUNDS / 2]);
-    }
-}
-
 // "load G4 text-300.tif" becomes the job "wine load/G4/text-300".
 std::string JobName(std::string file)
 {
@@ -162,6 +111,7 @@ int main(int argc, char** argv)
                       {"WIC", opens ? OpenBySystem : LoadBySystem, {}}};
         TimeJobs(jobs, folder + file, JobName(file));
     }
+    TimeText(folder);
     std::printf("]}\n");
     return 0;
 }
