@@ -32,6 +32,7 @@ constexpr struct {
 
 constexpr uint32_t TAB_DISTANCE = 50;
 constexpr uint32_t MOST_DOTS = 9600;
+constexpr size_t MOST_BYTES = 1u << 30;
 
 struct TextOrder {
     std::string input, output;
@@ -113,17 +114,44 @@ std::string WithLineEnds(const std::string& text)
     return lines;
 }
 
-// Copies the text with the library's line ends; false with a message.
+// UTF-8 becomes text of the system's code page; other text stays. False when a character has no place there.
+bool FromUtf8(std::string& text)
+{
+    const int bytes = static_cast<int>(text.size());
+    std::wstring wide(text.size(), L'\0');
+    wide.resize(static_cast<size_t>(
+        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), bytes, wide.data(), bytes)));
+    if (wide.size() == text.size() || wide.empty()) {
+        return true;
+    }
+    wide.erase(0, wide[0] == L'\xFEFF');
+    BOOL replaced = FALSE;
+    text.resize(wide.size() * 2);
+    text.resize(static_cast<size_t>(WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(),
+                                                        static_cast<int>(wide.size()), text.data(),
+                                                        static_cast<int>(text.size()), nullptr, &replaced)));
+    return !replaced;
+}
+
+// Copies the text in the library's form; false with a message.
 bool CopyText(TextOrder& order, const TemporaryFile& copy)
 {
-    std::ifstream input(order.input, std::ios::binary);
-    if (!input || IsFolder(order.input)) {
-        SetLastError(IsFolder(order.input) ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
+    const HANDLE probe = CreateFileA(order.input.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (probe == INVALID_HANDLE_VALUE) {
         ReportSentence(order.input, "cannot be opened: " + SystemCause(GetLastError()));
         return false;
     }
-    const std::string lines =
-        WithLineEnds({std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()});
+    CloseHandle(probe);
+    std::ifstream input(order.input, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()};
+    if (text.size() > MOST_BYTES || !FromUtf8(text)) {
+        ReportSentence(order.input, text.size() > MOST_BYTES
+                                        ? "is too large"
+                                        : "has characters that the system's code page lacks");
+        return false;
+    }
+    const std::string lines = WithLineEnds(text);
     std::ofstream output(copy.path, std::ios::binary | std::ios::trunc);
     output.write(lines.data(), static_cast<std::streamsize>(lines.size()));
     output.close();
@@ -367,11 +395,12 @@ const Command textCommand = {
         "  --fill-order 1|2    1 stores the most significant bit first, 2 the least\n"
         "  --form FORM.tif     draws page 1 on the first page of FORM.tif, in its size\n"
         "  --append            adds the pages to OUT.tif instead of replacing it\n"
-        "  --bare-lf           leaves out LF without CR, and the byte behind a CR, as the library\n"
-        "                      does; without it each of LF, CR and CR LF ends a line\n"
+        "  --bare-lf           takes the bytes as they are: LF without CR is left out, and so is the\n"
+        "                      byte behind a CR; without it LF, CR and CR LF end lines\n"
         "\n"
-        "Lengths are millimetres, or inches with \"in\" behind them. The text is in the system's code\n"
-        "page. All pages are written, or nothing is: OUT.tif changes when the result is whole.\n",
+        "Lengths are millimetres, or inches with \"in\" behind them. The text is UTF-8, or in the\n"
+        "system's code page. All pages are written, or nothing is: OUT.tif changes when the result is\n"
+        "whole.\n",
     .run = RunText,
 };
 
