@@ -188,33 +188,17 @@ TEST(TextLayout, LengthsBecomePixels)
     fax.verticalDpi = 196;
     TextGeometry page;
     ASSERT_TRUE(PlanGeometry(fax, page));
-    EXPECT_EQ(page.width, 1685);
-    EXPECT_EQ(page.height, 2291);
-    EXPECT_EQ(page.left, 159);
-    EXPECT_EQ(page.top, 76);
-    EXPECT_EQ(page.right, 1685 - 159);
-    EXPECT_EQ(page.bottom, 2291 - 76);
-    EXPECT_EQ(page.spacing, 5);
-    EXPECT_EQ(page.tabStops[0], 159 + 399);
-    EXPECT_EQ(page.tabStops[1], INT32_MAX);
+    const std::vector<int32_t> pixels = {page.width,   page.height,      page.left,
+                                         page.top,     page.right,       page.bottom,
+                                         page.spacing, page.tabStops[0], page.tabStops[1]};
+    EXPECT_EQ(pixels, (std::vector<int32_t>{1685, 2291, 159, 76, 1526, 2215, 5, 558, INT32_MAX}));
 
-    using Member = uint32_t TiffTextPageSettings::*;
-    static constexpr struct {
-        Member member;
-        uint32_t value;
-    } impossible[] = {
-        {&TiffTextPageSettings::pageWidth, 0},
-        {&TiffTextPageSettings::pageHeight, 0},
-        {&TiffTextPageSettings::pageWidth, UINT32_MAX},
-        {&TiffTextPageSettings::pageHeight, UINT32_MAX},
-        {&TiffTextPageSettings::horizontalDpi, 0},
-        {&TiffTextPageSettings::verticalDpi, 0},
-        {&TiffTextPageSettings::leftMargin, 106},
-        {&TiffTextPageSettings::topMargin, 149},
-        {&TiffTextPageSettings::leftMargin, UINT32_MAX},
-        {&TiffTextPageSettings::horizontalDpi, UINT32_MAX},
-        {&TiffTextPageSettings::verticalDpi, 100'000'000},
-    };
+    using Page = TiffTextPageSettings;
+    static constexpr std::pair<uint32_t Page::*, uint32_t> impossible[] = {
+        {&Page::pageWidth, 0},           {&Page::pageWidth, UINT32_MAX}, {&Page::pageHeight, UINT32_MAX},
+        {&Page::horizontalDpi, 0},       {&Page::verticalDpi, 0},        {&Page::leftMargin, 106},
+        {&Page::leftMargin, UINT32_MAX}, {&Page::topMargin, 149},        {&Page::horizontalDpi, UINT32_MAX},
+        {&Page::verticalDpi, 100000000}};
     for (const auto& [member, value] : impossible) {
         SCOPED_TRACE(value);
         TiffTextPageSettings settings = fax;

@@ -1,6 +1,7 @@
 // Annotation bytes in a file's first page, and what the annotation library is asked.
 #include "gdi/desktop.h"
 #include "siblings/annotations.h"
+#include "support/numbered_pages.h"
 #include "support/target.h"
 
 #include <fstream>
@@ -10,14 +11,6 @@
 namespace {
 
 constexpr uint32_t OBJECT = 0x8765, CREATED = 0x4321;
-
-Bytes TwoPages()
-{
-    return TiffBuilder()
-        .Add(TiffPage::Picture(8, 1, 1, 1).Strips({{1}}))
-        .Add(TiffPage::Picture(8, 1, 1, 1).Strips({{2}}))
-        .Build();
-}
 
 // The test's annotation library, held for a scope, with bytes to save.
 struct Library {
@@ -59,7 +52,7 @@ Bytes Stored(const char* path, uint32_t tag = 32768)
 TEST(Annotations, AreSavedAndLoaded)
 {
     Library library(Hex("01020304 05"));
-    const TempFile file(TwoPages());
+    const TempFile file(Pages(2));
     EXPECT_EQ(SaveAnnotationIntoTiff(file.Path(), OBJECT, 0), 1);
     EXPECT_EQ(library.Calls().annotation, OBJECT);
     EXPECT_EQ(Stored(file.Path()), Hex("0102030405"));
@@ -83,7 +76,7 @@ TEST(Annotations, AreSavedAndLoaded)
 TEST(Annotations, AreReplacedAndAppended)
 {
     Library library(Hex("0102"));
-    const TempFile file(TwoPages());
+    const TempFile file(Pages(2));
     const Bytes large(5'000'000, 7);
     const auto save = [&](int32_t mode, uint32_t tag = 0) {
         return SaveAnnotationIntoTiffExt(file.Path(), OBJECT, tag, mode, 0, 0);
@@ -111,7 +104,7 @@ TEST(Annotations, AreReplacedAndAppended)
 
 TEST(Annotations, FailuresLeaveTheFile)
 {
-    const Bytes content = TwoPages();
+    const Bytes content = Pages(2);
     const TempFile file(content), text(Hex("414243"));
     const auto all = [&](const char* path) {
         return LoadAnnotationFromTiff(path, 0) +
@@ -147,7 +140,7 @@ TEST(Annotations, FailuresLeaveTheFile)
 // Each function in turn gets another name in a copy of the library.
 TEST(Annotations, NeedAllFunctionsOfTheirLibrary)
 {
-    const Bytes content = TwoPages();
+    const Bytes content = Pages(2);
     const TempFile file(content);
     const auto load = [&] { return LoadAnnotationFromTiff(file.Path(), 0) != 0; };
     const auto save = [&] { return SaveAnnotationIntoTiff(file.Path(), OBJECT, 0) != 0; };

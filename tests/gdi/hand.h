@@ -38,6 +38,12 @@ public:
         GetTextExtentPoint32A(dc, text.data(), static_cast<int>(text.size()), &size);
         return size;
     }
+    int32_t LineHeight() const
+    {
+        TEXTMETRICA metrics{};
+        GetTextMetricsA(dc, &metrics);
+        return metrics.tmHeight + metrics.tmExternalLeading;
+    }
     Hand& Text(int32_t x, int32_t y, std::string_view text)
     {
         TextOutA(dc, x, y, text.data(), static_cast<int>(text.size()));

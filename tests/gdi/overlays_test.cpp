@@ -36,19 +36,6 @@ struct Filled {
     }
 };
 
-LONG LineHeight(const LOGFONTA& font)
-{
-    const HDC dc = CreateCompatibleDC(nullptr);
-    const HFONT made = CreateFontIndirectA(&font);
-    const HGDIOBJ old = SelectObject(dc, made);
-    TEXTMETRICA metrics;
-    GetTextMetricsA(dc, &metrics);
-    SelectObject(dc, old);
-    DeleteObject(made);
-    DeleteDC(dc);
-    return metrics.tmHeight + metrics.tmExternalLeading;
-}
-
 // The font that overlays describe.
 LOGFONTA Plain(int32_t height)
 {
@@ -92,7 +79,7 @@ TEST(TextOverlay, DrawsOnACopy)
     const int32_t dots = GetDeviceCaps(screen, LOGPIXELSY);
     ReleaseDC(nullptr, screen);
     const LOGFONTA own = Plain(-MulDiv(20, dots, 72)), fine = Plain(-MulDiv(20, dots * 2, 72));
-    const int32_t down = LineHeight(own);
+    const int32_t down = Hand(1, 1, &own).LineHeight();
     const HBITMAP bitmap = CreateBitmap(WIDTH, HEIGHT, 1, 1, Stripes().data());
     const Picture before = Look(bitmap);
     const auto draw = [&](int32_t x, int32_t y, const char* text, uint32_t dpi = 0) {
@@ -151,4 +138,42 @@ TEST(TextOverlay, KeepsDibsAndTheirResolution)
     EXPECT_EQ(DIBTextOverlay(dib.Get(), 0, 0, nullptr, FACE, 20), nullptr);
     const Block bad(Hex("28000000"));
     EXPECT_EQ(Refusal(DIBTextOverlay(bad.Get(), 0, 0, "A", FACE, 20)), 30u);
+}
+
+// One GDI object more can be had each time, until there are enough.
+TEST(Overlays, EndWithNothingOrAllWhenObjectsRunOut)
+{
+    Filled filled("Name");
+    const Block dib(PackedDib({WIDTH, HEIGHT, 1, {0, 0xFFFFFF}, Bytes(size_t{52} * HEIGHT, 0xFF)}));
+    const Bytes given = Content(dib.Get(), GlobalSize(dib.Get()));
+    const HBITMAP bitmap = CreateBitmap(WIDTH, HEIGHT, 1, 1, Stripes().data());
+    HANDLE page = nullptr;
+    uint32_t error = 0;
+    const auto draw = [&] {
+        const uint32_t count = CreateBMPFaxPageFromASCII(&filled.settings, 1, &page, &error);
+        EXPECT_EQ(count == 1, error == TIFF_TEXT_DONE);
+        return std::vector<Picture>{count ? TakeBitmap(static_cast<HBITMAP>(page)) : Picture{},
+                                    TakeBitmap(BitmapFormOverlay(filled.form.Path(), &filled.settings)),
+                                    TakeBitmap(BitmapTextOverlay(bitmap, 9, 9, "A", FACE, 20, 0, 0)),
+                                    TakeDib(DIBTextOverlay(dib.Get(), 9, 9, "A", FACE, 20))};
+    };
+    const std::vector<Picture> whole = draw();
+    std::vector<HBRUSH> brushes;
+    while (const HBRUSH brush = CreateSolidBrush(static_cast<COLORREF>(brushes.size())))
+        brushes.push_back(brush);
+    uint32_t failures = 0;
+    for (bool all = false; !all && !brushes.empty();) {
+        const std::vector<Picture> drawn = draw();
+        all = drawn == whole;
+        failures += !all;
+        for (size_t at = 0; at < whole.size(); ++at)
+            EXPECT_TRUE(drawn[at].pixels.empty() || drawn[at] == whole[at]) << at << " after " << failures;
+        DeleteObject(brushes.back());
+        brushes.pop_back();
+    }
+    EXPECT_GT(failures, 2u);
+    for (const HBRUSH brush : brushes)
+        DeleteObject(brush);
+    EXPECT_EQ(Content(dib.Get(), given.size()), given);
+    DeleteObject(bitmap);
 }

@@ -158,12 +158,11 @@ TEST(TextPages, DrawOnTheCallersBitmap)
     TextFile text("a\r\nb");
     text.settings.lineSpacing = 300;
     const LOGFONTA font = Font(TWELVE_POINTS);
-    Hand second(50, 2400, &font);
+    constexpr int32_t LEFT_OF_FORM = 3 * 204 / 100;
     // A form is as large as it is. Only its first page is not blank.
     const Bytes stripes = Repeat(Hex("F0F0F0F0F0F0F0F0"), 2400);
     const HBITMAP form = CreateBitmap(50, 2400, 1, 1, stripes.data());
     text.settings.leftMargin = 1;
-    const Picture before = Look(form);
     Made made;
     made.count = CreateMultiPageFromASCII(&text.settings, 9, made.handles.data(), TIFF_TEXT_DIB, form, 500,
                                           &made.error);
@@ -173,16 +172,8 @@ TEST(TextPages, DrawOnTheCallersBitmap)
     std::memcpy(resolution.data(), &Content(made.handles[0], 32)[24], sizeof(resolution));
     EXPECT_EQ(resolution, (std::array<int32_t, 2>{8031, 7717}));
     const std::vector<Picture> pages = made.Pictures(TIFF_TEXT_DIB);
-    const auto differences = [&](size_t from, size_t to) {
-        return std::mismatch(pages[0].pixels.begin() + static_cast<ptrdiff_t>(from * 50),
-                             pages[0].pixels.begin() + static_cast<ptrdiff_t>(to * 50),
-                             before.pixels.begin() + static_cast<ptrdiff_t>(from * 50))
-                   .first != pages[0].pixels.begin() + static_cast<ptrdiff_t>(to * 50);
-    };
-    EXPECT_FALSE(differences(0, 500));
-    EXPECT_TRUE(differences(500, 540));
-    EXPECT_FALSE(differences(540, 2400));
-    EXPECT_TRUE(pages[1] == second.Text(3 * 204 / 100, TOP, "b").Taken());
+    EXPECT_TRUE(pages[0] == Hand(50, 2400, &font, stripes.data()).Text(LEFT_OF_FORM, 500, "a").Taken());
+    EXPECT_TRUE(pages[1] == Hand(50, 2400, &font).Text(LEFT_OF_FORM, TOP, "b").Taken());
     // Delivered itself, it counts as the first page.
     HANDLE delivered[2] = {};
     EXPECT_EQ(CreateFaxPageFromASCII(&text.settings, 2, delivered, TIFF_TEXT_BITMAP, form, nullptr), 2u);
