@@ -162,14 +162,16 @@ Status EndLine(Layout& layout)
 Status LayBlock(Layout& layout, std::span<const char> bytes)
 {
     const auto isText = [](char byte) { return static_cast<uint8_t>(byte) >= ' '; };
-    Status status = layout.y >= layout.page.bottom ? EndPage(layout) : Status{TIFF_TEXT_DONE};
+    Status status = TIFF_TEXT_DONE;
     while (!bytes.empty() && status == TIFF_TEXT_DONE) {
+        // Only where the first page begins: its first byte ends it.
+        const bool startsBelow = layout.y >= layout.page.bottom;
         size_t used = 1;
         // Deliberate: the byte behind a CR is skipped without a look at it.
         if (layout.afterReturn) {
             layout.afterReturn = false;
         } else if (isText(bytes[0])) {
-            const std::span piece = bytes.first(std::min(bytes.size(), MOST_MEASURED));
+            const std::span piece = bytes.first(std::min(bytes.size(), startsBelow ? 1 : MOST_MEASURED));
             used = static_cast<size_t>(std::find_if_not(piece.begin(), piece.end(), isText) - piece.begin());
             status = AddText(layout, bytes.first(used));
         } else if (bytes[0] == '\t') {
@@ -177,6 +179,8 @@ Status LayBlock(Layout& layout, std::span<const char> bytes)
         } else if (bytes[0] == '\r') {
             status = EndLine(layout);
         }
+        if (status == TIFF_TEXT_DONE && layout.y >= layout.page.bottom)
+            status = EndPage(layout);
         bytes = bytes.subspan(used);
     }
     return status;

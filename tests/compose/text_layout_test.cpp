@@ -138,7 +138,7 @@ TEST(TextLayout, TheLimitTheStartAndTheSpacing)
         {"one line less does not", "a\r\nb\r\nc", 1, 0, SmallPage(), 0, 1, "[5,7 a][5,27 b][5,47 c]/"},
         {"text is left", "a\r\nb\r\nc\r\nd", 1, 0, SmallPage(), 2, 1, "[5,7 a][5,27 b][5,47 c]/"},
         {"from the middle", "a\r\nb\r\n", 9, 30, SmallPage(), 0, 2, "[5,30 a][5,50 b]/+/"},
-        {"from the margin on", "a", 9, 67, SmallPage(), 0, 2, "/+[5,7 a]/"},
+        {"from the margin on, its first byte ends the page", "\r\na", 9, 67, SmallPage(), 0, 2, "/+[5,7 a]/"},
         {"from nowhere", "a", 9, UINT32_MAX, SmallPage(), 0, 2, "/+[5,7 a]/"},
         {"from nowhere, without text", "", 9, UINT32_MAX, SmallPage(), 0, 1, "/"},
         {"spacing", "a\r\nb\r\nc\r\nd", 9, 0, spaced, 0, 2, "[5,7 a][5,32 b][5,57 c]/+[5,7 d]/"},
