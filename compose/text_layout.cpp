@@ -123,7 +123,7 @@ Status AddText(Layout& layout, std::span<const char> added)
         return TIFF_TEXT_NO_PAGE;
     std::array<int32_t, MOST_MEASURED> widths;
     layout.device.measure(layout.device.record, added, widths.data());
-    const int64_t kept = 2 * int64_t{layout.device.width};
+    const int64_t kept = 2 * int64_t{std::max(layout.device.width, layout.page.width)};
     for (size_t index = 0; index < added.size(); ++index) {
         if (layout.width < kept) {
             text[layout.length++] = added[index];

@@ -34,7 +34,7 @@ struct TextDevice {
     // Makes a blank page.
     Status (*begin)(void* record);
     void* record;
-    int32_t width; // of a page
+    int32_t width; // of its pages, which may differ from the geometry's
     int32_t lineHeight;
 };
 

@@ -16,6 +16,7 @@ struct Paper {
     std::string drawn;
     uint64_t measured = 0;
     uint32_t pagesBeforeFailure = UINT32_MAX;
+    int32_t width = 300;
 };
 
 void Measure(void* record, std::span<const char> text, int32_t* widths)
@@ -75,7 +76,7 @@ Result Lay(Paper& paper, std::string_view text, uint32_t limit = 9, uint32_t sta
     const FileHandle opened(file.Path(), GENERIC_READ, OPEN_EXISTING);
     TextGeometry page;
     EXPECT_TRUE(PlanGeometry(settings, page));
-    const TextDevice device = {Measure, Write, Deliver, Begin, &paper, page.width, 20};
+    const TextDevice device = {Measure, Write, Deliver, Begin, &paper, paper.width, 20};
     Result result{};
     result.status = LayText(opened.Get(), page, device, startY, limit, result.pages);
     return result;
@@ -169,9 +170,12 @@ TEST(TextLayout, LongTextsAreMeasuredOnce)
     EXPECT_EQ(Lay(paper, words, 100'000).status, Status{TIFF_TEXT_DONE});
     EXPECT_EQ(paper.measured, words.size());
     // Of a word only what may be seen is drawn; the break behind it still ends its line.
+    Paper narrow{.width = 1};
+    Lay(narrow, "aaa bbb ccc ddd");
+    EXPECT_EQ(narrow.drawn, "[5,7 aaa bbb ][5,27 ccc ddd]/");
     Paper one;
     EXPECT_EQ(Lay(one, std::string(1'000'000, 'x') + " y").status, Status{TIFF_TEXT_DONE});
-    EXPECT_EQ(one.drawn, "[5,7 " + std::string(22, 'x') + "][5,27 y]/");
+    EXPECT_EQ(one.drawn, "[5,7 " + std::string(60, 'x') + "][5,27 y]/");
 }
 
 TEST(TextLayout, LengthsBecomePixels)

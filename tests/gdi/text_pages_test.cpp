@@ -58,6 +58,8 @@ TEST(TextPages, LookAsDrawnByHand)
     ownTaken.lfHeight = TWELVE_POINTS;
     const LOGFONTA plain = Font(TWELVE_POINTS), bold = Font(TWELVE_POINTS, 700),
                    italic = Font(TWELVE_POINTS, 400, true);
+    LOGFONTA arabic = plain; // without a table of widths
+    arabic.lfCharSet = ARABIC_CHARSET;
     const struct {
         const char* row;
         const char* face;
@@ -69,6 +71,7 @@ TEST(TextPages, LookAsDrawnByHand)
         {"bold", FACE, TIFF_TEXT_BOLD, nullptr, &bold},
         {"italic", FACE, TIFF_TEXT_ITALIC, nullptr, &italic},
         {"a font of its own", "", 0, &own, &ownTaken},
+        {"measured by GDI", FACE, 0, &arabic, &arabic},
         {"no font", "", TIFF_TEXT_BOLD, nullptr, nullptr},
     };
     for (const auto& [row, face, flags, given, font] : rows) {
