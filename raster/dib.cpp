@@ -92,6 +92,16 @@ Status CompleteDib(std::span<uint8_t> block, DibView& view)
     return status;
 }
 
+int32_t ToDotsPerMetre(uint32_t dotsPerInch)
+{
+    return static_cast<int32_t>(std::min<double>(dotsPerInch * INCHES_PER_METRE + 0.5, INT32_MAX));
+}
+
+uint32_t ToDotsPerInch(int32_t dotsPerMetre)
+{
+    return static_cast<uint32_t>(std::max(dotsPerMetre, 0) / INCHES_PER_METRE + 0.5);
+}
+
 PictureFormat FormatOfDib(const DibView& view)
 {
     PictureFormat format{};

@@ -38,11 +38,14 @@ extern const Command insertCommand;
 extern const Command iocaCommand;
 extern const Command modcaCommand;
 extern const Command numberCommand;
+extern const Command overlayCommand;
 extern const Command pasteCommand;
 extern const Command renderCommand;
 extern const Command reorderCommand;
 extern const Command splitCommand;
+extern const Command stampCommand;
 extern const Command tagCommand;
+extern const Command textCommand;
 
 // Owns an open TIFF file for a scope.
 struct OpenFile {

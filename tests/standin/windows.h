@@ -98,6 +98,14 @@ typedef struct BITMAPINFO {
 } BITMAPINFO;
 static_assert(sizeof(BITMAPINFO) == 44, "layout");
 
+typedef struct LOGFONTA {
+    LONG lfHeight, lfWidth, lfEscapement, lfOrientation, lfWeight;
+    BYTE lfItalic, lfUnderline, lfStrikeOut, lfCharSet, lfOutPrecision, lfClipPrecision, lfQuality,
+        lfPitchAndFamily;
+    char lfFaceName[32];
+} LOGFONTA;
+static_assert(sizeof(LOGFONTA) == 60, "layout");
+
 extern "C" {
 
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, void* security, DWORD disposition, DWORD flags,
