@@ -4,6 +4,7 @@
 
 #include "core/byte_order.h"
 #include "core/global_block.h"
+#include "core/sixteen.h"
 
 #include <algorithm>
 #include <bit>
@@ -19,8 +20,8 @@ constexpr uint32_t GREYS = 256;
 class Centres {
 public:
     Centres(uint32_t part, uint32_t size)
-        : denominator(2 * uint64_t{size}), step(2 * uint64_t{part}), pixel(part / denominator),
-          rest(part % denominator)
+        : denominator(2 * uint64_t{size}), step(part / size), stepRest(2 * uint64_t{part % size}),
+          pixel(part / denominator), rest(part % denominator)
     {
     }
     uint32_t Pixel() const
@@ -29,8 +30,8 @@ public:
     }
     void Next()
     {
-        pixel += step / denominator;
-        rest += step % denominator;
+        pixel += step;
+        rest += stepRest;
         if (rest >= denominator) {
             rest -= denominator;
             ++pixel;
@@ -38,22 +39,24 @@ public:
     }
 
 private:
-    uint64_t denominator, step, pixel, rest;
+    uint64_t denominator, step, stepRest, pixel, rest;
 };
 
 // The pixels of a part under each pixel of the result, with their pieces: `first` of pixel `begin`, all of
 // the `whole` pixels behind it, `last` of the next. An axis that is not reduced has its pixels repeated.
 class Covers {
 public:
-    Covers(uint32_t part, uint32_t size) : part(part), size(size), reduces(size < part), centre(part, size)
+    Covers(uint32_t part, uint32_t size)
+        : first(size < part ? size : part), part(part), size(size), reduces(size < part), centre(part, size)
     {
         Measure();
     }
     void Next()
     {
-        begin += reduces ? whole + 1 : 0;
-        used = last;
-        centre.Next();
+        if (reduces) {
+            begin += whole + 1;
+            first = size - last;
+        }
         Measure();
     }
     bool Reduces() const
@@ -62,26 +65,24 @@ public:
     }
 
     uint32_t begin = 0, whole = 0;
-    uint64_t first = 0, last = 0;
+    uint64_t first, last = 0;
 
 private:
     void Measure()
     {
-        if (!reduces) {
+        if (reduces) {
+            const auto rest = static_cast<uint32_t>(part - first);
+            whole = rest / size;
+            last = rest % size;
+        } else {
             begin = centre.Pixel();
-            first = part;
-            return;
+            centre.Next();
         }
-        first = size - used;
-        const uint64_t rest = part - first;
-        whole = static_cast<uint32_t>(rest / size);
-        last = rest % size;
     }
 
     uint32_t part, size;
     bool reduces;
     Centres centre;
-    uint64_t used = 0; // pieces of pixel `begin` that the pixel before has
 };
 
 // What a result is made of.
@@ -121,9 +122,20 @@ void CopyBits(uint8_t* target, const uint8_t* row, uint64_t firstBit, uint64_t b
     if (shift == 0) {
         std::memcpy(target, from, static_cast<size_t>(bytes));
     } else {
-        // The last byte may take all of its bits from the last one of the row.
         const uint64_t sourceBytes = (shift + bitCount + 7) / 8;
-        for (uint64_t at = 0; at < bytes; ++at) {
+        uint64_t at = 0;
+        for (; at + SIXTEEN < sourceBytes; at += SIXTEEN)
+            StoreSixteen(target + at, Or(RaiseBits(LoadSixteen(from + at), shift),
+                                         LowerBits(LoadSixteen(from + at + 1), 8 - shift)));
+        if (at != 0) {
+            // Most of the last word is made twice.
+            at = sourceBytes - 1 - SIXTEEN;
+            StoreSixteen(target + at, Or(RaiseBits(LoadSixteen(from + at), shift),
+                                         LowerBits(LoadSixteen(from + at + 1), 8 - shift)));
+            at += SIXTEEN;
+        }
+        // The last byte may take all of its bits from the last one of the row.
+        for (; at < bytes; ++at) {
             const uint32_t next = at + 1 < sourceBytes ? from[at + 1] : 0;
             target[at] = static_cast<uint8_t>((uint32_t{from[at]} << 8 | next) >> (8 - shift));
         }
@@ -132,9 +144,23 @@ void CopyBits(uint8_t* target, const uint8_t* row, uint64_t firstBit, uint64_t b
         target[bytes - 1] = static_cast<uint8_t>(target[bytes - 1] & 0xFF00u >> bitCount % 8);
 }
 
+// Up to the end of the row, whose padding is zero.
+void ClearBehind(const Job& job, uint8_t* target, uint64_t bytes)
+{
+    std::memset(target + bytes, 0, static_cast<size_t>(job.stride - bytes));
+}
+
+void CopyPixels(const Job& job, const uint8_t* row, uint8_t* target)
+{
+    const uint64_t bits = job.view.bitCount, copied = job.order.width * bits;
+    CopyBits(target, row, job.order.left * bits, copied);
+    ClearBehind(job, target, (copied + 7) / 8);
+}
+
 void PickRow(const Job& job, const uint8_t* row, uint8_t* target)
 {
     const uint32_t bits = job.view.bitCount, left = job.order.left;
+    std::memset(target, 0, static_cast<size_t>(job.stride));
     Centres column(job.order.partWidth, job.order.width);
     for (uint32_t x = 0; x < job.order.width; ++x, column.Next()) {
         const uint32_t pixel = left + column.Pixel();
@@ -149,7 +175,7 @@ void PickRow(const Job& job, const uint8_t* row, uint8_t* target)
     }
 }
 
-// The result is new memory, still zero. A row that repeats the one before is copied.
+// A row that repeats the one before is copied.
 void Pick(const Job& job)
 {
     const ResizeOrder& order = job.order;
@@ -160,8 +186,7 @@ void Pick(const Job& job)
         if (row.Pixel() == before)
             std::memcpy(target, job.ResultRow(y - 1), static_cast<size_t>(job.stride));
         else if (order.width == order.partWidth)
-            CopyBits(target, job.SourceRow(row.Pixel()), uint64_t{order.left} * job.view.bitCount,
-                     uint64_t{order.width} * job.view.bitCount);
+            CopyPixels(job, job.SourceRow(row.Pixel()), target);
         else
             PickRow(job, job.SourceRow(row.Pixel()), target);
         before = row.Pixel();
@@ -201,51 +226,77 @@ void AddRow(const ResizeOrder& order, uint64_t times, uint64_t* sums, size_t cha
     }
 }
 
-// Set pixels of a bilevel row, which has so many bytes.
-uint32_t CountSet(const uint8_t* row, uint32_t rowBytes, uint32_t first, uint32_t count)
+// Up to 57 pixels of a bilevel row, the first in the highest bit. The row has so many bytes.
+constexpr uint32_t WINDOW = 57;
+
+uint64_t PixelsFrom(const uint8_t* row, uint32_t rowBytes, uint32_t first)
 {
-    constexpr uint32_t READABLE = 57;
-    uint32_t set = 0;
-    while (count != 0) {
-        const uint32_t byte = first / 8, taken = std::min(count, READABLE);
-        uint64_t word = 0;
-        if (byte + sizeof(word) <= rowBytes) {
-            std::memcpy(&word, row + byte, sizeof(word));
+    const uint32_t byte = first / 8;
+    uint64_t word = 0;
+    if (byte + sizeof(word) <= rowBytes) {
+        std::memcpy(&word, row + byte, sizeof(word));
+        if constexpr (std::endian::native == std::endian::little)
             word = Swap64(word);
-        } else {
-            for (uint32_t at = byte; at < rowBytes; ++at)
-                word |= uint64_t{row[at]} << (56 - 8 * (at - byte));
-        }
-        word = word << first % 8 >> (64 - taken);
-        set += word ? static_cast<uint32_t>(std::popcount(word)) : 0;
-        first += taken;
-        count -= taken;
+    } else {
+        for (uint32_t at = byte; at < rowBytes; ++at)
+            word |= uint64_t{row[at]} << (56 - 8 * (at - byte));
     }
-    return set;
+    return word << first % 8;
 }
 
-bool IsClear(const uint8_t* row, uint32_t rowBytes)
+uint32_t CountSet(const uint8_t* row, uint32_t rowBytes, uint32_t first, uint32_t count)
 {
-    return std::all_of(row, row + rowBytes, [](uint8_t byte) { return byte == 0; });
+    uint32_t set = 0;
+    for (; count > WINDOW; first += WINDOW, count -= WINDOW)
+        set += static_cast<uint32_t>(std::popcount(PixelsFrom(row, rowBytes, first) >> (64 - WINDOW)));
+    return count
+               ? set + static_cast<uint32_t>(std::popcount(PixelsFrom(row, rowBytes, first) >> (64 - count)))
+               : set;
+}
+
+// The pieces of the set pixels under a pixel of the result. Nearly always the pixels are all alike.
+uint64_t PiecesSet(const uint8_t* row, uint32_t rowBytes, const Covers& cover, uint32_t begin,
+                   uint64_t pieces, uint64_t all)
+{
+    const uint32_t behind = begin + cover.whole + 1;
+    const uint32_t count = 1 + cover.whole + (cover.last != 0);
+    if (count > WINDOW)
+        return cover.first * BitAt(row, begin) + pieces * CountSet(row, rowBytes, begin + 1, cover.whole) +
+               (cover.last ? cover.last * BitAt(row, behind) : 0);
+    const uint64_t pixels = PixelsFrom(row, rowBytes, begin);
+    const uint64_t alike = pixels >> (64 - count);
+    if (alike == 0)
+        return 0;
+    if (alike == UINT64_MAX >> (64 - count))
+        return all;
+    const uint64_t between = cover.whole ? pixels << 1 >> (64 - cover.whole) : 0;
+    const uint64_t last = cover.last ? pixels << (count - 1) >> 63 : 0;
+    return cover.first * (pixels >> 63) + pieces * static_cast<uint64_t>(std::popcount(between)) +
+           cover.last * last;
+}
+
+// Whether the bytes of a row's part are all 00 or all FF.
+bool IsUniform(const uint8_t* row, uint32_t left, uint32_t width)
+{
+    const uint8_t* first = row + left / 8;
+    const size_t more = (left + width - 1) / 8 - left / 8;
+    return (*first == 0 || *first == 0xFF) && std::memcmp(first, first + 1, more) == 0;
 }
 
 // The sums of a bilevel row count its set pixels.
 void AddBits(const Job& job, const uint8_t* row, uint64_t times, uint64_t* sums)
 {
     const ResizeOrder& order = job.order;
-    if (IsClear(row, job.view.stride))
+    const uint64_t all = order.partWidth;
+    if (IsUniform(row, order.left, order.partWidth)) {
+        if (BitAt(row, order.left))
+            for (uint32_t x = 0; x < order.width; ++x)
+                sums[x] += times * all;
         return;
-    Covers cover(order.partWidth, order.width);
-    for (uint32_t x = 0; x < order.width; ++x, cover.Next()) {
-        const uint32_t begin = order.left + cover.begin;
-        const bool ends = cover.last != 0;
-        if (CountSet(row, job.view.stride, begin, 1 + cover.whole + ends) == 0)
-            continue;
-        uint64_t sum = cover.first * BitAt(row, begin);
-        sum += uint64_t{order.width} * CountSet(row, job.view.stride, begin + 1, cover.whole);
-        sum += ends ? cover.last * BitAt(row, begin + cover.whole + 1) : 0;
-        sums[x] += times * sum;
     }
+    Covers cover(order.partWidth, order.width);
+    for (uint32_t x = 0; x < order.width; ++x, cover.Next())
+        sums[x] += times * PiecesSet(row, job.view.stride, cover, order.left + cover.begin, order.width, all);
 }
 
 // What the sums of a result hold, and how its pixels are made of them.
@@ -292,6 +343,7 @@ void FinishRow(const Job& job, const Smoothing& smoothing, const uint64_t* sums,
         const uint64_t sum = smoothing.counts ? clear * (all - sums[at]) + set * sums[at] : sums[at];
         target[at] = static_cast<uint8_t>(static_cast<double>(sum + all / 2) / total);
     }
+    ClearBehind(job, target, count);
 }
 
 void Smooth(const Job& job, const Smoothing& smoothing, std::span<uint64_t> sums)
@@ -367,7 +419,8 @@ HGLOBAL ResizeDib(const DibView& view, const ResizeOrder& order, Status& status)
     const uint64_t stride = DibStride(order.width, bitCount), imageBytes = stride * order.height;
     const uint64_t pixelsAt = sizeof(BITMAPINFOHEADER) + uint64_t{colours} * sizeof(RGBQUAD);
     const size_t sumCount = order.smooth ? size_t{order.width} * smoothing.channels : 0;
-    GlobalBlock result(imageBytes <= UINT32_MAX ? pixelsAt + imageBytes : UINT64_MAX);
+    GlobalBlock result =
+        GlobalBlock::Uncleared(imageBytes <= UINT32_MAX ? pixelsAt + imageBytes : UINT64_MAX);
     GlobalBlock sumBlock(sumCount * sizeof(uint64_t));
     Locked<uint8_t> dib(result.Get());
     const Locked<uint64_t> sums(sumBlock.Get());

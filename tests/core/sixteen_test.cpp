@@ -39,6 +39,10 @@ TEST(Sixteen, IsTheSameByPlainCode)
         EXPECT_EQ(BytesOf(tiff::Xor(a, b)), BytesOf(plain::Xor(c, d)));
         EXPECT_EQ(BytesOf(tiff::AddBytes(a, b)), BytesOf(plain::AddBytes(c, d)));
         EXPECT_EQ(BytesOf(tiff::SubtractBytes(a, b)), BytesOf(plain::SubtractBytes(c, d)));
+        for (uint32_t bits = 0; bits < 8; ++bits) {
+            EXPECT_EQ(BytesOf(tiff::RaiseBits(a, bits)), BytesOf(plain::RaiseBits(c, bits)));
+            EXPECT_EQ(BytesOf(tiff::LowerBits(a, bits)), BytesOf(plain::LowerBits(c, bits)));
+        }
         EXPECT_EQ(BytesOf(tiff::AddColumns(a, b)), BytesOf(plain::AddColumns(c, d)));
         EXPECT_EQ(BytesOf(tiff::GreaterColumns(a, b)), BytesOf(plain::GreaterColumns(c, d)));
         EXPECT_EQ(BytesOf(tiff::ShiftUp<3>(a)), BytesOf(plain::ShiftUp<3>(c)));
