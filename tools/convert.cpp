@@ -64,7 +64,7 @@ int RunConvert(Arguments arguments)
 
 const Command convertCommand = {
     .name = "convert",
-    .arguments = "IN.tif|IN.bmp OUT.tif --compression NAME [OPTION...]",
+    .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --compression NAME [OPTION...]",
     .summary = "Saves pages anew in another compression.",
     .details = "  --compression none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4\n"
                "  --fill-order 1|2  1 stores the most significant bit first, 2 the least\n"
