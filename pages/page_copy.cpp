@@ -38,7 +38,7 @@ Status AppendContent(CopyRun& run, const PageContent& content, uint32_t link)
     return status;
 }
 
-Status AppendPlan(CopyRun& run, const PagePlan& plan)
+Status AppendPlan(CopyRun& run, const CopyPlan& plan)
 {
     const DirectoryLayout& layout = plan.page.layout;
     Status status = AppendContent(run, plan.page, 0);
@@ -53,7 +53,7 @@ Status AppendPlan(CopyRun& run, const PagePlan& plan)
     return EndPage(run.output, layout.directoryOffset, layout.linkPosition);
 }
 
-Status PlanPage(CopySource& source, uint32_t page, const PageTags& tags, PagePlan& plan)
+Status PlanPage(CopySource& source, uint32_t page, const PageTags& tags, CopyPlan& plan)
 {
     source.scratch.GiveBack();
     plan.offset = FindPage(source.file, page)->directoryOffset;
@@ -73,7 +73,7 @@ Status CopyPage(CopyRun& run, uint32_t page)
     const PageTags tags(run.source.file, page);
     if (!tags)
         return PageStatus(run.source.file, page);
-    PagePlan plan;
+    CopyPlan plan;
     if (const Status status = PlanPage(run.source, page, tags, plan); status != error::None)
         return status;
     if (const Status status = OpenOutput(run); status != error::None)

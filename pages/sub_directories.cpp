@@ -22,7 +22,7 @@ bool Spend(const CopySource& source, uint64_t& spent, uint64_t bytes)
 }
 
 // Takes an entry and its values. An entry whose values are missing from the file is left out.
-Status TakeEntry(CopySource& source, PagePlan& plan, const RawEntry& entry, DirectoryTag*& end)
+Status TakeEntry(CopySource& source, CopyPlan& plan, const RawEntry& entry, DirectoryTag*& end)
 {
     if (!HasValues(source, entry) || !Spend(source, plan.directoryBytes, entry.valueBytes))
         return error::None;
@@ -39,7 +39,7 @@ Status TakeEntry(CopySource& source, PagePlan& plan, const RawEntry& entry, Dire
 }
 
 // Reads the tags of a directory: first all entries at once, then their values.
-Status ReadTags(CopySource& source, PagePlan& plan, SubDirectory& directory)
+Status ReadTags(CopySource& source, CopyPlan& plan, SubDirectory& directory)
 {
     const auto entryCount = FetchEntryCount(source, directory.offset);
     const uint64_t bytes = 2 + uint64_t{entryCount.value_or(0)} * ENTRY_BYTES;
@@ -70,10 +70,10 @@ uint32_t FetchLink(CopySource& source, uint32_t directory)
     return link ? Load32(link, source.window.byteOrder) : 0;
 }
 
-Status FollowTags(CopySource& source, PagePlan& plan, PageContent& content, uint32_t depth);
+Status FollowTags(CopySource& source, CopyPlan& plan, PageContent& content, uint32_t depth);
 
 // Reads a directory and its data, and adds them to the end of the plan.
-Status Read(CopySource& source, PagePlan& plan, uint32_t offset, SubDirectory*& found)
+Status Read(CopySource& source, CopyPlan& plan, uint32_t offset, SubDirectory*& found)
 {
     const auto room = source.scratch.TakeSpan<SubDirectory>(1);
     if (room.empty())
@@ -92,7 +92,7 @@ Status Read(CopySource& source, PagePlan& plan, uint32_t offset, SubDirectory*& 
 }
 
 // The plan's directory for an offset in the source; null when the branch ends.
-Status Visit(CopySource& source, PagePlan& plan, uint32_t offset, uint32_t depth, SubDirectory*& found)
+Status Visit(CopySource& source, CopyPlan& plan, uint32_t offset, uint32_t depth, SubDirectory*& found)
 {
     found = nullptr;
     if (depth > MOST_DEPTH || ++plan.visits > MOST_VISITS || offset == plan.offset)
@@ -113,7 +113,7 @@ Status Visit(CopySource& source, PagePlan& plan, uint32_t offset, uint32_t depth
 }
 
 // SubIFDs may be chains. The links of other directories mean nothing.
-Status FollowChain(CopySource& source, PagePlan& plan, SubDirectory* first, uint32_t depth)
+Status FollowChain(CopySource& source, CopyPlan& plan, SubDirectory* first, uint32_t depth)
 {
     Status status = error::None;
     SubDirectory* last = first;
@@ -133,7 +133,7 @@ Status FollowChain(CopySource& source, PagePlan& plan, SubDirectory* first, uint
     return status;
 }
 
-Status AddPointer(CopySource& source, PagePlan& plan, const DirectoryPointer& pointer)
+Status AddPointer(CopySource& source, CopyPlan& plan, const DirectoryPointer& pointer)
 {
     const auto room = source.scratch.TakeSpan<DirectoryPointer>(1);
     if (room.empty())
@@ -144,7 +144,7 @@ Status AddPointer(CopySource& source, PagePlan& plan, const DirectoryPointer& po
 }
 
 // Follows the values of a tag and removes those that lead nowhere. A value of 0 stays.
-Status FollowTag(CopySource& source, PagePlan& plan, DirectoryTag& tag, uint32_t depth)
+Status FollowTag(CopySource& source, CopyPlan& plan, DirectoryTag& tag, uint32_t depth)
 {
     const auto values = source.scratch.TakeSpan<uint32_t>(std::min(tag.view.count, MOST_VISITS));
     if (!values.data())
@@ -175,7 +175,7 @@ Status FollowTag(CopySource& source, PagePlan& plan, DirectoryTag& tag, uint32_t
     return error::None;
 }
 
-Status FollowTags(CopySource& source, PagePlan& plan, PageContent& content, uint32_t depth)
+Status FollowTags(CopySource& source, CopyPlan& plan, PageContent& content, uint32_t depth)
 {
     for (const uint16_t number : directoryTags) {
         DirectoryTag* tag = FindTag(content.tags, number);
@@ -191,7 +191,7 @@ Status FollowTags(CopySource& source, PagePlan& plan, PageContent& content, uint
 
 } // namespace
 
-Status FindSubDirectories(CopySource& source, PagePlan& plan)
+Status FindSubDirectories(CopySource& source, CopyPlan& plan)
 {
     plan.first = plan.last = nullptr;
     plan.pointers = nullptr;
@@ -201,7 +201,7 @@ Status FindSubDirectories(CopySource& source, PagePlan& plan)
     return FollowTags(source, plan, plan.page, 0);
 }
 
-Status PlacePlan(PagePlan& plan, uint32_t start, uint32_t byteOrder)
+Status PlacePlan(CopyPlan& plan, uint32_t start, uint32_t byteOrder)
 {
     if (const Status status = PlaceContent(plan.page, start); status != error::None)
         return status;

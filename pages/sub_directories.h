@@ -23,7 +23,7 @@ struct DirectoryPointer {
 };
 
 // A page with all its sub-directories.
-struct PagePlan {
+struct CopyPlan {
     PageContent page;
     uint32_t offset; // of the page's directory in the source
     SubDirectory* first;
@@ -38,9 +38,9 @@ struct PagePlan {
 // Finds the sub-directories of a page whose own content is known. A branch that goes too deep, has a loop or
 // cannot be read ends there: its value is removed from the tag, and `whole` becomes false. Returns 1, or 6
 // when bytes inside the file could not be read.
-[[nodiscard]] Status FindSubDirectories(CopySource& source, PagePlan& plan);
+[[nodiscard]] Status FindSubDirectories(CopySource& source, CopyPlan& plan);
 
 // Lays out the page and its sub-directories from a file position on. Returns 6 beyond 4 GiB.
-[[nodiscard]] Status PlacePlan(PagePlan& plan, uint32_t start, uint32_t byteOrder);
+[[nodiscard]] Status PlacePlan(CopyPlan& plan, uint32_t start, uint32_t byteOrder);
 
 } // namespace tiff
