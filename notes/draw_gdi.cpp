@@ -52,7 +52,7 @@ struct NoteFont {
     MemoryDc measured;
     std::optional<Selected> inMeasured, inDrawn;
     LetterWidths letters;
-    int32_t lineHeight;
+    int32_t lineHeight, ascent;
 };
 
 struct NoteDrawing {
@@ -77,7 +77,8 @@ public:
             across, 0, 0, down, static_cast<float>(picture.left), static_cast<float>(picture.top)};
         IntersectClipRect(dc, picture.left, picture.top, picture.right, picture.bottom);
         moved = SetGraphicsMode(dc, GM_ADVANCED) && ModifyWorldTransform(dc, &toPicture, MWT_LEFTMULTIPLY);
-        SetTextAlign(dc, TA_LEFT | TA_TOP | TA_NOUPDATECP);
+        // Not the top: not every system finds it on a turned page.
+        SetTextAlign(dc, TA_LEFT | TA_BASELINE | TA_NOUPDATECP);
         SetTextCharacterExtra(dc, 0);
         SetTextJustification(dc, 0, 0);
         SetTextColor(dc, RGB(0, 0, 0));
@@ -129,6 +130,10 @@ bool SelectNoteFont(NoteDrawing& drawing, int32_t letterHeight)
     font.inDrawn.emplace(drawing.dc, font.font.Get());
     if (!*font.inMeasured || !*font.inDrawn)
         return false;
+    TEXTMETRICA metrics;
+    if (!GetTextMetricsA(font.measured.Get(), &metrics))
+        return false;
+    font.ascent = metrics.tmAscent;
     ReadLetterWidths(font.measured.Get(), font.letters);
     font.lineHeight = LineHeightOf(font.measured.Get());
     font.height = height;
@@ -143,8 +148,8 @@ void MeasureNote(void* record, std::span<const char> text, int32_t* widths)
 void DrawPiece(const NoteDrawing& drawing, int32_t x, int32_t y, std::span<const char> text,
                const INT* widths)
 {
-    ExtTextOutA(drawing.dc, x, y, ETO_CLIPPED, &drawing.note, text.data(), static_cast<UINT>(text.size()),
-                widths);
+    ExtTextOutA(drawing.dc, x, y + drawing.font.ascent, ETO_CLIPPED, &drawing.note, text.data(),
+                static_cast<UINT>(text.size()), widths);
 }
 
 // In true size letters stand where GDI puts them; else where they would stand in true size.
@@ -181,25 +186,42 @@ Status LayNote(NoteDrawing& drawing, std::span<const char> text)
     return LayTextOnPage(text, geometry, device) == TIFF_TEXT_NO_PAGE ? error::NotEnoughMemory : error::None;
 }
 
-// The frame's line stands on the outer pixels of the rectangle, and is one pixel of the device wide.
-Status DrawFrame(NoteDrawing& drawing)
+// The corners of the rectangle's outer pixels on the device. What lies far from the page is cut off with it.
+std::array<POINT, 4> FrameCorners(const NoteDrawing& drawing)
 {
-    if (!drawing.pen)
-        drawing.pen.Adopt(CreatePen(PS_SOLID, 0, RGB(0, 0, 0)));
-    const Selected pen(drawing.dc, drawing.pen.Get()), brush(drawing.dc, GetStockObject(WHITE_BRUSH));
-    if (!pen || !brush)
-        return error::NotEnoughMemory;
-    // What lies farther out is cut off with the page.
     const auto within = [](LONG place, int32_t size) {
         const LONG margin = std::min(size, FARTHEST);
         return std::clamp(place, -margin, margin * 2);
     };
     const LONG left = within(drawing.note.left, drawing.page.width),
-               right = within(drawing.note.right, drawing.page.width) - 1;
-    const LONG top = within(drawing.note.top, drawing.page.height),
-               bottom = within(drawing.note.bottom, drawing.page.height) - 1;
-    const POINT corners[] = {{left, top}, {right, top}, {right, bottom}, {left, bottom}};
-    Polygon(drawing.dc, corners, static_cast<int>(std::size(corners)));
+               right = within(drawing.note.right, drawing.page.width),
+               top = within(drawing.note.top, drawing.page.height),
+               bottom = within(drawing.note.bottom, drawing.page.height);
+    std::array<POINT, 4> corners = {{{left, top}, {right, top}, {right, bottom}, {left, bottom}}};
+    LPtoDP(drawing.dc, corners.data(), static_cast<int>(corners.size()));
+    LONG farthestX = corners[0].x, farthestY = corners[0].y;
+    for (const POINT& corner : corners) {
+        farthestX = std::max(farthestX, corner.x);
+        farthestY = std::max(farthestY, corner.y);
+    }
+    for (POINT& corner : corners) {
+        corner.x -= corner.x == farthestX;
+        corner.y -= corner.y == farthestY;
+    }
+    return corners;
+}
+
+// Its line is one pixel of the device wide.
+Status DrawFrame(NoteDrawing& drawing)
+{
+    const std::array<POINT, 4> corners = FrameCorners(drawing);
+    if (!drawing.pen)
+        drawing.pen.Adopt(CreatePen(PS_SOLID, 0, RGB(0, 0, 0)));
+    const DevicePixels pixels(drawing.dc);
+    const Selected pen(drawing.dc, drawing.pen.Get()), brush(drawing.dc, GetStockObject(WHITE_BRUSH));
+    if (!pen || !brush)
+        return error::NotEnoughMemory;
+    Polygon(drawing.dc, corners.data(), static_cast<int>(corners.size()));
     return error::None;
 }
 
