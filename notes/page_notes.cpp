@@ -18,45 +18,8 @@ static_assert(offsetof(TiffNote, textBytes) == 24 && offsetof(TiffNote, text) ==
 
 namespace {
 
-// A value before and after a change.
-struct NewValue {
-    GlobalBlock block;
-    size_t bytes = 0;     // of the block in use
-    bool isEmpty = false; // the tag goes
-};
-
-// What stands behind the first zero belongs to the value as well, though not to its notes.
-Status ChangeValue(std::span<const uint8_t> old, const NoteEdit& edit, NewValue& changed)
-{
-    const auto zero = std::find(old.begin(), old.end(), 0);
-    const std::span notes(old.begin(), zero), behind(zero, old.end());
-    NotePlace place{};
-    if (const Status status = FindNotePlace(notes, edit, place); status != error::None)
-        return status;
-    const uint64_t most = uint64_t{old.size()} + 2 + (edit.note ? MostRecordBytes(*edit.note) : 0);
-    changed.block = GlobalBlock(most);
-    const Locked<uint8_t> block(changed.block.Get());
-    if (!block)
-        return error::NotEnoughMemory;
-    uint8_t* end = std::copy_n(notes.begin(), place.from, block.Get());
-    if (place.doubleLast)
-        *end++ = '~';
-    if (edit.note)
-        end += WriteRecord(*edit.note, end);
-    end = std::copy(notes.begin() + static_cast<ptrdiff_t>(place.to), notes.end(), end);
-    const bool onlyZeros =
-        std::find_if(behind.begin(), behind.end(), [](uint8_t byte) { return byte != 0; }) == behind.end();
-    changed.isEmpty = onlyZeros && end == block.Get();
-    if (onlyZeros)
-        *end++ = 0;
-    else
-        end = std::copy(behind.begin(), behind.end(), end);
-    changed.bytes = static_cast<size_t>(end - block.Get());
-    return changed.bytes <= UINT32_MAX ? error::None : error::NotEnoughMemory;
-}
-
 // The tag as the file has it: a value that cannot be read must not count as missing.
-Status PlanChange(const char* path, uint32_t page, const NoteEdit& edit, NewValue& changed)
+Status PlanChange(const char* path, uint32_t page, const NoteEdit& edit, NoteValue& changed)
 {
     const OpenedTiff file(path, T_READ);
     if (!file)
@@ -74,7 +37,7 @@ Status PlanChange(const char* path, uint32_t page, const NoteEdit& edit, NewValu
 int32_t ChangeNotes(const char* path, uint32_t page, const NoteEdit& edit)
 {
     const bool complete = path && (edit.note || edit.change == NoteChange::Delete);
-    NewValue changed;
+    NoteValue changed;
     const Status status = complete ? PlanChange(path, page, edit, changed) : Status{error::InvalidParameters};
     if (status != error::None)
         return FinishEdit(status);

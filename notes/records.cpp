@@ -105,6 +105,43 @@ bool EndsInSingleTilde(std::span<const uint8_t> record)
     return (other - record.rbegin()) % 2 != 0;
 }
 
+// Where to change a value: bytes [from, to) give way.
+struct NotePlace {
+    size_t from, to;
+    bool doubleLast; // the byte before it is a "~" that would be taken with the new record's
+};
+
+constexpr size_t HEAD_BYTES = 80; // marker and fields take less
+
+size_t MostRecordBytes(const TiffNote& note)
+{
+    return HEAD_BYTES + size_t{note.textBytes} * 2;
+}
+
+// Returns its bytes.
+size_t WriteRecord(const TiffNote& note, uint8_t* room)
+{
+    const int head = std::snprintf(reinterpret_cast<char*>(room), HEAD_BYTES, "~,1,%c,%d,%d,%d,%d,%d,",
+                                   static_cast<char>(note.kind), static_cast<int>(note.left),
+                                   static_cast<int>(note.top), static_cast<int>(note.right),
+                                   static_cast<int>(note.bottom), static_cast<int>(note.letterHeight));
+    uint8_t* end = room + head;
+    ForEachClean({note.text, note.textBytes}, [&](uint8_t byte) {
+        *end++ = byte;
+        if (byte == TILDE)
+            *end++ = byte;
+    });
+    return static_cast<size_t>(end - room);
+}
+
+// `old`, if any, is the note in whose place it goes.
+bool CanBeWritten(const TiffNote& note, const TiffNote* old)
+{
+    return (IsPrintable(note.kind) || (old && note.kind == old->kind)) &&
+           (note.letterHeight >= 0 || (old && note.letterHeight == old->letterHeight)) &&
+           note.right > note.left && note.bottom > note.top && (note.text || note.textBytes == 0);
+}
+
 // A new note comes behind all others. Deliberate: it goes before damaged records at the end when the last of
 // them ends in a single "~": that one and the new record's would be read as a pair, and it must not be
 // changed.
@@ -125,6 +162,20 @@ Status FindEnd(std::span<const uint8_t> value, NotePlace& place)
     if (last.damaged)
         place.from = place.to = firstDamaged;
     return error::None;
+}
+
+Status FindNotePlace(std::span<const uint8_t> value, const NoteEdit& edit, NotePlace& place)
+{
+    if (edit.change == NoteChange::Add)
+        return CanBeWritten(*edit.note, nullptr) ? FindEnd(value, place) : Status{error::InvalidParameters};
+    NoteReader reader(value);
+    NoteRecord found{};
+    for (uint64_t count = uint64_t{edit.index} + 1; count != 0; --count)
+        if (!reader.NextNote(found))
+            return error::IndexOutOfRange;
+    place = {reader.at - found.whole.size(), reader.at, false};
+    const bool writable = edit.change == NoteChange::Delete || CanBeWritten(*edit.note, &found.fields);
+    return writable ? error::None : error::InvalidParameters;
 }
 
 } // namespace
@@ -172,45 +223,34 @@ size_t CleanNoteText(std::span<const char> text, std::span<char> room)
     return clean.length;
 }
 
-size_t MostRecordBytes(const TiffNote& note)
+// What stands behind the first zero belongs to the value as well, though not to its notes.
+Status ChangeValue(std::span<const uint8_t> old, const NoteEdit& edit, NoteValue& changed)
 {
-    return NOTE_HEAD_BYTES + size_t{note.textBytes} * 2;
-}
-
-size_t WriteRecord(const TiffNote& note, uint8_t* room)
-{
-    const int head = std::snprintf(reinterpret_cast<char*>(room), NOTE_HEAD_BYTES, "~,1,%c,%d,%d,%d,%d,%d,",
-                                   static_cast<char>(note.kind), static_cast<int>(note.left),
-                                   static_cast<int>(note.top), static_cast<int>(note.right),
-                                   static_cast<int>(note.bottom), static_cast<int>(note.letterHeight));
-    uint8_t* end = room + head;
-    ForEachClean({note.text, note.textBytes}, [&](uint8_t byte) {
-        *end++ = byte;
-        if (byte == TILDE)
-            *end++ = byte;
-    });
-    return static_cast<size_t>(end - room);
-}
-
-bool CanBeWritten(const TiffNote& note, const TiffNote* old)
-{
-    return (IsPrintable(note.kind) || (old && note.kind == old->kind)) &&
-           (note.letterHeight >= 0 || (old && note.letterHeight == old->letterHeight)) &&
-           note.right > note.left && note.bottom > note.top && (note.text || note.textBytes == 0);
-}
-
-Status FindNotePlace(std::span<const uint8_t> value, const NoteEdit& edit, NotePlace& place)
-{
-    if (edit.change == NoteChange::Add)
-        return CanBeWritten(*edit.note, nullptr) ? FindEnd(value, place) : Status{error::InvalidParameters};
-    NoteReader reader(value);
-    NoteRecord found{};
-    for (uint64_t count = uint64_t{edit.index} + 1; count != 0; --count)
-        if (!reader.NextNote(found))
-            return error::IndexOutOfRange;
-    place = {reader.at - found.whole.size(), reader.at, false};
-    const bool writable = edit.change == NoteChange::Delete || CanBeWritten(*edit.note, &found.fields);
-    return writable ? error::None : error::InvalidParameters;
+    const auto zero = std::find(old.begin(), old.end(), 0);
+    const std::span notes(old.begin(), zero), behind(zero, old.end());
+    NotePlace place{};
+    if (const Status status = FindNotePlace(notes, edit, place); status != error::None)
+        return status;
+    const uint64_t most = uint64_t{old.size()} + 2 + (edit.note ? MostRecordBytes(*edit.note) : 0);
+    changed.block = GlobalBlock(most);
+    const Locked<uint8_t> block(changed.block.Get());
+    if (!block)
+        return error::NotEnoughMemory;
+    uint8_t* end = std::copy_n(notes.begin(), place.from, block.Get());
+    if (place.doubleLast)
+        *end++ = '~';
+    if (edit.note)
+        end += WriteRecord(*edit.note, end);
+    end = std::copy(notes.begin() + static_cast<ptrdiff_t>(place.to), notes.end(), end);
+    const bool onlyZeros =
+        std::find_if(behind.begin(), behind.end(), [](uint8_t byte) { return byte != 0; }) == behind.end();
+    changed.isEmpty = onlyZeros && end == block.Get();
+    if (onlyZeros)
+        *end++ = 0;
+    else
+        end = std::copy(behind.begin(), behind.end(), end);
+    changed.bytes = static_cast<size_t>(end - block.Get());
+    return changed.bytes <= UINT32_MAX ? error::None : error::NotEnoughMemory;
 }
 
 } // namespace tiff

@@ -3,6 +3,7 @@
 // one wherever records are looked for, so the last of an odd number before ",1," begins a record.
 #pragma once
 
+#include "core/global_block.h"
 #include "core/vocabulary.h"
 #include "tiff/notes.h"
 
@@ -38,16 +39,6 @@ size_t ReadNoteText(std::span<const uint8_t> written, std::span<char> room);
 // is no room are only counted.
 size_t CleanNoteText(std::span<const char> text, std::span<char> room);
 
-inline constexpr size_t NOTE_HEAD_BYTES = 80; // marker and fields take less
-
-// Bytes of a note as a record, at most; and the record itself, which returns its bytes.
-size_t MostRecordBytes(const TiffNote& note);
-size_t WriteRecord(const TiffNote& note, uint8_t* room);
-
-// What a new note must be; `old`, if any, is the one in whose place it goes.
-[[nodiscard]] bool CanBeWritten(const TiffNote& note, const TiffNote* old);
-
-// A change of a value: bytes [from, to) give way to `added`.
 enum class NoteChange { Add, Replace, Delete };
 
 struct NoteEdit {
@@ -56,13 +47,15 @@ struct NoteEdit {
     const TiffNote* note; // not for Delete
 };
 
-// Where to change a value, whose bytes have no zero.
-struct NotePlace {
-    size_t from, to;
-    bool doubleLast; // the byte before it is a "~" that would be taken with the new record's
+// A changed value.
+struct NoteValue {
+    GlobalBlock block;
+    size_t bytes = 0;     // of the block
+    bool isEmpty = false; // nothing is left in it: the tag goes
 };
 
-// 3 without such a note, 29 for a note that cannot be written, 35 for another program's value.
-[[nodiscard]] Status FindNotePlace(std::span<const uint8_t> value, const NoteEdit& edit, NotePlace& place);
+// 1; 3 without such a note, 29 for a note that cannot be kept, 35 for another program's value. A note in
+// another's place may have the kind and the letter height of that one, which no new note may have.
+[[nodiscard]] Status ChangeValue(std::span<const uint8_t> old, const NoteEdit& edit, NoteValue& changed);
 
 } // namespace tiff
