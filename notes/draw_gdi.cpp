@@ -161,7 +161,7 @@ void DrawNoteLine(void* record, int32_t x, int32_t y, std::span<const char> text
     if (drawing.isTrueSize)
         return DrawPiece(drawing, x, y, text, nullptr);
     std::array<int32_t, MOST_MEASURED> widths;
-    while (!text.empty() && x < drawing.note.right) {
+    while (!text.empty() && x < std::min<LONG>(drawing.note.right, FARTHEST)) {
         const std::span piece = text.first(std::min(text.size(), MOST_MEASURED));
         MeasureNote(record, piece, widths.data());
         DrawPiece(drawing, x, y, piece, widths.data());
