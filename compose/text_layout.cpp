@@ -186,6 +186,22 @@ Status LayBlock(Layout& layout, std::span<const char> bytes)
     return status;
 }
 
+Layout BeginLayout(const TextGeometry& geometry, const TextDevice& device, uint32_t pageLimit,
+                   uint32_t& pages)
+{
+    pages = 0;
+    return {geometry,  device, pageLimit, pages, geometry.left, geometry.top, GlobalBlock(FIRST_ROOM),
+            FIRST_ROOM};
+}
+
+Status EndText(const Layout& layout)
+{
+    Draw(layout, layout.length);
+    const Status status = layout.device.deliver(layout.device.record);
+    layout.pages += status == TIFF_TEXT_DONE;
+    return status;
+}
+
 } // namespace
 
 bool PlanGeometry(const TiffTextPageSettings& settings, TextGeometry& geometry)
@@ -213,15 +229,9 @@ bool PlanGeometry(const TiffTextPageSettings& settings, TextGeometry& geometry)
 Status LayText(HANDLE file, const TextGeometry& geometry, const TextDevice& device, uint32_t startY,
                uint32_t pageLimit, uint32_t& pages)
 {
-    pages = 0;
-    Layout layout = {geometry,
-                     device,
-                     std::min<uint32_t>(pageLimit, TIFF_MAX_PAGES),
-                     pages,
-                     geometry.left,
-                     startY ? int64_t{startY} : geometry.top,
-                     GlobalBlock(FIRST_ROOM),
-                     FIRST_ROOM};
+    Layout layout = BeginLayout(geometry, device, std::min<uint32_t>(pageLimit, TIFF_MAX_PAGES), pages);
+    if (startY != 0)
+        layout.y = startY;
     if (!layout.line)
         return TIFF_TEXT_NO_PAGE;
     std::array<char, BLOCK_BYTES> block;
@@ -234,10 +244,17 @@ Status LayText(HANDLE file, const TextGeometry& geometry, const TextDevice& devi
         if (const Status status = LayBlock(layout, {block.data(), bytes}); status != TIFF_TEXT_DONE)
             return status;
     }
-    Draw(layout, layout.length);
-    const Status status = device.deliver(device.record);
-    pages += status == TIFF_TEXT_DONE;
-    return status;
+    return EndText(layout);
+}
+
+Status LayTextOnPage(std::span<const char> text, const TextGeometry& geometry, const TextDevice& device)
+{
+    uint32_t pages;
+    Layout layout = BeginLayout(geometry, device, 1, pages);
+    if (!layout.line)
+        return TIFF_TEXT_NO_PAGE;
+    const Status status = LayBlock(layout, text);
+    return status == TIFF_TEXT_DONE ? EndText(layout) : status;
 }
 
 } // namespace tiff

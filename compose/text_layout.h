@@ -43,4 +43,8 @@ struct TextDevice {
 [[nodiscard]] Status LayText(HANDLE file, const TextGeometry& geometry, const TextDevice& device,
                              uint32_t startY, uint32_t pageLimit, uint32_t& pages);
 
+// The same with a text in memory, on one page.
+[[nodiscard]] Status LayTextOnPage(std::span<const char> text, const TextGeometry& geometry,
+                                   const TextDevice& device);
+
 } // namespace tiff

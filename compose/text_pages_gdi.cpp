@@ -50,8 +50,7 @@ struct Device {
     std::optional<Selected> selectedFont, selectedPage;
     int32_t width, height; // of the page
     uint32_t delivered = 0;
-    bool hasWidths; // else text is measured by GDI
-    std::array<INT, BYTE_VALUES> widths;
+    LetterWidths letters;
 };
 
 // In these code pages a byte is a character, and characters do not depend on their neighbours.
@@ -68,18 +67,7 @@ bool IsPlainCodePage(HDC dc)
 
 void MeasureText(void* record, std::span<const char> text, int32_t* widths)
 {
-    const auto& device = *static_cast<const Device*>(record);
-    if (device.hasWidths) {
-        for (size_t index = 0; index < text.size(); ++index)
-            widths[index] = device.widths[static_cast<uint8_t>(text[index])];
-        return;
-    }
-    std::array<INT, MOST_MEASURED> ends{};
-    SIZE size;
-    GetTextExtentExPointA(device.dc.Get(), text.data(), static_cast<int>(text.size()), 0, nullptr,
-                          ends.data(), &size);
-    for (size_t index = 0; index < text.size(); ++index)
-        widths[index] = ends[index] - (index ? ends[index - 1] : 0);
+    MeasureLetters(static_cast<const Device*>(record)->letters, text, widths);
 }
 
 void DrawLine(void* record, int32_t x, int32_t y, std::span<const char> text)
@@ -177,7 +165,7 @@ Status PrepareDevice(Device& device)
         return status;
     SetTextColor(dc, RGB(0, 0, 0));
     SetBkMode(dc, TRANSPARENT);
-    device.hasWidths = IsPlainCodePage(dc) && GetCharWidth32A(dc, 0, BYTE_VALUES - 1, device.widths.data());
+    ReadLetterWidths(dc, device.letters);
     return TIFF_TEXT_DONE;
 }
 
@@ -189,15 +177,8 @@ Status DrawFile(const TextRequest& request, HANDLE file, uint32_t& pages)
     Device device{.request = request, .geometry = geometry, .bitmap = request.bitmap};
     if (const Status status = PrepareDevice(device); status != TIFF_TEXT_DONE)
         return status;
-    SIZE letter{};
-    GetTextExtentPoint32A(device.dc.Get(), "M", 1, &letter);
-    const TextDevice routines = {MeasureText,
-                                 DrawLine,
-                                 DeliverPage,
-                                 BeginPage,
-                                 &device,
-                                 device.width,
-                                 std::max<int32_t>(letter.cy, 1)};
+    const TextDevice routines = {
+        MeasureText, DrawLine, DeliverPage, BeginPage, &device, device.width, LineHeightOf(device.dc.Get())};
     return LayText(file, geometry, routines, request.startY, request.pageLimit, pages);
 }
 
@@ -237,6 +218,34 @@ LOGFONTA FontOfFace(const char* face, size_t faceBytes, int32_t height)
     font.lfHeight = height;
     std::memcpy(font.lfFaceName, face, std::min(strnlen(face, faceBytes), sizeof(font.lfFaceName) - 1));
     return font;
+}
+
+void ReadLetterWidths(HDC dc, LetterWidths& widths)
+{
+    widths.dc = dc;
+    widths.inTable = IsPlainCodePage(dc) && GetCharWidth32A(dc, 0, BYTE_VALUES - 1, widths.table.data());
+}
+
+void MeasureLetters(const LetterWidths& letters, std::span<const char> text, int32_t* widths)
+{
+    if (letters.inTable) {
+        for (size_t index = 0; index < text.size(); ++index)
+            widths[index] = letters.table[static_cast<uint8_t>(text[index])];
+        return;
+    }
+    std::array<INT, MOST_MEASURED> ends{};
+    SIZE size;
+    GetTextExtentExPointA(letters.dc, text.data(), static_cast<int>(text.size()), 0, nullptr, ends.data(),
+                          &size);
+    for (size_t index = 0; index < text.size(); ++index)
+        widths[index] = ends[index] - (index ? ends[index - 1] : 0);
+}
+
+int32_t LineHeightOf(HDC dc)
+{
+    SIZE letter{};
+    GetTextExtentPoint32A(dc, "M", 1, &letter);
+    return std::max<int32_t>(letter.cy, 1);
 }
 
 } // namespace tiff

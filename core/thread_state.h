@@ -34,6 +34,7 @@ struct TiffThreadState {
     LayerRoom<240> raster;
     LayerRoom<264> pages;
     LayerRoom<8> containers;
+    LayerRoom<8> notes;
 };
 
 // The settings that a layer keeps in its room.

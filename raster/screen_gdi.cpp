@@ -18,28 +18,6 @@ namespace tiff {
 
 namespace {
 
-// A device context in device pixels from the upper left, for a scope.
-class DevicePixels {
-public:
-    explicit DevicePixels(HDC dc) : dc(dc), saved(SaveDC(dc))
-    {
-        SetMapMode(dc, MM_TEXT);
-        SetWindowOrgEx(dc, 0, 0, nullptr);
-        SetViewportOrgEx(dc, 0, 0, nullptr);
-        ModifyWorldTransform(dc, nullptr, MWT_IDENTITY);
-    }
-    DevicePixels(const DevicePixels&) = delete;
-    DevicePixels& operator=(const DevicePixels&) = delete;
-    ~DevicePixels()
-    {
-        RestoreDC(dc, saved);
-    }
-
-private:
-    HDC dc;
-    int saved;
-};
-
 // A BITMAPINFO of up to 256 colours.
 struct BandInfo {
     BITMAPINFOHEADER header;

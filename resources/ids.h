@@ -18,4 +18,8 @@
 #define CALS_EDIT_NOTES 1012
 #define CALS_EDIT_PATH 1013
 
+#define NOTE_TEXT 1001
+#define NOTE_KIND 1002
+#define NOTE_HEIGHT 1003
+
 #endif

@@ -38,6 +38,7 @@ extern const Command infoCommand;
 extern const Command insertCommand;
 extern const Command iocaCommand;
 extern const Command modcaCommand;
+extern const Command noteCommand;
 extern const Command numberCommand;
 extern const Command overlayCommand;
 extern const Command pasteCommand;

@@ -4,10 +4,12 @@
 #include "options.h"
 #include "pages.h"
 #include "progress.h"
+#include "source.h"
 #include "whole_file.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 namespace tifftool {
 
@@ -16,8 +18,23 @@ namespace {
 struct RenderOrder {
     const char* input;
     std::string output;
-    uint32_t page; // counted from 1; 0 for all
+    uint32_t page;       // counted from 1; 0 for all
+    const Source* notes; // the file whose notes are drawn; may be null
 };
+
+// The page with its notes; null with the library's error.
+HGLOBAL WithNotes(const Source& source, const Picture& picture)
+{
+    const uint32_t page = picture.page - 1;
+    if (!GetTiffImage(source.file.handle, page)) {
+        return nullptr;
+    }
+    const HGLOBAL drawn = DrawTiffNotesOnDIB(picture.dib.handle, source.file.handle, page);
+    const uint32_t error = TiffError();
+    DropTiffImage(source.file.handle, page);
+    SetTiffError(error);
+    return drawn;
+}
 
 bool IsSeparator(char character)
 {
@@ -52,9 +69,9 @@ std::string OutputPath(const RenderOrder& order, uint32_t page, bool single)
 }
 
 // An existing file stays until the new picture is complete.
-int WritePicture(const RenderOrder& order, const Picture& picture, const std::string& path)
+int WritePicture(const RenderOrder& order, const OwnedBlock& block, const std::string& path)
 {
-    const std::span dib(picture.dib.bytes, picture.dib.size);
+    const std::span dib(block.bytes, block.size);
     const auto report = [&path](uint32_t cause) {
         return cause ? ReportSentence(path, "cannot be written: " + SystemCause(cause)) : ALL_FINE;
     };
@@ -72,7 +89,12 @@ int WritePicture(const RenderOrder& order, const Picture& picture, const std::st
 int RenderPicture(const RenderOrder& order, const Picture& picture)
 {
     const std::string path = OutputPath(order, picture.page, order.page != 0 || picture.pages == 1);
-    if (const int written = WritePicture(order, picture, path); written != ALL_FINE) {
+    const OwnedBlock noted(order.notes ? WithNotes(*order.notes, picture) : nullptr);
+    if (order.notes && !noted.bytes) {
+        return ReportError(picture.where, TiffError());
+    }
+    const OwnedBlock& shown = order.notes ? noted : picture.dib;
+    if (const int written = WritePicture(order, shown, path); written != ALL_FINE) {
         return written;
     }
     printf("%s\n", path.c_str());
@@ -85,16 +107,21 @@ int RenderPicture(const RenderOrder& order, const Picture& picture)
 
 int RunRender(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--page", "-o"}, {});
+    const Options options = ParseOptions(arguments, {"--page", "-o"}, {"--notes"});
     if (!CheckOptions(renderCommand, options, 1, 1)) {
         return WRONG_USAGE;
     }
-    RenderOrder order = {options.others[0], options.Value("-o", ""), 0};
+    RenderOrder order = {options.others[0], options.Value("-o", ""), 0, nullptr};
     if (options.Has("-o") && order.output.empty()) {
         return UsageError(renderCommand, "-o needs a value");
     }
     if (options.Has("--page") && (order.page = PageOption(renderCommand, options, "--page")) == 0) {
         return WRONG_USAGE;
+    }
+    std::unique_ptr<const Source> source;
+    if (options.Has("--notes") && WhyNotTiff(order.input).empty()) {
+        source = std::make_unique<const Source>(order.input);
+        order.notes = source.get();
     }
     const auto render = [&](const Picture& picture) { return RenderPicture(order, picture); };
     return order.page ? WithPicture(order.input, order.page, Damage::Tolerated, render)
@@ -105,9 +132,10 @@ int RunRender(Arguments arguments)
 
 const Command renderCommand = {
     .name = "render",
-    .arguments = "FILE [--page N] [-o OUT.bmp]",
+    .arguments = "FILE [--page N] [--notes] [-o OUT.bmp]",
     .summary = "Writes pages as BMP files.",
     .details = "  --page N    renders one page, counted from 1; without it all pages\n"
+               "  --notes     draws the notes of the pages\n"
                "  -o OUT.bmp  where one picture goes; several become OUT-001.bmp, OUT-002.bmp...\n"
                "  -o FOLDER   writes FILE-001.bmp... into the folder\n"
                "\n"

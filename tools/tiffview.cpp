@@ -2,8 +2,9 @@
  * decoded anew each time it is drawn; nothing of it is kept.
  */
 #include "arguments.h"
+#include "view_draw.h"
 #include "view_ids.h"
-#include "view_layout.h"
+#include "view_notes.h"
 
 #include <commctrl.h>
 #include <commdlg.h>
@@ -26,6 +27,7 @@ struct Viewer {
     Document document;
     View view;
     Layout layout;
+    NotesView notes;
     uint32_t drawError = 0; // of the page as it was drawn last
     bool layingOut = false; // scroll bars change the window's size, which comes back here
 };
@@ -93,6 +95,7 @@ void ScrollToTop()
 void Open(const std::string& path)
 {
     viewer.document = OpenDocument(path);
+    viewer.notes = {};
     ScrollToTop();
     Refresh();
 }
@@ -114,6 +117,7 @@ void TurnPageTo(uint32_t page)
         return;
     }
     GoToPage(viewer.document, page);
+    viewer.notes = {};
     ScrollToTop();
     Refresh();
 }
@@ -185,6 +189,38 @@ void CopyPage()
         GlobalFree(dib);
         Say("The clipboard did not take the page.");
     }
+}
+
+ShownPage PlacedPage()
+{
+    return PlacePage(viewer.layout, viewer.view, GetScrollPos(viewer.window, SB_HORZ),
+                     GetScrollPos(viewer.window, SB_VERT));
+}
+
+// Also after nothing was changed.
+void ShowNotes(const std::string& failure)
+{
+    Refresh();
+    if (!failure.empty()) {
+        Say("The note was not changed. " + failure);
+    }
+}
+
+void DeleteNoteAndShow()
+{
+    ShowNotes(DeleteChosenNote(viewer.notes, viewer.document));
+}
+
+bool MoveMouse(UINT message, LPARAM place)
+{
+    std::string failure;
+    if (!FollowMouse(viewer.notes, viewer.document, PlacedPage(), viewer.window, message, place, failure)) {
+        return false;
+    }
+    if (message == WM_LBUTTONUP || message == WM_LBUTTONDBLCLK) {
+        ShowNotes(failure);
+    }
+    return true;
 }
 
 void Show(Mode mode, double zoom)
@@ -274,6 +310,9 @@ bool PressKey(WPARAM key)
     case VK_DOWN:
         ScrollBy(SB_VERT, LINE_PIXELS);
         return true;
+    case VK_DELETE:
+        DeleteNoteAndShow();
+        return true;
     default:
         return false;
     }
@@ -289,6 +328,10 @@ void RunCommand(WORD command)
         return AskAndSave();
     case CMD_COPY:
         return CopyPage();
+    case CMD_EDIT_NOTE:
+        return ShowNotes(EditChosenNote(viewer.notes, viewer.document, viewer.frame));
+    case CMD_DELETE_NOTE:
+        return DeleteNoteAndShow();
     case CMD_CALS_HEADER:
         ShowCALSInfo(viewer.frame, viewer.document.path.c_str());
         return;
@@ -343,6 +386,9 @@ void PrepareMenu(HMENU menu)
     for (const UINT command : {CMD_SAVE, CMD_COPY}) {
         enable(command, hasPage);
     }
+    for (const UINT command : {CMD_EDIT_NOTE, CMD_DELETE_NOTE}) {
+        enable(command, HasChosenNote(viewer.notes, document));
+    }
     enable(CMD_CALS_HEADER, document.format == TIFF_FORMAT_CALS);
     enable(CMD_FIRST_PAGE, hasPage && document.page > 0);
     enable(CMD_PREVIOUS_PAGE, hasPage && document.page > 0);
@@ -356,53 +402,20 @@ void PrepareMenu(HMENU menu)
     mark(CMD_GREY, viewer.view.grey);
 }
 
-// In the middle of an empty window, or over the top of a page that is not whole.
-void DrawSentence(HDC dc, const std::string& sentence, bool overPage)
-{
-    RECT client;
-    GetClientRect(viewer.window, &client);
-    if (overPage) {
-        client.bottom = 24;
-    }
-    FillRect(dc, &client, GetSysColorBrush(overPage ? COLOR_INFOBK : COLOR_WINDOW));
-    SetBkMode(dc, TRANSPARENT);
-    SetTextColor(dc, GetSysColor(overPage ? COLOR_INFOTEXT : COLOR_WINDOWTEXT));
-    HGDIOBJ before = SelectObject(dc, GetStockObject(DEFAULT_GUI_FONT));
-    DrawTextA(dc, sentence.c_str(), -1, &client, DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_END_ELLIPSIS);
-    SelectObject(dc, before);
-}
-
-uint32_t DrawPage(HDC dc)
-{
-    // The library divides the true size by a ratio.
-    const double ratio = 1 / viewer.layout.scale;
-    const int32_t parts = ratio < 1000 ? 1'000'000 : 1;
-    const auto divided = static_cast<int32_t>(ratio * parts + 0.5);
-    const int32_t zooms[] = {parts, divided, parts, divided};
-    uint32_t flags = viewer.view.turn;
-    flags |= viewer.view.mode == Mode::Pixels ? 0u : uint32_t{TIFF_TRUE_SIZE};
-    flags |= viewer.view.inverted ? uint32_t{TIFF_INVERT_SCREEN} : 0u;
-    flags |= viewer.view.grey ? uint32_t{TIFF_GREY_SCREEN} : 0u;
-    const Document& document = viewer.document;
-    return DecompressToScreen(document.format, viewer.window, dc, document.path.c_str(), document.page, zooms,
-                              flags)
-               ? 0
-               : TiffError();
-}
-
 void Paint(HDC dc)
 {
     constexpr uint32_t IN_PART[] = {5, 12, 19, 20};
     const Document& document = viewer.document;
     if (document.path.empty()) {
-        return DrawSentence(dc, "Open a TIFF or CALS file, or drop one here.", false);
+        return DrawSentence(viewer.window, dc, "Open a TIFF or CALS file, or drop one here.", false);
     }
     if (document.format == TIFF_FORMAT_ANY) {
-        return DrawSentence(dc, document.path + ": " + document.fault, false);
+        return DrawSentence(viewer.window, dc, document.path + ": " + document.fault, false);
     }
-    viewer.drawError = DrawPage(dc);
+    const auto draw = [&] { return DrawPage(viewer.window, dc, document, viewer.view, viewer.layout); };
+    viewer.drawError = draw();
     if (viewer.drawError == 0) {
-        return;
+        return DrawNotesInView(viewer.notes, document, PlacedPage(), dc);
     }
     const bool inPart = std::ranges::find(IN_PART, viewer.drawError) != std::end(IN_PART);
     if (inPart) {
@@ -410,11 +423,13 @@ void Paint(HDC dc)
         RECT client;
         GetClientRect(viewer.window, &client);
         FillRect(dc, &client, GetSysColorBrush(COLOR_APPWORKSPACE));
-        DrawPage(dc);
+        draw();
+        DrawNotesInView(viewer.notes, document, PlacedPage(), dc);
     }
-    DrawSentence(
-        dc, (inPart ? "The page is not whole: " : "The page cannot be shown: ") + ErrorText(viewer.drawError),
-        inPart);
+    DrawSentence(viewer.window, dc,
+                 (inPart ? "The page is not whole: " : "The page cannot be shown: ") +
+                     ErrorText(viewer.drawError),
+                 inPart);
 }
 
 LRESULT CALLBACK RunPage(HWND window, UINT message, WPARAM first, LPARAM second)
@@ -436,7 +451,7 @@ LRESULT CALLBACK RunPage(HWND window, UINT message, WPARAM first, LPARAM second)
         ScrollByBar(message == WM_HSCROLL ? SB_HORZ : SB_VERT, LOWORD(first));
         return 0;
     default:
-        return DefWindowProcA(window, message, first, second);
+        return MoveMouse(message, second) ? 0 : DefWindowProcA(window, message, first, second);
     }
 }
 
@@ -491,12 +506,14 @@ LRESULT CALLBACK RunFrame(HWND window, UINT message, WPARAM first, LPARAM second
 bool RegisterClasses(HINSTANCE instance)
 {
     WNDCLASSA page = {};
+    page.style = CS_DBLCLKS;
     page.lpfnWndProc = RunPage;
     page.hInstance = instance;
     page.hCursor = LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_ARROW));
     page.hbrBackground = reinterpret_cast<HBRUSH>(ULONG_PTR{COLOR_APPWORKSPACE + 1});
     page.lpszClassName = PAGE_CLASS;
     WNDCLASSA frame = page;
+    frame.style = 0;
     frame.lpfnWndProc = RunFrame;
     frame.hIcon = LoadIconA(nullptr, reinterpret_cast<LPCSTR>(IDI_APPLICATION));
     frame.lpszMenuName = MAKEINTRESOURCEA(VIEW_MENU);

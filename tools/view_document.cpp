@@ -39,9 +39,27 @@ bool EndsWith(const std::string& path, const char* extension)
     return dot != std::string::npos && lstrcmpiA(path.c_str() + dot, extension) == 0;
 }
 
+void ReadNotes(Document& document, HGLOBAL file)
+{
+    const int32_t count = GetTiffNoteCount(file, document.page);
+    document.notes.resize(count > 0 ? static_cast<size_t>(count) : 0);
+    uint32_t index = 0;
+    for (TiffNote& note : document.notes) {
+        GetTiffNote(file, document.page, index++, &note, nullptr, 0);
+    }
+}
+
+std::string WhyNoteFailed()
+{
+    constexpr uint32_t FOREIGN_TAG = 35;
+    return TiffError() == FOREIGN_TAG ? "Another program uses the tag in which the page would keep its notes."
+                                      : ErrorText(TiffError());
+}
+
 void DescribePage(Document& document)
 {
     const OpenTiff opened(document.path);
+    document.notes.clear();
     BITMAPINFOHEADER header = {};
     if (!opened.file || !GetTiffImage(opened.file, document.page)) {
         document.fault = ErrorText(TiffError());
@@ -55,6 +73,7 @@ void DescribePage(Document& document)
     document.verticalDpi = facts.hasResolution ? header.biYPelsPerMeter / INCHES_PER_METRE : 0;
     document.coding = tifftool::DescribeCompression(facts);
     document.fault = failure ? ErrorText(failure) : "";
+    ReadNotes(document, opened.file);
 }
 
 std::string Dpi(const Document& document)
@@ -198,6 +217,52 @@ std::string SavePage(const Document& document, const std::string& path, bool rep
         return ReplaceTiff(document, path);
     }
     return document.format == TIFF_FORMAT_TIFF ? AppendPage(document, path) : SaveDib(document, path);
+}
+
+void DrawNotes(const Document& document, HDC dc, const RECT& picture)
+{
+    if (document.notes.empty()) {
+        return;
+    }
+    const OpenTiff opened(document.path);
+    if (opened.file && GetTiffImage(opened.file, document.page)) {
+        DrawTiffNotes(dc, opened.file, document.page, &picture);
+    }
+}
+
+std::string EditNote(Document& document, HWND window, size_t index, TiffNote note)
+{
+    constexpr size_t LEAST_ROOM = 65536;
+    const bool isNew = index >= document.notes.size();
+    const auto number = static_cast<uint32_t>(index);
+    // Line ends may grow in the dialog.
+    std::vector<char> text(std::max(LEAST_ROOM, size_t{note.textBytes} * 2 + 1));
+    const auto room = static_cast<uint32_t>(text.size());
+    if (!isNew) {
+        const OpenTiff opened(document.path);
+        if (!opened.file || !GetTiffImage(opened.file, document.page) ||
+            !GetTiffNote(opened.file, document.page, number, &note, text.data(), room)) {
+            return ErrorText(TiffError());
+        }
+    }
+    const int32_t button = EditTiffNote(window, &note, text.data(), room);
+    if (button != IDOK) {
+        return button == IDCANCEL ? "" : ErrorText(TiffError());
+    }
+    const char* const path = document.path.c_str();
+    const bool saved =
+        isNew ? AddTiffNote(path, document.page, &note) : ReplaceTiffNote(path, document.page, number, &note);
+    const std::string failure = saved ? "" : WhyNoteFailed();
+    DescribePage(document);
+    return failure;
+}
+
+std::string DeleteNote(Document& document, size_t index)
+{
+    const bool deleted = DeleteTiffNote(document.path.c_str(), document.page, static_cast<uint32_t>(index));
+    const std::string failure = deleted ? "" : WhyNoteFailed();
+    DescribePage(document);
+    return failure;
 }
 
 std::string ErrorText(uint32_t code)

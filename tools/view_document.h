@@ -5,6 +5,7 @@
 #include "tiff/tiff.h"
 
 #include <string>
+#include <vector>
 
 namespace tiffview {
 
@@ -15,6 +16,7 @@ struct Document {
     uint32_t width = 0, height = 0;            // of the page
     double horizontalDpi = 0, verticalDpi = 0; // 0 when unknown
     std::string coding;                        // "Group 4"
+    std::vector<TiffNote> notes;               // of the page, without their texts
     std::string fault;                         // why the page, or the file, cannot be described; empty
 };
 
@@ -33,6 +35,14 @@ HGLOBAL LoadPage(const Document& document);
 // Saves the page by the extension of the path: TIFF (appended without decoding it), CALS or BMP. Returns
 // why it could not, or an empty text.
 std::string SavePage(const Document& document, const std::string& path, bool replace);
+
+// Draws the page's notes where the page is shown.
+void DrawNotes(const Document& document, HDC dc, const RECT& picture);
+
+// Edits a note of the page in the library's dialog, or a new one that follows the others, and saves it.
+// Returns why it could not, or an empty text.
+std::string EditNote(Document& document, HWND window, size_t index, TiffNote note);
+std::string DeleteNote(Document& document, size_t index);
 
 std::string ErrorText(uint32_t code);
 

@@ -30,6 +30,7 @@
 #include "tiff/ioca.h"
 #include "tiff/lines.h"
 #include "tiff/load.h"
+#include "tiff/notes.h"
 #include "tiff/overlays.h"
 #include "tiff/save.h"
 #include "tiff/screen.h"

@@ -74,6 +74,10 @@ TEST(Leaks, ThereAreNoneInAThousandCalls)
         TakeDib(DIBTextOverlay(blank.Get(), 0, 0, "a", "Arial", 9));
         LoadAnnotationFromTiff(palette.Path(), 0);
     });
+    const MemoryTiff noted(OnePage(TiffPage::Picture(9, 2, 1, 1)
+                                       .Strips({{0, 0, 0, 0}})
+                                       .Ascii(316, "~,1,F,0,0,9,2,0,a~,1,T,0,0,9,2,7,b")));
+    ExpectNothingLeft("notes", [&] { TakeDib(DrawTiffNotesOnDIB(blank.Get(), noted.file, 0)); });
     text.fontSize = UINT32_MAX;
     ExpectNothingLeft("no font", [&] {
         EXPECT_EQ(CreateBMPFaxPageFromASCII(&text, 2, pages, nullptr), 0u);

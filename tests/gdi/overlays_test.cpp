@@ -147,6 +147,9 @@ TEST(Overlays, EndWithNothingOrAllWhenObjectsRunOut)
     const Block dib(PackedDib({WIDTH, HEIGHT, 1, {0, 0xFFFFFF}, Bytes(size_t{52} * HEIGHT, 0xFF)}));
     const Bytes given = Content(dib.Get(), GlobalSize(dib.Get()));
     const HBITMAP bitmap = CreateBitmap(WIDTH, HEIGHT, 1, 1, Stripes().data());
+    const MemoryTiff noted(OnePage(TiffPage::Picture(WIDTH, HEIGHT, 1, 1, 1)
+                                       .Strips({Stripes()})
+                                       .Ascii(316, "~,1,F,9,9,90,90,0,a~,1,T,9,9,90,90,7,b")));
     HANDLE page = nullptr;
     uint32_t error = 0;
     const auto draw = [&] {
@@ -155,7 +158,8 @@ TEST(Overlays, EndWithNothingOrAllWhenObjectsRunOut)
         return std::vector<Picture>{count ? TakeBitmap(static_cast<HBITMAP>(page)) : Picture{},
                                     TakeBitmap(BitmapFormOverlay(filled.form.Path(), &filled.settings)),
                                     TakeBitmap(BitmapTextOverlay(bitmap, 9, 9, "A", FACE, 20, 0, 0)),
-                                    TakeDib(DIBTextOverlay(dib.Get(), 9, 9, "A", FACE, 20))};
+                                    TakeDib(DIBTextOverlay(dib.Get(), 9, 9, "A", FACE, 20)),
+                                    TakeDib(DrawTiffNotesOnDIB(dib.Get(), noted.file, 0))};
     };
     const std::vector<Picture> whole = draw();
     std::vector<HBRUSH> brushes;

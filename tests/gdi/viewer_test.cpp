@@ -111,3 +111,98 @@ TEST(Viewer, ShowsCalsFilesAndSaysWhatItCannotShow)
         UpdateWindow(viewer.page);
     }
 }
+
+namespace {
+
+// The notes of a file's first page, as soon as there are so many.
+std::vector<TiffNote> NotesOf(const char* path, size_t count)
+{
+    std::vector<TiffNote> notes(99);
+    for (int wait = 0; wait < 100 && notes.size() != count; ++wait) {
+        Sleep(50);
+        HGLOBAL file = OpenTiffFile(path, T_READ);
+        GetTiffImage(file, 0);
+        notes.resize(static_cast<size_t>(GetTiffNoteCount(file, 0)));
+        for (uint32_t index = 0; index < notes.size(); ++index)
+            GetTiffNote(file, 0, index, &notes[index], nullptr, 0);
+        CloseTiffFile(file);
+    }
+    return notes;
+}
+
+// Gives another text to the note in the viewer's dialog, which shows this one.
+void AnswerNote(const char* shown, const char* text)
+{
+    HWND dialog = nullptr;
+    for (int wait = 0; wait < 100 && !dialog; ++wait) {
+        Sleep(50);
+        dialog = FindWindowA("#32770", "Note");
+    }
+    ASSERT_NE(dialog, nullptr);
+    char before[100] = {};
+    SendDlgItemMessageA(dialog, 1001, WM_GETTEXT, sizeof(before), reinterpret_cast<LPARAM>(before));
+    EXPECT_STREQ(before, shown);
+    SendDlgItemMessageA(dialog, 1001, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text));
+    SendMessageA(dialog, WM_COMMAND, IDOK, 0);
+}
+
+void Click(HWND page, UINT message, int x, int y)
+{
+    PostMessageA(page, message, MK_LBUTTON, MAKELPARAM(x, y));
+}
+
+std::vector<int32_t> Sides(const TiffNote& note)
+{
+    return {note.left, note.top, note.right, note.bottom};
+}
+
+} // namespace
+
+TEST(Viewer, AddsEditsAndDeletesNotes)
+{
+    const TempFile file(OnePage(TiffPage::Picture(300, 200, 1, 1).Strips({Bytes(size_t{38} * 200, 0xFF)})));
+    const RunningViewer viewer(file.Path());
+    ASSERT_NE(viewer.page, nullptr);
+    viewer.After(CMD_PIXELS);
+    Click(viewer.page, WM_LBUTTONDOWN, 100, 50);
+    Click(viewer.page, WM_MOUSEMOVE, 150, 90);
+    Click(viewer.page, WM_LBUTTONUP, 200, 120);
+    AnswerNote("", "one");
+    std::vector<TiffNote> notes = NotesOf(file.Path(), 1);
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_EQ(Sides(notes[0]), (std::vector<int32_t>{100, 50, 200, 120}));
+    EXPECT_EQ(notes[0].textBytes, 3u);
+    // On the black page the frame is white inside.
+    UpdateWindow(viewer.page);
+    Sleep(200);
+    POINT inside = {190, 110};
+    ClientToScreen(viewer.page, &inside);
+    HDC screen = GetDC(nullptr);
+    EXPECT_EQ(GetPixel(screen, inside.x, inside.y), RGB(255, 255, 255));
+    ReleaseDC(nullptr, screen);
+    // Turned right, down the window is to the right on the page.
+    viewer.After(CMD_TURN_RIGHT);
+    Click(viewer.page, WM_LBUTTONDOWN, 60, 90);
+    Click(viewer.page, WM_LBUTTONUP, 20, 30);
+    AnswerNote("", "second");
+    notes = NotesOf(file.Path(), 2);
+    ASSERT_EQ(notes.size(), 2u);
+    EXPECT_EQ(Sides(notes[1]), (std::vector<int32_t>{30, 140, 90, 180}));
+    Click(viewer.page, WM_LBUTTONDBLCLK, 40, 60);
+    AnswerNote("second", "more than one");
+    for (int wait = 0; wait < 100 && notes[1].textBytes != 13; ++wait)
+        notes = NotesOf(file.Path(), 2);
+    EXPECT_EQ(notes[1].textBytes, 13u);
+    // A click beside all notes chooses none.
+    Click(viewer.page, WM_LBUTTONDOWN, 5, 5);
+    Click(viewer.page, WM_LBUTTONUP, 5, 5);
+    PostMessageA(viewer.frame, WM_KEYDOWN, VK_DELETE, 0);
+    viewer.After(CMD_TURN_LEFT);
+    EXPECT_EQ(NotesOf(file.Path(), 2).size(), 2u);
+    Click(viewer.page, WM_LBUTTONDOWN, 150, 60);
+    Click(viewer.page, WM_LBUTTONUP, 151, 60);
+    PostMessageA(viewer.frame, WM_KEYDOWN, VK_DELETE, 0);
+    notes = NotesOf(file.Path(), 1);
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_EQ(notes[0].textBytes, 13u);
+}

@@ -1,0 +1,106 @@
+/* Text notes on pages. A page keeps them in its HostComputer tag (316) as a text: records back to back, each
+ * "~,1," and six fields with a comma behind each (kind, left, top, right, bottom, letter height), then the
+ * note's text up to the next record. A value of another field type, or without any record, is another
+ * program's and is never changed.
+ */
+#ifndef TIFF_NOTES_H
+#define TIFF_NOTES_H
+
+#include "tiff/base.h"
+
+TIFF_BEGIN
+
+/* Kinds of notes. Others are kept, and drawn as TIFF_NOTE_TEXT. */
+enum TiffNoteKind {
+    TIFF_NOTE_TEXT = 'T',
+    TIFF_NOTE_FRAMED = 'F' /* in a frame on white */
+};
+
+typedef struct TiffNote {
+    uint32_t kind;                    /* a character */
+    int32_t left, top, right, bottom; /* pixels of the page as stored; right and bottom are outside */
+    int32_t letterHeight;             /* pixels of the page; 0 for 12 points */
+    uint32_t textBytes;               /* without a zero */
+    const char* text;                 /* in the system's code page, lines ended by CR LF */
+} TiffNote;
+
+/* Counts the notes of a loaded page. Damaged records, whose numbers are missing or beyond 32 bits, are none.
+ *
+ * Returns the count; 0 with error 0 for a page without notes, 0 with another error for a failure.
+ * Errors: 1; 3 no such page; 27 a page that is not loaded; 34 no such file.
+ */
+int32_t GetTiffNoteCount(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+
+/* Gets a note of a loaded page.
+ *
+ * index     counted from 0.
+ * note      filled. Its text is the caller's buffer, its textBytes the length of the whole text.
+ * text      gets the text, cut to the room, and a zero; null for none.
+ * textSize  bytes of this room.
+ *
+ * Errors: as GetTiffNoteCount; 3 also when there is no such note; 29 no note to fill.
+ */
+int32_t GetTiffNote(HGLOBAL file, uint32_t page, uint32_t index, TiffNote* note, char* text,
+                    uint32_t textSize) TIFF_NOEXCEPT;
+
+/* Adds a note behind the others of a page. The file is rewritten as by AddTiffTagToImage.
+ *
+ * note  its kind is any printable ASCII character but "~", "%" and ",". Its text need not end in a zero, and
+ *       may be null when it has no bytes. A lone CR or LF becomes CR LF; other bytes below 32 are left out.
+ *
+ * Errors: 29 no path or no note, another kind, a letter height below 0, a rectangle whose right is not beyond
+ *         its left or bottom beyond its top, a text that is null but has bytes; 35 the tag is in use by
+ *         another program; others as OpenTiffFile, GetTiffImage and AddTiffTagToImage.
+ */
+int32_t AddTiffNote(const char* path, uint32_t page, const TiffNote* note) TIFF_NOEXCEPT;
+
+/* Puts a note in another's place. The kind and the letter height that the old one has are taken as well.
+ *
+ * Errors: as AddTiffNote, but 3 when there is no such note.
+ */
+int32_t ReplaceTiffNote(const char* path, uint32_t page, uint32_t index, const TiffNote* note) TIFF_NOEXCEPT;
+
+/* Deletes a note, and the tag when nothing else is in it. Damaged records stay.
+ *
+ * Errors: 3 no such page or note; 29 no path; others as AddTiffNote and DeleteTiffTagOfImage.
+ */
+int32_t DeleteTiffNote(const char* path, uint32_t page, uint32_t index) TIFF_NOEXCEPT;
+
+/* Draws the notes of a loaded page where the page is shown. Letters are black Arial, wrapped inside the
+ * rectangle of the note as on text pages, and cut off by it, by the picture and by the device context's clip
+ * region. Lines break at the same places in any size.
+ *
+ * deviceContext  comes back as it was. Its world transform counts: a turned page has turned notes.
+ * picture        where the whole page is shown, in logical units; an empty one gets nothing.
+ *
+ * Errors: as GetTiffNoteCount; 10 the page has no size; 16 a page that GetTiffDimensions cannot describe; 29
+ *         no device context or no picture.
+ */
+int32_t DrawTiffNotes(HDC deviceContext, HGLOBAL file, uint32_t page, const RECT* picture) TIFF_NOEXCEPT;
+
+/* Draws the notes of a loaded page on a copy of a packed DIB, of the page or in another size. On pages with
+ * Orientation 4, whose DIBs show the first stored row at the bottom, they stand upright where their pixels
+ * are.
+ *
+ * dib  of 1, 4, 8 or 24 bits.
+ *
+ * Returns a new packed DIB of the same depth, colours and resolution, rows from the bottom, or null.
+ * Errors: as DrawTiffNotes and CropDIB.
+ */
+HGLOBAL DrawTiffNotesOnDIB(HGLOBAL dib, HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+
+/* Lets the user edit kind, letter height and text of a note in a dialog. The rectangle stays.
+ *
+ * window    that owns the dialog; may be null.
+ * note      shown, and changed by OK: its text is then the caller's buffer.
+ * text      gets the text and a zero; may be where the note's text is.
+ * textSize  bytes of this room: no longer text can be typed.
+ *
+ * Returns 1 for OK, 2 for Cancel, which changes nothing, or 0.
+ * Errors: 1 there is no dialog; 29 no note, no room, or a text for which there is no room.
+ */
+int32_t EditTiffNote(HWND window, TiffNote* note, char* text, uint32_t textSize) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif
