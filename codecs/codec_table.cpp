@@ -6,6 +6,7 @@
 #include "codecs/ccitt/decoder.h"
 #include "codecs/ccitt/encoder.h"
 #include "codecs/jpeg/page_decoder.h"
+#include "codecs/jpeg/page_encoder.h"
 #include "codecs/old_jpeg.h"
 #include "codecs/stored.h"
 #include "codecs/strips.h"
@@ -79,6 +80,7 @@ constexpr PageScheme Striped(uint32_t compression, uint32_t (*variant)(const Pag
             .describeEncoding = DescribeStripsToEncode,
             .defineData = DefineStrips,
             .decodePicture = nullptr,
+            .encodePicture = nullptr,
             .countsStrips = true};
 }
 
@@ -88,7 +90,9 @@ constexpr PageScheme JpegPages()
     scheme.isLeft = Always;
     scheme.notDecoded = error::JpegPage;
     scheme.notEncoded = error::UnknownCompression;
+    scheme.describeEncoding = jpeg::DescribeToEncode;
     scheme.decodePicture = jpeg::DecodePage;
+    scheme.encodePicture = jpeg::EncodePage;
     return scheme;
 }
 
@@ -107,6 +111,7 @@ constexpr PageScheme schemes[] = {
      .describeEncoding = DescribeTilesToEncode,
      .defineData = DefineTiles,
      .decodePicture = nullptr,
+     .encodePicture = nullptr,
      .countsStrips = false},
     JpegPages(),
 };

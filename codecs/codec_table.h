@@ -36,6 +36,8 @@ struct PageScheme {
     Status (*defineData)(const CodecContext* context, HGLOBAL file, uint32_t page);
     // The codec for whole pictures; null for none.
     Status (*decodePicture)(HGLOBAL file, uint32_t page, const LineTarget& target);
+    // The same backwards; describeEncoding comes before it.
+    CodecRoutine encodePicture;
     // Whether its encoder moves from strip to strip with FillDataBuffer.
     bool countsStrips;
 };

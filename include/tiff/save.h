@@ -44,6 +44,15 @@ typedef struct TiffSaveDialogOptions {
     uint32_t colourCount; /* 2 for bilevel */
 } TiffSaveDialogOptions;
 
+/* Sets the quality of JPEG pages that the calling thread saves, 1 to 100; 75 at first.
+ *
+ * Returns 1, or 0 for another number (error 29), and the quality is unchanged then.
+ */
+int32_t SetTiffJpegQuality(uint32_t quality) TIFF_NOEXCEPT;
+
+/* The calling thread's quality. */
+uint32_t GetTiffJpegQuality(void) TIFF_NOEXCEPT;
+
 /* Appends a DIB to a file.
  *
  * dialog     non-zero shows the save dialog of the dialogs library first.
