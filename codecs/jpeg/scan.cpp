@@ -76,12 +76,15 @@ bool DecodeBlock(BitReader& reader, Component& component, Block& block, uint32_t
     return isCode;
 }
 
-// Data that end early are missing up to the next restart, or for good.
-Status AfterBlock(Scan& scan)
+// Data that end early are missing up to the next restart, or for good. Bits that are no code may be the last
+// byte's filling, with made-up bits behind it.
+Status AfterBlock(Scan& scan, bool isCode)
 {
     const BitReader& reader = scan.reader;
-    if (!HasEnded(reader)) [[likely]]
+    if (isCode && !HasEnded(reader)) [[likely]]
         return error::None;
+    if (reader.now.count >= reader.zeros + (isCode ? 0 : LONGEST_CODE))
+        return error::BadCode;
     if (IsRestart(reader.marker) && scan.restartInterval != 0) {
         scan.isMissing = true;
         return error::None;
@@ -103,9 +106,7 @@ Status NextBlock(Scan& scan, Component& component, uint8_t* samples)
     if (scan.isMissing)
         return error::None;
     const bool isCode = DecodeBlock(scan.reader, component, pending.block, pending.places);
-    if (const Status status = AfterBlock(scan); status != error::None)
-        return status;
-    return isCode || scan.isMissing ? error::None : error::BadCode;
+    return AfterBlock(scan, isCode);
 }
 
 void FinishBlocks(Scan& scan)

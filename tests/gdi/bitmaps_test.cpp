@@ -143,7 +143,7 @@ TEST(Bitmaps, FailuresHaveTheirErrors)
     }
     EXPECT_EQ(LoadTiffChainIntoBitmap(nullptr, 0), nullptr);
     const MemoryTiff memory(jpeg);
-    EXPECT_EQ(Refusal(LoadTiffChainIntoBitmap(memory.file, 0)), 11u);
+    EXPECT_EQ(Refusal(LoadTiffChainIntoBitmap(memory.file, 0)), 12u);
 }
 
 TEST(Bitmaps, TheWaitCursorGoesAgain)

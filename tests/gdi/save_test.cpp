@@ -76,7 +76,7 @@ TEST(SaveBitmap, RequestsThatCannotBeMetLeaveNoFile)
         uint32_t error;
     } rows[] = {
         {"unknown selector", mono, 200, 0, 11},       {"samples", mono, 201 + 256, 0, 11},
-        {"JPEG without its codec", mono, 209, 0, 11}, {"no dialogs library", mono, 201, 1, 28},
+        {"samples for JPEG", mono, 209 + 256, 0, 11}, {"no dialogs library", mono, 201, 1, 28},
         {"no bitmap", nullptr, 201, 0, 34},
     };
     for (const auto& [row, bitmap, selector, dialog, error] : rows) {
