@@ -33,6 +33,7 @@ extern const Command copyCommand;
 extern const Command cutCommand;
 extern const Command deleteCommand;
 extern const Command faxCommand;
+extern const Command fromjpegCommand;
 extern const Command infoCommand;
 extern const Command insertCommand;
 extern const Command iocaCommand;
@@ -43,6 +44,7 @@ extern const Command renderCommand;
 extern const Command reorderCommand;
 extern const Command splitCommand;
 extern const Command tagCommand;
+extern const Command tojpegCommand;
 
 // Owns an open TIFF file for a scope.
 struct OpenFile {

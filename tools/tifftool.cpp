@@ -15,10 +15,10 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
-    &appendRawCommand, &blankCommand,   &calsCommand,   &catCommand,    &convertCommand,
-    &copyCommand,      &cutCommand,     &deleteCommand, &faxCommand,    &infoCommand,
-    &insertCommand,    &iocaCommand,    &modcaCommand,  &numberCommand, &pasteCommand,
-    &renderCommand,    &reorderCommand, &splitCommand,  &tagCommand,
+    &appendRawCommand, &blankCommand,    &calsCommand,   &catCommand,    &convertCommand, &copyCommand,
+    &cutCommand,       &deleteCommand,   &faxCommand,    &infoCommand,   &insertCommand,  &iocaCommand,
+    &modcaCommand,     &numberCommand,   &pasteCommand,  &renderCommand, &reorderCommand, &splitCommand,
+    &tagCommand,       &fromjpegCommand, &tojpegCommand,
 };
 
 void PrintHelp()

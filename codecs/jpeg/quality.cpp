@@ -74,7 +74,7 @@ size_t WriteTables(bool isColour, uint32_t quality, std::span<uint8_t, MOST_TABL
 uint32_t ThreadQuality()
 {
     const uint32_t chosen = ThreadCoding().jpegQuality;
-    return chosen ? chosen : DEFAULT_QUALITY;
+    return chosen ? chosen : USUAL_QUALITY;
 }
 
 } // namespace tiff::jpeg

@@ -8,7 +8,7 @@
 
 namespace tiff::jpeg {
 
-inline constexpr uint32_t LEAST_QUALITY = 1, DEFAULT_QUALITY = 75, MOST_QUALITY = 100;
+inline constexpr uint32_t LEAST_QUALITY = 1, USUAL_QUALITY = 75, MOST_QUALITY = 100;
 
 // The standard's quantisers scaled by quality, in the order of the code: 50 leaves them as they are.
 Quantisers ScaleQuantisers(const std::array<uint8_t, BLOCK_SIZE>& standard, uint32_t quality);
