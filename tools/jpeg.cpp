@@ -22,7 +22,9 @@ using Bytes = std::vector<uint8_t>;
 
 void Put(Bytes& target, std::span<const uint8_t> bytes)
 {
-    target.insert(target.end(), bytes.begin(), bytes.end());
+    const size_t at = target.size();
+    target.resize(at + bytes.size());
+    std::ranges::copy(bytes, target.begin() + static_cast<ptrdiff_t>(at));
 }
 
 bool WriteBytes(const char* path, const Bytes& bytes)
