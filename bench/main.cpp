@@ -44,6 +44,7 @@ int main(int argc, char** argv)
     RegisterOpenJobs(folders);
     RegisterEditingJobs(folders);
     RegisterWrappingJobs(pictures, folders);
+    RegisterResizeJobs(pictures);
     RegisterGrowthJobs(folders);
     int options = argc - 1;
     argv[1] = argv[0];

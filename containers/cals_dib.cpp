@@ -81,12 +81,11 @@ DibLines LinesOf(const DibView& view)
 
 TiffCalsInformation InformationOf(const DibView& view, const uint32_t* orientation)
 {
-    const double dotsPerInch = std::max(view.dotsPerMetreX, 0) / INCHES_PER_METRE;
     return {.rasterType = 1,
             .orientation = {orientation ? orientation[0] : 90, orientation ? orientation[1] : 270},
             .pixelsPerLine = view.width,
             .lines = view.height,
-            .dotsPerInch = static_cast<uint32_t>(dotsPerInch + 0.5)};
+            .dotsPerInch = ToDotsPerInch(view.dotsPerMetreX)};
 }
 
 Status WriteFile(const char* path, Header header, const DibView& view)

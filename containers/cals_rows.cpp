@@ -3,17 +3,11 @@
 #include "core/stream.h"
 #include "raster/dib.h"
 
-#include <algorithm>
 #include <array>
 
 namespace tiff::cals {
 
 namespace {
-
-int32_t DotsPerMetre(uint32_t dotsPerInch)
-{
-    return static_cast<int32_t>(std::min<double>(dotsPerInch * INCHES_PER_METRE + 0.5, INT32_MAX));
-}
 
 // A body cut off at its beginning has rows like one that is cut off later: white ones.
 Status DecodeNothing(const RowSource&, const LineTarget&)
@@ -52,7 +46,7 @@ Status OpenRows(TiffStream stream, RowSource& source)
     // stays within 64 bits even for larger numbers.
     if (width > INT32_MAX || lines > INT32_MAX || DibStride(width, 1) * lines > UINT32_MAX)
         return error::NotEnoughMemory;
-    const int32_t dotsPerMetre = DotsPerMetre(information.dotsPerInch);
+    const int32_t dotsPerMetre = ToDotsPerMetre(information.dotsPerInch);
     source = OpenBareRows({.stream = stream,
                            .width = width,
                            .rows = lines,

@@ -16,6 +16,13 @@ public:
         : block(GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, static_cast<SIZE_T>(bytes ? bytes : 1)))
     {
     }
+    // For a block whose every byte is written before anybody sees it.
+    static GlobalBlock Uncleared(uint64_t bytes)
+    {
+        GlobalBlock made;
+        made.block = GlobalAlloc(GMEM_MOVEABLE, static_cast<SIZE_T>(bytes ? bytes : 1));
+        return made;
+    }
     GlobalBlock(GlobalBlock&& other) noexcept : block(other.Release())
     {
     }

@@ -56,6 +56,19 @@ inline Sixteen AddBytes(Sixteen one, Sixteen other)
     return _mm_add_epi8(one, other);
 }
 
+// Each byte's bits moved to its higher or lower end, by 0 to 7.
+inline Sixteen RaiseBits(Sixteen value, uint32_t bits)
+{
+    const Sixteen moved = _mm_sll_epi16(value, _mm_cvtsi32_si128(static_cast<int>(bits)));
+    return And(moved, SixteenOf(static_cast<uint8_t>(0xFF << bits)));
+}
+
+inline Sixteen LowerBits(Sixteen value, uint32_t bits)
+{
+    const Sixteen moved = _mm_srl_epi16(value, _mm_cvtsi32_si128(static_cast<int>(bits)));
+    return And(moved, SixteenOf(static_cast<uint8_t>(0xFF >> bits)));
+}
+
 inline Sixteen SubtractBytes(Sixteen one, Sixteen other)
 {
     return _mm_sub_epi8(one, other);

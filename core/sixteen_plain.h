@@ -75,6 +75,16 @@ inline Sixteen AddBytes(Sixteen one, Sixteen other)
     return CombineElements<uint8_t>(one, other, [](uint8_t a, uint8_t b) { return a + b; });
 }
 
+inline Sixteen RaiseBits(Sixteen value, uint32_t bits)
+{
+    return CombineElements<uint8_t>(value, value, [bits](uint8_t a, uint8_t) { return a << bits; });
+}
+
+inline Sixteen LowerBits(Sixteen value, uint32_t bits)
+{
+    return CombineElements<uint8_t>(value, value, [bits](uint8_t a, uint8_t) { return a >> bits; });
+}
+
 inline Sixteen SubtractBytes(Sixteen one, Sixteen other)
 {
     return CombineElements<uint8_t>(one, other, [](uint8_t a, uint8_t b) { return a - b; });

@@ -88,13 +88,13 @@ static Status PutRows(const DibView& view, const BITMAPINFO* info, GdiObject<HBI
 
 HBITMAP DibToBitmap(HGLOBAL dib, GdiObject<HPALETTE>& palette)
 {
-    const Locked<uint8_t> block(dib);
+    const Locked<const uint8_t> block(dib);
     if (!block) {
         SetTiffError(error::NotEnoughMemory);
         return nullptr;
     }
     DibView view;
-    Status status = CompleteDib({block.Get(), GlobalSize(dib)}, view);
+    Status status = ViewDib({block.Get(), GlobalSize(dib)}, view);
     if (status == error::None && view.compression != BI_RGB)
         status = error::BadDib; // the field holds a colour space
     GdiObject<HBITMAP> bitmap;

@@ -1,6 +1,7 @@
 #include "raster/dib.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace tiff {
@@ -19,7 +20,7 @@ constexpr bool IsDepth(uint32_t bitCount)
     return StandardColours(bitCount) != 0 || bitCount == 16 || bitCount == 24 || bitCount == 32;
 }
 
-bool ReadCoreHeader(std::span<uint8_t> block, DibView& view, HeaderFacts& facts)
+bool ReadCoreHeader(std::span<const uint8_t> block, DibView& view, HeaderFacts& facts)
 {
     BITMAPCOREHEADER header;
     if (block.size() < sizeof(header))
@@ -32,7 +33,7 @@ bool ReadCoreHeader(std::span<uint8_t> block, DibView& view, HeaderFacts& facts)
     return true;
 }
 
-bool ReadInfoHeader(std::span<uint8_t> block, DibView& view, HeaderFacts& facts)
+bool ReadInfoHeader(std::span<const uint8_t> block, DibView& view, HeaderFacts& facts)
 {
     BITMAPINFOHEADER header;
     if (block.size() < sizeof(header))
@@ -40,9 +41,7 @@ bool ReadInfoHeader(std::span<uint8_t> block, DibView& view, HeaderFacts& facts)
     std::memcpy(&header, block.data(), sizeof(header));
     if (header.biSize < sizeof(header) || header.biSize > block.size())
         return false;
-    header.biClrUsed = DibColours(header);
-    std::memcpy(block.data(), &header, sizeof(header));
-    facts = {header.biWidth, header.biHeight, header.biSize, header.biClrUsed};
+    facts = {header.biWidth, header.biHeight, header.biSize, DibColours(header)};
     view.planes = header.biPlanes;
     view.bitCount = header.biBitCount;
     view.compression = header.biCompression;
@@ -54,7 +53,7 @@ bool ReadInfoHeader(std::span<uint8_t> block, DibView& view, HeaderFacts& facts)
 
 } // namespace
 
-Status CompleteDib(std::span<uint8_t> block, DibView& view)
+Status ViewDib(std::span<const uint8_t> block, DibView& view)
 {
     view = {};
     uint32_t headerBytes = 0;
@@ -81,6 +80,26 @@ Status CompleteDib(std::span<uint8_t> block, DibView& view)
     view.colours = block.subspan(static_cast<size_t>(facts.headerBytes), static_cast<size_t>(colourBytes));
     view.pixels = block.data() + pixelsAt;
     return error::None;
+}
+
+Status CompleteDib(std::span<uint8_t> block, DibView& view)
+{
+    const Status status = ViewDib(block, view);
+    if (status == error::None && view.colourBytes == sizeof(RGBQUAD)) {
+        const uint32_t colours = view.ColourCount();
+        std::memcpy(block.data() + offsetof(BITMAPINFOHEADER, biClrUsed), &colours, sizeof(colours));
+    }
+    return status;
+}
+
+int32_t ToDotsPerMetre(uint32_t dotsPerInch)
+{
+    return static_cast<int32_t>(std::min<double>(dotsPerInch * INCHES_PER_METRE + 0.5, INT32_MAX));
+}
+
+uint32_t ToDotsPerInch(int32_t dotsPerMetre)
+{
+    return static_cast<uint32_t>(std::max(dotsPerMetre, 0) / INCHES_PER_METRE + 0.5);
 }
 
 PictureFormat FormatOfDib(const DibView& view)

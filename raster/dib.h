@@ -47,8 +47,15 @@ struct DibView {
 };
 
 // Error 16 for a depth that no DIB has. Error 30 for a header without sense, for compressed pixels, and for a
-// block shorter than its header says. An unset colour count in the caller's header becomes the standard one.
+// block shorter than its header says.
+[[nodiscard]] Status ViewDib(std::span<const uint8_t> block, DibView& view);
+
+// The same. An unset colour count in the caller's header becomes the standard one.
 [[nodiscard]] Status CompleteDib(std::span<uint8_t> block, DibView& view);
+
+// Resolutions of DIB headers; negative ones count as 0.
+int32_t ToDotsPerMetre(uint32_t dotsPerInch);
+uint32_t ToDotsPerInch(int32_t dotsPerMetre);
 
 // The picture in a view: its first 256 colours, rows counted from the top, a colour space in biCompression.
 PictureFormat FormatOfDib(const DibView& view);

@@ -35,6 +35,57 @@ private:
     HDC dc;
 };
 
+// A memory device context like the screen.
+class MemoryDc {
+public:
+    MemoryDc() : dc(CreateCompatibleDC(nullptr))
+    {
+    }
+    MemoryDc(const MemoryDc&) = delete;
+    MemoryDc& operator=(const MemoryDc&) = delete;
+    ~MemoryDc()
+    {
+        if (dc)
+            DeleteDC(dc);
+    }
+
+    explicit operator bool() const
+    {
+        return dc != nullptr;
+    }
+    HDC Get() const
+    {
+        return dc;
+    }
+
+private:
+    HDC dc;
+};
+
+// A bitmap or font, selected; null changes nothing. False when it cannot be selected.
+class Selected {
+public:
+    Selected(HDC dc, HGDIOBJ object) : dc(dc), previous(object ? SelectObject(dc, object) : nullptr)
+    {
+    }
+    Selected(const Selected&) = delete;
+    Selected& operator=(const Selected&) = delete;
+    ~Selected()
+    {
+        if (previous)
+            SelectObject(dc, previous);
+    }
+
+    explicit operator bool() const
+    {
+        return previous != nullptr;
+    }
+
+private:
+    HDC dc;
+    HGDIOBJ previous;
+};
+
 template <class Handle>
 class GdiObject {
 public:

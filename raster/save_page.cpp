@@ -5,6 +5,7 @@
 #include "core/desktop.h"
 #include "core/errors.h"
 #include "core/page_tags.h"
+#include "raster/dib.h"
 #include "raster/save_dialog.h"
 #include "raster/save_settings.h"
 #include "tiff/define.h"
@@ -89,7 +90,7 @@ bool DefineIdentity(HGLOBAL file, uint32_t page)
 
 uint32_t DotsPerInchOf(int32_t dotsPerMetre, uint32_t screen)
 {
-    return dotsPerMetre ? static_cast<uint32_t>(std::max(dotsPerMetre, 0) / INCHES_PER_METRE + 0.5) : screen;
+    return dotsPerMetre ? ToDotsPerInch(dotsPerMetre) : screen;
 }
 
 DotsPerInch OwnResolution(const PagePlan& plan)

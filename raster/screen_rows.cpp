@@ -12,7 +12,7 @@ namespace tiff {
 // How page rows become a device row. Both see the whole line; only the columns shown count.
 struct RowKind {
     PixelForm form;
-    uint32_t (*collectorBytes)(uint32_t width); // null: the first row makes the device row
+    uint64_t (*collectorBytes)(uint32_t width); // null: the first row makes the device row
     void (*collect)(ScreenRows& rows, const uint8_t* line);
     void (*finish)(ScreenRows& rows, uint8_t* target);
 };
@@ -36,7 +36,7 @@ ByteRange ShownBytes(const ScreenRows& rows)
 // Bits: the union of the rows. Eight bytes behind it may be read.
 constexpr uint32_t WINDOW_BYTES = 8;
 
-uint32_t UnionBytes(uint32_t width)
+uint64_t UnionBytes(uint32_t width)
 {
     return (width + 7) / 8 + WINDOW_BYTES;
 }
@@ -108,9 +108,9 @@ constexpr auto countsOfNibble = [] {
     return table;
 }();
 
-uint32_t CountBytes(uint32_t width)
+uint64_t CountBytes(uint32_t width)
 {
-    return (width + 7) / 8 * 2 * sizeof(uint64_t);
+    return (uint64_t{width} + 7) / 8 * 2 * sizeof(uint64_t);
 }
 
 void CollectCounts(ScreenRows& rows, const uint8_t* line)

@@ -30,6 +30,7 @@ extern const Command calsCommand;
 extern const Command catCommand;
 extern const Command convertCommand;
 extern const Command copyCommand;
+extern const Command cropCommand;
 extern const Command cutCommand;
 extern const Command deleteCommand;
 extern const Command faxCommand;
@@ -39,11 +40,15 @@ extern const Command insertCommand;
 extern const Command iocaCommand;
 extern const Command modcaCommand;
 extern const Command numberCommand;
+extern const Command overlayCommand;
 extern const Command pasteCommand;
 extern const Command renderCommand;
 extern const Command reorderCommand;
+extern const Command scaleCommand;
 extern const Command splitCommand;
+extern const Command stampCommand;
 extern const Command tagCommand;
+extern const Command textCommand;
 extern const Command tojpegCommand;
 
 // Owns an open TIFF file for a scope.

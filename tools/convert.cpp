@@ -2,18 +2,14 @@
  * result is written beside the target and replaces it when it is complete.
  */
 #include "options.h"
+#include "page_target.h"
 #include "pages.h"
 #include "source.h"
 #include "whole_file.h"
 
-#include <memory>
-
 namespace tifftool {
 
 namespace {
-
-constexpr uint32_t MOTOROLA_FILE = 35;
-constexpr size_t LARGE_PICTURE = 64u << 20;
 
 struct ConvertOrder {
     const char* output;
@@ -22,56 +18,12 @@ struct ConvertOrder {
     uint32_t fillOrder;
 };
 
-// The file to write. It stays open from page to page: walking to its end for each page would take longer and
-// longer.
-struct Target {
-    const ConvertOrder& order;
-    const char* path;
-    std::unique_ptr<OpenFile> file;
-};
-
-int OpenTarget(Target& target)
+int SavePicture(PageTarget& target, const ConvertOrder& order, const Picture& picture)
 {
-    if (!target.file) {
-        target.file = std::make_unique<OpenFile>(OpenTiffFile(target.path, T_APPEND));
-    }
-    TiffFileInformation facts{};
-    if (!target.file->handle || !GetTiffFileInfo(target.file->handle, &facts)) {
-        return ReportError(target.order.output, TiffError());
-    }
-    const bool mixed = facts.pageCount != 0 && facts.byteOrder == TIFF_MOTOROLA;
-    return mixed ? ReportError(target.order.output, MOTOROLA_FILE) : ALL_FINE;
-}
-
-// The page is made in memory and appended to the open file.
-int SaveByMemory(Target& target, const Picture& picture, uint32_t selector)
-{
-    if (const int result = OpenTarget(target); result != ALL_FINE) {
-        return result;
-    }
-    const OwnedBlock saved(SaveTiffToMemory(nullptr, picture.dib.handle, selector, target.order.fillOrder));
-    if (!saved.handle) {
-        return ReportError(picture.where, TiffError());
-    }
-    const OpenFile page(OpenTiffInMemory(saved.handle, static_cast<uint32_t>(saved.size), T_READ));
-    return CopyTiffImage(page.handle, 0, target.file->handle) ? ALL_FINE
-                                                              : ReportError(target.order.output, TiffError());
-}
-
-int SavePicture(Target& target, const Picture& picture)
-{
-    const ConvertOrder& order = target.order;
-    if (const int result = CheckDepth(picture, order.compression); result != ALL_FINE) {
-        return result;
-    }
-    const uint32_t selector = order.compression | order.samples;
-    if (picture.dib.size < LARGE_PICTURE) {
-        return SaveByMemory(target, picture, selector);
-    }
-    target.file.reset();
-    return SaveDIBInTiffFileExt(target.path, picture.dib.handle, selector, 0, order.fillOrder)
-               ? ALL_FINE
-               : ReportError(picture.where, TiffError());
+    const int result = CheckDepth(picture, order.compression);
+    return result == ALL_FINE ? AppendDib(target, picture.dib, picture.where,
+                                          order.compression | order.samples, order.fillOrder)
+                              : result;
 }
 
 uint32_t SampleKind(const Options& options)
@@ -111,9 +63,9 @@ int RunConvert(Arguments arguments)
         return FAILED;
     }
     return WriteWhole(order.output, append, [&](const char* unfinished) {
-        Target target = {order, unfinished, nullptr};
+        PageTarget target = {order.output, unfinished};
         return ForEachPicture(options.others[0], Damage::Refused,
-                              [&](const Picture& picture) { return SavePicture(target, picture); });
+                              [&](const Picture& picture) { return SavePicture(target, order, picture); });
     });
 }
 
@@ -121,7 +73,7 @@ int RunConvert(Arguments arguments)
 
 const Command convertCommand = {
     .name = "convert",
-    .arguments = "IN.tif|IN.bmp OUT.tif --compression NAME [OPTION...]",
+    .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --compression NAME [OPTION...]",
     .summary = "Saves pages anew in another compression.",
     .details = "  --compression none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4|jpeg\n"
                "  --quality 1-100   of JPEG pages, 75 by default\n"

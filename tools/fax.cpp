@@ -189,7 +189,7 @@ int RunBlank(Arguments arguments)
 
 const Command faxCommand = {
     .name = "fax",
-    .arguments = "IN.tif|IN.bmp OUT.tif --board NAME [OPTION...]",
+    .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --board NAME [OPTION...]",
     .summary = "Saves pages in the form that a fax board reads.",
     .details = "  --board gamma|bicom|nms|dialogic|cisco\n"
                "  --compression NAME  none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4, not for bicom and nms;\n"

@@ -110,7 +110,7 @@ int RunInsert(Arguments arguments)
 
 const Command insertCommand = {
     .name = "insert",
-    .arguments = "FILE.tif PICTURE.bmp|PICTURE.tif --page P [OPTION...]",
+    .arguments = "FILE.tif PICTURE.bmp|PICTURE.cal|PICTURE.tif --page P [OPTION...]",
     .summary = "Puts a picture into a file as a new page.",
     .details = "  --page P            the page that it comes before, counted from 1\n"
                "  --from N            the page of PICTURE.tif; without it the first\n"

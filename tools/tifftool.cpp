@@ -15,10 +15,11 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
-    &appendRawCommand, &blankCommand,    &calsCommand,   &catCommand,    &convertCommand, &copyCommand,
-    &cutCommand,       &deleteCommand,   &faxCommand,    &infoCommand,   &insertCommand,  &iocaCommand,
-    &modcaCommand,     &numberCommand,   &pasteCommand,  &renderCommand, &reorderCommand, &splitCommand,
-    &tagCommand,       &fromjpegCommand, &tojpegCommand,
+    &appendRawCommand, &blankCommand,   &calsCommand,   &catCommand,    &convertCommand,  &copyCommand,
+    &cropCommand,      &cutCommand,     &deleteCommand, &faxCommand,    &fromjpegCommand, &infoCommand,
+    &insertCommand,    &iocaCommand,    &modcaCommand,  &numberCommand, &overlayCommand,  &pasteCommand,
+    &renderCommand,    &reorderCommand, &scaleCommand,  &splitCommand,  &stampCommand,    &tagCommand,
+    &textCommand,      &tojpegCommand,
 };
 
 void PrintHelp()

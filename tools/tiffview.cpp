@@ -405,6 +405,13 @@ void Paint(HDC dc)
         return;
     }
     const bool inPart = std::ranges::find(IN_PART, viewer.drawError) != std::end(IN_PART);
+    if (inPart) {
+        // The rows that are missing must not show what was here before.
+        RECT client;
+        GetClientRect(viewer.window, &client);
+        FillRect(dc, &client, GetSysColorBrush(COLOR_APPWORKSPACE));
+        DrawPage(dc);
+    }
     DrawSentence(
         dc, (inPart ? "The page is not whole: " : "The page cannot be shown: ") + ErrorText(viewer.drawError),
         inPart);

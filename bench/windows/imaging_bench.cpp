@@ -1,5 +1,6 @@
 // The DLL beside the system's imaging component, on files that tiff_bench wrote: imaging_bench FOLDER. The
 // output has the form that the report reads.
+#include "bench/windows/text_bench.h"
 #include "bench/windows/timing.h"
 #include "tiff/tiff.h"
 
@@ -110,6 +111,7 @@ int main(int argc, char** argv)
                           {"WIC", [&] { opens ? OpenBySystem(path) : LoadBySystem(path); }}},
                          JobName(file));
     }
+    TimeText(folder);
     timing::End();
     return 0;
 }

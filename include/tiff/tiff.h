@@ -15,10 +15,12 @@
 #ifndef TIFF_TIFF_H
 #define TIFF_TIFF_H
 
+#include "tiff/annotations.h"
 #include "tiff/blank_pages.h"
 #include "tiff/cals.h"
 #include "tiff/ccitt.h"
 #include "tiff/codecs.h"
+#include "tiff/crop.h"
 #include "tiff/define.h"
 #include "tiff/directory.h"
 #include "tiff/editing.h"
@@ -28,9 +30,11 @@
 #include "tiff/ioca.h"
 #include "tiff/lines.h"
 #include "tiff/load.h"
+#include "tiff/overlays.h"
 #include "tiff/save.h"
 #include "tiff/screen.h"
 #include "tiff/streams.h"
+#include "tiff/text_pages.h"
 #include "tiff/values.h"
 
 #endif

@@ -1,6 +1,8 @@
 // Every handle and block taken during a call is released, however the call ends.
 #include "gdi/desktop.h"
+#include "support/pictures.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
@@ -45,12 +47,39 @@ TEST(Leaks, ThereAreNoneInAThousandCalls)
     ExpectNothingLeft("dialog", [&] { TakeDib(LoadTiffIntoDIB(palette.Path(), 0, 1)); });
     EXPECT_EQ(GetModuleHandleA("KVDlgs.dll"), nullptr);
     const TempFile target({});
+    const Block blank(PackedDib({9, 2, 1, {0, 0xFFFFFF}, Bytes(8, 0xFF)}));
     const HBITMAP mono = CreateBitmap(9, 2, 1, 1, nullptr);
     ExpectNothingLeft("save", [&] {
         DeleteFileA(target.Path());
         SaveBitmapInTiffFile(target.Path(), mono, 208, 0);
     });
     ExpectNothingLeft("bare code", [&] { SaveBitmapInCcittFile(target.Path(), mono, 8); });
+    TiffTextPageSettings text{};
+    std::strcpy(text.path, TIFF_SOURCE_DIR "/.clang-format");
+    std::strcpy(text.faceName, "Arial");
+    text.flags = TIFF_TEXT_INCHES;
+    text.horizontalDpi = text.verticalDpi = 100;
+    text.pageWidth = text.pageHeight = 60;
+    text.fontSize = 30;
+    HANDLE pages[2];
+    ExpectNothingLeft("text", [&] {
+        EXPECT_EQ(CreateBMPFaxPageFromASCII(&text, 2, pages, nullptr), 2u);
+        DeleteObject(pages[0]);
+        DeleteObject(pages[1]);
+        EXPECT_EQ(CreateDIBFaxPageFromASCII(&text, 1, pages, nullptr), 1u);
+        GlobalFree(pages[0]);
+        TakeBitmap(BitmapFormOverlay(palette.Path(), &text));
+        TakeDib(DIBFormOverlay(palette.Path(), &text));
+        TakeBitmap(BitmapTextOverlay(mono, 0, 0, "a", "Arial", 9, 0, 0));
+        TakeDib(DIBTextOverlay(blank.Get(), 0, 0, "a", "Arial", 9));
+        LoadAnnotationFromTiff(palette.Path(), 0);
+    });
+    text.fontSize = UINT32_MAX;
+    ExpectNothingLeft("no font", [&] {
+        EXPECT_EQ(CreateBMPFaxPageFromASCII(&text, 2, pages, nullptr), 0u);
+        EXPECT_EQ(BitmapFormOverlay(palette.Path(), &text), nullptr);
+        EXPECT_EQ(BitmapTextOverlay(mono, 0, 0, "a", "Arial", UINT32_MAX, 0, 0), nullptr);
+    });
     DeleteObject(mono);
     ExpectNothingLeft("clipboard", [&] { LoadTiffFileIntoClipboard(palette.Path(), 0, 0); });
     ExpectNothingLeft("clipboard, damaged", [&] { LoadTiffFileIntoClipboard(damaged.Path(), 0, 0); });

@@ -272,11 +272,20 @@ TEST(ScreenRows, ThatEndEarlyAreShownSoFar)
     ScreenRowsOrder order{};
     order.shown = PlaceOnScreen(Placement::TrueSize, Axis(20, 50), Axis(20, 50, {}, 0, 4));
     order.turn = Turn::Half;
-    Grid expected = Model(page, order.shown, order.turn, 1, false);
     // Of the third device row only its first page row has come.
     Grid part = page;
     std::fill(part.pixels.begin() + 9 * 20, part.pixels.end(), 0u);
-    expected = Model(part, order.shown, order.turn, 1, false);
+    Grid expected = Model(part, order.shown, order.turn, 1, false);
     std::fill(expected.pixels.begin(), expected.pixels.begin() + 2 * 20, 0xEEEEEEEE);
     EXPECT_TRUE(Drawn(page, order, 1, 9) == expected);
+}
+
+TEST(ScreenRows, OfAHostileWidthHaveRoomOrAreRefused)
+{
+    ScreenRowsOrder order{};
+    order.shown = PlaceOnScreen(Placement::Fit, Axis(INT32_MAX, 100), Axis(1, 100));
+    order.grey = true;
+    ScreenRows rows{Compose, nullptr};
+    const Status status = BeginScreenRows(rows, BilevelFormat(INT32_MAX, 1, 0, 0), order);
+    EXPECT_TRUE(status == error::NotEnoughMemory || GlobalSize(rows.block.Get()) > UINT32_MAX);
 }

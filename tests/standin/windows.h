@@ -64,6 +64,10 @@ typedef struct BY_HANDLE_FILE_INFORMATION {
 #define GMEM_ZEROINIT 0x0040u
 #define TLS_OUT_OF_INDEXES ((DWORD)0xFFFFFFFF)
 
+typedef struct RECT {
+    LONG left, top, right, bottom;
+} RECT;
+
 typedef struct BITMAPINFOHEADER {
     DWORD biSize;
     LONG biWidth, biHeight;
@@ -93,6 +97,14 @@ typedef struct BITMAPINFO {
     RGBQUAD bmiColors[1];
 } BITMAPINFO;
 static_assert(sizeof(BITMAPINFO) == 44, "layout");
+
+typedef struct LOGFONTA {
+    LONG lfHeight, lfWidth, lfEscapement, lfOrientation, lfWeight;
+    BYTE lfItalic, lfUnderline, lfStrikeOut, lfCharSet, lfOutPrecision, lfClipPrecision, lfQuality,
+        lfPitchAndFamily;
+    char lfFaceName[32];
+} LOGFONTA;
+static_assert(sizeof(LOGFONTA) == 60, "layout");
 
 extern "C" {
 

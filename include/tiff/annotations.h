@@ -1,0 +1,57 @@
+/* Annotations, kept as bytes in a tag of a file's first page. They belong to the annotation library
+ * kvanno.dll, which is loaded for each call from this library's folder, or else from where the system finds
+ * it. Its objects and bytes pass through unchanged.
+ *
+ * Failures return 0 and set no error code of their own; the TIFF operations in them do.
+ */
+#ifndef TIFF_ANNOTATIONS_H
+#define TIFF_ANNOTATIONS_H
+
+#include "tiff/base.h"
+
+TIFF_BEGIN
+
+/* An object of the annotation library; 0 is none. */
+typedef uint32_t TiffAnnotation;
+
+/* The functions of the annotation library. The loaded bytes serve for one call; the savers' functions return
+ * the number of bytes to store, and non-zero when they have filled the buffer.
+ */
+typedef TiffAnnotation (*TiffAnnoCreateOnLoad)(const void* bytes, uint32_t count);
+typedef uint32_t (*TiffAnnoGetSaveCount)(TiffAnnotation annotation);
+typedef int32_t (*TiffAnnoGetSaveData)(TiffAnnotation annotation, void* buffer, uint32_t count);
+typedef uint32_t (*TiffAnnoGetSaveCountOnPage)(TiffAnnotation annotation, int32_t annotationPage);
+typedef int32_t (*TiffAnnoGetSaveDataExt)(TiffAnnotation annotation, void* buffer, uint32_t count,
+                                          int32_t annotationPage, int32_t filePage);
+
+enum TiffAnnotationMode { TIFF_ANNOTATION_REPLACE = 1, TIFF_ANNOTATION_APPEND = 2 };
+
+/* Makes an annotation object of a file's annotation bytes, with AnnoCreateOnLoad.
+ *
+ * tag  its number; 0 for 32768.
+ *
+ * Returns what the annotation library does, or 0: there is no library, no such file, or no such tag with
+ * values of type BYTE.
+ */
+TiffAnnotation LoadAnnotationFromTiff(const char* path, uint32_t tag) TIFF_NOEXCEPT;
+
+/* Writes the bytes of an annotation object, as AddTiffTagToImage; with no bytes, the tag is deleted.
+ *
+ * Returns 1, or 0, also when the tag was deleted.
+ */
+int32_t SaveAnnotationIntoTiff(const char* path, TiffAnnotation annotation, uint32_t tag) TIFF_NOEXCEPT;
+
+/* The same for one page of annotations. The bytes go to the file's first page in any case.
+ *
+ * mode            TiffAnnotationMode. Appended bytes follow those that the tag has, if its type is BYTE.
+ * annotationPage  counted from 0, or -1; for the annotation library.
+ * filePage        a page of the file; for the annotation library.
+ *
+ * Returns 1, or 0. Without bytes the result is 1, and in mode 1 the tag is deleted.
+ */
+int32_t SaveAnnotationIntoTiffExt(const char* path, TiffAnnotation annotation, uint32_t tag, int32_t mode,
+                                  int32_t annotationPage, int32_t filePage) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

@@ -1,0 +1,41 @@
+/* Parts of packed DIBs, and packed DIBs in other sizes. */
+#ifndef TIFF_CROP_H
+#define TIFF_CROP_H
+
+#include "tiff/base.h"
+
+TIFF_BEGIN
+
+/* A flag of the stretching functions. A bilevel picture, or one with a palette of greys alone, becomes one of
+ * 256 greys, other palettes become 24 bits. Along an axis that is reduced, each pixel is the average of the
+ * area that it covers.
+ */
+#define TIFF_SMOOTH 1u
+
+/* These take a packed DIB of 1, 4, 8 or 24 bits per pixel, rows either way up, and leave it as it is. They
+ * return a new one, rows from the bottom, that the caller frees with GlobalFree, or null.
+ *
+ * Coordinates are pixels from the upper left as the picture looks. The resolution changes with the size, so
+ * that the picture stays as large on paper.
+ *
+ * Errors of all: 1 memory, or the DIB cannot be locked; 16 another depth; 29 a size below 1, a part that is
+ * not inside the picture, or no part; 30 the block is not a whole, uncompressed DIB, or has more colours
+ * than its depth.
+ */
+
+/* The part that begins at left and top. */
+HGLOBAL CropDIB(HGLOBAL dib, int32_t left, int32_t top, int32_t width, int32_t height) TIFF_NOEXCEPT;
+
+/* The picture in another size. Without TIFF_SMOOTH each pixel of the result is the one under its centre.
+ *
+ * flags  0 or TIFF_SMOOTH.
+ */
+HGLOBAL StretchDIB(HGLOBAL dib, int32_t width, int32_t height, uint32_t flags) TIFF_NOEXCEPT;
+
+/* The same with a part of the picture: right and bottom are the first pixels outside. */
+HGLOBAL CropStretchDIB(HGLOBAL dib, const RECT* part, int32_t width, int32_t height,
+                       uint32_t flags) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

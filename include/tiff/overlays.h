@@ -1,0 +1,57 @@
+/* Text on pictures: a text file on a form, a string on a copy of a picture.
+ *
+ * The given pictures are never changed, and a failure changes nothing. The functions set no error codes of
+ * their own; loading a form and converting pictures do.
+ */
+#ifndef TIFF_OVERLAYS_H
+#define TIFF_OVERLAYS_H
+
+#include "tiff/base.h"
+#include "tiff/text_pages.h"
+
+TIFF_BEGIN
+
+/* Draws the first page of a text on the first page of a TIFF file. The form shows through, and text beyond
+ * that page is dropped.
+ *
+ * settings  as CreateFaxPageFromASCII; their page should have the size of the form.
+ *
+ * Returns a bitmap, or null.
+ */
+HBITMAP BitmapFormOverlay(const char* formPath, const TiffTextPageSettings* settings) TIFF_NOEXCEPT;
+
+/* The same as a packed DIB with the resolution of the settings. */
+HGLOBAL DIBFormOverlay(const char* formPath, const TiffTextPageSettings* settings) TIFF_NOEXCEPT;
+
+/* Draws all pages of a text, the first on the form, the others on blank pages of its size.
+ *
+ * pages, pageLimit, startY  as CreateMultiPageFromASCII; the pages are packed DIBs.
+ *
+ * Returns the number of pages.
+ */
+uint32_t DIBFormOverlayExt(const char* formPath, const TiffTextPageSettings* settings, HANDLE* pages,
+                           uint32_t pageLimit, uint32_t startY) TIFF_NOEXCEPT;
+
+/* Draws a text in black on a copy of a bitmap.
+ *
+ * x, y      of the text's top left corner, in dots of the screen: the text begins there multiplied by the
+ *           resolution and divided by the screen's. Nothing is drawn left of x and above y themselves.
+ * text      a CR LF, or a second LF in a row, moves one line down; a single LF does not.
+ * faceName  the font's; one that is missing falls back as in GDI.
+ * fontSize  points.
+ * horizontalDpi, verticalDpi  the bitmap's resolution; 0 for the screen's.
+ *
+ * Returns a new bitmap, also when the place lies outside it, or null.
+ */
+HBITMAP BitmapTextOverlay(HBITMAP bitmap, int32_t x, int32_t y, const char* text, const char* faceName,
+                          uint32_t fontSize, uint32_t horizontalDpi, uint32_t verticalDpi) TIFF_NOEXCEPT;
+
+/* The same on a packed DIB, whose header gives the resolution. The new DIB has the same resolution, and 24
+ * bits per pixel unless the given one has 1: it goes through a bitmap like the screen's.
+ */
+HGLOBAL DIBTextOverlay(HGLOBAL dib, int32_t x, int32_t y, const char* text, const char* faceName,
+                       uint32_t fontSize) TIFF_NOEXCEPT;
+
+TIFF_END
+
+#endif

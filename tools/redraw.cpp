@@ -1,0 +1,240 @@
+#include "redraw.h"
+
+#include "chain.h"
+#include "describe.h"
+#include "progress.h"
+#include "source.h"
+#include "whole_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+namespace tifftool {
+
+namespace {
+
+constexpr uint32_t MOTOROLA_FILE = 35;
+constexpr uint32_t LAST_KEPT_TYPE = 7; // the library holds values of larger types in part
+
+// Tags of the picture's code, which is new, and DateTime. 0 is the list of all.
+constexpr uint32_t codeTags[] = {256, 257, 258, 259, 262, 266, 273, 274, 277, 278, 279, 284, 292, 293,
+                                 306, 317, 320, 322, 323, 324, 325, 326, 327, 328, 338, 339, 340, 341};
+
+// Offsets of further directories, whose content a new page would not have.
+constexpr uint32_t directoryTags[] = {330, 34665, 34853, 40965};
+
+constexpr struct {
+    uint32_t compression, variant, selector;
+} selectors[] = {
+    {1, 0, TIFF_SAVE_STORED},
+    {32773, 0, TIFF_SAVE_PACKBITS},
+    {5, 1, TIFF_SAVE_LZW},
+    {2, 0, TIFF_SAVE_MODIFIED_HUFFMAN},
+    {5, 2, TIFF_SAVE_LZW_DIFFERENCES},
+    {3, 0, TIFF_SAVE_GROUP3},
+    {3, 1, TIFF_SAVE_GROUP3_TWO_DIMENSIONAL},
+    {4, 0, TIFF_SAVE_GROUP4},
+};
+
+uint32_t OwnSelector(const PageFacts& facts)
+{
+    const uint32_t variant = facts.compression == 5   ? facts.predictor
+                             : facts.compression == 3 ? facts.group3Options & 1
+                                                      : 0;
+    for (const auto& choice : selectors) {
+        if (choice.compression == facts.compression && choice.variant == variant) {
+            return choice.selector;
+        }
+    }
+    return 0;
+}
+
+bool IsAmong(uint32_t tag, std::span<const uint32_t> tags)
+{
+    return std::ranges::find(tags, tag) != tags.end();
+}
+
+std::vector<uint32_t> TagsOf(HGLOBAL file, uint32_t page)
+{
+    HGLOBAL list = nullptr;
+    uint32_t count = 0;
+    GetTiffImageInfoBuffer(file, page, 0, &list, nullptr, &count);
+    const OwnedBlock block(list);
+    std::vector<uint32_t> tags(block.bytes ? count : 0);
+    memcpy(tags.data(), block.bytes, tags.size() * sizeof(uint32_t));
+    return tags;
+}
+
+// Why the page cannot be drawn upon without loss; empty when it can.
+std::string WhyNot(Source& source, uint32_t page, const PageFacts& facts)
+{
+    if (facts.orientation != 1 && facts.orientation != 4) {
+        return "is stored turned";
+    }
+    if (facts.bitsPerSample > 8 || facts.photometric > 3 ||
+        (facts.bitsPerSample * facts.samplesPerPixel == 1 && facts.photometric > 1)) {
+        return "has colours that drawing would change";
+    }
+    if (OwnSelector(facts) == 0) {
+        return "has a compression that cannot be written";
+    }
+    RawFile raw(source.path);
+    for (const uint32_t tag : TagsOf(source.file.handle, page - 1)) {
+        TagEntry entry;
+        if (IsAmong(tag, directoryTags) || (FindEntry(raw, DirectoryOf(source, page - 1), tag, entry) &&
+                                            entry.type > LAST_KEPT_TYPE && !IsAmong(tag, codeTags))) {
+            return "has a tag that drawing would lose: " + TagName(tag);
+        }
+    }
+    return "";
+}
+
+// Gives the new page the old one's other tags.
+bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to)
+{
+    for (const uint32_t tag : TagsOf(from, page)) {
+        HGLOBAL values = nullptr;
+        uint32_t type = 0, count = 0;
+        if (IsAmong(tag, codeTags)) {
+            continue;
+        }
+        const bool found = GetTiffImageInfoBuffer(from, page, tag, &values, &type, &count);
+        const OwnedBlock block(values);
+        if (!found || !DefineTiffImageInfoBuffer(to, 0, tag, block.bytes, type, count)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+int RedrawPage(Source& source, uint32_t page, HGLOBAL output, const DrawPage& draw)
+{
+    const std::string where = PageName(source.path, page);
+    const HGLOBAL file = source.file.handle;
+    if (!GetTiffImage(file, page - 1)) {
+        return ReportError(where, TiffError());
+    }
+    const PageFacts facts = ReadPageFacts(file, page - 1);
+    if (const std::string fault = WhyNot(source, page, facts); !fault.empty()) {
+        return ReportSentence(where, fault);
+    }
+    const OwnedBlock loaded(LoadTiffChainIntoDIB(file, page - 1));
+    if (const uint32_t error = TiffError(); !loaded.handle || error != 0) {
+        return ReportError(where, error);
+    }
+    const OwnedBlock drawn(draw({loaded, page, source.pages}));
+    if (!drawn.handle) {
+        return ReportSentence(where, "cannot be drawn upon: memory or the font is missing");
+    }
+    const OwnedBlock saved(SaveTiffToMemory(nullptr, drawn.handle, OwnSelector(facts), facts.fillOrder));
+    const OpenFile made(
+        saved.handle ? OpenTiffInMemory(saved.handle, static_cast<uint32_t>(saved.size), T_READ) : nullptr);
+    const bool done = made.handle && GetTiffImage(made.handle, 0) && CarryTags(file, page - 1, made.handle) &&
+                      CopyTiffImage(made.handle, 0, output);
+    const uint32_t error = TiffError();
+    DropTiffImage(file, page - 1);
+    return done ? int{ALL_FINE} : ReportError(where, error);
+}
+
+int WritePages(Source& source, const RedrawOrder& order, HGLOBAL output, const DrawPage& draw)
+{
+    for (uint32_t page = 1; page <= source.pages; ++page) {
+        int result = ALL_FINE;
+        if (order.pages.empty() || (page < order.pages.size() && order.pages[page])) {
+            result = RedrawPage(source, page, output, draw);
+        } else if (!CopyTiffImage(source.file.handle, page - 1, output)) {
+            result = ReportError(PageName(source.path, page), TiffError());
+        }
+        if (result != ALL_FINE) {
+            return result;
+        }
+        DrawProgress(source.pages, page, 0);
+    }
+    return ALL_FINE;
+}
+
+// "2", "1,4-6": marks the pages.
+bool ParsePages(std::string_view text, std::vector<bool>& pages)
+{
+    while (!text.empty()) {
+        const std::string part(text.substr(0, text.find(',')));
+        text.remove_prefix(std::min(text.size(), part.size() + 1));
+        const size_t dash = part.find('-');
+        int64_t first = 0, last = 0;
+        if (!ParseNumber(part.substr(0, dash).c_str(), 1, TIFF_MAX_PAGES, first) ||
+            !ParseNumber(part.substr(dash == std::string::npos ? 0 : dash + 1).c_str(), first, TIFF_MAX_PAGES,
+                         last)) {
+            return false;
+        }
+        pages.resize(std::max(pages.size(), static_cast<size_t>(last) + 1));
+        std::fill(pages.begin() + first, pages.begin() + last + 1, true);
+    }
+    return !pages.empty();
+}
+
+} // namespace
+
+bool ReadRedrawOrder(const Command& command, const Options& options, RedrawOrder& order)
+{
+    order.input = options.others[0];
+    order.output = options.Value("-o", order.input);
+    if (options.Has("--pages") && !ParsePages(options.Value("--pages", ""), order.pages)) {
+        UsageError(command, "--pages takes numbers and ranges such as 1,4-6");
+        return false;
+    }
+    return true;
+}
+
+int Redraw(const RedrawOrder& order, const DrawPage& draw)
+{
+    Source source(order.input);
+    if (!IsWhole(source) ||
+        !HasPage(source, static_cast<uint32_t>(std::max<size_t>(order.pages.size(), 1) - 1))) {
+        return FAILED;
+    }
+    if (IsMotorola(source)) {
+        return ReportError(source.path, MOTOROLA_FILE);
+    }
+    return WriteWhole(order.output, false, [&](const char* unfinished) {
+        const OpenFile output(OpenTiffFile(unfinished, T_CREAT));
+        return output.handle ? WritePages(source, order, output.handle, draw)
+                             : ReportError(order.output, TiffError());
+    });
+}
+
+DibParts PartsOf(void* dib)
+{
+    auto* const header = static_cast<BITMAPINFOHEADER*>(dib);
+    auto* const colours = reinterpret_cast<RGBQUAD*>(header + 1);
+    const uint32_t standard = header->biBitCount <= 8 ? 1u << header->biBitCount : 0;
+    const uint32_t count = header->biClrUsed ? header->biClrUsed : standard;
+    const size_t bits = static_cast<size_t>(header->biWidth) * header->biBitCount;
+    return {header, colours, count, reinterpret_cast<uint8_t*>(colours + count), (bits + 31) / 32 * 4};
+}
+
+// Without a resolution in the header the library takes places as pixels and points as those of the screen.
+HGLOBAL DrawString(HGLOBAL dib, const DrawnText& text)
+{
+    auto* header = static_cast<BITMAPINFOHEADER*>(GlobalLock(dib));
+    const LONG across = header->biXPelsPerMeter, down = header->biYPelsPerMeter;
+    header->biXPelsPerMeter = header->biYPelsPerMeter = 0;
+    const HDC screen = GetDC(nullptr);
+    const double dots = GetDeviceCaps(screen, LOGPIXELSY);
+    ReleaseDC(nullptr, screen);
+    const auto points = static_cast<uint32_t>(text.points * (down / 39.37) / dots + 0.5);
+    const HGLOBAL drawn = DIBTextOverlay(dib, text.x, text.y, text.text, text.faceName, std::max(points, 1u));
+    header->biXPelsPerMeter = across;
+    header->biYPelsPerMeter = down;
+    GlobalUnlock(dib);
+    if (drawn) {
+        header = static_cast<BITMAPINFOHEADER*>(GlobalLock(drawn));
+        header->biXPelsPerMeter = across;
+        header->biYPelsPerMeter = down;
+        GlobalUnlock(drawn);
+    }
+    return drawn;
+}
+
+} // namespace tifftool

@@ -1,0 +1,55 @@
+/* Files in which some pages are drawn upon. The others are copied as they are. */
+#ifndef TOOLS_REDRAW_H
+#define TOOLS_REDRAW_H
+
+#include "options.h"
+
+#include <functional>
+
+namespace tifftool {
+
+struct RedrawOrder {
+    const char* input;
+    std::string output;
+    std::vector<bool> pages; // those to draw upon; empty for all
+};
+
+struct DrawnPage {
+    const OwnedBlock& dib;
+    uint32_t page, pages; // counted from 1, and how many there are
+};
+
+// Makes a new packed DIB of a page's; null when that fails.
+using DrawPage = std::function<HGLOBAL(const DrawnPage& page)>;
+
+// Options "-o" and "--pages"; false with a message.
+bool ReadRedrawOrder(const Command& command, const Options& options, RedrawOrder& order);
+
+// Writes the file, whole or not at all. Drawn pages keep their compression and their other tags. Pages that
+// would lose something are refused. Returns an exit code.
+int Redraw(const RedrawOrder& order, const DrawPage& draw);
+
+// A packed DIB's parts, for writing.
+struct DibParts {
+    BITMAPINFOHEADER* header;
+    RGBQUAD* colours;
+    uint32_t colourCount;
+    uint8_t* rows; // from the bottom
+    size_t stride;
+};
+
+DibParts PartsOf(void* dib);
+
+struct DrawnText {
+    int32_t x, y; // pixels
+    const char* text;
+    const char* faceName;
+    uint32_t points;
+};
+
+// A copy of a page's DIB with a text.
+HGLOBAL DrawString(HGLOBAL dib, const DrawnText& text);
+
+} // namespace tifftool
+
+#endif
