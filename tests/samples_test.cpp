@@ -83,7 +83,7 @@ TEST(Samples, ColoursOfJpegPagesAreThoseOfAnIndependentDecoder)
         }
         BITMAPINFOHEADER header;
         std::memcpy(&header, dib.data(), 40);
-        const auto height = static_cast<uint32_t>(header.biHeight), bytes = header.biBitCount / 8u;
+        const uint32_t height = static_cast<uint32_t>(header.biHeight), bytes = header.biBitCount / 8u;
         const uint32_t rowStart =
             40 + header.biClrUsed * 4 + (height - 1 - row) * (header.biSizeImage / height);
         for (uint32_t channel = 3; channel-- > 0;) {

@@ -32,7 +32,7 @@ Loaded Load(const TiffPage& page, uint16_t byteOrder = TIFF_INTEL)
     const auto* start = static_cast<const uint8_t*>(GlobalLock(block));
     std::memcpy(&loaded.header, start, 40);
     const BITMAPINFOHEADER& header = loaded.header;
-    const auto height = static_cast<uint32_t>(header.biHeight), stride = header.biSizeImage / height;
+    const uint32_t height = static_cast<uint32_t>(header.biHeight), stride = header.biSizeImage / height;
     const uint8_t* pixels = start + 40 + header.biClrUsed * 4;
     for (uint32_t row = height; row-- > 0;)
         loaded.rows.emplace_back(pixels + row * stride, pixels + (row + 1) * stride);

@@ -54,7 +54,7 @@ struct Saved {
         const Bytes bytes = Content(loaded, GlobalSize(loaded));
         std::memcpy(&header, bytes.data(), 40);
         GlobalFree(loaded);
-        const auto height = static_cast<uint32_t>(header.biHeight), stride = header.biSizeImage / height;
+        const uint32_t height = static_cast<uint32_t>(header.biHeight), stride = header.biSizeImage / height;
         const auto samples = static_cast<uint32_t>(header.biWidth) * header.biBitCount / 8;
         for (uint32_t row = height; row-- > 0;) {
             const auto* from = &bytes[40 + header.biClrUsed * 4 + size_t{row} * stride];

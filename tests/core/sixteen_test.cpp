@@ -68,7 +68,7 @@ TEST(SixteenShorts, AreTheSameByPlainCode)
         Bytes16 one, other;
         for (uint32_t at = 0; at < tiff::SIXTEEN; ++at) {
             one[at] = static_cast<uint8_t>(random());
-            other[at] = round % 2 ? static_cast<uint8_t>(random()) : at % 2 ? 0x80 : 0;
+            other[at] = static_cast<uint8_t>(round % 2 ? random() : at % 2 * 0x80u);
         }
         const auto a = tiff::LoadSixteen(one.data()), b = tiff::LoadSixteen(other.data());
         const auto c = plain::LoadSixteen(one.data()), d = plain::LoadSixteen(other.data());
