@@ -5,6 +5,8 @@
 #include "codecs/bytes/packbits.h"
 #include "codecs/ccitt/decoder.h"
 #include "codecs/ccitt/encoder.h"
+#include "codecs/jpeg/page_decoder.h"
+#include "codecs/jpeg/page_encoder.h"
 #include "codecs/old_jpeg.h"
 #include "codecs/stored.h"
 #include "codecs/strips.h"
@@ -77,15 +79,20 @@ constexpr PageScheme Striped(uint32_t compression, uint32_t (*variant)(const Pag
             .describeDecoding = DescribeStripsToDecode,
             .describeEncoding = DescribeStripsToEncode,
             .defineData = DefineStrips,
+            .decodePicture = nullptr,
+            .encodePicture = nullptr,
             .countsStrips = true};
 }
 
-constexpr PageScheme WholePictures(uint32_t compression)
+constexpr PageScheme JpegPages()
 {
-    PageScheme scheme = Striped(compression, NoVariant);
+    PageScheme scheme = Striped(Jpeg, NoVariant);
     scheme.isLeft = Always;
     scheme.notDecoded = error::JpegPage;
     scheme.notEncoded = error::UnknownCompression;
+    scheme.describeEncoding = jpeg::DescribeToEncode;
+    scheme.decodePicture = jpeg::DecodePage;
+    scheme.encodePicture = jpeg::EncodePage;
     return scheme;
 }
 
@@ -103,8 +110,10 @@ constexpr PageScheme schemes[] = {
      .describeDecoding = DescribeTilesToDecode,
      .describeEncoding = DescribeTilesToEncode,
      .defineData = DefineTiles,
+     .decodePicture = nullptr,
+     .encodePicture = nullptr,
      .countsStrips = false},
-    WholePictures(Jpeg),
+    JpegPages(),
 };
 
 CodecRoutine RoutineFor(uint32_t code, CodecRoutine Codec::*routine)

@@ -1,7 +1,7 @@
 // The routines of each compression scheme, and how its pages describe a call.
 #pragma once
 
-#include "codecs/codec_context.h"
+#include "codecs/line_target.h"
 #include "core/tag_block.h"
 
 namespace tiff {
@@ -34,6 +34,10 @@ struct PageScheme {
     Status (*describeDecoding)(CodecContext* context, HGLOBAL file, uint32_t page, RowRange range);
     Status (*describeEncoding)(CodecContext* context, HGLOBAL file, uint32_t page);
     Status (*defineData)(const CodecContext* context, HGLOBAL file, uint32_t page);
+    // The codec for whole pictures; null for none.
+    Status (*decodePicture)(HGLOBAL file, uint32_t page, const LineTarget& target);
+    // The same backwards; describeEncoding comes before it.
+    CodecRoutine encodePicture;
     // Whether its encoder moves from strip to strip with FillDataBuffer.
     bool countsStrips;
 };

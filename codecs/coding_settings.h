@@ -8,8 +8,9 @@ namespace tiff {
 inline constexpr uint32_t DEFAULT_K_FACTOR = 2;
 
 struct CodingSettings {
-    uint32_t chosenK;  // K factor of Group 3 two-dimensional coding; 0 when none was chosen
-    uint32_t codeMask; // the bit of its byte where the next CCITT code begins; 0 when none was written
+    uint32_t chosenK;     // K factor of Group 3 two-dimensional coding; 0 when none was chosen
+    uint32_t codeMask;    // the bit of its byte where the next CCITT code begins; 0 when none was written
+    uint32_t jpegQuality; // 0 when none was chosen
 };
 
 inline CodingSettings& ThreadCoding()

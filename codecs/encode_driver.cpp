@@ -16,7 +16,8 @@ constexpr uint32_t OPEN_RETRIES = 10;
 
 Status RunEncoder(CodecCall* call, const PageScheme& scheme)
 {
-    if (const Status status = Encode(call); status != error::None)
+    const Status encoded = scheme.encodePicture ? scheme.encodePicture(call) : Encode(call);
+    if (const Status status = encoded; status != error::None)
         return status;
     // A line routine may stop with ALL_ROWS_DONE before all rows are done. A page with missing strips must
     // not be linked.
@@ -27,12 +28,13 @@ Status RunEncoder(CodecCall* call, const PageScheme& scheme)
 
 // The open flags change only with the directory. A new file that fails here keeps its "no header" flag, so
 // that the next try begins it afresh.
-Status WritePage(CodecCall* call, HGLOBAL file, uint32_t page)
+Status WritePage(CodecCall* call, HGLOBAL file, uint32_t page, PageCodecs codecs)
 {
     if (const Status status = DescribeLines(call, file, page); status != error::None)
         return status;
     const PageScheme& scheme = SchemeOf(PageTags(file, page));
-    if (scheme.isLeft(PageTags(file, page)))
+    const bool hasPictureCodec = codecs == PageCodecs::All && scheme.encodePicture;
+    if (scheme.isLeft(PageTags(file, page)) && !hasPictureCodec)
         return scheme.notEncoded;
     if (const Status status = scheme.describeEncoding(call, file, page); status != error::None)
         return status;
@@ -57,7 +59,7 @@ Status WritePage(CodecCall* call, HGLOBAL file, uint32_t page)
 
 } // namespace
 
-Status EncodePage(HGLOBAL file, uint32_t page, const LineFeed& feed)
+Status EncodePage(HGLOBAL file, uint32_t page, const LineFeed& feed, PageCodecs codecs)
 {
     if (!feed.routine)
         return error::InvalidParameters;
@@ -65,7 +67,7 @@ Status EncodePage(HGLOBAL file, uint32_t page, const LineFeed& feed)
     const ContextBlocks blocks(&call);
     call.userData = feed.userData;
     call.lineCallback = feed.routine;
-    return WritePage(&call, file, page);
+    return WritePage(&call, file, page, codecs);
 }
 
 } // namespace tiff
@@ -75,7 +77,7 @@ using namespace tiff;
 extern "C" int32_t EncodeTiffImage(HGLOBAL file, uint32_t page, void* userData,
                                    TiffLineCallback lineCallback) noexcept
 {
-    const Status status = EncodePage(file, page, {lineCallback, userData});
+    const Status status = EncodePage(file, page, {lineCallback, userData}, PageCodecs::Lines);
     StoreLastError(status);
     return status == error::None;
 }

@@ -13,7 +13,9 @@ struct LineFeed {
     void* userData;
 };
 
-// Encodes a defined page and writes its directory, as EncodeTiffImage does.
-[[nodiscard]] Status EncodePage(HGLOBAL file, uint32_t page, const LineFeed& feed);
+// Encodes a defined page and writes its directory, as EncodeTiffImage does. That has only the codecs that
+// work line by line.
+enum class PageCodecs { Lines, All };
+[[nodiscard]] Status EncodePage(HGLOBAL file, uint32_t page, const LineFeed& feed, PageCodecs codecs);
 
 } // namespace tiff

@@ -30,7 +30,7 @@ struct LayerRoom {
 struct TiffThreadState {
     uint32_t lastError;
     std::array<MemoryFileSlot, LAST_MEMORY_SLOT + 1> memoryFiles;
-    LayerRoom<8> codecs;
+    LayerRoom<16> codecs;
     LayerRoom<240> raster;
     LayerRoom<264> pages;
     LayerRoom<8> containers;

@@ -75,7 +75,7 @@ Status BeginBitmap(void* sink, const PictureFormat& format, LineTarget& target)
     record.lines.lineBytes = LineBytes(format.stored);
     record.lines.strideOrColourUse = DIB_RGB_COLORS;
     target = {DllFlushTiffLine, &record.lines};
-    if (format.stored.biBitCount == 24)
+    if (format.stored.biBitCount == 24 && format.conversion != Conversion::Copy)
         target.routine = format.conversion == Conversion::YCbCr ? FlushYCbCrLine : DllFlushTiffLine24;
     return error::None;
 }

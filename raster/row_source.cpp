@@ -1,7 +1,9 @@
 #include "raster/row_source.h"
 
+#include "codecs/codec_table.h"
 #include "codecs/decode_driver.h"
 #include "core/registry.h"
+#include "raster/colour.h"
 
 namespace tiff {
 
@@ -15,10 +17,41 @@ static Status DecodeBare(const RowSource& source, const LineTarget& target)
     return DecodeRawImage(source.code, target);
 }
 
-// The library has no codec for such pages yet.
-static Status DecodeWithPictureCodec(const RowSource&, const LineTarget&)
+// Inks on their way to a routine for blue, green and red.
+struct InkLines {
+    const LineTarget& target;
+    uint32_t width;
+};
+
+static intptr_t ConvertInkLine(void* line, uint32_t row, void* record)
 {
-    return error::UnknownCompression;
+    const auto& inks = *static_cast<const InkLines*>(record);
+    auto* const bytes = static_cast<uint8_t*>(line);
+    ConvertCmyk(bytes, bytes, inks.width);
+    return inks.target.routine(line, row, inks.target.userData);
+}
+
+static Status DecodeWithPictureCodec(const RowSource& source, const LineTarget& target)
+{
+    constexpr uint32_t INKS = 4;
+    const PageTags tags(source.file, source.page);
+    const auto decode = SchemeOf(tags).decodePicture;
+    if (!decode)
+        return error::UnknownCompression;
+    if (tags.Value(tag::SamplesPerPixel, 1) != INKS)
+        return decode(source.file, source.page, target);
+    InkLines inks = {target, static_cast<uint32_t>(source.format.stored.biWidth)};
+    return decode(source.file, source.page, {ConvertInkLine, &inks});
+}
+
+// A codec for whole pictures gives colours as a DIB stores them.
+static void TakeDibColours(PictureFormat& format)
+{
+    if (format.stored.biBitCount < 24)
+        return;
+    format.stored.biBitCount = format.dib.biBitCount = 24;
+    format.conversion = Conversion::Copy;
+    format.lineBytes = static_cast<uint32_t>(format.stored.biWidth) * 3;
 }
 
 Status OpenPageRows(HGLOBAL file, uint32_t page, PageRows rows, RowSource& source)
@@ -26,12 +59,14 @@ Status OpenPageRows(HGLOBAL file, uint32_t page, PageRows rows, RowSource& sourc
     const PageTags tags(file, page);
     if (!tags)
         return PageStatus(file, page);
-    source.decode = DecodeLines;
-    if (rows == PageRows::Any && IsLeftToPictureCodec(tags))
-        source.decode = DecodeWithPictureCodec;
+    const bool isPicture = rows == PageRows::Any && IsLeftToPictureCodec(tags);
+    source.decode = isPicture ? DecodeWithPictureCodec : DecodeLines;
     source.file = file;
     source.page = page;
-    return FormatOfPage(tags, rows == PageRows::ColourSpace, source.format);
+    const Status status = FormatOfPage(tags, rows == PageRows::ColourSpace, source.format);
+    if (status == error::None && isPicture)
+        TakeDibColours(source.format);
+    return status;
 }
 
 RowSource OpenBareRows(const RawImage& code, const PictureFormat& format)

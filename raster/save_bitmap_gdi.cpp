@@ -61,7 +61,7 @@ Status FormatOfBitmap(HBITMAP bitmap, PictureFormat& format)
     header.biClrUsed = 1u << header.biBitCount;
     format.lineBytes =
         static_cast<uint32_t>((uint64_t{static_cast<uint32_t>(header.biWidth)} * header.biBitCount + 7) / 8);
-    if (header.biBitCount != 4 && header.biBitCount != 8)
+    if (header.biBitCount > 8)
         return error::None;
     BitmapColours info;
     FetchColours(bitmap, header.biBitCount, info);
@@ -89,6 +89,39 @@ TiffLineCallback RoutineFor(uint32_t colours)
     return colours == 2 ? DllFillMonoTiffLine : colours != 0 ? DllFillTiffLine : DllFillTiffLineBitmap24Bit;
 }
 
+// Rows of a bitmap as levels: GDI gives them in true colour, whatever the bitmap's depth.
+struct LevelRows {
+    TiffEncodeLineContext context;
+    uint8_t* row; // of blue, green and red
+    uint32_t width;
+};
+
+intptr_t FillGreyLevels(void* line, uint32_t row, void* record)
+{
+    auto& rows = *static_cast<LevelRows*>(record);
+    DllFillTiffLine(rows.row, row, &rows.context);
+    auto* const levels = static_cast<uint8_t*>(line);
+    for (uint32_t column = 0; column < rows.width; ++column)
+        levels[column] = rows.row[size_t{column} * 3 + 1];
+    return 0;
+}
+
+Status AppendLevels(const SaveRequest& request, const PagePlan& plan, BITMAPINFO* info,
+                    TiffEncodeLineContext& lines)
+{
+    info->bmiHeader.biBitCount = 24;
+    info->bmiHeader.biClrUsed = info->bmiHeader.biClrImportant = 0;
+    if (plan.jpegBits == 24)
+        return AppendPageToFile(request, plan, {DllFillTiffLine, &lines});
+    const auto width = static_cast<uint32_t>(info->bmiHeader.biWidth);
+    const GlobalBlock block(DibStride(width, 24));
+    const Locked<uint8_t> row(block.Get());
+    if (!row)
+        return error::NotEnoughMemory;
+    LevelRows rows = {lines, row.Get(), width};
+    return AppendPageToFile(request, plan, {FillGreyLevels, &rows});
+}
+
 Status AppendBitmap(HBITMAP bitmap, const SaveRequest& request, const PagePlan& plan)
 {
     BitmapColours info = InfoOfPage(plan);
@@ -103,6 +136,8 @@ Status AppendBitmap(HBITMAP bitmap, const SaveRequest& request, const PagePlan& 
     lines.bitmap = bitmap;
     lines.bitmapInfo = described;
     lines.strideOrColourUse = DIB_RGB_COLORS;
+    if (plan.jpegBits)
+        return AppendLevels(request, plan, described, lines);
     return AppendPageToFile(request, plan, {RoutineFor(info.header.biClrUsed), &lines});
 }
 

@@ -21,11 +21,52 @@ struct DibRows {
     TiffEncodeLineContext context;
     TiffLineCallback routine;
     bool topDown;
+    const PagePlan* plan = nullptr; // of a page whose samples are the colours of a table
 };
+
+// The colours that a row's indexes stand for: one level each for grey, else blue, green and red.
+intptr_t FillLevels(void* line, uint32_t row, const DibRows& rows)
+{
+    const PictureFormat& format = rows.plan->format;
+    const uint8_t* const from =
+        rows.context.pixelBits + size_t{rows.context.height - row - 1} * rows.context.strideOrColourUse;
+    const uint32_t bits = format.stored.biBitCount, mask = (1u << bits) - 1;
+    auto* target = static_cast<uint8_t*>(line);
+    for (uint32_t column = 0; column < static_cast<uint32_t>(format.stored.biWidth); ++column) {
+        const uint64_t bit = uint64_t{column} * bits;
+        const RGBQUAD& colour = format.colours[from[bit / 8] >> (8 - bits - bit % 8) & mask];
+        *target++ = colour.rgbBlue;
+        if (rows.plan->jpegBits == 8)
+            continue;
+        *target++ = colour.rgbGreen;
+        *target++ = colour.rgbRed;
+    }
+    return 0;
+}
+
+bool IsGreyRamp(const PictureFormat& format)
+{
+    for (uint32_t level = 0; level < format.colours.size(); ++level)
+        if (format.colours[level].rgbBlue != level)
+            return false;
+    return true;
+}
+
+// Levels are coded as a DIB stores them, blue first.
+void DescribeLevels(const DibView& view, const PagePlan& plan, DibRows& rows)
+{
+    rows.routine = DllFillTiffLineDIB;
+    rows.context.lineBytes = static_cast<uint32_t>(WrittenRowBytes(plan));
+    const bool areLevels =
+        view.bitCount == 24 || (plan.jpegBits == 8 && view.bitCount == 8 && IsGreyRamp(plan.format));
+    rows.plan = areLevels ? nullptr : &plan;
+}
 
 intptr_t FillFromDib(void* line, uint32_t row, void* rows)
 {
     auto* from = static_cast<DibRows*>(rows);
+    if (from->plan)
+        return FillLevels(line, from->topDown ? from->context.height - 1 - row : row, *from);
     return from->routine(line, from->topDown ? from->context.height - 1 - row : row, &from->context);
 }
 
@@ -38,6 +79,8 @@ void DescribeRows(const DibView& view, const PagePlan& plan, bool faxBoard, DibR
     context.strideOrColourUse = view.stride;
     context.invert = plan.invert;
     rows.topDown = view.topDown;
+    if (plan.jpegBits)
+        return DescribeLevels(view, plan, rows);
     const uint64_t bits = uint64_t{view.width} * view.bitCount;
     if (plan.choice.samples) {
         rows.routine = plan.choice.samples->routine;

@@ -1,6 +1,7 @@
 #include "raster/save_page.h"
 
 #include "codecs/codec_table.h"
+#include "codecs/jpeg/page_encoder.h"
 #include "core/desktop.h"
 #include "core/errors.h"
 #include "core/page_tags.h"
@@ -31,6 +32,8 @@ constexpr uint32_t LEAST_FINE_ROWS = 1101; // of a page without a resolution
 
 constexpr uint32_t WITH_FILL_BITS = 4;
 constexpr uint32_t PAGE_OF_MANY = 2;
+
+constexpr uint32_t GREY_BITS = 8, COLOUR_BITS = 24;
 
 uint32_t WidthOf(const PagePlan& plan)
 {
@@ -163,6 +166,26 @@ bool WidenSizes(HGLOBAL file, uint32_t page, const PagePlan& plan)
            (!oneStrip || DefineTiffImageInfo(file, page, tag::RowsPerStrip, fieldtype::Long, HeightOf(plan)));
 }
 
+// A strip of JPEG has as many rows as its stream can say.
+bool DefineJpegStrips(HGLOBAL file, uint32_t page, const PagePlan& plan)
+{
+    return DefineShort(file, page, tag::RowsPerStrip, jpeg::RowsPerStrip(HeightOf(plan)));
+}
+
+bool DefineSharedChroma(HGLOBAL file, uint32_t page)
+{
+    constexpr uint16_t factors[] = {2, 2};
+    return DefineTiffImageInfoBuffer(file, page, tag::YCbCrSubSampling, factors, fieldtype::Short, 2) &&
+           DefineTiffImageInfoBuffer(file, page, tag::ReferenceBlackWhite, fullRangeReference,
+                                     fieldtype::Rational, std::size(fullRangeReference) / 2);
+}
+
+bool DefineJpegTags(HGLOBAL file, uint32_t page, const PagePlan& plan)
+{
+    return DefineJpegStrips(file, page, plan) &&
+           (plan.jpegBits != COLOUR_BITS || DefineSharedChroma(file, page));
+}
+
 // All reds, then greens, then blues. Colours missing from the table are 0.
 bool DefineColourMap(HGLOBAL file, uint32_t page, const PagePlan& plan)
 {
@@ -190,11 +213,13 @@ Status DefinePage(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
         .height = plan.format.stored.biHeight,
         .rowBytes = plan.format.lineBytes,
         .planes = 1,
-        .bitsPerPlane = static_cast<uint16_t>(plan.bilevel ? 1 : BitsOf(plan)),
+        .bitsPerPlane = static_cast<uint16_t>(plan.bilevel    ? 1
+                                              : plan.jpegBits ? plan.jpegBits
+                                                              : BitsOf(plan)),
     };
     if (const Status status = DefineGeneralTags(file, page, &geometry); status != error::None)
         return status;
-    if (!WidenSizes(file, page, plan))
+    if (!WidenSizes(file, page, plan) || (plan.jpegBits && !DefineJpegTags(file, page, plan)))
         return error::NotEnoughMemory;
     const uint32_t kind = plan.choice.samples ? plan.choice.samples->kind : 0;
     if (const Status status = DefineSpecialTags(file, page, kind); status != error::None)
@@ -261,6 +286,34 @@ void MatchFirstColour(const SaveVariant& variant, PagePlan& plan)
     }
 }
 
+bool HasGreysAlone(const PictureFormat& format)
+{
+    return std::all_of(format.colours.begin(), format.colours.begin() + format.stored.biClrUsed,
+                       [](const RGBQUAD& colour) {
+                           return colour.rgbRed == colour.rgbGreen && colour.rgbGreen == colour.rgbBlue;
+                       });
+}
+
+// Samples of JPEG are levels: indexes of a colour table become grey, or colour when the table has any. Its
+// bytes have one fill order.
+Status PlanJpeg(const SaveVariant& variant, PagePlan& plan)
+{
+    const uint32_t bits = BitsOf(plan);
+    if (!variant.jpeg)
+        return error::UnknownCompression;
+    if (bits > 8 && bits != COLOUR_BITS)
+        return error::ColourFormat;
+    if (WidthOf(plan) > jpeg::MOST_SIDE)
+        return error::TooLarge;
+    const bool isGrey = bits <= 8 && HasGreysAlone(plan.format);
+    plan.jpegBits = isGrey ? GREY_BITS : COLOUR_BITS;
+    plan.photometric = isGrey ? photometric::BlackIsZero : photometric::YCbCr;
+    plan.invert = false;
+    if (plan.fillOrder == TIFF_LSB_FIRST)
+        plan.fillOrder = TIFF_MSB_FIRST;
+    return error::None;
+}
+
 // Combines the request with the thread's settings and the dialog's answers.
 Status ChooseSettings(const SaveRequest& request, const PictureFormat& format, SaveSettings& settings)
 {
@@ -287,6 +340,8 @@ uint32_t WrittenBits(const PagePlan& plan)
 {
     if (plan.bilevel)
         return 1;
+    if (plan.jpegBits)
+        return plan.jpegBits;
     return plan.choice.samples ? plan.choice.samples->bitsPerPixel : BitsOf(plan);
 }
 
@@ -316,6 +371,8 @@ Status PlanPage(const SaveRequest& request, const PictureFormat& format, PagePla
     plan.photometric = variant.keepsColourSpace ? format.stored.biCompression : settings.photometric;
     plan.fillOrder = settings.fillOrder;
     MatchFirstColour(variant, plan);
+    if (plan.choice.compression->compression == compression::Jpeg)
+        return PlanJpeg(variant, plan);
     return HasEncoder(plan.choice.compression->compression) ? error::None : error::UnknownCompression;
 }
 
@@ -332,7 +389,7 @@ Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant
     const auto page = static_cast<uint32_t>(defined);
     Status status = DefinePage(file, page, plan, variant);
     if (status == error::None)
-        status = EncodePage(file, page, feed);
+        status = EncodePage(file, page, feed, PageCodecs::All);
     DropTiffImage(file, page);
     return status;
 }

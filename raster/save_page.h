@@ -25,6 +25,7 @@ struct PagePlan {
     bool invert;  // the source's samples are complemented
     uint32_t photometric;
     uint32_t fillOrder;
+    uint32_t jpegBits; // of a pixel of a JPEG page: 8 grey, 24 colour; 0 for other pages
 };
 
 // Chooses compression, samples, fill order and photometric interpretation, with the dialog if requested.

@@ -23,20 +23,21 @@ struct SaveVariant {
     bool unknownIsStored = false;  // an unknown compression means none
     bool bilevelStart = false;     // a picture of any depth begins as black and white
     bool faxBoard = false;         // colours and rows as the boards want them
+    bool jpeg = false;             // pages may be JPEG
     bool pageTags = false;         // NewSubfileType 2 and PageNumber
     bool followsColours = true;    // bilevel and grey pages follow the first colour
     Resolution resolution = Resolution::Dib;
     FillBits fillBits = FillBits::NotSaid;
 };
 
-inline constexpr SaveVariant plainSave = {.sampleKinds = true, .identityTags = true};
+inline constexpr SaveVariant plainSave = {.sampleKinds = true, .identityTags = true, .jpeg = true};
 inline constexpr SaveVariant colourSpaceSave = {.fixedSelector = TIFF_SAVE_LZW_DIFFERENCES,
                                                 .sampleKinds = true,
                                                 .identityTags = true,
                                                 .keepsColourSpace = true};
-inline constexpr SaveVariant bitmapSave = {.identityTags = true, .followsColours = false};
+inline constexpr SaveVariant bitmapSave = {.identityTags = true, .jpeg = true, .followsColours = false};
 inline constexpr SaveVariant memorySave = {
-    .sampleKinds = true, .identityTags = true, .unknownIsStored = true};
+    .sampleKinds = true, .identityTags = true, .unknownIsStored = true, .jpeg = true};
 
 // Boards that accept pages of one narrow form only.
 inline constexpr SaveVariant gammaSave = {

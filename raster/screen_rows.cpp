@@ -169,7 +169,7 @@ void PickTriples(ScreenRows& rows, uint8_t* target)
     const auto width = static_cast<uint32_t>(rows.columns.size());
     if (rows.conversion == Conversion::YCbCr)
         ConvertYCbCr(begin, begin, width);
-    else
+    else if (rows.conversion != Conversion::Copy)
         SwapRedAndBlue(begin, width * 3);
     if (rows.inverted)
         std::transform(begin, target, begin, [](uint8_t level) { return static_cast<uint8_t>(~level); });

@@ -2,6 +2,7 @@
 #include "support/pictures.h"
 
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
@@ -62,6 +63,36 @@ TEST(Samples, RowsAreThoseOfAnIndependentDecoder)
         ++pages;
     }
     EXPECT_GE(pages, 25u);
+}
+
+TEST(Samples, ColoursOfJpegPagesAreThoseOfAnIndependentDecoder)
+{
+    std::ifstream list(SAMPLES + "pixels.tsv");
+    std::string line, name, loaded;
+    std::getline(list, line);
+    Bytes dib;
+    uint32_t places = 0;
+    for (uint32_t page, column, row; list >> name >> page >> column >> row; ++places) {
+        SCOPED_TRACE(testing::Message() << name << ' ' << page << ' ' << column << ' ' << row);
+        if (loaded != name + std::to_string(page)) {
+            HGLOBAL block = LoadTiffIntoDIB((SAMPLES + name).c_str(), page, 0);
+            ASSERT_EQ(TiffError(), 0u);
+            dib = Content(block, GlobalSize(block));
+            GlobalFree(block);
+            loaded = name + std::to_string(page);
+        }
+        BITMAPINFOHEADER header;
+        std::memcpy(&header, dib.data(), 40);
+        const uint32_t height = static_cast<uint32_t>(header.biHeight), bytes = header.biBitCount / 8u;
+        const uint32_t rowStart =
+            40 + header.biClrUsed * 4 + (height - 1 - row) * (header.biSizeImage / height);
+        for (uint32_t channel = 3; channel-- > 0;) {
+            int level;
+            list >> level;
+            EXPECT_NEAR(dib[rowStart + column * bytes + (bytes == 3 ? channel : 0)], level, 3);
+        }
+    }
+    EXPECT_GE(places, 300u);
 }
 
 TEST(Samples, DamagedPagesGiveWhatCanBeRead)

@@ -34,6 +34,7 @@ extern const Command cropCommand;
 extern const Command cutCommand;
 extern const Command deleteCommand;
 extern const Command faxCommand;
+extern const Command fromjpegCommand;
 extern const Command infoCommand;
 extern const Command insertCommand;
 extern const Command iocaCommand;
@@ -49,6 +50,7 @@ extern const Command splitCommand;
 extern const Command stampCommand;
 extern const Command tagCommand;
 extern const Command textCommand;
+extern const Command tojpegCommand;
 
 // Owns an open TIFF file for a scope.
 struct OpenFile {

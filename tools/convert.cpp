@@ -33,7 +33,7 @@ uint32_t SampleKind(const Options& options)
 
 int RunConvert(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--compression", "--fill-order"},
+    const Options options = ParseOptions(arguments, {"--compression", "--fill-order", "--quality"},
                                          {"--append", "--grey16", "--cmyk", "--ycbcr"});
     if (!CheckOptions(convertCommand, options, 2, 2)) {
         return WRONG_USAGE;
@@ -46,8 +46,17 @@ int RunConvert(Arguments arguments)
     if (options.Has("--grey16") + options.Has("--cmyk") + options.Has("--ycbcr") > 1) {
         return UsageError(convertCommand, "takes one of --grey16, --cmyk and --ycbcr");
     }
-    if (order.samples && order.compression >= FIRST_BILEVEL) {
+    if (order.samples && IsBilevel(order.compression)) {
         return UsageError(convertCommand, "this compression takes black and white pages only");
+    }
+    const bool isJpeg = order.compression == TIFF_SAVE_JPEG;
+    if (isJpeg ? order.samples != 0 : options.Has("--quality")) {
+        return UsageError(convertCommand,
+                          isJpeg ? "jpeg has no other samples" : "--quality is for jpeg only");
+    }
+    const uint32_t quality = NumberOption(convertCommand, options, "--quality", 100, "75");
+    if (!SetTiffJpegQuality(quality)) {
+        return WRONG_USAGE;
     }
     const bool append = options.Has("--append");
     if (append && !CanBeAddedTo(order.output)) {
@@ -66,7 +75,8 @@ const Command convertCommand = {
     .name = "convert",
     .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --compression NAME [OPTION...]",
     .summary = "Saves pages anew in another compression.",
-    .details = "  --compression none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4\n"
+    .details = "  --compression none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4|jpeg\n"
+               "  --quality 1-100   of JPEG pages, 75 by default\n"
                "  --fill-order 1|2  1 stores the most significant bit first, 2 the least\n"
                "  --append          adds the pages to OUT.tif instead of replacing it\n"
                "  --grey16          writes 8-bit pages with 16-bit grey samples\n"

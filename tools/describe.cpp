@@ -188,6 +188,7 @@ bool CanDecode(const PageFacts& facts)
     case 1:
     case 2:
     case 4:
+    case 7:
     case 32773:
         return true;
     case 3: // 2-D and fill bits, no uncompressed mode

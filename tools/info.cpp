@@ -3,6 +3,7 @@
 #include "chain.h"
 #include "describe.h"
 #include "diagnosis.h"
+#include "jpeg_stream.h"
 #include "options.h"
 #include "source.h"
 #include "tag_values.h"
@@ -18,7 +19,7 @@ namespace {
 
 constexpr size_t MAX_TEXT = 64;  // characters shown of an ASCII tag
 constexpr size_t MAX_VALUES = 8; // values shown of any other
-constexpr uint32_t BYTE_TYPE = 1;
+constexpr uint32_t BYTE_TYPE = 1, JPEG = 7;
 
 // In double quotes, up to the first zero, with escapes for control characters.
 std::string QuoteText(std::span<const uint8_t> bytes)
@@ -177,11 +178,14 @@ std::string DescribeResolution(HGLOBAL file, uint32_t page, const PageFacts& fac
     return std::to_string(dpi & 0xFFFF) + " x " + std::to_string(dpi >> 16) + " dpi";
 }
 
-std::string DescribePage(HGLOBAL file, uint32_t page, const PageFacts& facts)
+std::string DescribePage(HGLOBAL file, const std::string& path, uint32_t page, const PageFacts& facts)
 {
+    std::string fault;
+    const std::string jpeg =
+        facts.compression == JPEG && facts.hasStrips ? DescribeJpeg(file, path, page, fault) : "";
     const uint64_t bits = uint64_t{facts.bitsPerSample} * facts.samplesPerPixel;
     std::string line = std::to_string(facts.width) + " x " + std::to_string(facts.length) + ", " +
-                       Counted(bits, "bit") + ", " + DescribeCompression(facts) + ", " +
+                       Counted(bits, "bit") + ", " + DescribeCompression(facts) + jpeg + ", " +
                        (facts.hasPhotometric ? DescribePhotometric(facts.photometric) : "no photometric");
     if (facts.hasStrips) {
         line += ", " + Counted(GetTiffStripCount(file, page), "strip") + " x " +
@@ -194,7 +198,7 @@ std::string DescribePage(HGLOBAL file, uint32_t page, const PageFacts& facts)
     if (facts.newSubfileType != 0) {
         line += ", " + DescribeSubfileType(facts.newSubfileType);
     }
-    const std::string reason = WhyNotSupported(facts);
+    const std::string reason = fault.empty() ? WhyNotSupported(facts) : fault;
     return reason.empty() ? line : line + "; not supported: " + reason;
 }
 
@@ -206,7 +210,8 @@ int PrintPage(Source& source, uint32_t page, bool withTags)
     }
     BITMAPINFOHEADER header = {};
     const uint32_t failure = GetTiffDimensions(file, page, &header);
-    printf("  page %u: %s%s\n", page + 1, DescribePage(file, page, ReadPageFacts(file, page)).c_str(),
+    printf("  page %u: %s%s\n", page + 1,
+           DescribePage(file, source.path, page, ReadPageFacts(file, page)).c_str(),
            failure ? (" - " + DescribeError(failure)).c_str() : "");
     const int result = withTags ? PrintTags(source, page) : ALL_FINE;
     DropTiffImage(file, page);

@@ -25,6 +25,7 @@ constexpr struct {
     {"g3", TIFF_SAVE_GROUP3},
     {"g3-2d", TIFF_SAVE_GROUP3_TWO_DIMENSIONAL},
     {"g4", TIFF_SAVE_GROUP4},
+    {"jpeg", TIFF_SAVE_JPEG},
 };
 
 bool IsAmong(std::string_view name, std::initializer_list<const char*> names)

@@ -2,6 +2,8 @@
 
 #include "bmp.h"
 #include "cals.h"
+#include "describe.h"
+#include "jpeg_stream.h"
 #include "progress.h"
 #include "source.h"
 
@@ -11,17 +13,29 @@ namespace tifftool {
 
 namespace {
 
+// The library's text, or which kind of JPEG it is that the library does not decode. The page is loaded.
+std::string WhyNotWhole(const Source& source, uint32_t page, uint32_t error)
+{
+    constexpr uint32_t UNKNOWN_COMPRESSION = 11, JPEG = 7;
+    std::string fault;
+    if (error == UNKNOWN_COMPRESSION && ReadPageFacts(source.file.handle, page).compression == JPEG) {
+        DescribeJpeg(source.file.handle, source.path, page, fault);
+    }
+    return fault.empty() ? DescribeError(error) : fault + " (error " + std::to_string(error) + ")";
+}
+
 // A picture that was decoded in part is not passed on as a whole one.
 int HandlePage(const Source& source, uint32_t page, Damage damage, const PictureHandler& handle)
 {
     const std::string where = PageName(source.path, page);
     const HGLOBAL loaded = LoadTiffChainIntoDIB(source.file.handle, page - 1);
     const uint32_t error = TiffError();
+    const std::string why = WhyNotWhole(source, page - 1, error);
     DropTiffImage(source.file.handle, page - 1);
     const OwnedBlock dib(loaded);
     return loaded && (error == 0 || damage == Damage::Tolerated)
                ? handle({dib, where, page, source.pages, error})
-               : ReportError(where, error);
+               : ReportSentence(where, why);
 }
 
 // Handles one page, or all when `only` is 0.
@@ -90,7 +104,7 @@ int WithPicture(const char* path, uint32_t page, Damage damage, const PictureHan
 int CheckDepth(const Picture& picture, uint32_t selector)
 {
     const uint32_t depth = DepthOf({picture.dib.bytes, picture.dib.size});
-    return selector < FIRST_BILEVEL || depth == 1
+    return !IsBilevel(selector) || depth == 1
                ? ALL_FINE
                : ReportSentence(picture.where,
                                 "has " + std::to_string(depth) +

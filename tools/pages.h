@@ -8,8 +8,11 @@
 
 namespace tifftool {
 
-inline constexpr uint32_t FIRST_BILEVEL =
-    TIFF_SAVE_MODIFIED_HUFFMAN; // selectors from here on are of CCITT compressions
+// Whether a selector is of a CCITT compression.
+constexpr bool IsBilevel(uint32_t selector)
+{
+    return selector >= TIFF_SAVE_MODIFIED_HUFFMAN && selector <= TIFF_SAVE_GROUP4;
+}
 
 // A packed DIB, and its source.
 struct Picture {

@@ -43,7 +43,7 @@ int SavePicture(PageTarget& target, const Picture& picture, const Change& change
     if (selector == 0) {
         selector = bilevel ? TIFF_SAVE_GROUP4 : TIFF_SAVE_LZW;
     }
-    if (selector >= FIRST_BILEVEL && !bilevel) {
+    if (IsBilevel(selector) && !bilevel) {
         return ReportSentence(picture.where,
                               "is not black and white then; this compression takes such pages only");
     }

@@ -15,11 +15,11 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
-    &appendRawCommand, &blankCommand,   &calsCommand,  &catCommand,    &convertCommand,
-    &copyCommand,      &cropCommand,    &cutCommand,   &deleteCommand, &faxCommand,
-    &infoCommand,      &insertCommand,  &iocaCommand,  &modcaCommand,  &noteCommand,
-    &numberCommand,    &overlayCommand, &pasteCommand, &renderCommand, &reorderCommand,
-    &scaleCommand,     &splitCommand,   &stampCommand, &tagCommand,    &textCommand,
+    &appendRawCommand, &blankCommand,  &calsCommand,    &catCommand,   &convertCommand,  &copyCommand,
+    &cropCommand,      &cutCommand,    &deleteCommand,  &faxCommand,   &fromjpegCommand, &infoCommand,
+    &insertCommand,    &iocaCommand,   &modcaCommand,   &noteCommand,  &numberCommand,   &overlayCommand,
+    &pasteCommand,     &renderCommand, &reorderCommand, &scaleCommand, &splitCommand,    &stampCommand,
+    &tagCommand,       &textCommand,   &tojpegCommand,
 };
 
 void PrintHelp()

@@ -27,9 +27,10 @@ typedef struct TiffLoadDialogRequest {
  *
  * Returns the DIB, or null. A picture may come with error 5, 19 or 20: it holds the rows that
  * could be decoded.
- * Errors: 0 the user cancelled; 1 memory, or the dialog failed; 11 the page is JPEG and there is no
- *         codec for it; 16 colour format (32 bits that are not CMYK, YCbCr with shared chroma); 28 dialogs
- * library missing; others as OpenTiffFile, GetTiffImage, GetTiffRGBQuad and DecodeTiffImage.
+ * Errors: 0 the user cancelled; 1 memory, or the dialog failed; 11 old-style JPEG that is not tiled, or JPEG
+ * that is not baseline; 12 a broken JPEG stream, or one that does not suit the page; 16 colour format (32
+ * bits that are not CMYK, YCbCr with shared chroma outside JPEG, JPEG of 12 bits); 28 dialogs library
+ * missing; others as OpenTiffFile, GetTiffImage, GetTiffRGBQuad and DecodeTiffImage.
  */
 HGLOBAL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 

@@ -11,14 +11,15 @@
  * written in Intel byte order. A page's resolution is the DIB's, or the screen's.
  *
  * For 205 to 208 pass a bilevel DIB: rows of another depth are read as bits, cut to the width. Other
- * compressions take 1, 4, 8, 16, 24 and 32 bits per pixel. Rows from the top (a negative height) and the
+ * compressions take 1, 4, 8, 16, 24 and 32 bits per pixel, JPEG up to 8 and 24: greys as one sample,
+ * colours as YCbCr that shares chroma, 2 x 2. Rows from the top (a negative height) and the
  * 12-byte header are accepted. A header without a colour count gets the standard one.
  *
  * Errors of all: 1 memory, or the DIB cannot be locked; 2 the file cannot be opened; 6 writing
  * fails; 11 selector; 12 a row too wide for a two-dimensional code; 15 fill order; 16 the DIB's
  * depth; 22 and 23 JPEG library; 28 dialogs library missing; 30 the block is not a whole,
- * uncompressed DIB; 34 no bitmap; 35 the file is in Motorola byte order; 0 with result 0 when
- * the user cancels the dialog.
+ * uncompressed DIB; 34 no bitmap; 35 the file is in Motorola byte order; 36 more than 65,535 columns
+ * for JPEG; 0 with result 0 when the user cancels the dialog.
  */
 #ifndef TIFF_SAVE_H
 #define TIFF_SAVE_H
@@ -43,6 +44,15 @@ typedef struct TiffSaveDialogOptions {
     uint32_t photometric;
     uint32_t colourCount; /* 2 for bilevel */
 } TiffSaveDialogOptions;
+
+/* Sets the quality of JPEG pages that the calling thread saves, 1 to 100; 75 at first.
+ *
+ * Returns 1, or 0 for another number (error 29), and the quality is unchanged then.
+ */
+int32_t SetTiffJpegQuality(uint32_t quality) TIFF_NOEXCEPT;
+
+/* The calling thread's quality. */
+uint32_t GetTiffJpegQuality(void) TIFF_NOEXCEPT;
 
 /* Appends a DIB to a file.
  *

@@ -133,7 +133,7 @@ TEST(Bitmaps, FailuresHaveTheirErrors)
         {"no width", narrow.Path(), 0, 1},
         {"a height below 0", tall.Path(), 0, 1},
         {"early end of the facsimile block, kept in a DIB only", early.Path(), 0, 20},
-        {"JPEG without its codec", jpegFile.Path(), 0, 11},
+        {"JPEG that is none", jpegFile.Path(), 0, 12},
     };
     for (const auto& [row, path, page, error] : rows) {
         SCOPED_TRACE(row);
@@ -143,7 +143,7 @@ TEST(Bitmaps, FailuresHaveTheirErrors)
     }
     EXPECT_EQ(LoadTiffChainIntoBitmap(nullptr, 0), nullptr);
     const MemoryTiff memory(jpeg);
-    EXPECT_EQ(Refusal(LoadTiffChainIntoBitmap(memory.file, 0)), 11u);
+    EXPECT_EQ(Refusal(LoadTiffChainIntoBitmap(memory.file, 0)), 12u);
 }
 
 TEST(Bitmaps, TheWaitCursorGoesAgain)

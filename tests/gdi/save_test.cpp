@@ -65,6 +65,35 @@ TEST(SaveBitmap, EveryCompressionGivesThePictureBack)
     DeleteObject(coloured);
 }
 
+TEST(SaveBitmap, JpegPagesLookTheSameAsBitmapsAndAsDibs)
+{
+    const HBITMAP mono = Monochrome(), coloured = Coloured();
+    NewFile file;
+    EXPECT_EQ(SaveBitmapInTiffFile(file.Path(), mono, 209, 0), 1);
+    EXPECT_EQ(SaveBitmapInTiffFile(file.Path(), coloured, 209, 0), 1);
+    static const std::string sample = TIFF_SOURCE_DIR "/samples/pictures-jpeg.tif";
+    const struct {
+        const char* path;
+        uint32_t pages;
+    } rows[] = {{file.Path(), 2}, {sample.c_str(), 5}};
+    for (const auto& [path, pages] : rows)
+        for (uint32_t page = 0; page < pages; ++page) {
+            SCOPED_TRACE(testing::Message() << path << ' ' << page);
+            EXPECT_EQ(TakeBitmap(LoadTiffIntoBitmap(path, page, 0)), TakeDib(LoadTiffIntoDIB(path, page, 0)));
+            EXPECT_EQ(TiffError(), 0u);
+        }
+    HGLOBAL tiff = OpenTiffFile(file.Path(), T_READ);
+    for (const uint32_t depth : {8, 24}) {
+        BITMAPINFOHEADER header{};
+        GetTiffImage(tiff, depth / 24);
+        GetTiffDimensions(tiff, depth / 24, &header);
+        EXPECT_EQ(header.biBitCount, depth);
+    }
+    CloseTiffFile(tiff);
+    DeleteObject(mono);
+    DeleteObject(coloured);
+}
+
 TEST(SaveBitmap, RequestsThatCannotBeMetLeaveNoFile)
 {
     const HBITMAP mono = Monochrome();
@@ -76,7 +105,7 @@ TEST(SaveBitmap, RequestsThatCannotBeMetLeaveNoFile)
         uint32_t error;
     } rows[] = {
         {"unknown selector", mono, 200, 0, 11},       {"samples", mono, 201 + 256, 0, 11},
-        {"JPEG without its codec", mono, 209, 0, 11}, {"no dialogs library", mono, 201, 1, 28},
+        {"samples for JPEG", mono, 209 + 256, 0, 11}, {"no dialogs library", mono, 201, 1, 28},
         {"no bitmap", nullptr, 201, 0, 34},
     };
     for (const auto& [row, bitmap, selector, dialog, error] : rows) {

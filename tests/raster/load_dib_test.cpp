@@ -116,7 +116,7 @@ TEST(LoadDib, FailuresLeaveNothingBehind)
         {"no such file", "no-such-file.tif", 0, 0, 6},
         {"no such page", goodFile.Path(), 1, 0, 3},
         {"no dialogs library", goodFile.Path(), 0, 1, 28},
-        {"JPEG without its codec", jpegFile.Path(), 0, 0, 11},
+        {"JPEG that is none", jpegFile.Path(), 0, 0, 12},
         {"no width", hugeFile.Path(), 0, 0, 10},
         {"more than a DIB can hold", largeFile.Path(), 0, 0, 1},
     };

@@ -148,7 +148,7 @@ TEST(SaveDib, RequestsThatCannotBeMetLeaveNoFile)
         {"samples for fax", fax, 208 + 256, 0, 11},
         {"grey from one bit", fax, 201 + 256, 0, 16},
         {"CMYK from one bit", fax, 201 + 768, 0, 16},
-        {"JPEG without its codec", fax, 209, 0, 11},
+        {"samples for JPEG", fax, 209 + 256, 0, 11},
         {"no dialogs library", fax, 201, 1, 28},
         {"a block shorter than its header says", cut, 201, 0, 30},
         {"run-length pixels", packed, 201, 0, 30},
