@@ -110,7 +110,8 @@ TiffPage Corner(uint32_t photometric = 0)
 
 TEST(Screen, ShowsThePictureInEveryTurn)
 {
-    for (const char* name : {"fax-g4.tif", "codings.tif", "pictures-lzw.tif", "pictures-packed.tif"})
+    for (const char* name :
+         {"fax-g4.tif", "codings.tif", "pictures-lzw.tif", "pictures-packed.tif", "pictures-jpeg.tif"})
         for (uint32_t turn = 0; turn < 4; ++turn) {
             SCOPED_TRACE(testing::Message() << name << ", turn " << turn);
             const std::string path = SAMPLES + name;
