@@ -87,7 +87,7 @@ void WriteFilesForWindows(const std::vector<Picture>& pictures, const std::files
     WritePages((folder / "open spread 10000.tif").string(), 10000, TYPICAL_SPREAD);
     for (const Picture& picture : pictures)
         for (const Scheme& scheme : schemes)
-            if (Suits(scheme, picture))
+            if (Suits(scheme, picture) && !IsLossy(scheme))
                 WriteFile(folder / ("load " + std::string(scheme.name) + ' ' + picture.name + ".tif"),
                           WriteTiff(picture, scheme, RowsPerStrip(scheme, picture)));
 }

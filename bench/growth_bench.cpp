@@ -67,7 +67,7 @@ void RegisterGrowthJobs(const BenchFolders& folders)
                      Open(state, path, pages);
                  });
     for (const Scheme& scheme : schemes) {
-        if (scheme.predictor)
+        if (scheme.predictor || IsLossy(scheme))
             continue;
         const std::string name = scheme.name;
         for (uint32_t width = 100; width <= 100000; width *= 10)

@@ -100,14 +100,14 @@ TIFF* TiffOf(PeerFile* file)
 
 bool Suits(const Scheme& scheme, const Picture& picture)
 {
-    return scheme.predictor ? picture.bits >= 8 : !scheme.bilevel || picture.bits == 1;
+    return scheme.predictor || IsLossy(scheme) ? picture.bits >= 8 : !scheme.bilevel || picture.bits == 1;
 }
 
 uint32_t RowsPerStrip(const Scheme& scheme, const Picture& picture)
 {
     constexpr size_t STRIP_BYTES = 8192;
     const auto rows = static_cast<uint32_t>(STRIP_BYTES / picture.RowBytes());
-    return scheme.bilevel ? picture.height : std::clamp(rows, 1u, picture.height);
+    return scheme.bilevel || IsLossy(scheme) ? picture.height : std::clamp(rows, 1u, picture.height);
 }
 
 PeerFile* CreatePeerFile(const std::string& path)
@@ -148,7 +148,10 @@ void PutPage(PeerFile* file, const Picture& picture, const Scheme& scheme, uint3
     TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC,
                  picture.bits == 1   ? PHOTOMETRIC_MINISWHITE
                  : picture.bits == 8 ? PHOTOMETRIC_MINISBLACK
+                 : IsLossy(scheme)   ? PHOTOMETRIC_YCBCR
                                      : PHOTOMETRIC_RGB);
+    if (IsLossy(scheme))
+        TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
     if (scheme.predictor)
         TIFFSetField(tiff, TIFFTAG_PREDICTOR, scheme.predictor);
@@ -173,6 +176,10 @@ void EndPage(PeerFile* file)
 void ReadStrips(PeerFile* file, uint8_t* target, size_t bytes)
 {
     TIFF* tiff = TiffOf(file);
+    uint16_t compression = 0;
+    TIFFGetField(tiff, TIFFTAG_COMPRESSION, &compression);
+    if (compression == COMPRESSION_JPEG)
+        TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     const uint32_t strips = TIFFNumberOfStrips(tiff);
     for (uint32_t strip = 0; strip < strips; ++strip) {
         const tmsize_t got = TIFFReadEncodedStrip(tiff, strip, target, static_cast<tmsize_t>(bytes));

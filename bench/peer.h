@@ -17,7 +17,14 @@ inline constexpr Scheme schemes[] = {
     {"LZW", 203, 5, 0, 0, false},    {"LZW differences", 204, 5, 2, 0, false},
     {"MH", 205, 2, 0, 0, true},      {"G3 1-D", 206, 3, 0, 0, true},
     {"G3 2-D", 207, 3, 0, 1, true},  {"G4", 208, 4, 0, 0, true},
+    {"JPEG", 209, 7, 0, 0, false},
 };
+
+// Its pixels are not those of the picture, and its pages are not decoded line by line.
+inline bool IsLossy(const Scheme& scheme)
+{
+    return scheme.compression == 7;
+}
 
 // Whether a scheme can code such a picture.
 bool Suits(const Scheme& scheme, const Picture& picture);
