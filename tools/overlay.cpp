@@ -172,7 +172,7 @@ const Command stampCommand = {
         "  -o OUT.tif     leaves FILE.tif as it is\n"
         "\n"
         "The other pages keep their bytes, and the stamped ones their compression and tags. All pages\n"
-        "are written, or nothing is.\n",
+        "are written, or nothing is. Pages with notes take --over only.\n",
     .run = RunStamp,
 };
 

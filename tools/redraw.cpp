@@ -109,6 +109,11 @@ bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to)
     return true;
 }
 
+LONG HeightOf(const OwnedBlock& dib)
+{
+    return reinterpret_cast<const BITMAPINFOHEADER*>(dib.bytes)->biHeight;
+}
+
 int RedrawPage(Source& source, uint32_t page, HGLOBAL output, const DrawPage& draw)
 {
     const std::string where = PageName(source.path, page);
@@ -127,6 +132,11 @@ int RedrawPage(Source& source, uint32_t page, HGLOBAL output, const DrawPage& dr
     const OwnedBlock drawn(draw({loaded, page, source.pages}));
     if (!drawn.handle) {
         return ReportSentence(where, "cannot be drawn upon: memory or the font is missing");
+    }
+    // Their places count from the top.
+    if (HeightOf(drawn) != HeightOf(loaded) && GetTiffNoteCount(file, page - 1) > 0) {
+        return ReportSentence(
+            where, "has notes, which would no longer stand where they belong; --over adds no rows");
     }
     const OwnedBlock saved(SaveTiffToMemory(nullptr, drawn.handle, OwnSelector(facts), facts.fillOrder));
     const OpenFile made(
