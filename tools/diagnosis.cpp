@@ -43,6 +43,18 @@ std::string DescribeStart(std::string_view start)
     return "this is not a TIFF file";
 }
 
+bool OpenForIdentity(const std::string& path, BY_HANDLE_FILE_INFORMATION& identity)
+{
+    const HANDLE file = CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const bool known = GetFileInformationByHandle(file, &identity) != 0;
+    CloseHandle(file);
+    return known;
+}
+
 } // namespace
 
 std::string SystemCause(DWORD cause)
@@ -95,6 +107,14 @@ bool IsFolder(const std::string& path)
 {
     const DWORD attributes = GetFileAttributesA(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool IsSameFile(const std::string& left, const std::string& right)
+{
+    BY_HANDLE_FILE_INFORMATION a = {}, b = {};
+    return OpenForIdentity(left, a) && OpenForIdentity(right, b) &&
+           a.dwVolumeSerialNumber == b.dwVolumeSerialNumber && a.nFileIndexHigh == b.nFileIndexHigh &&
+           a.nFileIndexLow == b.nFileIndexLow;
 }
 
 } // namespace tifftool

@@ -18,6 +18,9 @@ std::string WhyNotTiff(const std::string& path);
 
 bool IsFolder(const std::string& path);
 
+// Both paths lead to the same existing file.
+bool IsSameFile(const std::string& left, const std::string& right);
+
 } // namespace tifftool
 
 #endif

@@ -5,6 +5,7 @@
 #include "view_draw.h"
 #include "view_ids.h"
 #include "view_notes.h"
+#include "view_save.h"
 
 #include <commctrl.h>
 #include <commdlg.h>
@@ -155,9 +156,9 @@ void AskAndSave()
     if (!GetSaveFileNameA(&order)) {
         return;
     }
-    bool replace = false;
+    Existing existing = Existing::Replaced;
     if (GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES) {
-        const bool isTiff = order.nFilterIndex == 1;
+        const bool isTiff = SavedAsOf(path) == SavedAs::Tiff;
         const int answer =
             MessageBoxA(viewer.frame,
                         isTiff ? "This file exists.\n\nYes adds the page to it; No replaces the file."
@@ -166,10 +167,10 @@ void AskAndSave()
         if (answer == IDCANCEL) {
             return;
         }
-        replace = answer == IDNO;
+        existing = answer == IDYES ? Existing::Extended : Existing::Replaced;
     }
-    if (const std::string failure = SavePage(viewer.document, path, replace); !failure.empty()) {
-        Say("The page was not saved. " + failure);
+    if (const std::string news = SavePage(viewer.document, path, existing); !news.empty()) {
+        Say(news);
     }
 }
 

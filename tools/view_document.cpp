@@ -1,6 +1,5 @@
 #include "view_document.h"
 
-#include "bmp.h"
 #include "describe.h"
 #include "diagnosis.h"
 
@@ -31,12 +30,6 @@ struct OpenTiff {
 std::string FileName(const std::string& path)
 {
     return path.substr(path.find_last_of("/\\:") + 1);
-}
-
-bool EndsWith(const std::string& path, const char* extension)
-{
-    const size_t dot = path.find_last_of("./\\");
-    return dot != std::string::npos && lstrcmpiA(path.c_str() + dot, extension) == 0;
 }
 
 void ReadNotes(Document& document, HGLOBAL file)
@@ -101,58 +94,6 @@ bool DescribeCals(Document& document)
     return true;
 }
 
-std::string SaveDib(const Document& document, const std::string& path)
-{
-    HGLOBAL dib = LoadPage(document);
-    if (!dib) {
-        return ErrorText(TiffError());
-    }
-    std::string failure;
-    if (EndsWith(path, ".bmp")) {
-        const auto* bytes = static_cast<const uint8_t*>(GlobalLock(dib));
-        const bool isNew = GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES;
-        if (const uint32_t cause = tifftool::WriteBmp(path.c_str(), {bytes, GlobalSize(dib)}, isNew)) {
-            failure = tifftool::SystemCause(cause);
-        }
-        GlobalUnlock(dib);
-    } else if (EndsWith(path, ".cal") || EndsWith(path, ".cals")) {
-        const bool saved = SaveDIBInCALSFormat(path.c_str(), dib, nullptr, nullptr, 1);
-        failure = saved || TiffError() == 0 ? "" : ErrorText(TiffError());
-    } else if (!SaveDIBInTiffFile(path.c_str(), dib, TIFF_SAVE_GROUP4, 0)) {
-        failure = ErrorText(TiffError());
-    }
-    GlobalFree(dib);
-    return failure;
-}
-
-// Undecoded, so that nothing of it is lost.
-std::string AppendPage(const Document& document, const std::string& path)
-{
-    const bool copied = CopyTiffImageInFile(document.path.c_str(), document.page, path.c_str(), T_APPEND);
-    return copied ? "" : ErrorText(TiffError());
-}
-
-bool IsTiffName(const std::string& path)
-{
-    return !EndsWith(path, ".bmp") && !EndsWith(path, ".cal") && !EndsWith(path, ".cals");
-}
-
-// A file that is to be replaced stays until the new one is whole.
-std::string ReplaceTiff(const Document& document, const std::string& path)
-{
-    const std::string unfinished = path + ".part";
-    DeleteFileA(unfinished.c_str());
-    std::string failure = document.format == TIFF_FORMAT_TIFF ? AppendPage(document, unfinished)
-                                                              : SaveDib(document, unfinished);
-    if (failure.empty() && !MoveFileExA(unfinished.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-        failure = tifftool::SystemCause(GetLastError());
-    }
-    if (!failure.empty()) {
-        DeleteFileA(unfinished.c_str());
-    }
-    return failure;
-}
-
 } // namespace
 
 Document OpenDocument(const std::string& path)
@@ -206,17 +147,6 @@ HGLOBAL LoadPage(const Document& document)
 {
     return document.format == TIFF_FORMAT_CALS ? LoadCALSIntoDIB(document.path.c_str(), 0)
                                                : LoadTiffIntoDIB(document.path.c_str(), document.page, 0);
-}
-
-std::string SavePage(const Document& document, const std::string& path, bool replace)
-{
-    if (!IsTiffName(path)) {
-        return SaveDib(document, path);
-    }
-    if (replace) {
-        return ReplaceTiff(document, path);
-    }
-    return document.format == TIFF_FORMAT_TIFF ? AppendPage(document, path) : SaveDib(document, path);
 }
 
 void DrawNotes(const Document& document, HDC dc, const RECT& picture)

@@ -32,10 +32,6 @@ std::string Describe(const Document& document);
 // The page as a packed DIB; null with the library's error.
 HGLOBAL LoadPage(const Document& document);
 
-// Saves the page by the extension of the path: TIFF (appended without decoding it), CALS or BMP. Returns
-// why it could not, or an empty text.
-std::string SavePage(const Document& document, const std::string& path, bool replace);
-
 // Draws the page's notes where the page is shown.
 void DrawNotes(const Document& document, HDC dc, const RECT& picture);
 

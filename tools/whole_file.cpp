@@ -41,18 +41,6 @@ std::string MakeUnfinished(const std::string& path, bool copyOld)
     return "";
 }
 
-bool OpenForIdentity(const std::string& path, BY_HANDLE_FILE_INFORMATION& identity)
-{
-    const HANDLE file = CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        return false;
-    }
-    const bool known = GetFileInformationByHandle(file, &identity) != 0;
-    CloseHandle(file);
-    return known;
-}
-
 } // namespace
 
 bool Exists(const std::string& path)
@@ -64,14 +52,6 @@ std::string FolderOf(const std::string& path)
 {
     const size_t separator = path.find_last_of("/\\:");
     return separator == std::string::npos ? "" : path.substr(0, separator + 1);
-}
-
-bool IsSameFile(const std::string& left, const std::string& right)
-{
-    BY_HANDLE_FILE_INFORMATION a = {}, b = {};
-    return OpenForIdentity(left, a) && OpenForIdentity(right, b) &&
-           a.dwVolumeSerialNumber == b.dwVolumeSerialNumber && a.nFileIndexHigh == b.nFileIndexHigh &&
-           a.nFileIndexLow == b.nFileIndexLow;
 }
 
 bool CheckOutput(const std::string& path)

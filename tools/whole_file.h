@@ -2,6 +2,8 @@
 #ifndef TOOLS_WHOLE_FILE_H
 #define TOOLS_WHOLE_FILE_H
 
+#include "diagnosis.h"
+
 #include <functional>
 #include <string>
 
@@ -14,9 +16,6 @@ int WriteWhole(const std::string& path, bool append, const std::function<int(con
 
 // False, with a message, when no file can be written at this path.
 bool CheckOutput(const std::string& path);
-
-// Both paths lead to the same existing file.
-bool IsSameFile(const std::string& left, const std::string& right);
 
 bool Exists(const std::string& path);
 
