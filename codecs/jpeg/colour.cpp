@@ -3,6 +3,8 @@
 #include "core/copy_row.h"
 #include "core/sixteen_shorts.h"
 
+#include <algorithm>
+
 namespace tiff::jpeg {
 
 namespace {
@@ -148,6 +150,52 @@ void JoinPlanes(const PlaneRows& planes, uint32_t count, Colours colours, uint8_
 
 namespace {
 
+// 256 times the chroma of sixteen pixels, less 128.
+struct Chroma {
+    Sixteen low, high;
+};
+
+// Three parts of a sample, one of its neighbour.
+inline Chroma WidenChroma(const int16_t* mixed)
+{
+    const Sixteen middle = LoadSixteen(mixed), triple = AddShorts(AddShorts(middle, middle), middle);
+    const Sixteen left = AddShorts(triple, LoadSixteen(mixed - 1)),
+                  right = AddShorts(triple, LoadSixteen(mixed + 1));
+    return {InterleaveLow<2>(left, right), InterleaveHigh<2>(left, right)};
+}
+
+// Products and sums have six bits behind the point. A product is rounded down: green, which has two, gets as
+// much more.
+inline ShortTriple WidenedToBgr(Sixteen y, Sixteen cb, Sixteen cr)
+{
+    constexpr int POINT = 6;
+    const auto product = [](Sixteen chroma, double factor) {
+        return MultiplyHigh(chroma, ShortsOf(static_cast<int16_t>(Fixed16(factor / 4))));
+    };
+    const Sixteen rounded = AddShorts(ShiftShortsLeft<POINT>(y), ShortsOf(1 << (POINT - 1)));
+    const Sixteen green = AddShorts(AddShorts(product(cb, -0.344136), product(cr, -0.714136)), ShortsOf(1));
+    return {ShiftShortsRight<POINT>(AddShorts(rounded, product(cb, 1.772))),
+            ShiftShortsRight<POINT>(AddShorts(rounded, green)),
+            ShiftShortsRight<POINT>(AddShorts(rounded, product(cr, 1.402)))};
+}
+
+} // namespace
+
+void JoinWidened(const uint8_t* luminance, const int16_t* cb, const int16_t* cr, uint8_t* pixels,
+                 uint32_t width)
+{
+    StoreRow(pixels, width, [&](uint32_t at) {
+        const Sixteen zero = SixteenOf(0), y = LoadSixteen(luminance + at);
+        const Chroma blue = WidenChroma(cb + at / 2), red = WidenChroma(cr + at / 2);
+        const ShortTriple low = WidenedToBgr(InterleaveLow<1>(y, zero), blue.low, red.low);
+        const ShortTriple high = WidenedToBgr(InterleaveHigh<1>(y, zero), blue.high, red.high);
+        return Triple{NarrowToBytes(low.first, high.first), NarrowToBytes(low.second, high.second),
+                      NarrowToBytes(low.third, high.third)};
+    });
+}
+
+namespace {
+
 constexpr int FRACTION_BITS = 15;
 
 constexpr int32_t Fixed15(double factor)
@@ -167,52 +215,90 @@ inline Triple LoadTriples(const uint8_t* pixels)
     return bytes;
 }
 
-// A weighted sum of B, G and R, in eight pixels.
-inline Sixteen Weigh(const ShortTriple& bgr, double blue, double green, double red, int32_t offset)
+// The luminance of eight pixels, of which each short has 256 times the sample. Three products are rounded
+// down, on average by 1 in all.
+inline Sixteen Luminance(Sixteen blue, Sixteen green, Sixteen red)
 {
+    const auto product = [](Sixteen samples, double factor) {
+        return MultiplyHighUnsigned(samples, ShortsOf(static_cast<int16_t>(Fixed16(factor))));
+    };
+    const Sixteen sum =
+        AddShorts(AddShorts(product(blue, 0.114), product(green, 0.587)), product(red, 0.299));
+    return MultiplyHighUnsigned(AddShorts(sum, ShortsOf(128 + 1)), ShortsOf(256));
+}
+
+inline Sixteen Luminance(const Triple& bgr)
+{
+    const Sixteen zero = SixteenOf(0);
+    return NarrowToBytes(Luminance(InterleaveLow<1>(zero, bgr.first), InterleaveLow<1>(zero, bgr.second),
+                                   InterleaveLow<1>(zero, bgr.third)),
+                         Luminance(InterleaveHigh<1>(zero, bgr.first), InterleaveHigh<1>(zero, bgr.second),
+                                   InterleaveHigh<1>(zero, bgr.third)));
+}
+
+// The sums of eight times 2 x 2 samples.
+inline Sixteen SumSquares(Sixteen upper, Sixteen lower)
+{
+    const Sixteen bytes = ShortsOf(0xFF);
+    const auto pairs = [&](Sixteen row) { return AddShorts(And(row, bytes), And(ShiftDown<1>(row), bytes)); };
+    return AddShorts(pairs(upper), pairs(lower));
+}
+
+// A weighted sum of sums of four samples, in eight places.
+inline Sixteen Weigh(const ShortTriple& bgr, double blue, double green, double red)
+{
+    constexpr int BITS = FRACTION_BITS + 2;
     const Sixteen first = PairOf(Fixed15(blue), Fixed15(green)), second = PairOf(Fixed15(red), 0);
-    const Sixteen added = ColumnsOf((offset << FRACTION_BITS) + (1 << (FRACTION_BITS - 1)));
+    const Sixteen added = ColumnsOf((128 << BITS) + (1 << (BITS - 1)));
     const Sixteen zero = SixteenOf(0);
     const auto half = [&](Sixteen blueGreen, Sixteen redOnly) {
-        return ShiftColumnsRight<FRACTION_BITS>(AddColumns(
+        return ShiftColumnsRight<BITS>(AddColumns(
             AddColumns(MultiplyAddPairs(blueGreen, first), MultiplyAddPairs(redOnly, second)), added));
     };
     return NarrowColumns(half(InterleaveLow<2>(bgr.first, bgr.second), InterleaveLow<2>(bgr.third, zero)),
                          half(InterleaveHigh<2>(bgr.first, bgr.second), InterleaveHigh<2>(bgr.third, zero)));
 }
 
-inline Triple ConvertFromBgr(const Triple& bgr)
+// Calls take(at, pixels) for every sixteen pixels. The last ones go through a buffer that repeats the last.
+template <class Take>
+void ForSixteens(const uint8_t* pixels, uint32_t width, Take take)
 {
-    const Sixteen zero = SixteenOf(0);
-    const ShortTriple low = {InterleaveLow<1>(bgr.first, zero), InterleaveLow<1>(bgr.second, zero),
-                             InterleaveLow<1>(bgr.third, zero)};
-    const ShortTriple high = {InterleaveHigh<1>(bgr.first, zero), InterleaveHigh<1>(bgr.second, zero),
-                              InterleaveHigh<1>(bgr.third, zero)};
-    const auto weigh = [&](double blue, double green, double red, int32_t offset) {
-        return NarrowToBytes(Weigh(low, blue, green, red, offset), Weigh(high, blue, green, red, offset));
-    };
-    return {weigh(0.114, 0.587, 0.299, 0), weigh(0.5, -0.331264, -0.168736, 128),
-            weigh(-0.081312, -0.418688, 0.5, 128)};
+    uint32_t at = 0;
+    for (; at + LANES <= width; at += LANES)
+        take(at, LoadTriples(pixels + size_t{at} * 3));
+    if (at == width)
+        return;
+    uint8_t last[3 * LANES];
+    for (uint32_t lane = 0; lane < LANES; ++lane)
+        std::memcpy(last + 3 * lane, pixels + size_t{std::min(at + lane, width - 1)} * 3, 3);
+    take(at, LoadTriples(last));
 }
 
 } // namespace
 
-void SplitColours(const uint8_t* pixels, uint32_t width, uint8_t* const planes[3])
+void SplitUpper(const uint8_t* pixels, uint32_t width, uint8_t* luminance, uint8_t* const kept[3])
 {
-    const auto store = [&](uint32_t at, const uint8_t* from) {
-        const Triple converted = ConvertFromBgr(LoadTriples(from));
-        StoreSixteen(planes[0] + at, converted.first);
-        StoreSixteen(planes[1] + at, converted.second);
-        StoreSixteen(planes[2] + at, converted.third);
-    };
-    uint32_t at = 0;
-    for (; at + LANES <= width; at += LANES)
-        store(at, pixels + size_t{at} * 3);
-    if (at == width)
-        return;
-    uint8_t last[3 * LANES] = {};
-    std::memcpy(last, pixels + size_t{at} * 3, size_t{width - at} * 3);
-    store(at, last);
+    ForSixteens(pixels, width, [&](uint32_t at, const Triple& bgr) {
+        StoreSixteen(luminance + at, Luminance(bgr));
+        StoreSixteen(kept[0] + at, bgr.first);
+        StoreSixteen(kept[1] + at, bgr.second);
+        StoreSixteen(kept[2] + at, bgr.third);
+    });
+}
+
+void SplitLower(const uint8_t* pixels, uint32_t width, uint8_t* luminance, const uint8_t* const kept[3],
+                uint8_t* cb, uint8_t* cr)
+{
+    ForSixteens(pixels, width, [&](uint32_t at, const Triple& bgr) {
+        StoreSixteen(luminance + at, Luminance(bgr));
+        const ShortTriple sums = {SumSquares(LoadSixteen(kept[0] + at), bgr.first),
+                                  SumSquares(LoadSixteen(kept[1] + at), bgr.second),
+                                  SumSquares(LoadSixteen(kept[2] + at), bgr.third)};
+        const Sixteen both =
+            NarrowToBytes(Weigh(sums, 0.5, -0.331264, -0.168736), Weigh(sums, -0.081312, -0.418688, 0.5));
+        StoreHalf(cb + at / 2, both);
+        StoreHalf(cr + at / 2, InterleaveHigh<8>(both, both));
+    });
 }
 
 } // namespace tiff::jpeg

@@ -24,7 +24,15 @@ enum class Colours {
 // Writes pixels of as many bytes as there are planes.
 void JoinPlanes(const PlaneRows& planes, uint32_t count, Colours colours, uint8_t* pixels, uint32_t width);
 
-// B, G, R to Y, Cb and Cr.
-void SplitColours(const uint8_t* pixels, uint32_t width, uint8_t* const planes[3]);
+// The same for YCbCr whose Cb and Cr are half as wide, in one go; they come from MixChroma.
+void JoinWidened(const uint8_t* luminance, const int16_t* cb, const int16_t* cr, uint8_t* pixels,
+                 uint32_t width);
+
+// B, G, R to Y. The pixels are kept in three rows until the row below comes.
+void SplitUpper(const uint8_t* pixels, uint32_t width, uint8_t* luminance, uint8_t* const kept[3]);
+
+// B, G, R to Y, and to Cb and Cr of every 2 x 2 pixels of this row and the kept one.
+void SplitLower(const uint8_t* pixels, uint32_t width, uint8_t* luminance, const uint8_t* const kept[3],
+                uint8_t* cb, uint8_t* cr);
 
 } // namespace tiff::jpeg

@@ -71,7 +71,8 @@ Status SizeComponents(Decoder& decoder)
 Status MakeLines(Decoder& decoder, DecoderLines& lines)
 {
     const uint64_t rowBytes = uint64_t{decoder.mcusAcross} * decoder.mostHorizontal * BLOCK_SIDE + SPARE;
-    uint64_t bytes = (rowBytes + SPARE) * sizeof(int16_t);
+    const uint64_t scratchSamples = rowBytes + 2 * SPARE;
+    uint64_t bytes = scratchSamples * sizeof(int16_t);
     for (const Component& component : ComponentsOf(decoder)) {
         const uint64_t stride =
             EDGE + uint64_t{decoder.mcusAcross} * component.horizontal * BLOCK_SIDE + SPARE;
@@ -87,7 +88,8 @@ Status MakeLines(Decoder& decoder, DecoderLines& lines)
     }
     uint8_t* at = lines.locked->Get();
     lines.scratch = reinterpret_cast<int16_t*>(at);
-    at += (rowBytes + SPARE) * sizeof(int16_t);
+    lines.secondScratch = lines.scratch + scratchSamples / 2;
+    at += scratchSamples * sizeof(int16_t);
     for (uint32_t index = 0; index < decoder.header.frame.count; ++index) {
         Component& component = decoder.components[index];
         component.stride = EDGE + size_t{decoder.mcusAcross} * component.horizontal * BLOCK_SIDE + SPARE;
@@ -232,18 +234,24 @@ uint8_t* LineOf(const Component& component, int32_t line)
     return component.lines + line * static_cast<ptrdiff_t>(component.stride);
 }
 
+// The lines that a row of pixels is made of.
+MixedLines LinesOf(const Decoder& decoder, const Component& component, int32_t row)
+{
+    const auto ratio = static_cast<int32_t>(VerticalRatio(decoder, component));
+    const int32_t line = row < 0 ? -1 : row / ratio;
+    const int32_t neighbour = ratio != 2 ? line : row % 2 == 0 ? line - 1 : line + 1;
+    return {LineOf(component, line), LineOf(component, neighbour)};
+}
+
 // The pixels' row of a component.
 const uint8_t* RowOf(const Decoder& decoder, const DecoderLines& lines, uint32_t index, int32_t row)
 {
     const Component& component = decoder.components[index];
-    const uint32_t across = HorizontalRatio(decoder, component), down = VerticalRatio(decoder, component);
-    const auto ratio = static_cast<int32_t>(down);
-    const int32_t line = row < 0 ? -1 : row / ratio;
-    const int32_t neighbour = down != 2 ? line : row % 2 == 0 ? line - 1 : line + 1;
-    if (across == 1 && down != 2)
-        return LineOf(component, line);
-    WidenRow({LineOf(component, line), LineOf(component, neighbour)}, component.width, across,
-             lines.widened[index], decoder.header.frame.width, lines.scratch);
+    const uint32_t across = HorizontalRatio(decoder, component);
+    const MixedLines mixed = LinesOf(decoder, component, row);
+    if (across == 1 && mixed.line == mixed.neighbour)
+        return mixed.line;
+    WidenRow(mixed, component.width, across, lines.widened[index], decoder.header.frame.width, lines.scratch);
     return lines.widened[index];
 }
 
@@ -253,16 +261,36 @@ Colours ColoursOf(const Decoder& decoder, const StripForm& form)
     return form.asksAdobe && decoder.header.adobeTransform == ADOBE_YCCK ? Colours::Ycck : form.colours;
 }
 
+// Whether chroma is half as wide as luminance, as in most pictures.
+bool HasHalfChroma(const Decoder& decoder)
+{
+    const Component* const component = decoder.components;
+    return HorizontalRatio(decoder, component[0]) == 1 && HorizontalRatio(decoder, component[1]) == 2 &&
+           HorizontalRatio(decoder, component[2]) == 2;
+}
+
+void JoinRow(const Decoder& decoder, const DecoderLines& lines, Colours colours, int32_t row, uint8_t* pixels)
+{
+    const Frame& frame = decoder.header.frame;
+    if (colours == Colours::YCbCr && HasHalfChroma(decoder)) {
+        const Component &cb = decoder.components[1], &cr = decoder.components[2];
+        const int16_t* const mixedCb = MixChroma(LinesOf(decoder, cb, row), cb.width, lines.scratch);
+        const int16_t* const mixedCr = MixChroma(LinesOf(decoder, cr, row), cr.width, lines.secondScratch);
+        return JoinWidened(RowOf(decoder, lines, 0, row), mixedCb, mixedCr, pixels, frame.width);
+    }
+    PlaneRows planes{};
+    for (uint32_t index = 0; index < frame.count; ++index)
+        planes.rows[index] = RowOf(decoder, lines, index, row);
+    JoinPlanes(planes, frame.count, colours, pixels, frame.width);
+}
+
 // Rows of the current row of MCUs, from -1 on.
 Status TakeRows(Decoder& decoder, const DecoderLines& lines, const StripForm& form, const RowTaker& taker,
                 int32_t from, int32_t to)
 {
     const Colours colours = ColoursOf(decoder, form);
     for (int32_t row = from; row < to; ++row) {
-        PlaneRows planes{};
-        for (uint32_t index = 0; index < form.samples; ++index)
-            planes.rows[index] = RowOf(decoder, lines, index, row);
-        JoinPlanes(planes, form.samples, colours, taker.place(taker.record), form.width);
+        JoinRow(decoder, lines, colours, row, taker.place(taker.record));
         if (const Status status = taker.take(taker.record); status != error::None)
             return status;
     }

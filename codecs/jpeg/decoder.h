@@ -43,7 +43,7 @@ struct DecoderLines {
     std::optional<Locked<uint8_t>> locked;
     uint64_t bytes = 0;
     uint8_t* widened[MOST_COMPONENTS] = {};
-    int16_t* scratch = nullptr;
+    int16_t *scratch = nullptr, *secondScratch = nullptr;
 };
 
 // Decodes the part of the stream that the first source stands at. Fails with 5 after all rows of MCUs that

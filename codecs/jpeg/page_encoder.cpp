@@ -7,7 +7,6 @@
 #include "codecs/jpeg/colour.h"
 #include "codecs/jpeg/markers.h"
 #include "codecs/jpeg/quality.h"
-#include "codecs/jpeg/sampling.h"
 #include "codecs/strips.h"
 #include "core/global_block.h"
 #include "tiff/define.h"
@@ -25,9 +24,9 @@ struct Encoder {
     bool isColour;
     uint32_t width, mcuSide, mcusAcross;
     uint32_t rows; // in the planes
-    size_t stride; // of luminance and of whole chrominance rows
+    size_t stride; // of luminance and of kept pixels
     uint8_t* luminance;
-    uint8_t* whole[2];       // two rows of each chrominance
+    uint8_t* kept[3];        // the upper of two rows of pixels
     uint8_t* chrominance[2]; // half as wide, 8 rows
     int32_t predictions[3];
     Divisors divisors[2];
@@ -48,18 +47,17 @@ Encoder DescribeEncoder(const CodecCall* call)
 
 size_t PlaneBytes(const Encoder& encoder)
 {
-    return encoder.stride * (encoder.isColour ? encoder.mcuSide + 2 * 2 + BLOCK_SIDE : encoder.mcuSide);
+    return encoder.stride * (encoder.isColour ? encoder.mcuSide + 3 + BLOCK_SIDE : encoder.mcuSide);
 }
 
 void Prepare(Encoder& encoder, uint8_t* planes, uint32_t quality)
 {
     encoder.luminance = planes;
     planes += encoder.stride * encoder.mcuSide;
-    for (uint32_t kind = 0; encoder.isColour && kind < 2; ++kind) {
-        encoder.whole[kind] = planes;
-        encoder.chrominance[kind] = planes + 2 * encoder.stride;
-        planes += encoder.stride * (2 + BLOCK_SIDE / 2);
-    }
+    for (uint32_t row = 0; encoder.isColour && row < 3; ++row, planes += encoder.stride)
+        encoder.kept[row] = planes;
+    for (uint32_t kind = 0; encoder.isColour && kind < 2; ++kind, planes += encoder.stride * BLOCK_SIDE / 2)
+        encoder.chrominance[kind] = planes;
     encoder.divisors[0] = MakeDivisors(ScaleQuantisers(luminanceQuantisers, quality));
     encoder.divisors[1] = MakeDivisors(ScaleQuantisers(chrominanceQuantisers, quality));
 }
@@ -76,16 +74,16 @@ void AddRow(Encoder& encoder, const uint8_t* line)
     uint8_t* const luminance = encoder.luminance + row * encoder.stride;
     if (!encoder.isColour) {
         std::copy_n(line, encoder.width, luminance);
-        return RepeatLast(luminance, encoder.width, whole);
+    } else if (row % 2 == 0) {
+        SplitUpper(line, encoder.width, luminance, encoder.kept);
+    } else {
+        const size_t at = row / 2 * (encoder.stride / 2);
+        uint8_t* const planes[] = {encoder.chrominance[0] + at, encoder.chrominance[1] + at};
+        SplitLower(line, encoder.width, luminance, encoder.kept, planes[0], planes[1]);
+        for (uint8_t* plane : planes)
+            RepeatLast(plane, (encoder.width + 1) / 2, whole / 2);
     }
-    const size_t second = row % 2 * encoder.stride;
-    uint8_t* const planes[3] = {luminance, encoder.whole[0] + second, encoder.whole[1] + second};
-    SplitColours(line, encoder.width, planes);
-    for (uint8_t* plane : planes)
-        RepeatLast(plane, encoder.width, whole);
-    for (uint32_t kind = 0; row % 2 == 1 && kind < 2; ++kind)
-        HalveRows(encoder.whole[kind], encoder.whole[kind] + encoder.stride, whole,
-                  encoder.chrominance[kind] + row / 2 * (encoder.stride / 2));
+    RepeatLast(luminance, encoder.width, whole);
 }
 
 void EncodeSamples(Encoder& encoder, uint32_t component, const uint8_t* samples, size_t stride)

@@ -14,17 +14,24 @@ inline Sixteen ThreeTimes(Sixteen values)
     return AddShorts(AddShorts(values, values), values);
 }
 
-// Three parts of the line, one of its neighbour: four times the samples.
-void MixRows(const MixedLines& lines, uint32_t samples, int16_t* mixed)
+// Three parts of the line, one of its neighbour: finish(four times the samples).
+template <class Finish>
+void MixRows(const MixedLines& lines, uint32_t samples, int16_t* mixed, Finish finish)
 {
     const Sixteen zero = SixteenOf(0);
     for (uint32_t at = 0; at < samples; at += 2 * LANES) {
         const Sixteen line = LoadSixteen(lines.line + at), neighbour = LoadSixteen(lines.neighbour + at);
-        StoreSixteen(mixed + at,
-                     AddShorts(ThreeTimes(InterleaveLow<1>(line, zero)), InterleaveLow<1>(neighbour, zero)));
-        StoreSixteen(mixed + at + LANES, AddShorts(ThreeTimes(InterleaveHigh<1>(line, zero)),
-                                                   InterleaveHigh<1>(neighbour, zero)));
+        StoreSixteen(mixed + at, finish(AddShorts(ThreeTimes(InterleaveLow<1>(line, zero)),
+                                                  InterleaveLow<1>(neighbour, zero))));
+        StoreSixteen(mixed + at + LANES, finish(AddShorts(ThreeTimes(InterleaveHigh<1>(line, zero)),
+                                                          InterleaveHigh<1>(neighbour, zero))));
     }
+}
+
+void RepeatEnds(int16_t* mixed, uint32_t samples)
+{
+    mixed[-1] = mixed[0];
+    mixed[samples] = mixed[samples - 1];
 }
 
 // Sixteen times the samples, at two places each. Exact halves are rounded up and down in turns, so that the
@@ -68,10 +75,9 @@ void WidenRow(const MixedLines& lines, uint32_t samples, uint32_t factor, uint8_
     if (factor != 2 && lines.line == lines.neighbour)
         return Repeat(lines.line, factor, target, width);
     int16_t* const mixed = scratch + EDGE;
-    MixRows(lines, samples, mixed);
+    MixRows(lines, samples, mixed, [](Sixteen fourTimes) { return fourTimes; });
     if (factor == 2) {
-        mixed[-1] = mixed[0];
-        mixed[samples] = mixed[samples - 1];
+        RepeatEnds(mixed, samples);
         MixColumns(mixed, samples, target);
         return;
     }
@@ -80,19 +86,15 @@ void WidenRow(const MixedLines& lines, uint32_t samples, uint32_t factor, uint8_
         Repeat(target, factor, target, width);
 }
 
-// Exact halves are rounded up and down in turns.
-void HalveRows(const uint8_t* upper, const uint8_t* lower, uint32_t samples, uint8_t* target)
+const int16_t* MixChroma(const MixedLines& lines, uint32_t samples, int16_t* scratch)
 {
-    const Sixteen bytes = ShortsOf(0xFF);
-    const Sixteen rounding = ColumnsOf(2 << 16 | 1);
-    const auto mean = [&](uint32_t at) {
-        const Sixteen one = LoadSixteen(upper + at), other = LoadSixteen(lower + at);
-        const Sixteen left = AddShorts(And(one, bytes), And(other, bytes));
-        const Sixteen right = AddShorts(And(ShiftDown<1>(one), bytes), And(ShiftDown<1>(other), bytes));
-        return ShiftShortsRight<2>(AddShorts(AddShorts(left, right), rounding));
-    };
-    for (uint32_t at = 0; at < samples; at += 2 * SIXTEEN)
-        StoreSixteen(target + at / 2, NarrowToBytes(mean(at), mean(at + SIXTEEN)));
+    constexpr int16_t MIDDLE = 4 * 128;
+    int16_t* const mixed = scratch + EDGE;
+    MixRows(lines, samples, mixed, [](Sixteen fourTimes) {
+        return ShiftShortsLeft<4>(SubtractShorts(fourTimes, ShortsOf(MIDDLE)));
+    });
+    RepeatEnds(mixed, samples);
+    return mixed;
 }
 
 } // namespace tiff::jpeg

@@ -1,5 +1,4 @@
-// Components with fewer samples than the picture has pixels: rows of them are widened, or made from pairs of
-// rows.
+// Components with fewer samples than the picture has pixels: rows of them are mixed and widened.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +16,8 @@ struct MixedLines {
 void WidenRow(const MixedLines& lines, uint32_t samples, uint32_t factor, uint8_t* target, uint32_t width,
               int16_t* scratch);
 
-// Means of 2 x 2 samples. The lines have an even number of samples.
-void HalveRows(const uint8_t* upper, const uint8_t* lower, uint32_t samples, uint8_t* target);
+// The first half of widening a row of Cb or Cr by 2: JoinWidened does the rest. Gives 64 times the samples
+// less 128, with the ends repeated; they lie in the scratch.
+const int16_t* MixChroma(const MixedLines& lines, uint32_t samples, int16_t* scratch);
 
 } // namespace tiff::jpeg

@@ -105,14 +105,52 @@ TEST(JpegColour, IsRoundedFromTheDefinition)
             for (uint32_t channel = 0; channel < 3; ++channel)
                 ASSERT_NEAR(pixels[3 * at + channel], std::clamp(wanted[channel], 0.0, 255.0), 0.51);
         }
-        uint8_t split[3][64];
-        uint8_t* const targets[3] = {split[0], split[1], split[2]};
-        SplitColours(pixels, 33, targets);
+        int16_t mixed[2][64 / 2];
+        for (uint32_t chroma = 0; chroma < 2; ++chroma)
+            for (uint32_t at = 0; at < 32; ++at)
+                mixed[chroma][at] = static_cast<int16_t>((planes[1 + chroma][at] - 128) * 64);
+        JoinWidened(planes[0], mixed[0] + 1, mixed[1] + 1, pixels, 33);
         for (uint32_t at = 0; at < 33; ++at) {
-            const double b = pixels[3 * at], g = pixels[3 * at + 1], r = pixels[3 * at + 2];
-            ASSERT_NEAR(split[0][at], 0.299 * r + 0.587 * g + 0.114 * b, 0.52);
-            ASSERT_NEAR(split[1][at], std::min(128 - 0.168736 * r - 0.331264 * g + 0.5 * b, 255.0), 0.52);
-            ASSERT_NEAR(split[2][at], std::min(128 + 0.5 * r - 0.418688 * g - 0.081312 * b, 255.0), 0.52);
+            const auto chroma = [&](uint32_t plane) {
+                const uint32_t middle = 1 + at / 2, neighbour = middle + (at % 2 ? 1 : -1);
+                return (3 * planes[plane][middle] + planes[plane][neighbour]) / 4.0 - 128;
+            };
+            const double y = planes[0][at], cb = chroma(1), cr = chroma(2);
+            const double wanted[] = {y + 1.772 * cb, y - 0.344136 * cb - 0.714136 * cr, y + 1.402 * cr};
+            for (uint32_t channel = 0; channel < 3; ++channel)
+                ASSERT_NEAR(pixels[3 * at + channel], std::clamp(wanted[channel], 0.0, 255.0), 0.53);
+        }
+    }
+}
+
+TEST(JpegColour, IsSplitAsTheDefinitionSays)
+{
+    constexpr uint32_t WIDTH = 33;
+    std::mt19937 random(10);
+    uint8_t rows[2][3 * WIDTH], luminance[2][48], kept[3][48], chroma[2][24];
+    uint8_t* const keeping[] = {kept[0], kept[1], kept[2]};
+    for (int round = 0; round < 500; ++round) {
+        for (auto& row : rows)
+            for (uint8_t& sample : row)
+                sample = static_cast<uint8_t>(round % 2 ? random() : random() % 2 * 255);
+        SplitUpper(rows[0], WIDTH, luminance[0], keeping);
+        SplitLower(rows[1], WIDTH, luminance[1], keeping, chroma[0], chroma[1]);
+        const auto weigh = [&](uint32_t row, uint32_t at, double blue, double green, double red) {
+            const uint8_t* pixel = rows[row] + 3 * std::min(at, WIDTH - 1);
+            return blue * pixel[0] + green * pixel[1] + red * pixel[2];
+        };
+        for (uint32_t at = 0; at < 2 * WIDTH; ++at)
+            ASSERT_NEAR(luminance[at / WIDTH][at % WIDTH], weigh(at / WIDTH, at % WIDTH, 0.114, 0.587, 0.299),
+                        0.52);
+        for (uint32_t at = 0; at < (WIDTH + 1) / 2; ++at) {
+            const auto mean = [&](double blue, double green, double red) {
+                double sum = 0;
+                for (uint32_t part = 0; part < 4; ++part)
+                    sum += weigh(part / 2, 2 * at + part % 2, blue, green, red);
+                return std::min(128 + sum / 4, 255.0);
+            };
+            ASSERT_NEAR(chroma[0][at], mean(0.5, -0.331264, -0.168736), 0.52);
+            ASSERT_NEAR(chroma[1][at], mean(-0.081312, -0.418688, 0.5), 0.52);
         }
     }
 }
