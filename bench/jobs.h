@@ -17,6 +17,7 @@ struct BenchFolders {
 };
 
 void RegisterCodecJobs(const std::vector<Picture>& pictures);
+void RegisterJpegJobs(const std::vector<Picture>& pictures);
 void RegisterLineJobs(const std::vector<Picture>& pictures);
 void RegisterOpenJobs(const BenchFolders& folders);
 void RegisterEditingJobs(const BenchFolders& folders);

@@ -40,6 +40,7 @@ int main(int argc, char** argv)
     std::filesystem::create_directories(folders.scratch);
     setenv("TMPDIR", folders.scratch.c_str(), 1); // the folder for rewritten files
     RegisterCodecJobs(pictures);
+    RegisterJpegJobs(pictures);
     RegisterLineJobs(pictures);
     RegisterOpenJobs(folders);
     RegisterEditingJobs(folders);

@@ -150,8 +150,12 @@ void PutPage(PeerFile* file, const Picture& picture, const Scheme& scheme, uint3
                  : picture.bits == 8 ? PHOTOMETRIC_MINISBLACK
                  : IsLossy(scheme)   ? PHOTOMETRIC_YCBCR
                                      : PHOTOMETRIC_RGB);
-    if (IsLossy(scheme))
+    if (IsLossy(scheme)) {
         TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+        TIFFSetField(tiff, TIFFTAG_JPEGQUALITY, scheme.quality);
+        if (picture.bits == 24)
+            TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, scheme.chroma, scheme.chroma);
+    }
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
     if (scheme.predictor)
         TIFFSetField(tiff, TIFFTAG_PREDICTOR, scheme.predictor);

@@ -9,7 +9,8 @@ struct Scheme {
     uint16_t compression;
     uint16_t predictor;
     uint32_t group3Options;
-    bool bilevel; // for bilevel pages only
+    bool bilevel;                      // for bilevel pages only
+    uint16_t chroma = 2, quality = 75; // of JPEG: pixels to a sample of chroma in each direction
 };
 
 inline constexpr Scheme schemes[] = {
