@@ -132,6 +132,7 @@ struct CcittEncoder {
     int32_t* coding; // changes, then END_SENTINELS entries of the width
     int32_t* reference;
     int32_t width;
+    bool endsStrip; // the line in work
     uint32_t kFactor;
     uint32_t linesSinceRuns; // counted from 1 at a one-dimensional line
 };
@@ -233,10 +234,12 @@ inline void PutRuns(WordWriter& words, Code prefix, uint32_t colour, int32_t fir
     Put(words, start << LengthOf(other) | BitsOf(other), prefix.length + LengthOf(one) + LengthOf(other));
 }
 
-// Deliberate: a line with a white first and a black eighth pixel begins with two empty runs.
+// Deliberate: a line with a white first and a black eighth pixel begins with two empty runs. Not above a line
+// of modes: decoders count empty runs as changes there, and would show other pixels than were saved.
 bool BeginsWithEmptyRuns(const CcittEncoder& encoder, const uint8_t* line)
 {
-    return encoder.width >= 8 && (line[0] & 1) != 0 && encoder.coding[0] != 0;
+    const bool isReference = encoder.framing.lines != Lines::Runs && !encoder.endsStrip;
+    return encoder.width >= 8 && (line[0] & 1) != 0 && encoder.coding[0] != 0 && !isReference;
 }
 
 void EncodeRunLine(CcittEncoder& encoder, const uint8_t* line)
@@ -363,6 +366,7 @@ Status EncodeLines(CcittEncoder& encoder, CodecContext* context)
     while (status == error::None) {
         if (framing.eols == Eols::BeforeLines)
             PutEol(encoder, true);
+        encoder.endsStrip = context->lastLineOfStrip != 0;
         EncodeLine(encoder, context->lineBuffer);
         if (framing.alignedRows)
             PadToByte(encoder.bits);
@@ -398,6 +402,7 @@ Status EncodeRows(CodecCall* context, const Framing& framing)
         .coding = changes.Get(),
         .reference = changes.Get() + room,
         .width = context->lineFormat.biWidth,
+        .endsStrip = false,
         .kFactor = kFactor,
         .linesSinceRuns = kFactor,
     };

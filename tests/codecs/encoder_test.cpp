@@ -110,6 +110,8 @@ TEST(CcittEncoder, LinesBecomeTheCodesOfTheirScheme)
         {"every fourth", 0x10003, 4, "...##.../...##.../..###...",
          tag1 + runs + tag0 + "1 1 1" + tag0 + "010 1 1" + rtc},
         {"a black eighth pixel between tags", 0x10003, 2, ".......#", tag1 + empties + "1111 010" + rtc},
+        {"but not above a line of modes", 0x10003, 2, ".......#/.......#",
+         tag1 + "1111 010" + tag0 + "1 1" + rtc},
         {"aligned tags, five bits left or more", 0x50003, 2, "...##.../...##...",
          "000" + tag1 + runs + "0" + tag0 + "111" + tag1 + Times("000" + tag1, 5)},
         {"aligned tags, fewer than five", 0x50003, 2, "........",
