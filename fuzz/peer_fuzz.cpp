@@ -1,0 +1,123 @@
+// What libtiff decodes without a word is decoded to the same rows; what it codes, too. What is saved, libtiff
+// decodes without a word, to the same rows.
+#include "made_picture.h"
+#include "made_tiff.h"
+#include "peer_decoder.h"
+
+using namespace fuzz;
+
+namespace {
+
+constexpr uint64_t LARGEST_BLOCK = 16 << 20;
+
+struct Rows {
+    size_t lineBytes;
+    uint32_t restBits; // of the last byte; 0 for all
+    Bytes bytes;
+};
+
+void MaskRest(Bytes& rows, size_t lineBytes, uint32_t restBits)
+{
+    for (size_t end = lineBytes; restBits != 0 && end <= rows.size(); end += lineBytes)
+        rows[end - 1] &= static_cast<uint8_t>(0xFF00 >> restBits);
+}
+
+intptr_t TakeLine(void* line, uint32_t, void* user)
+{
+    auto& rows = *static_cast<Rows*>(user);
+    const auto* bytes = static_cast<const uint8_t*>(line);
+    rows.bytes.insert(rows.bytes.end(), bytes, bytes + rows.lineBytes);
+    return 0;
+}
+
+void DemandRows(HGLOBAL file, uint32_t page, Bytes wanted)
+{
+    Demand(GetTiffImage(file, page));
+    BITMAPINFOHEADER header;
+    Demand(GetTiffDimensions(file, page, &header) == 0);
+    const auto bits = static_cast<size_t>(header.biWidth) * header.biBitCount;
+    Rows rows = {(bits + 7) / 8, static_cast<uint32_t>(bits % 8), {}};
+    const bool done = DecodeTiffImage(file, page, 0, 0, &rows, TakeLine);
+    MaskRest(wanted, rows.lineBytes, rows.restBits);
+    MaskRest(rows.bytes, rows.lineBytes, rows.restBits);
+    Demand(done);
+    Demand(rows.bytes == wanted);
+}
+
+void CompareBytes(Choices& choices)
+{
+    const Bytes file = MakeTiff(choices, Pages::Sound);
+    Keep(file);
+    const OpenTiff tiff(file);
+    Demand(tiff.handle);
+    const uint32_t pages = NumberOfTiffImages(tiff.handle, TIFF_ALL_PAGES);
+    for (uint32_t page = 0; page < pages; ++page)
+        if (Bytes theirs; DecodeByPeer(file, page, theirs))
+            DemandRows(tiff.handle, page, theirs);
+}
+
+void ReadTheirs(Choices& choices)
+{
+    static constexpr PeerScheme fax[] = {{2, 1, 0, 1, 0}, {3, 1, 0, 1, 0}, {3, 1, 1, 1, 0}, {3, 1, 4, 1, 0},
+                                         {3, 1, 5, 1, 0}, {4, 1, 0, 1, 0}, {4, 1, 0, 1, 0}};
+    static constexpr PeerScheme others[] = {
+        {1, 1, 0, 1, 0}, {5, 1, 0, 1, 0}, {5, 2, 0, 1, 0}, {32773, 1, 0, 1, 0}};
+    const PeerScheme coded[] = {choices.OneOf(fax), choices.OneOf(others)};
+    const uint8_t form = choices.Byte();
+    const Picture picture = PictureOf(choices);
+    PeerScheme scheme = coded[picture.bits == 1 ? form & 1 : 1];
+    if (picture.bits < 8)
+        scheme.predictor = 1;
+    scheme.fillOrder = form & 2 ? 2 : 1;
+    scheme.rowsPerStrip = 1 + (form >> 2) % picture.height;
+    const Bytes file = EncodeByPeer(picture.rows, picture.width, picture.height, picture.bits, scheme);
+    Keep(file);
+    const OpenTiff tiff(file);
+    Demand(tiff.handle);
+    DemandRows(tiff.handle, 0, picture.rows);
+}
+
+// Bilevel pages. LZW with differences is left out: libtiff takes them of whole bytes only.
+void ShowOurs(Choices& choices)
+{
+    static constexpr uint32_t selectors[] = {TIFF_SAVE_STORED, TIFF_SAVE_PACKBITS,
+                                             TIFF_SAVE_LZW,    TIFF_SAVE_MODIFIED_HUFFMAN,
+                                             TIFF_SAVE_GROUP3, TIFF_SAVE_GROUP3_TWO_DIMENSIONAL,
+                                             TIFF_SAVE_GROUP4};
+    const uint32_t selector = choices.OneOf(selectors), fillOrder = 1 + choices.Below(2);
+    SetKfactor(2 + static_cast<int32_t>(choices.Below(4)));
+    const Picture picture = PictureOf(choices);
+    if (picture.bits != 1)
+        return;
+    const Bytes dib = DibOf(picture);
+    const Block block(dib);
+    const Bytes saved = TakeBlock(SaveTiffToMemory(nullptr, block.Get(), selector, fillOrder));
+    if (saved.empty()) {
+        Demand(TiffError() != 0);
+        return;
+    }
+    Keep(saved);
+    const OpenTiff tiff(saved);
+    Bytes theirs;
+    Demand(DecodeByPeer(saved, 0, theirs));
+    DemandRows(tiff.handle, 0, theirs);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const Run run(LARGEST_BLOCK);
+    Choices choices{{data, size}};
+    switch (choices.Below(3)) {
+    case 0:
+        CompareBytes(choices);
+        break;
+    case 1:
+        ReadTheirs(choices);
+        break;
+    default:
+        ShowOurs(choices);
+    }
+    return 0;
+}
