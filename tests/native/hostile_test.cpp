@@ -4,6 +4,7 @@
 #include "support/pictures.h"
 
 #include <cstring>
+#include <fstream>
 #include <gtest/gtest.h>
 
 TEST(Hostile, ValuesThatTheFileCannotHoldAreNotAllocated)
@@ -138,4 +139,135 @@ TEST(Hostile, RunsWithoutEndEndWithTheData)
             EXPECT_LE(decoded.rows.size(), 3000u);
         }
     }
+}
+
+namespace {
+
+// Loads the first page, which may cost twice its picture and 64 MiB.
+uint32_t LoadFirst(const Bytes& file)
+{
+    constexpr uint64_t MOST_BESIDES = 64 << 20;
+    const standin::LeakCheck leaks;
+    const TempFile disk(file);
+    standin::ResetPeak();
+    HGLOBAL dib = LoadTiffIntoDIB(disk.Path(), 0, 0);
+    const uint32_t error = TiffError();
+    EXPECT_TRUE(dib || error != 0);
+    EXPECT_LE(standin::BytesAllocatedPeak(), MOST_BESIDES + 2 * (dib ? GlobalSize(dib) : 0));
+    GlobalFree(dib);
+    return error;
+}
+
+TiffPage Grey(uint32_t width, uint32_t length, uint32_t compression = 1)
+{
+    return TiffPage::Picture(width, length, 8, compression, 1);
+}
+
+// All entries are the same one, which leads nowhere.
+Bytes ManyEntries(uint32_t count)
+{
+    return Hex("49492A00 08000000") + Bytes{static_cast<uint8_t>(count), static_cast<uint8_t>(count >> 8)} +
+           Repeat(Hex("0F01 0200 FFFF0000 08000000"), count) + Bytes(4);
+}
+
+} // namespace
+
+TEST(Hostile, EveryClassOfFaultHasItsError)
+{
+    const Bytes row(64, 0x11);
+    const struct {
+        const char* row;
+        Bytes file;
+        uint32_t error;
+    } rows[] = {
+        {"no bytes", {}, 6},
+        {"half a header", Hex("49492A00"), 6},
+        {"a header and no directory", Hex("49492A00 08000000"), 6},
+        {"a directory cut inside its count", Hex("49492A00 08000000 01"), 6},
+        {"a directory at the header", Hex("49492A00 00000000"), 3},
+        {"a directory at the end of all", Hex("49492A00 FFFFFFFF"), 6},
+        {"no entries", Hex("49492A00 08000000 0000 00000000"), 6},
+        {"65,535 entries that are not there", Hex("49492A00 08000000 FFFF"), 6},
+        {"5,000 equal entries in a file of 60 KB", ManyEntries(5000), 10},
+        {"65,535 equal entries", ManyEntries(65535), 10},
+        {"fewer offsets than strips", OnePage(Grey(64, 4).Strips({row, row}).Short(278, {1})), 6},
+        {"fewer byte counts than offsets",
+         OnePage(Grey(64, 2).Strips({row, row}).Short(278, {1}).Long(279, {64})), 0},
+        {"no byte counts", OnePage(Grey(64, 1).Strips({row}).Long(279, {})), 0},
+        {"offsets as text", OnePage(Grey(64, 1).Strips({row}).Entry(273, 2, 4, {8, 0, 0, 0})), 0},
+        {"offsets as doubles", OnePage(Grey(64, 1).Strips({row}).Entry(273, 12, 1, {8, 0})), 0},
+        {"offsets of a type that is none", OnePage(Grey(64, 1).Strips({row}).Entry(273, 77, 1, {8})), 0},
+        {"an offset at the end of 32 bits", OnePage(Grey(64, 1).Long(273, {0xFFFFFFFF}).Long(279, {64})), 6},
+        {"a byte count of 4 GB", OnePage(Grey(64, 1).Strips({row}).Long(279, {0xFFFFFFFF})), 0},
+        {"no rows a strip", OnePage(Grey(64, 1).Strips({row}).Long(278, {0})), 0},
+        {"4 billion rows a strip", OnePage(Grey(64, 1).Strips({row}).Long(278, {0xFFFFFFFF})), 0},
+        {"no width", OnePage(Grey(0, 1).Strips({row})), 10},
+        {"no length", OnePage(Grey(64, 0).Strips({row})), 5},
+        {"as many samples as there are numbers", OnePage(Grey(64, 1).Strips({row}).Short(277, {65535})), 16},
+        {"no bits", OnePage(Grey(64, 1).Strips({row}).Short(258, {0})), 16},
+        {"bits that are no depth", OnePage(Grey(64, 1).Strips({row}).Short(258, {255})), 16},
+        {"a palette of three colours",
+         OnePage(Grey(64, 1).Strips({row}).Short(262, {3}).Short(320, std::vector<uint32_t>(9))), 0},
+        {"a palette of LONGs",
+         OnePage(Grey(64, 1).Strips({row}).Short(262, {3}).Long(320, std::vector<uint32_t>(768))), 10},
+        {"a palette outside the file",
+         OnePage(Grey(64, 1).Strips({row}).Short(262, {3}).Entry(320, 3, 0x10000000, {8})), 10},
+        {"no palette", OnePage(Grey(64, 1).Strips({row}).Short(262, {3})), 10},
+        {"a predictor over no code", OnePage(Grey(64, 9, 5).Strips({{}}).Short(317, {2})), 12},
+        {"a predictor that is none", OnePage(Grey(64, 9, 5).Strips({row}).Short(317, {77})), 11},
+        {"a predictor over one-bit samples",
+         OnePage(TiffPage::Picture(65535, 9, 1, 5).Strips({row}).Short(317, {2})), 12},
+        {"LZW codes from the future", OnePage(Grey(64, 9, 5).Strips({Bits("100000000 111111111 111111111")})),
+         12},
+        {"LZW without a Clear", OnePage(Grey(64, 9, 5).Strips({Bits("000000001 000000010 100000010")})), 12},
+        {"a PackBits run over the end of the line", OnePage(Grey(1, 9, 32773).Strips({Hex("80 41 81 42")})),
+         0},
+        {"a PackBits literal over the end of the data", OnePage(Grey(64, 9, 32773).Strips({Hex("7F 41")})),
+         5},
+        {"a run over the end of the line",
+         OnePage(TiffPage::Picture(1, 9, 1, 2).Strips({Bits("000000011111 000000011111 10011")})), 0},
+        {"a tile without end",
+         OnePage(Grey(64, 1).Long(322, {0xFFFFFFF0}).Long(323, {0xFFFFFFF0}).Long(324, {8}).Long(325, {64})),
+         10},
+    };
+    for (const auto& [name, file, error] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(LoadFirst(file), error);
+    }
+}
+
+TEST(Hostile, AFileThatChangesAfterItWasOpened)
+{
+    const Bytes before = OnePage(Grey(64, 64).Strips({Bytes(4096)}));
+    static const struct {
+        const char* row;
+        size_t bytes;
+        uint32_t error;
+    } rows[] = {{"nothing is left", 0, 6},
+                {"half a header", 4, 6},
+                {"half a strip", 2000, 6},
+                {"half a directory", before.size() - 60, 10}};
+    for (const auto& [name, bytes, error] : rows) {
+        SCOPED_TRACE(name);
+        const standin::LeakCheck leaks;
+        const TempFile file(before);
+        HGLOBAL tiff = OpenTiffFile(file.Path(), T_READ);
+        std::ofstream(file.Path(), std::ios::binary)
+            .write(reinterpret_cast<const char*>(before.data()), static_cast<std::streamsize>(bytes));
+        HGLOBAL dib = GetTiffImage(tiff, 0) ? LoadTiffChainIntoDIB(tiff, 0) : nullptr;
+        EXPECT_EQ(TiffError(), error);
+        GlobalFree(dib);
+        CloseTiffFile(tiff);
+    }
+}
+
+TEST(Hostile, AMemoryBlockShorterThanClaimed)
+{
+    const Bytes file = OnePage(Grey(64, 64).Strips({Bytes(4096)}));
+    const Block block(file);
+    HGLOBAL tiff = OpenTiffInMemory(block.Get(), 0x7FFFFFFF, T_READ);
+    EXPECT_EQ(NumberOfTiffImages(tiff, TIFF_ALL_PAGES), 1u);
+    EXPECT_EQ(GetTiffImage(tiff, 0), 1);
+    GlobalFree(LoadTiffChainIntoDIB(tiff, 0));
+    CloseTiffFile(tiff);
 }
