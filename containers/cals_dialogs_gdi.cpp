@@ -4,6 +4,7 @@
 
 #include "containers/cals_rows.h"
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/process_state.h"
 #include "core/thread_state.h"
 #include "resources/ids.h"
@@ -78,6 +79,16 @@ bool EndOnButton(HWND dialog, WPARAM command)
     return true;
 }
 
+// A path with bytes that its code page does not have is shown as far as the system understands it.
+void ShowPath(HWND dialog, int control, const char* path)
+{
+    WCHAR wide[MAX_PATH_BYTES];
+    if (WidenPath(path, wide))
+        SetDlgItemTextW(dialog, control, wide);
+    else
+        SetDlgItemTextA(dialog, control, path);
+}
+
 INT_PTR CALLBACK RunInfo(HWND dialog, UINT message, WPARAM command, LPARAM) noexcept
 {
     if (message == WM_COMMAND)
@@ -85,7 +96,7 @@ INT_PTR CALLBACK RunInfo(HWND dialog, UINT message, WPARAM command, LPARAM) noex
     if (message != WM_INITDIALOG)
         return FALSE;
     const DialogRequest& request = *ThreadDialog().request;
-    SetDlgItemTextA(dialog, CALS_INFO_PATH, request.path);
+    ShowPath(dialog, CALS_INFO_PATH, request.path);
     ListRecords(GetDlgItem(dialog, CALS_INFO_RECORDS), Header(request.header, HEADER_BYTES));
     return TRUE;
 }
@@ -160,16 +171,16 @@ INT_PTR CALLBACK RunEdit(HWND dialog, UINT message, WPARAM command, LPARAM) noex
     if (message != WM_INITDIALOG)
         return FALSE;
     const Header header(request->header, HEADER_BYTES);
-    SetDlgItemTextA(dialog, CALS_EDIT_PATH, request->path);
+    ShowPath(dialog, CALS_EDIT_PATH, request->path);
     ShowFields(dialog, header);
     DisableMissing(dialog, header);
     return TRUE;
 }
 
-Status ShowDialog(const char* name, DLGPROC run, const DialogRequest& request)
+Status ShowDialog(LPCWSTR name, DLGPROC run, const DialogRequest& request)
 {
     const DialogRequest* const before = std::exchange(ThreadDialog().request, &request);
-    const INT_PTR answer = DialogBoxParamA(processState.module, name, request.parent, run, 0);
+    const INT_PTR answer = DialogBoxParamW(processState.module, name, request.parent, run, 0);
     ThreadDialog().request = before;
     return answer == IDOK ? error::None : answer == IDCANCEL ? CANCELLED : error::NotEnoughMemory;
 }
@@ -185,12 +196,12 @@ int32_t ButtonOf(Status status)
 
 Status ShowHeader(const DialogRequest& request)
 {
-    return ShowDialog("CALSINFO", RunInfo, request);
+    return ShowDialog(L"CALSINFO", RunInfo, request);
 }
 
 Status EditHeader(const DialogRequest& request)
 {
-    return ShowDialog("CALSEDIT", RunEdit, request);
+    return ShowDialog(L"CALSEDIT", RunEdit, request);
 }
 
 } // namespace tiff::cals
