@@ -26,7 +26,7 @@ install(FILES cmake/tiffdll-config.cmake ${PROJECT_BINARY_DIR}/tiffdll-config-ve
 install(FILES ${PROJECT_BINARY_DIR}/tiffdll.pc DESTINATION lib/pkgconfig)
 
 install(FILES LICENSE README.md CHANGELOG.md SECURITY.md exports/abi.txt DESTINATION share/doc/tiffdll)
-install(FILES docs/two-dlls.md docs/file-names.md DESTINATION share/doc/tiffdll/docs)
+install(DIRECTORY docs DESTINATION share/doc/tiffdll)
 foreach(folder samples examples bindings)
     if(EXISTS ${PROJECT_SOURCE_DIR}/${folder})
         install(DIRECTORY ${folder} DESTINATION share/tiffdll)

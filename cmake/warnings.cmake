@@ -18,6 +18,7 @@ function(tiff_compile target)
                                                  $<$<BOOL:${TIFF_WERROR}>:-Werror>)
         if(MINGW)
             target_compile_options(${target} PRIVATE -fstack-protector-strong)
+            target_link_options(${target} PRIVATE -fstack-protector-strong)
         endif()
         if(arg_LIBRARY)
             target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti)
@@ -29,7 +30,7 @@ endfunction()
 # addresses that cannot be guessed, and has the same bytes after each build.
 function(tiff_link target)
     if(MINGW)
-        target_link_options(${target} PRIVATE -static -s -fstack-protector-strong -Wl,--no-insert-timestamp
+        target_link_options(${target} PRIVATE -static -s -Wl,--no-insert-timestamp
                                               -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
     endif()
 endfunction()
