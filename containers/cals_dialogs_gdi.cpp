@@ -7,6 +7,7 @@
 #include "core/file_names.h"
 #include "core/process_state.h"
 #include "core/thread_state.h"
+#include "raster/dialog_texts_gdi.h"
 #include "resources/ids.h"
 
 #include <algorithm>
@@ -127,13 +128,13 @@ void ShowFields(HWND dialog, Header header)
     for (const FieldControl& shown : shownFields)
         if (const size_t at = FindRecord(header, shown.field, keyword); at < HEADER_BYTES) {
             CopyText(ReadValue(header, at, 0), text);
-            SetDlgItemTextA(dialog, shown.control, text);
+            ShowText(dialog, shown.control, text);
         }
     for (const FieldControl& edited : editedFields) {
         SendDlgItemMessageA(dialog, edited.control, EM_LIMITTEXT, RECORD_BYTES - 1, 0);
         if (const size_t at = FindRecord(header, edited.field, keyword); at < HEADER_BYTES) {
             CopyText(ReadValue(header, at, keyword.size()), text);
-            SetDlgItemTextA(dialog, edited.control, text);
+            ShowText(dialog, edited.control, text);
         }
     }
 }
@@ -146,7 +147,7 @@ void TakeFields(HWND dialog, NewHeader header)
         if (at == HEADER_BYTES)
             continue;
         char text[RECORD_BYTES];
-        const UINT length = GetDlgItemTextA(dialog, edited.control, text, sizeof(text));
+        const uint32_t length = TakeText(dialog, edited.control, text);
         WriteRecord(NewRecord(&header[at], RECORD_BYTES), keyword, {text, length});
     }
 }

@@ -29,7 +29,8 @@
 TIFF_BEGIN
 
 /* What the dialogs library gets from a save with a dialog: "TiffSaveDialog" of KVDlgs.dll takes
- * the path, the picture and the options, which it changes, and returns 0 to cancel.
+ * the path (the bytes that the caller gave), the picture and the options, which it changes, and returns 0 to
+ * cancel.
  */
 typedef struct TiffSavePicture {
     TiffPageGeometry geometry;
