@@ -1,6 +1,9 @@
 # What an installed copy has. Names of the package are not the DLL's: another library has those.
 set(TIFF_CMAKE_FOLDER lib/cmake/tiffdll)
 install(TARGETS TIFF RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
+if(MINGW)
+    install(FILES $<TARGET_FILE:TIFF>.debug DESTINATION share/tiffdll/symbols)
+endif()
 if(TIFF_TOOLS)
     install(TARGETS tifftool tiffview RUNTIME DESTINATION bin)
 endif()

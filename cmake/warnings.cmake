@@ -17,7 +17,8 @@ function(tiff_compile target)
                                                  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
                                                  $<$<BOOL:${TIFF_WERROR}>:-Werror>)
         if(MINGW)
-            target_compile_options(${target} PRIVATE -fstack-protector-strong)
+            target_compile_options(${target} PRIVATE -fstack-protector-strong $<$<BOOL:${arg_LIBRARY}>:-g1>
+                                                     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=tiffdll)
             target_link_options(${target} PRIVATE -fstack-protector-strong)
         endif()
         if(arg_LIBRARY)
@@ -26,11 +27,23 @@ function(tiff_compile target)
     endif()
 endfunction()
 
-# tiff_link(TARGET): a program or library that needs no other run-time libraries than Windows has, lies at
-# addresses that cannot be guessed, and has the same bytes after each build.
+# tiff_link(TARGET [SYMBOLS]): a program or library that needs no other run-time libraries than Windows has, lies at
+# addresses that cannot be guessed, and has the same bytes after each build. The symbols go to a file of their own,
+# FILE.debug, which debuggers find by its name.
 function(tiff_link target)
+    if(MINGW AND "SYMBOLS" IN_LIST ARGN)
+        set(file $<TARGET_FILE_NAME:${target}>)
+        # Without the variable the copy gets the time of its making.
+        set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
+        add_custom_command(TARGET ${target} POST_BUILD VERBATIM WORKING_DIRECTORY $<TARGET_FILE_DIR:${target}>
+                           COMMAND ${objcopy} --only-keep-debug ${file} ${file}.debug
+                           COMMAND ${objcopy} --strip-all ${file}
+                           COMMAND ${objcopy} --add-gnu-debuglink=${file}.debug ${file})
+    elseif(MINGW)
+        target_link_options(${target} PRIVATE -s)
+    endif()
     if(MINGW)
-        target_link_options(${target} PRIVATE -static -s -Wl,--no-insert-timestamp
+        target_link_options(${target} PRIVATE -static -Wl,--no-insert-timestamp
                                               -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
     endif()
 endfunction()
