@@ -4,8 +4,10 @@
 
 #include "containers/cals_rows.h"
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/process_state.h"
 #include "core/thread_state.h"
+#include "raster/dialog_texts_gdi.h"
 #include "resources/ids.h"
 
 #include <algorithm>
@@ -78,6 +80,16 @@ bool EndOnButton(HWND dialog, WPARAM command)
     return true;
 }
 
+// A path with bytes that its code page does not have is shown as far as the system understands it.
+void ShowPath(HWND dialog, int control, const char* path)
+{
+    WCHAR wide[MAX_PATH_BYTES];
+    if (WidenPath(path, wide))
+        SetDlgItemTextW(dialog, control, wide);
+    else
+        SetDlgItemTextA(dialog, control, path);
+}
+
 INT_PTR CALLBACK RunInfo(HWND dialog, UINT message, WPARAM command, LPARAM) noexcept
 {
     if (message == WM_COMMAND)
@@ -85,7 +97,7 @@ INT_PTR CALLBACK RunInfo(HWND dialog, UINT message, WPARAM command, LPARAM) noex
     if (message != WM_INITDIALOG)
         return FALSE;
     const DialogRequest& request = *ThreadDialog().request;
-    SetDlgItemTextA(dialog, CALS_INFO_PATH, request.path);
+    ShowPath(dialog, CALS_INFO_PATH, request.path);
     ListRecords(GetDlgItem(dialog, CALS_INFO_RECORDS), Header(request.header, HEADER_BYTES));
     return TRUE;
 }
@@ -116,13 +128,13 @@ void ShowFields(HWND dialog, Header header)
     for (const FieldControl& shown : shownFields)
         if (const size_t at = FindRecord(header, shown.field, keyword); at < HEADER_BYTES) {
             CopyText(ReadValue(header, at, 0), text);
-            SetDlgItemTextA(dialog, shown.control, text);
+            ShowText(dialog, shown.control, text);
         }
     for (const FieldControl& edited : editedFields) {
         SendDlgItemMessageA(dialog, edited.control, EM_LIMITTEXT, RECORD_BYTES - 1, 0);
         if (const size_t at = FindRecord(header, edited.field, keyword); at < HEADER_BYTES) {
             CopyText(ReadValue(header, at, keyword.size()), text);
-            SetDlgItemTextA(dialog, edited.control, text);
+            ShowText(dialog, edited.control, text);
         }
     }
 }
@@ -135,7 +147,7 @@ void TakeFields(HWND dialog, NewHeader header)
         if (at == HEADER_BYTES)
             continue;
         char text[RECORD_BYTES];
-        const UINT length = GetDlgItemTextA(dialog, edited.control, text, sizeof(text));
+        const uint32_t length = TakeText(dialog, edited.control, text);
         WriteRecord(NewRecord(&header[at], RECORD_BYTES), keyword, {text, length});
     }
 }
@@ -160,16 +172,16 @@ INT_PTR CALLBACK RunEdit(HWND dialog, UINT message, WPARAM command, LPARAM) noex
     if (message != WM_INITDIALOG)
         return FALSE;
     const Header header(request->header, HEADER_BYTES);
-    SetDlgItemTextA(dialog, CALS_EDIT_PATH, request->path);
+    ShowPath(dialog, CALS_EDIT_PATH, request->path);
     ShowFields(dialog, header);
     DisableMissing(dialog, header);
     return TRUE;
 }
 
-Status ShowDialog(const char* name, DLGPROC run, const DialogRequest& request)
+Status ShowDialog(LPCWSTR name, DLGPROC run, const DialogRequest& request)
 {
     const DialogRequest* const before = std::exchange(ThreadDialog().request, &request);
-    const INT_PTR answer = DialogBoxParamA(processState.module, name, request.parent, run, 0);
+    const INT_PTR answer = DialogBoxParamW(processState.module, name, request.parent, run, 0);
     ThreadDialog().request = before;
     return answer == IDOK ? error::None : answer == IDCANCEL ? CANCELLED : error::NotEnoughMemory;
 }
@@ -185,12 +197,12 @@ int32_t ButtonOf(Status status)
 
 Status ShowHeader(const DialogRequest& request)
 {
-    return ShowDialog("CALSINFO", RunInfo, request);
+    return ShowDialog(L"CALSINFO", RunInfo, request);
 }
 
 Status EditHeader(const DialogRequest& request)
 {
-    return ShowDialog("CALSEDIT", RunEdit, request);
+    return ShowDialog(L"CALSEDIT", RunEdit, request);
 }
 
 } // namespace tiff::cals

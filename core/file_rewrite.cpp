@@ -1,6 +1,7 @@
 #include "core/file_rewrite.h"
 
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/handles.h"
 
 #include <cstdio>
@@ -10,18 +11,15 @@ namespace tiff {
 
 namespace {
 
-using FileName = char (&)[MAX_PATH_BYTES];
-
 bool IsThere(const char* path)
 {
-    return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
+    return AttributesOf(path) != INVALID_FILE_ATTRIBUTES;
 }
 
 Status NameInTempFolder(FileName name, const char* prefix)
 {
     char folder[MAX_PATH_BYTES];
-    const DWORD length = GetTempPathA(sizeof(folder), folder);
-    if (length == 0 || length >= sizeof(folder) || !GetTempFileNameA(folder, prefix, 0, name)) {
+    if (!FindTempFolder(folder) || !MakeTempFile(folder, prefix, name)) {
         name[0] = 0;
         return error::InputOutput;
     }
@@ -47,7 +45,7 @@ Status ChooseTempName(FileName name)
 {
     const Status status = NameInTempFolder(name, "TMP");
     if (status == error::None)
-        DeleteFileA(name);
+        DeleteNamedFile(name);
     return status;
 }
 
@@ -58,7 +56,7 @@ Status ChooseTempTiffName(FileName name)
     if (status == error::None)
         status = ReplaceEnding(name, ".tif");
     if (status == error::None)
-        DeleteFileA(name);
+        DeleteNamedFile(name);
     return status;
 }
 
@@ -73,7 +71,7 @@ Status ChooseNameInFolder(FileName name, const char* path)
         --length;
     std::memcpy(folder, path, length);
     std::strcpy(folder + length, length ? "" : ".");
-    if (GetTempFileNameA(folder, "TMP", 0, name))
+    if (MakeTempFile(folder, "TMP", name))
         return error::None;
     name[0] = 0;
     return error::InputOutput;
@@ -104,36 +102,36 @@ Replacement::~Replacement()
 {
     if (finished || !*this || onFailure == OnFailure::LeaveNew)
         return;
-    DeleteFileA(name);
+    DeleteNamedFile(name);
     if (onFailure == OnFailure::DeleteBoth)
-        DeleteFileA(path);
+        DeleteNamedFile(path);
 }
 
 Status Replacement::Commit()
 {
     finished = true;
-    if (!DeleteFileA(path) && IsThere(path)) {
-        DeleteFileA(name);
+    if (!DeleteNamedFile(path) && IsThere(path)) {
+        DeleteNamedFile(name);
         return error::InputOutput;
     }
-    stranded = !MoveFileA(name, path);
+    stranded = !RenameFile(name, path);
     return stranded ? error::InputOutput : error::None;
 }
 
 Status Replacement::Place()
 {
-    finished = MoveFileA(name, path);
+    finished = RenameFile(name, path);
     return finished ? error::None : error::InputOutput;
 }
 
 SetAside::SetAside(const char* path) : path(path)
 {
-    const DWORD attributes = GetFileAttributesA(path);
+    const DWORD attributes = AttributesOf(path);
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return;
     const bool replaceable = !(attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY));
     status = replaceable ? ChooseNameInFolder(name, path) : Status{error::InputOutput};
-    if (status == error::None && (!DeleteFileA(name) || !MoveFileA(path, name))) {
+    if (status == error::None && (!DeleteNamedFile(name) || !RenameFile(path, name))) {
         name[0] = 0;
         status = error::InputOutput;
     }
@@ -143,14 +141,14 @@ SetAside::~SetAside()
 {
     if (!name[0])
         return;
-    DeleteFileA(path);
-    MoveFileA(name, path);
+    DeleteNamedFile(path);
+    RenameFile(name, path);
 }
 
 void SetAside::Drop()
 {
     if (name[0])
-        DeleteFileA(name);
+        DeleteNamedFile(name);
     name[0] = 0;
 }
 

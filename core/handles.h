@@ -1,6 +1,7 @@
 // Guards for the system's handles.
 #pragma once
 
+#include "core/file_names.h"
 #include "core/win32.h"
 
 #include <utility>
@@ -11,8 +12,7 @@ class FileHandle {
 public:
     FileHandle() = default;
     FileHandle(const char* path, DWORD access, DWORD disposition)
-        : handle(CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
-                             FILE_ATTRIBUTE_NORMAL, nullptr))
+        : handle(OpenNamedFile(path, access, disposition))
     {
     }
     FileHandle(const FileHandle&) = delete;

@@ -3,11 +3,12 @@
 
 #include "core/chain_walk.h"
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/global_block.h"
 #include "core/handles.h"
 #include "core/registry.h"
 #include "core/sibling_library.h"
-#include "core/version.h"
+#include "tiff/version.h"
 
 #include <array>
 #include <cstring>
@@ -259,7 +260,7 @@ static Found LookFor(const char* path)
     FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
     if (file)
         return IsEmpty(file.Get()) ? Found::Nothing : Found::Pages;
-    return GetFileAttributesA(path) == INVALID_FILE_ATTRIBUTES ? Found::Nothing : Found::Unreadable;
+    return AttributesOf(path) == INVALID_FILE_ATTRIBUTES ? Found::Nothing : Found::Unreadable;
 }
 
 HGLOBAL OpenFile(const char* path, uint32_t mode, Status& status)
@@ -377,4 +378,9 @@ extern "C" void GetTiffVersion(char* buffer, int32_t size) noexcept
         return;
     // Deliberate: the size is used as given, so a short buffer gets no terminator.
     std::memcpy(buffer, VERSION_TEXT, std::min(static_cast<size_t>(size), sizeof(VERSION_TEXT)));
+}
+
+extern "C" uint32_t GetTiffVersionNumber(void) noexcept
+{
+    return TIFF_VERSION_NUMBER;
 }

@@ -2,32 +2,32 @@
 
 #include "core/process_state.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 namespace tiff {
 
-// This library's own path with another file name; false when it has no folder or is too long.
-static bool PathBesideUs(const char* fileName, char (&path)[MAX_PATH_BYTES])
+// This library's own path with another file name, of ASCII; false when it has no folder or is too long. The
+// folder may have any name, whatever the code page.
+static bool PathBesideUs(const char* fileName, WCHAR (&path)[MAX_PATH_BYTES])
 {
-    const DWORD length = GetModuleFileNameA(processState.module, path, sizeof(path));
-    if (length == 0 || length >= sizeof(path))
+    size_t length = GetModuleFileNameW(processState.module, path, MAX_PATH_BYTES);
+    if (length >= MAX_PATH_BYTES)
         return false;
-    char* lastSeparator = std::strrchr(path, '\\');
-    if (!lastSeparator)
+    while (length > 0 && path[length - 1] != '\\')
+        --length;
+    const size_t nameLength = std::strlen(fileName) + 1;
+    if (length == 0 || nameLength > MAX_PATH_BYTES - length)
         return false;
-    char* name = lastSeparator + 1;
-    const size_t nameBytes = std::strlen(fileName) + 1;
-    if (nameBytes > static_cast<size_t>(path + sizeof(path) - name))
-        return false;
-    std::memcpy(name, fileName, nameBytes);
+    std::copy_n(fileName, nameLength, path + length);
     return true;
 }
 
 Module LoadSibling(const char* fileName)
 {
-    char path[MAX_PATH_BYTES];
-    HMODULE module = PathBesideUs(fileName, path) ? LoadLibraryA(path) : nullptr;
+    WCHAR path[MAX_PATH_BYTES];
+    HMODULE module = PathBesideUs(fileName, path) ? LoadLibraryW(path) : nullptr;
     return Module(module ? module : LoadLibraryA(fileName));
 }
 

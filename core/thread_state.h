@@ -29,6 +29,7 @@ struct LayerRoom {
 
 struct TiffThreadState {
     uint32_t lastError;
+    uint32_t pathCodePage;
     std::array<MemoryFileSlot, LAST_MEMORY_SLOT + 1> memoryFiles;
     LayerRoom<16> codecs;
     LayerRoom<240> raster;

@@ -5,6 +5,7 @@
 #include "core/process_state.h"
 #include "core/thread_state.h"
 #include "notes/records.h"
+#include "raster/dialog_texts_gdi.h"
 #include "resources/ids.h"
 
 #include <utility>
@@ -58,7 +59,7 @@ void ShowNote(HWND dialog, const NoteRequest& request)
     const size_t most = request.room.size() - 1;
     SendMessageA(text, EM_LIMITTEXT, most, 0);
     SendMessageA(text, EM_SETREADONLY, most == 0, 0);
-    SetWindowTextA(text, request.shown);
+    ShowText(dialog, NOTE_TEXT, request.shown);
     ShowKinds(GetDlgItem(dialog, NOTE_KIND), request.note.kind);
     SetDlgItemInt(dialog, NOTE_HEIGHT, static_cast<UINT>(request.note.letterHeight), TRUE);
 }
@@ -92,9 +93,7 @@ bool TakeNote(HWND dialog, NoteRequest& request)
     if (chosen != CB_ERR)
         note.kind =
             static_cast<uint32_t>(SendMessageA(kinds, CB_GETITEMDATA, static_cast<WPARAM>(chosen), 0));
-    note.textBytes =
-        GetDlgItemTextA(dialog, NOTE_TEXT, request.room.data(), static_cast<int>(request.room.size()));
-    request.room[note.textBytes] = 0;
+    note.textBytes = TakeText(dialog, NOTE_TEXT, request.room);
     note.text = request.room.data();
     return true;
 }
@@ -141,7 +140,7 @@ int32_t ShowNoteDialog(HWND window, TiffNote& note, std::span<char> room, Status
     const Locked<const char> text(shown.Get());
     NoteRequest request = {note, room, text.Get()};
     NoteRequest* const before = std::exchange(ThreadDialog().request, &request);
-    const INT_PTR answer = DialogBoxParamA(processState.module, "NOTEITDLG", window, RunNote, 0);
+    const INT_PTR answer = DialogBoxParamW(processState.module, L"NOTEITDLG", window, RunNote, 0);
     ThreadDialog().request = before;
     if (answer == IDOK || answer == IDCANCEL)
         return static_cast<int32_t>(answer);

@@ -1,6 +1,7 @@
 #include "pages/page_edit.h"
 
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/file_rewrite.h"
 #include "core/registry.h"
 #include "tiff/files.h"
@@ -43,7 +44,7 @@ Status BuildWithout(const OpenedTiff& file, PageRange range, const char* path)
 Status DeletePages(const char* path, const OpenedTiff& file, PageRange range)
 {
     if (range.first == 0 && range.end >= file.PageCount())
-        return DeleteFileA(path) ? error::None : error::InputOutput;
+        return DeleteNamedFile(path) ? error::None : error::InputOutput;
     Replacement rewritten(path, Naming::TempFolder, OnFailure::DeleteNew);
     if (!rewritten)
         return rewritten.NameStatus();

@@ -1,6 +1,7 @@
 // Appends a page's strips to a file of bare fax code.
 #include "core/directory_reader.h"
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/file_rewrite.h"
 #include "core/global_block.h"
 #include "core/handles.h"
@@ -96,7 +97,7 @@ Status WriteRawFile(const char* path, TiffStream source, const PageContent& cont
     // Deliberate: the whole file is deleted, with its old content. Half a page at its end would be sent as a
     // whole one.
     if (status != error::None)
-        DeleteFileA(path);
+        DeleteNamedFile(path);
     return status;
 }
 

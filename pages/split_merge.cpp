@@ -1,5 +1,6 @@
 // Moves pages between files: merges, splits, cuts into single pages.
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/file_rewrite.h"
 #include "core/handles.h"
 #include "pages/page_edit.h"
@@ -83,7 +84,7 @@ Status MovePages(const char* source, const OpenedTiff& from, const char* destina
     if (status == error::None || rest.IsStranded())
         before.Drop();
     else
-        DeleteFileA(destination);
+        DeleteNamedFile(destination);
     return status;
 }
 
@@ -97,15 +98,13 @@ Status Split(const char* source, const char* destination, int32_t firstPage, Tif
         return error::IndexOutOfRange;
     const auto first = static_cast<uint32_t>(firstPage);
     if (first == 0)
-        return MoveFileA(source, destination) ? error::None : error::InputOutput;
+        return RenameFile(source, destination) ? error::None : error::InputOutput;
     if (first == from.PageCount())
         return error::None;
     if (const Status status = CheckWhole(from); status != error::None)
         return status;
     return MovePages(source, from, destination, first, {callback, user, from.PageCount() - first});
 }
-
-using FileName = char (&)[MAX_PATH_BYTES];
 
 bool MakePageName(FileName name, const char* base, uint32_t number)
 {
@@ -129,7 +128,7 @@ Status MakeNameBase(FileName base, const char* given)
             std::snprintf(base + length, sizeof(base) - length, "~%d_", std::rand() % NUMBER_LIMIT);
         if (static_cast<size_t>(written) >= sizeof(base) - length || !MakePageName(name, base, 1))
             return error::PathTooLong;
-        if (GetFileAttributesA(name) == INVALID_FILE_ATTRIBUTES)
+        if (AttributesOf(name) == INVALID_FILE_ATTRIBUTES)
             return error::None;
     }
     return error::InputOutput;

@@ -1,4 +1,5 @@
 // Changes the tags of a page: a copy of the file is written beside it, page by page, and then replaces it.
+#include "core/file_names.h"
 #include "core/file_rewrite.h"
 #include "core/page_tags.h"
 #include "core/registry.h"
@@ -54,7 +55,7 @@ Status EditPage(const char* path, int32_t page, const TagEdit& edit)
 {
     if (!path || edit.tag > UINT16_MAX)
         return error::InvalidParameters;
-    if (GetFileAttributesA(path) == INVALID_FILE_ATTRIBUTES)
+    if (AttributesOf(path) == INVALID_FILE_ATTRIBUTES)
         return error::InputOutput;
     Replacement rewritten(path, Naming::BesideFile, OnFailure::LeaveNew);
     if (!rewritten)

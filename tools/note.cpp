@@ -2,6 +2,7 @@
 #include "options.h"
 #include "progress.h"
 #include "source.h"
+#include "system_text.h"
 #include "whole_file.h"
 
 #include <algorithm>
@@ -55,7 +56,7 @@ std::string Shown(const std::string& text)
             shown += static_cast<uint8_t>(letter) < ' ' ? '?' : letter;
         }
     }
-    return shown;
+    return FromSystem(shown);
 }
 
 void PrintNote(uint32_t number, const OwnedNote& read)
@@ -180,7 +181,9 @@ int Add(const NoteOrder& order, const Options& options, const char* text)
 {
     OwnedNote added;
     added.note.kind = TIFF_NOTE_TEXT;
-    added.text = text;
+    if (!TakeText(text, added.text)) {
+        return WRONG_USAGE;
+    }
     if (!options.Has("--box")) {
         return UsageError(noteCommand, "add needs --box LEFT,TOP,RIGHT,BOTTOM");
     }
@@ -203,8 +206,8 @@ int Change(const NoteOrder& order, const Options& options, const char* text)
     if (!FindNote(order, changed)) {
         return FAILED;
     }
-    if (text) {
-        changed.text = text;
+    if (text && !TakeText(text, changed.text)) {
+        return WRONG_USAGE;
     }
     if (!TakeOptions(options, changed)) {
         return WRONG_USAGE;

@@ -1,6 +1,7 @@
 /* tifftool overlay and stamp: a text on pages, and header lines as fax machines print them. */
 #include "lengths.h"
 #include "redraw.h"
+#include "system_text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -39,12 +40,15 @@ int RunOverlay(Arguments arguments)
     if (points == 0) {
         return WRONG_USAGE;
     }
+    std::string text;
+    if (!TakeText(options.others[1], text)) {
+        return WRONG_USAGE;
+    }
     return Redraw(order, [&](const DrawnPage& page) {
         const BITMAPINFOHEADER& header = HeaderOf(page);
-        return DrawString(page.dib.handle,
-                          {PixelsOf(place[0], ResolutionOf(header.biXPelsPerMeter)),
-                           PixelsOf(place[1], ResolutionOf(header.biYPelsPerMeter)), options.others[1],
-                           options.Value("--font", DEFAULT_FACE), points});
+        return DrawString(page.dib.handle, {PixelsOf(place[0], ResolutionOf(header.biXPelsPerMeter)),
+                                            PixelsOf(place[1], ResolutionOf(header.biYPelsPerMeter)),
+                                            text.c_str(), options.Value("--font", DEFAULT_FACE), points});
     });
 }
 
@@ -129,11 +133,13 @@ int RunStamp(Arguments arguments)
     if (!CheckOptions(stampCommand, options, 1, 1) || !ReadRedrawOrder(stampCommand, options, order)) {
         return WRONG_USAGE;
     }
-    const Stamp stamp = {options.Value("--date", Now().c_str()), options.Value("--from", ""),
-                         options.Value("--font", DEFAULT_FACE),
-                         NumberOption(stampCommand, options, "--size", MOST_POINTS, "9"),
-                         options.Has("--over")};
-    if (stamp.points == 0) {
+    Stamp stamp = {{},
+                   {},
+                   options.Value("--font", DEFAULT_FACE),
+                   NumberOption(stampCommand, options, "--size", MOST_POINTS, "9"),
+                   options.Has("--over")};
+    if (stamp.points == 0 || !TakeText(options.Value("--from", ""), stamp.sender) ||
+        !TakeText(options.Value("--date", Now().c_str()), stamp.date)) {
         return WRONG_USAGE;
     }
     if (stamp.sender.size() + stamp.date.size() > MOST_CHARACTERS) {

@@ -7,6 +7,7 @@
 #include "pages.h"
 #include "progress.h"
 #include "source.h"
+#include "system_text.h"
 #include "whole_file.h"
 
 #include <algorithm>
@@ -114,25 +115,6 @@ std::string WithLineEnds(const std::string& text)
     return lines;
 }
 
-// UTF-8 becomes text of the system's code page; other text stays. False when a character has no place there.
-bool FromUtf8(std::string& text)
-{
-    const int bytes = static_cast<int>(text.size());
-    std::wstring wide(text.size(), L'\0');
-    wide.resize(static_cast<size_t>(
-        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), bytes, wide.data(), bytes)));
-    if (wide.size() == text.size() || wide.empty()) {
-        return true;
-    }
-    wide.erase(0, wide[0] == L'\xFEFF');
-    BOOL replaced = FALSE;
-    text.resize(wide.size() * 2);
-    text.resize(static_cast<size_t>(WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(),
-                                                        static_cast<int>(wide.size()), text.data(),
-                                                        static_cast<int>(text.size()), nullptr, &replaced)));
-    return !replaced;
-}
-
 // Copies the text in the library's form; false with a message.
 bool CopyText(TextOrder& order, const TemporaryFile& copy)
 {
@@ -145,7 +127,7 @@ bool CopyText(TextOrder& order, const TemporaryFile& copy)
     CloseHandle(probe);
     std::ifstream input(order.input, std::ios::binary);
     std::string text{std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()};
-    if (text.size() > MOST_BYTES || !FromUtf8(text)) {
+    if (text.size() > MOST_BYTES || !Utf8ToSystem(text)) {
         ReportSentence(order.input, text.size() > MOST_BYTES
                                         ? "is too large"
                                         : "has characters that the system's code page lacks");

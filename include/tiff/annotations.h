@@ -17,12 +17,12 @@ typedef uint32_t TiffAnnotation;
 /* The functions of the annotation library. The loaded bytes serve for one call; the savers' functions return
  * the number of bytes to store, and non-zero when they have filled the buffer.
  */
-typedef TiffAnnotation (*TiffAnnoCreateOnLoad)(const void* bytes, uint32_t count);
-typedef uint32_t (*TiffAnnoGetSaveCount)(TiffAnnotation annotation);
-typedef int32_t (*TiffAnnoGetSaveData)(TiffAnnotation annotation, void* buffer, uint32_t count);
-typedef uint32_t (*TiffAnnoGetSaveCountOnPage)(TiffAnnotation annotation, int32_t annotationPage);
-typedef int32_t (*TiffAnnoGetSaveDataExt)(TiffAnnotation annotation, void* buffer, uint32_t count,
-                                          int32_t annotationPage, int32_t filePage);
+typedef TiffAnnotation(TIFF_CALL* TiffAnnoCreateOnLoad)(const void* bytes, uint32_t count);
+typedef uint32_t(TIFF_CALL* TiffAnnoGetSaveCount)(TiffAnnotation annotation);
+typedef int32_t(TIFF_CALL* TiffAnnoGetSaveData)(TiffAnnotation annotation, void* buffer, uint32_t count);
+typedef uint32_t(TIFF_CALL* TiffAnnoGetSaveCountOnPage)(TiffAnnotation annotation, int32_t annotationPage);
+typedef int32_t(TIFF_CALL* TiffAnnoGetSaveDataExt)(TiffAnnotation annotation, void* buffer, uint32_t count,
+                                                   int32_t annotationPage, int32_t filePage);
 
 enum TiffAnnotationMode { TIFF_ANNOTATION_REPLACE = 1, TIFF_ANNOTATION_APPEND = 2 };
 
@@ -33,13 +33,14 @@ enum TiffAnnotationMode { TIFF_ANNOTATION_REPLACE = 1, TIFF_ANNOTATION_APPEND = 
  * Returns what the annotation library does, or 0: there is no library, no such file, or no such tag with
  * values of type BYTE.
  */
-TiffAnnotation LoadAnnotationFromTiff(const char* path, uint32_t tag) TIFF_NOEXCEPT;
+TiffAnnotation TIFF_CALL LoadAnnotationFromTiff(const char* path, uint32_t tag) TIFF_NOEXCEPT;
 
 /* Writes the bytes of an annotation object, as AddTiffTagToImage; with no bytes, the tag is deleted.
  *
  * Returns 1, or 0, also when the tag was deleted.
  */
-int32_t SaveAnnotationIntoTiff(const char* path, TiffAnnotation annotation, uint32_t tag) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveAnnotationIntoTiff(const char* path, TiffAnnotation annotation,
+                                         uint32_t tag) TIFF_NOEXCEPT;
 
 /* The same for one page of annotations. The bytes go to the file's first page in any case.
  *
@@ -49,8 +50,9 @@ int32_t SaveAnnotationIntoTiff(const char* path, TiffAnnotation annotation, uint
  *
  * Returns 1, or 0. Without bytes the result is 1, and in mode 1 the tag is deleted.
  */
-int32_t SaveAnnotationIntoTiffExt(const char* path, TiffAnnotation annotation, uint32_t tag, int32_t mode,
-                                  int32_t annotationPage, int32_t filePage) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveAnnotationIntoTiffExt(const char* path, TiffAnnotation annotation, uint32_t tag,
+                                            int32_t mode, int32_t annotationPage,
+                                            int32_t filePage) TIFF_NOEXCEPT;
 
 TIFF_END
 

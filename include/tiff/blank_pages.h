@@ -19,14 +19,14 @@ TIFF_BEGIN
  * Returns the number of the page counted from 1; 0 when there is none; 0xFFFFFFFF with error 3
  * (no such first page) or 6 (null path, no pages, a page that cannot be loaded).
  */
-uint32_t FindBlankPage(const char* path, int32_t threshold, int32_t firstPage,
-                       const uint8_t* colour) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL FindBlankPage(const char* path, int32_t threshold, int32_t firstPage,
+                                 const uint8_t* colour) TIFF_NOEXCEPT;
 
 /* Searches for the first black page. A page is black when the share of dark pixels is above the
  * threshold; a pixel is dark when each of its levels is below the colour's. All else as FindBlankPage.
  */
-uint32_t FindBlackPage(const char* path, int32_t threshold, int32_t firstPage,
-                       const uint8_t* colour) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL FindBlackPage(const char* path, int32_t threshold, int32_t firstPage,
+                                 const uint8_t* colour) TIFF_NOEXCEPT;
 
 TIFF_END
 

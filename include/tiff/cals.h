@@ -19,6 +19,7 @@ typedef struct TiffCalsInformation {
     uint32_t lines;          /* "rpelcnt", second number */
     uint32_t dotsPerInch;    /* "rdensty" */
 } TiffCalsInformation;
+TIFF_LAYOUT(TiffCalsInformation, 24, dotsPerInch, 20);
 
 /* The texts of a header, ANSI. Null stands for none, which is written as "NONE". */
 typedef struct TiffCalsNotes {
@@ -30,6 +31,7 @@ typedef struct TiffCalsNotes {
     const char* doccls;
     const char* notes;
 } TiffCalsNotes;
+TIFF_LAYOUT(TiffCalsNotes, 56, notes, 48);
 
 /* Reads the header of a file. It is one when it has all its bytes and every record ends with a space
  * or a zero byte.
@@ -37,7 +39,7 @@ typedef struct TiffCalsNotes {
  * Returns a header block that the caller frees with GlobalFree, or null.
  * Errors: 1; 6 the file cannot be opened or read; 18 no CALS header; 29 no path.
  */
-HGLOBAL ReadCALSHead(const char* path) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL ReadCALSHead(const char* path) TIFF_NOEXCEPT;
 
 /* Finds the first record that begins with a keyword; letter case and blanks count.
  *
@@ -47,7 +49,7 @@ HGLOBAL ReadCALSHead(const char* path) TIFF_NOEXCEPT;
  * Returns the record, 128 bytes inside the header without an end of their own, or null. The last error
  * is not set.
  */
-const char* FindCALSRecord(const char* header, const char* keyword) TIFF_NOEXCEPT;
+const char* TIFF_CALL FindCALSRecord(const char* header, const char* keyword) TIFF_NOEXCEPT;
 
 /* Reads the numbers of a file's header. "dtype" and "rdensity" are taken where "rtype" and "rdensty"
  * are missing; a number of more than 32 bits reads as the largest.
@@ -56,7 +58,7 @@ const char* FindCALSRecord(const char* header, const char* keyword) TIFF_NOEXCEP
  * Errors: as ReadCALSHead; 18 also when a record is missing, the type is not 1 or the picture has no
  *         pixels; 29 no record.
  */
-int32_t ReadCALSInfo(const char* path, TiffCalsInformation* information) TIFF_NOEXCEPT;
+int32_t TIFF_CALL ReadCALSInfo(const char* path, TiffCalsInformation* information) TIFF_NOEXCEPT;
 
 /* Reads the texts of a file's header. "dstdocid", "txtfilid", "srcgph" and "docls" are taken where the
  * library's own keywords are missing.
@@ -69,7 +71,7 @@ int32_t ReadCALSInfo(const char* path, TiffCalsInformation* information) TIFF_NO
  * then.
  * Errors: as ReadCALSHead; 29 also without a record.
  */
-HGLOBAL ReadCALSNote(const char* path, TiffCalsNotes* notes) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL ReadCALSNote(const char* path, TiffCalsNotes* notes) TIFF_NOEXCEPT;
 
 /* Builds a header.
  *
@@ -80,7 +82,8 @@ HGLOBAL ReadCALSNote(const char* path, TiffCalsNotes* notes) TIFF_NOEXCEPT;
  * Returns a header block that the caller frees with GlobalFree, or null.
  * Errors: 1; 29 no information.
  */
-HGLOBAL DefineCALSHead(const TiffCalsInformation* information, const TiffCalsNotes* notes) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL DefineCALSHead(const TiffCalsInformation* information,
+                                 const TiffCalsNotes* notes) TIFF_NOEXCEPT;
 
 /* Decodes a CALS file into a packed DIB of one bit per pixel, 0 white and 1 black.
  *
@@ -91,7 +94,7 @@ HGLOBAL DefineCALSHead(const TiffCalsInformation* information, const TiffCalsNot
  * Errors: 0 the user cancelled; 1, also for a picture of 4 GiB and more; others as ReadCALSInfo and
  *         DecodeCcittImageFrom.
  */
-HGLOBAL LoadCALSIntoDIB(const char* path, int32_t showInformation) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL LoadCALSIntoDIB(const char* path, int32_t showInformation) TIFF_NOEXCEPT;
 
 /* Saves a packed DIB of one bit per pixel as a CALS file, its horizontal resolution as the density. The
  * picture is complemented when its first colour is black.
@@ -105,8 +108,8 @@ HGLOBAL LoadCALSIntoDIB(const char* path, int32_t showInformation) TIFF_NOEXCEPT
  * Errors: 0 the user cancelled; 1; 6 the file cannot be written or replaced; 7 the path has more than
  *         259 characters; 12 lines of more than 32,768 bytes; 16 another depth; 29 no path; 30 no DIB.
  */
-int32_t SaveDIBInCALSFormat(const char* path, HGLOBAL dib, const TiffCalsNotes* notes,
-                            const uint32_t* orientation, int32_t edit) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveDIBInCALSFormat(const char* path, HGLOBAL dib, const TiffCalsNotes* notes,
+                                      const uint32_t* orientation, int32_t edit) TIFF_NOEXCEPT;
 
 /* Shows the header of a file in a dialog. The parent window may be null.
  *
@@ -114,7 +117,7 @@ int32_t SaveDIBInCALSFormat(const char* path, HGLOBAL dib, const TiffCalsNotes* 
  * Errors: 1 no dialog; 6, 18 as ReadCALSHead; 29 no path.
  * Threads: each may show its own.
  */
-int32_t ShowCALSInfo(HWND parent, const char* path) TIFF_NOEXCEPT;
+int32_t TIFF_CALL ShowCALSInfo(HWND parent, const char* path) TIFF_NOEXCEPT;
 
 /* Lets the user edit the seven notes in the 2,048 bytes of a header; the path is only shown. A note that
  * has no record in the header cannot be edited. A text that does not fit into its record is cut.
@@ -123,13 +126,13 @@ int32_t ShowCALSInfo(HWND parent, const char* path) TIFF_NOEXCEPT;
  * Errors: 1 no dialog; 29 no path or no header.
  * Threads: each may show its own.
  */
-int32_t EditCALSHead(HWND parent, const char* path, char* header) TIFF_NOEXCEPT;
+int32_t TIFF_CALL EditCALSHead(HWND parent, const char* path, char* header) TIFF_NOEXCEPT;
 
 /* Line routines, under the rules of lines.h: the first takes a TiffEncodeLineContext and is the same as
  * DllFillTiffLineDIB, the second a TiffDecodeLineContext and is the same as DllFlushTiffLineDIB.
  */
-intptr_t DllFillCALSLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t DllFlushCALSLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFillCALSLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFlushCALSLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 TIFF_END
 

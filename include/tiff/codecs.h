@@ -17,7 +17,7 @@ TIFF_BEGIN
  *
  * Returns 0 to go on. Any other value in the low 32 bits stops the codec with that status.
  */
-typedef intptr_t (*TiffLineCallback)(void* line, uint32_t row, void* userData);
+typedef intptr_t(TIFF_CALL* TiffLineCallback)(void* line, uint32_t row, void* userData);
 
 /* The state of one decoding or encoding call. Zero-fill it before use. */
 typedef struct CodecContext {
@@ -68,6 +68,7 @@ typedef struct CodecContext {
     uint32_t subSampling[2];          /* horizontal, vertical */
     uint32_t referenceBlackWhite[12]; /* numerator and denominator of six values */
 } CodecContext;
+TIFF_LAYOUT(CodecContext, 312, referenceBlackWhite, 264);
 
 /* Prepares a context for decoding: allocates the buffers, then positions on the current strip
  * if there is an array of strip offsets, else fills the code buffer at the stream's position.
@@ -76,13 +77,13 @@ typedef struct CodecContext {
  *
  * Returns 0, 1 (memory) or 6 (the first load failed). The last error is not set for 1.
  */
-uint32_t InitDecodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL InitDecodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Loads the next bytes of the stream into the code buffer.
  *
  * Returns 0, 5 (no more data) or 6.
  */
-uint32_t FillCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL FillCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Hands the finished line to the line routine and prepares for the next one, moving on to the
  * next strip after the last line of a strip.
@@ -90,7 +91,7 @@ uint32_t FillCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
  * Returns 0; 3 when all rows are done; 6 when the next strip cannot be reached; or what the
  * line routine returned.
  */
-uint32_t FlushDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL FlushDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Decodes rows of a loaded page.
  *
@@ -104,8 +105,8 @@ uint32_t FlushDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
  * library; 9990 and 9991 JPEG pages that are not decoded line by line; whatever the line routine returned. A
  * page that is not loaded is not decoded; the result is then 1 if the last error was 0, else 0.
  */
-int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount, void* userData,
-                        TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
+                                  void* userData, TiffLineCallback lineCallback) TIFF_NOEXCEPT;
 
 /* Prepares a context for encoding: allocates the buffers, takes the stream's position for the
  * start of the first strip and pulls the first line. lineFormat, bytesPerLine, stream,
@@ -115,7 +116,7 @@ int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32
  * Returns 0; 1 (memory); 6 (the stream has no position); 3 when there are no rows; or what the
  * line routine returned. The last error is not set.
  */
-uint32_t InitEncodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL InitEncodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Pulls the next line from the line routine. When the line before it ended a strip, that
  * strip's offset and byte count are stored first: all of its code must be in the code buffer
@@ -123,14 +124,14 @@ uint32_t InitEncodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
  *
  * Returns 0; 3 when all rows are done; or what the line routine returned.
  */
-uint32_t FillDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL FillDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Writes the content of the code buffer at the stream's position and empties it, also when the
  * write fails. Call it once more after the last line; an empty buffer writes nothing.
  *
  * Returns 0 or 6.
  */
-uint32_t FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Encodes a page that was defined (define.h): pulls its lines from the line routine, row by row
  * from the first, writes the strips at the end of the file, defines their tags and writes the
@@ -148,8 +149,8 @@ uint32_t FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
  *         JPEG library; 27; 29 no line routine; 34; 9990 old-style JPEG that is not tiled;
  *         whatever the line routine returned.
  */
-int32_t EncodeTiffImage(HGLOBAL file, uint32_t page, void* userData,
-                        TiffLineCallback lineCallback) TIFF_NOEXCEPT;
+int32_t TIFF_CALL EncodeTiffImage(HGLOBAL file, uint32_t page, void* userData,
+                                  TiffLineCallback lineCallback) TIFF_NOEXCEPT;
 
 TIFF_END
 

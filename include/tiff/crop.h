@@ -24,17 +24,18 @@ TIFF_BEGIN
  */
 
 /* The part that begins at left and top. */
-HGLOBAL CropDIB(HGLOBAL dib, int32_t left, int32_t top, int32_t width, int32_t height) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL CropDIB(HGLOBAL dib, int32_t left, int32_t top, int32_t width,
+                          int32_t height) TIFF_NOEXCEPT;
 
 /* The picture in another size. Without TIFF_SMOOTH each pixel of the result is the one under its centre.
  *
  * flags  0 or TIFF_SMOOTH.
  */
-HGLOBAL StretchDIB(HGLOBAL dib, int32_t width, int32_t height, uint32_t flags) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL StretchDIB(HGLOBAL dib, int32_t width, int32_t height, uint32_t flags) TIFF_NOEXCEPT;
 
 /* The same with a part of the picture: right and bottom are the first pixels outside. */
-HGLOBAL CropStretchDIB(HGLOBAL dib, const RECT* part, int32_t width, int32_t height,
-                       uint32_t flags) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL CropStretchDIB(HGLOBAL dib, const RECT* part, int32_t width, int32_t height,
+                                 uint32_t flags) TIFF_NOEXCEPT;
 
 TIFF_END
 

@@ -21,6 +21,7 @@ typedef struct TiffPageGeometry {
     uint16_t planes;
     uint16_t bitsPerPlane; /* times planes: bits per pixel */
 } TiffPageGeometry;
+TIFF_LAYOUT(TiffPageGeometry, 20, bitsPerPlane, 18);
 
 /* Makes a new page without tags, which counts as loaded.
  *
@@ -30,7 +31,7 @@ typedef struct TiffPageGeometry {
  * the file again, to number them in file order. Errors: 1 memory, or the file has its 100,000 pages already;
  * 34 not a valid handle.
  */
-int32_t DefineTiffImage(HGLOBAL file) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DefineTiffImage(HGLOBAL file) TIFF_NOEXCEPT;
 
 /* Gives a loaded or defined page a tag, in place of one with the same number.
  *
@@ -42,8 +43,8 @@ int32_t DefineTiffImage(HGLOBAL file) TIFF_NOEXCEPT;
  * Returns 1, or 0 with error 1 (memory; the page keeps its tags), 3, 27 or 29 (null values, or
  * a tag above 65535).
  */
-int32_t DefineTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, const void* values,
-                                  uint32_t type, uint32_t count) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DefineTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, const void* values,
+                                            uint32_t type, uint32_t count) TIFF_NOEXCEPT;
 
 /* Gives a page a tag with a single value.
  *
@@ -52,8 +53,8 @@ int32_t DefineTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, con
  *
  * Returns as DefineTiffImageInfoBuffer.
  */
-int32_t DefineTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t type,
-                            uint64_t value) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DefineTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t type,
+                                      uint64_t value) TIFF_NOEXCEPT;
 
 /* Defines the tags of a picture's size: ImageWidth, ImageLength, RowsPerStrip, BitsPerSample,
  * and for 24 bits per pixel SamplesPerPixel and PlanarConfiguration. Strips hold about 8 KB and
@@ -68,7 +69,8 @@ int32_t DefineTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, uint32_t 
  * per pixel other than 1, 4, 8, 16 and 24; 29 null geometry. Setting the last
  * error is left to the caller.
  */
-uint32_t DefineGeneralTags(HGLOBAL file, uint32_t page, const TiffPageGeometry* geometry) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL DefineGeneralTags(HGLOBAL file, uint32_t page,
+                                     const TiffPageGeometry* geometry) TIFF_NOEXCEPT;
 
 /* Defines the tags of a special sample layout, in place of those of DefineGeneralTags.
  *
@@ -77,7 +79,7 @@ uint32_t DefineGeneralTags(HGLOBAL file, uint32_t page, const TiffPageGeometry* 
  *
  * Returns 0, or 1 if a tag could not be defined.
  */
-uint32_t DefineSpecialTags(HGLOBAL file, uint32_t page, uint32_t kind) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL DefineSpecialTags(HGLOBAL file, uint32_t page, uint32_t kind) TIFF_NOEXCEPT;
 
 /* Defines XResolution and YResolution; ResolutionUnit is left alone.
  *
@@ -85,7 +87,7 @@ uint32_t DefineSpecialTags(HGLOBAL file, uint32_t page, uint32_t kind) TIFF_NOEX
  *
  * Returns 0, or 10, which is then also the last error.
  */
-uint32_t SetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t dpi) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL SetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t dpi) TIFF_NOEXCEPT;
 
 /* Writes the directory of a page at the end of the file and links it, in the byte order of the file
  * handle. EncodeTiffImage does so itself: this is for pages whose strips and strip tags the caller has
@@ -95,7 +97,7 @@ uint32_t SetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t dpi) TIFF_NOEXCEP
  * Returns 0 or the code, which is also the last error with one exception: 1 memory, or the page
  * is not loaded (last error 3 or 27); 6. After a failure the pages of the file are as before.
  */
-uint32_t WriteTiffImageDirectory(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL WriteTiffImageDirectory(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 TIFF_END
 

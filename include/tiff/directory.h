@@ -13,7 +13,7 @@ TIFF_BEGIN
  * Errors: 1 memory; 3 no such page; 6 unreadable, or its directory was never written. The last
  *         error is 0 after loading.
  */
-int32_t GetTiffImage(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+int32_t TIFF_CALL GetTiffImage(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* Gets the first value of a tag.
  *
@@ -22,7 +22,7 @@ int32_t GetTiffImage(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
  *
  * Returns 1 if the page has the tag, else 0 with error 3, 13 (no such tag) or 27.
  */
-int32_t GetTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, void* out) TIFF_NOEXCEPT;
+int32_t TIFF_CALL GetTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, void* out) TIFF_NOEXCEPT;
 
 /* Gets all values of a tag, or the list of tags.
  *
@@ -34,8 +34,8 @@ int32_t GetTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, void* out) T
  *
  * Returns 1, or 0 with error 1, 3, 13 or 27.
  */
-int32_t GetTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, HGLOBAL* outBlock,
-                               uint32_t* outType, uint32_t* outCount) TIFF_NOEXCEPT;
+int32_t TIFF_CALL GetTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, HGLOBAL* outBlock,
+                                         uint32_t* outType, uint32_t* outCount) TIFF_NOEXCEPT;
 
 /* Describes the page as a DIB header: size, bits per pixel, colours, resolution in pixels per
  * metre. A page without a resolution gets the screen's.
@@ -43,13 +43,13 @@ int32_t GetTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t tag, HGLOBA
  * Returns 0 or the error code, which is also the last error: 3, 27; 10 no width or length;
  * 16 planes stored apart or a bit count other than 1, 4, 8, 16, 24 and 32.
  */
-uint32_t GetTiffDimensions(HGLOBAL file, uint32_t page, BITMAPINFOHEADER* header) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL GetTiffDimensions(HGLOBAL file, uint32_t page, BITMAPINFOHEADER* header) TIFF_NOEXCEPT;
 
 /* Gets the resolution in dots per inch: horizontal in the low 16 bits, vertical in the high.
  *
  * Returns 0, or the error code (3, 27) with out set to 0.
  */
-uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) TIFF_NOEXCEPT;
 
 /* Builds the DIB header and colour table of a page.
  *
@@ -57,29 +57,29 @@ uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) TIFF_NOEXCE
  * errors of GetTiffDimensions, 1, 10 (palette page without ColorMap) or 16 (32 bits per pixel
  * and not CMYK). The caller frees it.
  */
-HGLOBAL GetTiffRGBQuad(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL GetTiffRGBQuad(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* Returns the rows in a strip, never more than the page has; 0 without an ImageLength. */
-uint32_t GetTiffRowsPerStrip(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL GetTiffRowsPerStrip(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* Returns the number of strips; 0 without StripOffsets. */
-uint32_t GetTiffStripCount(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL GetTiffStripCount(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* Returns 1 when a page cannot be loaded without the value of this tag, else 0. */
-int32_t IsRequiredTag(uint32_t tag) TIFF_NOEXCEPT;
+int32_t TIFF_CALL IsRequiredTag(uint32_t tag) TIFF_NOEXCEPT;
 
 /* Makes a logical palette of the colours of a page, 256 at most. Opens and closes the file.
  *
  * Returns the palette, or null: for a page of 1 bit per pixel, for one without colours, and with
  * the errors of OpenTiffFile, GetTiffImage and GetTiffRGBQuad. The caller deletes it.
  */
-HPALETTE GetTiffImagePalette(const char* path, uint32_t page) TIFF_NOEXCEPT;
+HPALETTE TIFF_CALL GetTiffImagePalette(const char* path, uint32_t page) TIFF_NOEXCEPT;
 
 /* Returns the colour space (PhotometricInterpretation 7 to 17) that LoadNonRGBTiffIntoDIB
  * finds in a page, 0 for an ordinary one, or 0xFFFFFFFF when the path is null, the file cannot
  * be opened, it has no such page, or the page cannot be loaded.
  */
-uint32_t GetTiffColorSpace(const char* path, int32_t page) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL GetTiffColorSpace(const char* path, int32_t page) TIFF_NOEXCEPT;
 
 TIFF_END
 

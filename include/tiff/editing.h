@@ -27,7 +27,7 @@ TIFF_BEGIN
  * done   steps done so far, from 1 on.
  * user   the value that the caller passed.
  */
-typedef int32_t (*TiffProgress)(uint32_t total, uint32_t done, uint64_t user);
+typedef int32_t(TIFF_CALL* TiffProgress)(uint32_t total, uint32_t done, uint64_t user);
 
 /* Appends a page of one open file to another, strips and tags unchanged; offsets are adapted.
  *
@@ -42,14 +42,14 @@ typedef int32_t (*TiffProgress)(uint32_t total, uint32_t done, uint64_t user);
  * byte count of 0, or a single one without a count, is copied up to the next item in the file. A
  * sub-directory that cannot be read is left out. A failure leaves the destination with its old pages.
  */
-int32_t CopyTiffImage(HGLOBAL source, uint32_t page, HGLOBAL destination) TIFF_NOEXCEPT;
+int32_t TIFF_CALL CopyTiffImage(HGLOBAL source, uint32_t page, HGLOBAL destination) TIFF_NOEXCEPT;
 
 /* The same with files on disk.
  *
  * mode  of OpenTiffFile, for the destination: T_APPEND or T_CREAT.
  */
-int32_t CopyTiffImageInFile(const char* sourcePath, uint32_t page, const char* destinationPath,
-                            uint32_t mode) TIFF_NOEXCEPT;
+int32_t TIFF_CALL CopyTiffImageInFile(const char* sourcePath, uint32_t page, const char* destinationPath,
+                                      uint32_t mode) TIFF_NOEXCEPT;
 
 /* Puts a new page made from a DIB into a file.
  *
@@ -63,8 +63,9 @@ int32_t CopyTiffImageInFile(const char* sourcePath, uint32_t page, const char* d
  * Errors: also those of SaveDIBInTiffFileExt; 3 for a negative position; 35 for a file in Motorola
  * byte order.
  */
-int32_t InsertTiffImage(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog, uint32_t fillOrder,
-                        int32_t position, int32_t inPlace, int32_t replace) TIFF_NOEXCEPT;
+int32_t TIFF_CALL InsertTiffImage(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
+                                  uint32_t fillOrder, int32_t position, int32_t inPlace,
+                                  int32_t replace) TIFF_NOEXCEPT;
 
 /* Deletes a page. The only page of a file is deleted with the file.
  *
@@ -72,12 +73,12 @@ int32_t InsertTiffImage(const char* path, HGLOBAL dib, uint32_t selector, int32_
  * inPlace  non-zero relinks the chain past the page instead of building the file anew; its bytes
  *          stay in the file until ReorderTiffFile.
  */
-int32_t DeleteTiffImage(const char* path, int32_t page, int32_t inPlace) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DeleteTiffImage(const char* path, int32_t page, int32_t inPlace) TIFF_NOEXCEPT;
 
 /* Rewrites a file page after page, each with its directory directly before its data. Bytes that no
  * page refers to are left out. A file of one page is left alone.
  */
-int32_t ReorderTiffFile(const char* path) TIFF_NOEXCEPT;
+int32_t TIFF_CALL ReorderTiffFile(const char* path) TIFF_NOEXCEPT;
 
 /* Appends all pages of one file to another, which is created when it does not exist.
  *
@@ -89,8 +90,8 @@ int32_t ReorderTiffFile(const char* path) TIFF_NOEXCEPT;
  * Pages appended before a failure stay. Errors: also 35 when the files are in different byte
  * orders; nothing is written then.
  */
-int32_t MergeTiffFiles(const char* destinationPath, const char* sourcePath, TiffProgress callback,
-                       uint64_t user) TIFF_NOEXCEPT;
+int32_t TIFF_CALL MergeTiffFiles(const char* destinationPath, const char* sourcePath, TiffProgress callback,
+                                 uint64_t user) TIFF_NOEXCEPT;
 
 /* Moves the pages from the given one to the last into a new file, which replaces an old one of that name.
  *
@@ -100,8 +101,8 @@ int32_t MergeTiffFiles(const char* destinationPath, const char* sourcePath, Tiff
  *
  * A failure leaves the destination as it was, unless the moved pages exist nowhere else by then.
  */
-int32_t SplitTiffFile(const char* sourcePath, const char* destinationPath, int32_t firstPage,
-                      TiffProgress callback, uint64_t user) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SplitTiffFile(const char* sourcePath, const char* destinationPath, int32_t firstPage,
+                                TiffProgress callback, uint64_t user) TIFF_NOEXCEPT;
 
 /* Moves the first pages of a file into files of one page each, which replace old files of the same names.
  *
@@ -114,8 +115,8 @@ int32_t SplitTiffFile(const char* sourcePath, const char* destinationPath, int32
  * Files written before a failure stay. When the callback stops during the deletions, the reported pages
  * are gone and all others stay.
  */
-int32_t CutTiffFile(const char* sourcePath, const char* nameBase, int32_t pageCount, TiffProgress callback,
-                    uint64_t user) TIFF_NOEXCEPT;
+int32_t TIFF_CALL CutTiffFile(const char* sourcePath, const char* nameBase, int32_t pageCount,
+                              TiffProgress callback, uint64_t user) TIFF_NOEXCEPT;
 
 /* Appends the stored strips of a page to an existing file of bare fax code.
  *
@@ -126,8 +127,8 @@ int32_t CutTiffFile(const char* sourcePath, const char* nameBase, int32_t pageCo
  * Returns the raw file's path, in a buffer of the calling thread, or null. Errors: 29 also when the offset
  * lies before the file's beginning or both paths name one file; the raw file stays then.
  */
-const char* AppendCCITTImageFile(const char* rawPath, const char* tiffPath, uint32_t page,
-                                 int32_t offset) TIFF_NOEXCEPT;
+const char* TIFF_CALL AppendCCITTImageFile(const char* rawPath, const char* tiffPath, uint32_t page,
+                                           int32_t offset) TIFF_NOEXCEPT;
 
 /* Sets the total in the PageNumber tag of every page that has one. The page numbers stay.
  *
@@ -137,10 +138,10 @@ const char* AppendCCITTImageFile(const char* rawPath, const char* tiffPath, uint
  * or is damaged. Changes made before a failure stay. Errors: 6 also when the directories are together
  * longer than the file: its chain of pages has a loop.
  */
-int32_t UpdatePageNumbers(const char* path, uint32_t total) TIFF_NOEXCEPT;
+int32_t TIFF_CALL UpdatePageNumbers(const char* path, uint32_t total) TIFF_NOEXCEPT;
 
 /* The same for a TIFF in memory; its file handle stays as it is. */
-int32_t UpdatePageNumbersInMemory(HGLOBAL file, uint32_t total) TIFF_NOEXCEPT;
+int32_t TIFF_CALL UpdatePageNumbersInMemory(HGLOBAL file, uint32_t total) TIFF_NOEXCEPT;
 
 /* Gives a page of a file a tag, in place of one with the same number. The file is rewritten, all
  * pages packed, under its name with everything after the last full stop replaced by "~~~" (or with
@@ -151,13 +152,13 @@ int32_t UpdatePageNumbersInMemory(HGLOBAL file, uint32_t total) TIFF_NOEXCEPT;
  * Errors: 1 also when the file cannot be opened as a TIFF; 3 no such page; 6 no such file; 29 also
  * for a tag above 65535.
  */
-int32_t AddTiffTagToImage(const char* path, int32_t page, uint32_t tag, uint32_t type, const void* values,
-                          uint32_t count) TIFF_NOEXCEPT;
+int32_t TIFF_CALL AddTiffTagToImage(const char* path, int32_t page, uint32_t tag, uint32_t type,
+                                    const void* values, uint32_t count) TIFF_NOEXCEPT;
 
 /* Removes a tag from a page in the same way. A page without the tag is no error: the file is
  * rewritten all the same.
  */
-int32_t DeleteTiffTagOfImage(const char* path, int32_t page, uint32_t tag) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DeleteTiffTagOfImage(const char* path, int32_t page, uint32_t tag) TIFF_NOEXCEPT;
 
 TIFF_END
 

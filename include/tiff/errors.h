@@ -10,12 +10,12 @@ TIFF_BEGIN
  *
  * Returns the previous last error in both cases.
  */
-uint32_t SetTiffError(uint32_t code) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL SetTiffError(uint32_t code) TIFF_NOEXCEPT;
 
 /* Returns the calling thread's last error without changing it. Most functions leave an
  * earlier code alone when they succeed: read it after a failure.
  */
-uint32_t TiffError(void) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL TiffError(void) TIFF_NOEXCEPT;
 
 /* Gives the English text of an error code.
  *
@@ -26,7 +26,7 @@ uint32_t TiffError(void) TIFF_NOEXCEPT;
  *
  * Returns buffer.
  */
-char* TiffErrorString(char* buffer, int32_t code) TIFF_NOEXCEPT;
+char* TIFF_CALL TiffErrorString(char* buffer, int32_t code) TIFF_NOEXCEPT;
 
 TIFF_END
 

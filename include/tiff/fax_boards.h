@@ -23,24 +23,24 @@
 TIFF_BEGIN
 
 /* For Gamma boards: any compression; Group 3 without fill bits. Arguments as SaveDIBInTiffFileExt. */
-int32_t SaveDIBInGammaTiffFile(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
-                               uint32_t fillOrder) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveDIBInGammaTiffFile(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
+                                         uint32_t fillOrder) TIFF_NOEXCEPT;
 
 /* For Bicom boards: Group 3 with fill bits, fill order 1. */
-int32_t SaveDIBInBicomTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveDIBInBicomTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
 
 /* For NMS boards; the same as Bicom. */
-int32_t SaveDIBInNMSTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveDIBInNMSTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
 
 /* For Dialogic boards: any compression, Group 3 with fill bits; fill order 2. */
-int32_t SaveDIBInDialogicTiffFile(const char* path, HGLOBAL dib, uint32_t selector) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveDIBInDialogicTiffFile(const char* path, HGLOBAL dib, uint32_t selector) TIFF_NOEXCEPT;
 
 /* Saves a DIB as SaveDIBInTiffFileExt does and rewrites the file with ConvertTiffToCiscoFormat.
  *
  * Errors: also 29 for a null or empty path or a fill order other than 1 and 2; nothing is saved then.
  */
-int32_t SaveTiffForCiscoFormat(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
-                               uint32_t fillOrder) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveTiffForCiscoFormat(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
+                                         uint32_t fillOrder) TIFF_NOEXCEPT;
 
 /* Rewrites a file for Cisco servers: page after page, each with its directory before its data. The new
  * file is built in the temporary folder. The empty file that reserved its name there stays.
@@ -51,7 +51,7 @@ int32_t SaveTiffForCiscoFormat(const char* path, HGLOBAL dib, uint32_t selector,
  * Returns 1 or 0. Errors: 6, also when the new file cannot replace the old one and stays in the
  * temporary folder; 29 null or empty path; others as OpenTiffFile and CopyTiffImage.
  */
-int32_t ConvertTiffToCiscoFormat(const char* path) TIFF_NOEXCEPT;
+int32_t TIFF_CALL ConvertTiffToCiscoFormat(const char* path) TIFF_NOEXCEPT;
 
 TIFF_END
 

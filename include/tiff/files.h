@@ -22,6 +22,7 @@ typedef struct TiffFileInformation {
     uint32_t pageCount;
     uint32_t firstDirectoryOffset; /* 0 without pages */
 } TiffFileInformation;
+TIFF_LAYOUT(TiffFileInformation, 270, firstDirectoryOffset, 266);
 #pragma pack(pop)
 
 /* Opens a TIFF file on disk and walks its chain of directories. Nothing is kept open.
@@ -36,7 +37,7 @@ typedef struct TiffFileInformation {
  * Errors: 1 memory; 6 unreadable; 7 path too long; 8 version is not 42; 14 not "II" or "MM";
  *         29 null path. The last error is 0 otherwise.
  */
-HGLOBAL OpenTiffFile(const char* path, uint32_t mode) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL OpenTiffFile(const char* path, uint32_t mode) TIFF_NOEXCEPT;
 
 /* Opens a TIFF that lies in a block of movable global memory.
  *
@@ -48,27 +49,27 @@ HGLOBAL OpenTiffFile(const char* path, uint32_t mode) TIFF_NOEXCEPT;
  *
  * Returns as OpenTiffFile.
  */
-HGLOBAL OpenTiffInMemory(HGLOBAL block, uint32_t size, uint32_t mode) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL OpenTiffInMemory(HGLOBAL block, uint32_t size, uint32_t mode) TIFF_NOEXCEPT;
 
 /* Returns the block of a TIFF in memory as last reallocated; null for a disk file. */
-HGLOBAL GetMemoryTiffHandle(HGLOBAL file) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL GetMemoryTiffHandle(HGLOBAL file) TIFF_NOEXCEPT;
 
 /* Drops every page, frees the handle and unloads the JPEG library if it is loaded.
  *
  * Returns 1, or 0 for a null handle.
  */
-int32_t CloseTiffFile(HGLOBAL file) TIFF_NOEXCEPT;
+int32_t TIFF_CALL CloseTiffFile(HGLOBAL file) TIFF_NOEXCEPT;
 
 /* Frees the tags that GetTiffImage loaded for a page; the page stays in the file.
  *
  * Returns 1, also for a page that is not loaded; 0 with error 3 for a page outside the file.
  */
-int32_t DropTiffImage(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DropTiffImage(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* Returns 1 if the page's tags are loaded or defined; else 0 with error 3 (no such page) or
  * 27 (not loaded). A null handle gives 0 and sets no error.
  */
-int32_t IsTiffImageRegistered(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+int32_t TIFF_CALL IsTiffImageRegistered(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* Counts pages.
  *
@@ -77,15 +78,15 @@ int32_t IsTiffImageRegistered(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
  *        the page's NewSubfileType, 0x4000 is added while the page is loaded, and entries not
  *        in use count as kind 0.
  */
-uint32_t NumberOfTiffImages(HGLOBAL file, uint32_t kind) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL NumberOfTiffImages(HGLOBAL file, uint32_t kind) TIFF_NOEXCEPT;
 
 /* Returns the number of pages of a file on disk, or 0xFFFFFFFF if it cannot be opened, with
  * the error of OpenTiffFile.
  */
-uint32_t GetNumberOfImagesInTiffFile(const char* path) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL GetNumberOfImagesInTiffFile(const char* path) TIFF_NOEXCEPT;
 
 /* Fills the information record. Returns 1; 0 with error 34 for an invalid handle. */
-int32_t GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) TIFF_NOEXCEPT;
+int32_t TIFF_CALL GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) TIFF_NOEXCEPT;
 
 /* Changes the path or the byte order kept for an open file.
  *
@@ -95,14 +96,14 @@ int32_t GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) TIFF_NOEXCEPT;
  * Returns 1, or 0 with error 7 (path of 260 characters or more) or 14 (byte order neither
  * TIFF_INTEL nor TIFF_MOTOROLA; the path is already replaced then).
  */
-int32_t ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byteOrder) TIFF_NOEXCEPT;
+int32_t TIFF_CALL ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byteOrder) TIFF_NOEXCEPT;
 
 /* Copies the library's version text.
  *
  * size   1 to 14 copies exactly that many bytes of the text and its terminating zero, so a
  *        size below 14 gives no terminator; 15 or more copies all of it; 0 or less nothing.
  */
-void GetTiffVersion(char* buffer, int32_t size) TIFF_NOEXCEPT;
+void TIFF_CALL GetTiffVersion(char* buffer, int32_t size) TIFF_NOEXCEPT;
 
 TIFF_END
 

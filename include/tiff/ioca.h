@@ -26,6 +26,7 @@ typedef struct TiffIocaDescription {
     uint16_t dataLength; /* code bytes in the first record; 0 without one */
     uint32_t dataOffset; /* position of the first record in the file; 0 without one */
 } TiffIocaDescription;
+TIFF_LAYOUT(TiffIocaDescription, 22, dataOffset, 18);
 #pragma pack(pop)
 
 /* Writes the 26 bytes in front of the image data.
@@ -33,17 +34,17 @@ typedef struct TiffIocaDescription {
  * Returns 1, or 0; what was written stays.
  * Errors: 6; 29 no description.
  */
-int32_t WriteIOCAHeader(HANDLE file, const TiffIocaDescription* description) TIFF_NOEXCEPT;
+int32_t TIFF_CALL WriteIOCAHeader(HANDLE file, const TiffIocaDescription* description) TIFF_NOEXCEPT;
 
 /* Writes the 4 bytes behind the image data. Returns 1 or 0, and sets no error. */
-int32_t WriteIOCATail(HANDLE file) TIFF_NOEXCEPT;
+int32_t TIFF_CALL WriteIOCATail(HANDLE file) TIFF_NOEXCEPT;
 
 /* Writes D3 EE FB, then what WriteIOCAHeader writes. Length, flags and sequence number of the field are
  * the caller's.
  *
  * Returns as WriteIOCAHeader.
  */
-int32_t WriteMODCAHeader(HANDLE file, const TiffIocaDescription* description) TIFF_NOEXCEPT;
+int32_t TIFF_CALL WriteMODCAHeader(HANDLE file, const TiffIocaDescription* description) TIFF_NOEXCEPT;
 
 /* Ends a file: writes the number of bytes from offset 28 to the current position into the two bytes at
  * offset 28, then 93 00 71 00 D3 A9 C7 at the current position. Of a larger number the low 16 bits are
@@ -51,7 +52,7 @@ int32_t WriteMODCAHeader(HANDLE file, const TiffIocaDescription* description) TI
  *
  * Returns 1, or 0 with error 6.
  */
-int32_t WriteMODCATail(HANDLE file) TIFF_NOEXCEPT;
+int32_t TIFF_CALL WriteMODCATail(HANDLE file) TIFF_NOEXCEPT;
 
 /* Finds the next image segment in a file, and reads the parameters in front of its image data. The
  * position is then behind the last byte that was read: after a success behind the header of the first
@@ -62,14 +63,14 @@ int32_t WriteMODCATail(HANDLE file) TIFF_NOEXCEPT;
  * Returns 1 or 0, and sets no error. When the file ends before a segment begins, the file has been
  * closed: a byte 70 must be there for a caller who wants to keep it.
  */
-int32_t ReadIOCAHeader(HANDLE file, TiffIocaDescription* description) TIFF_NOEXCEPT;
+int32_t TIFF_CALL ReadIOCAHeader(HANDLE file, TiffIocaDescription* description) TIFF_NOEXCEPT;
 
 /* The same behind the bytes D3 EE FB, which must begin within the next 2,048. Without them the file
  * stays open.
  *
  * Returns as ReadIOCAHeader.
  */
-int32_t ReadMODCAHeader(HANDLE file, TiffIocaDescription* description) TIFF_NOEXCEPT;
+int32_t TIFF_CALL ReadMODCAHeader(HANDLE file, TiffIocaDescription* description) TIFF_NOEXCEPT;
 
 TIFF_END
 

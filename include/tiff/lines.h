@@ -20,20 +20,21 @@ typedef struct TiffDecodeLineContext {
     uint32_t sampleShift;       /* right shift of 16-bit samples, 4 or 8 */
     uint32_t orientation;       /* tag 274; 4 stores row r in DIB row r, others from the top */
 } TiffDecodeLineContext;
+TIFF_LAYOUT(TiffDecodeLineContext, 56, orientation, 48);
 
 /* Copies a row of 1, 4 or 8 bits per pixel, or of 24 in DIB order, into the DIB. */
-intptr_t DllFlushTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFlushTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* Swaps red and blue of a 24-bit row in the line buffer, then copies it into the DIB. */
-intptr_t DllFlushTiffLine24DIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFlushTiffLine24DIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* Puts a row into the bitmap as the header describes it. Orientation is ignored: rows come from the
  * top. GDI reads the row in whole 32-bit words. The bitmap must not be selected anywhere.
  */
-intptr_t DllFlushTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFlushTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* Swaps red and blue of a 24-bit row in the line buffer, then puts it into the bitmap. */
-intptr_t DllFlushTiffLine24(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFlushTiffLine24(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* Zero-fill before use. */
 typedef struct TiffEncodeLineContext {
@@ -48,28 +49,29 @@ typedef struct TiffEncodeLineContext {
     uint32_t sampleShift;       /* left shift of 8-bit samples widened to 16 bits, 8 or 4 */
     uint32_t invert;            /* non-zero: complement every byte on its way out */
 } TiffEncodeLineContext;
+TIFF_LAYOUT(TiffEncodeLineContext, 64, invert, 56);
 
 /* Copies a row of 1, 4 or 8 bits per pixel out of the DIB, complemented when `invert` is set. */
-intptr_t DllFillTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFillTiffLineDIB(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* Copies a 24-bit row out of the DIB and swaps red and blue. */
-intptr_t DllFillTiffLineDIB24Bit(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFillTiffLineDIB24Bit(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* Fetches a row of the bitmap in the depth of the bitmap information, in whole
  * 32-bit words. The bitmap must not be selected anywhere.
  */
-intptr_t DllFillTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFillTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* The same for 1 bit per pixel, every 16-bit word that holds pixels complemented: 1 is black. */
-intptr_t DllFillMonoTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFillMonoTiffLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* The same for 24 bits per pixel, red and blue swapped. */
-intptr_t DllFillTiffLineBitmap24Bit(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFillTiffLineBitmap24Bit(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* As DllFillTiffLine, but the record needs only device context and bitmap: the bitmap information is
  * that of the CCITT file which the calling thread is saving. Without one the line stays as it is.
  */
-intptr_t DllFillCcittLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL DllFillCcittLine(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 TIFF_END
 

@@ -18,6 +18,7 @@ typedef struct TiffLoadDialogRequest {
     HGLOBAL file;
     uint32_t page;
 } TiffLoadDialogRequest;
+TIFF_LAYOUT(TiffLoadDialogRequest, 16, page, 8);
 
 /* Decodes one page of a TIFF file into a packed DIB. 16-bit grey becomes 8-bit, CMYK and YCbCr
  * become 24-bit.
@@ -32,16 +33,16 @@ typedef struct TiffLoadDialogRequest {
  * bits that are not CMYK, YCbCr with shared chroma outside JPEG, JPEG of 12 bits); 28 dialogs library
  * missing; others as OpenTiffFile, GetTiffImage, GetTiffRGBQuad and DecodeTiffImage.
  */
-HGLOBAL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
 /* The same from an open file, which stays open. */
-HGLOBAL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* The same, but pages with PhotometricInterpretation 7 to 17 are not converted: only the first and
  * third bytes of a pixel are swapped, as for RGB. The header's biCompression holds that value. JPEG
  * pages fail with 9990 or 9991.
  */
-HGLOBAL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) TIFF_NOEXCEPT;
 
 /* Decodes one page of a TIFF file into a bitmap: monochrome for pages of two colours, else
  * compatible with the screen. Rows come from the top even for orientation 4. 16- and 32-bit
@@ -53,15 +54,15 @@ HGLOBAL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) TIFF_NOEXCEPT;
  * Returns the bitmap, or null. It may come with error 5: it holds the rows that could be decoded.
  * Errors: as LoadTiffIntoDIB; 1 also for a size that is not positive or that GDI cannot make.
  */
-HBITMAP LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
+HBITMAP TIFF_CALL LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
 /* The same as LoadTiffIntoBitmap. */
-HBITMAP LoadTiffFileIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
+HBITMAP TIFF_CALL LoadTiffFileIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
 /* The same from an open file, which stays open. The page must be loaded, else error 27. When the page has no
  * header (GetTiffRGBQuad), the wait cursor stays.
  */
-HBITMAP LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+HBITMAP TIFF_CALL LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* Puts one page on the clipboard as a bitmap (CF_BITMAP). The old content is deleted, also when
  * the page cannot be decoded. page and dialog are those of LoadTiffIntoBitmap.
@@ -70,7 +71,7 @@ HBITMAP LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
  * clipboard alone. Returns 0 when the dialog does not go on (error 0, 1 or 28), or when the clipboard
  * cannot be opened, which sets no error.
  */
-int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
+int32_t TIFF_CALL LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
 TIFF_END
 

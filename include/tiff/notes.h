@@ -23,13 +23,14 @@ typedef struct TiffNote {
     uint32_t textBytes;               /* without a zero */
     const char* text;                 /* in the system's code page, lines ended by CR LF */
 } TiffNote;
+TIFF_LAYOUT(TiffNote, 40, text, 32);
 
 /* Counts the notes of a loaded page. Damaged records, whose numbers are missing or beyond 32 bits, are none.
  *
  * Returns the count; 0 with error 0 for a page without notes, 0 with another error for a failure.
  * Errors: 1; 3 no such page; 27 a page that is not loaded; 34 no such file.
  */
-int32_t GetTiffNoteCount(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+int32_t TIFF_CALL GetTiffNoteCount(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* Gets a note of a loaded page.
  *
@@ -40,8 +41,8 @@ int32_t GetTiffNoteCount(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
  *
  * Errors: as GetTiffNoteCount; 3 also when there is no such note; 29 no note to fill.
  */
-int32_t GetTiffNote(HGLOBAL file, uint32_t page, uint32_t index, TiffNote* note, char* text,
-                    uint32_t textSize) TIFF_NOEXCEPT;
+int32_t TIFF_CALL GetTiffNote(HGLOBAL file, uint32_t page, uint32_t index, TiffNote* note, char* text,
+                              uint32_t textSize) TIFF_NOEXCEPT;
 
 /* Adds a note behind the others of a page. The file is rewritten as by AddTiffTagToImage.
  *
@@ -52,19 +53,20 @@ int32_t GetTiffNote(HGLOBAL file, uint32_t page, uint32_t index, TiffNote* note,
  *         its left or bottom beyond its top, a text that is null but has bytes; 35 the tag is in use by
  *         another program; others as OpenTiffFile, GetTiffImage and AddTiffTagToImage.
  */
-int32_t AddTiffNote(const char* path, uint32_t page, const TiffNote* note) TIFF_NOEXCEPT;
+int32_t TIFF_CALL AddTiffNote(const char* path, uint32_t page, const TiffNote* note) TIFF_NOEXCEPT;
 
 /* Puts a note in another's place. The kind and the letter height that the old one has are taken as well.
  *
  * Errors: as AddTiffNote, but 3 when there is no such note.
  */
-int32_t ReplaceTiffNote(const char* path, uint32_t page, uint32_t index, const TiffNote* note) TIFF_NOEXCEPT;
+int32_t TIFF_CALL ReplaceTiffNote(const char* path, uint32_t page, uint32_t index,
+                                  const TiffNote* note) TIFF_NOEXCEPT;
 
 /* Deletes a note, and the tag when nothing else is in it. Damaged records stay.
  *
  * Errors: 3 no such page or note; 29 no path; others as AddTiffNote and DeleteTiffTagOfImage.
  */
-int32_t DeleteTiffNote(const char* path, uint32_t page, uint32_t index) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DeleteTiffNote(const char* path, uint32_t page, uint32_t index) TIFF_NOEXCEPT;
 
 /* Draws the notes of a loaded page where the page is shown. Letters are black Arial, wrapped inside the
  * rectangle of the note as on text pages, and cut off by it, by the picture and by the device context's clip
@@ -76,7 +78,8 @@ int32_t DeleteTiffNote(const char* path, uint32_t page, uint32_t index) TIFF_NOE
  * Errors: as GetTiffNoteCount; 10 the page has no size; 16 a page that GetTiffDimensions cannot describe; 29
  *         no device context or no picture.
  */
-int32_t DrawTiffNotes(HDC deviceContext, HGLOBAL file, uint32_t page, const RECT* picture) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DrawTiffNotes(HDC deviceContext, HGLOBAL file, uint32_t page,
+                                const RECT* picture) TIFF_NOEXCEPT;
 
 /* Draws the notes of a loaded page on a copy of a packed DIB, of the page or in another size. On pages with
  * Orientation 4, whose DIBs show the first stored row at the bottom, they stand upright where their pixels
@@ -87,7 +90,7 @@ int32_t DrawTiffNotes(HDC deviceContext, HGLOBAL file, uint32_t page, const RECT
  * Returns a new packed DIB of the same depth, colours and resolution, rows from the bottom, or null.
  * Errors: as DrawTiffNotes and CropDIB.
  */
-HGLOBAL DrawTiffNotesOnDIB(HGLOBAL dib, HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL DrawTiffNotesOnDIB(HGLOBAL dib, HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
 /* Lets the user edit kind, letter height and text of a note in a dialog. The rectangle stays.
  *
@@ -99,7 +102,7 @@ HGLOBAL DrawTiffNotesOnDIB(HGLOBAL dib, HGLOBAL file, uint32_t page) TIFF_NOEXCE
  * Returns 1 for OK, 2 for Cancel, which changes nothing, or 0.
  * Errors: 1 there is no dialog; 29 no note, no room, or a text for which there is no room.
  */
-int32_t EditTiffNote(HWND window, TiffNote* note, char* text, uint32_t textSize) TIFF_NOEXCEPT;
+int32_t TIFF_CALL EditTiffNote(HWND window, TiffNote* note, char* text, uint32_t textSize) TIFF_NOEXCEPT;
 
 TIFF_END
 

@@ -18,10 +18,10 @@ TIFF_BEGIN
  *
  * Returns a bitmap, or null.
  */
-HBITMAP BitmapFormOverlay(const char* formPath, const TiffTextPageSettings* settings) TIFF_NOEXCEPT;
+HBITMAP TIFF_CALL BitmapFormOverlay(const char* formPath, const TiffTextPageSettings* settings) TIFF_NOEXCEPT;
 
 /* The same as a packed DIB with the resolution of the settings. */
-HGLOBAL DIBFormOverlay(const char* formPath, const TiffTextPageSettings* settings) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL DIBFormOverlay(const char* formPath, const TiffTextPageSettings* settings) TIFF_NOEXCEPT;
 
 /* Draws all pages of a text, the first on the form, the others on blank pages of its size.
  *
@@ -29,8 +29,8 @@ HGLOBAL DIBFormOverlay(const char* formPath, const TiffTextPageSettings* setting
  *
  * Returns the number of pages.
  */
-uint32_t DIBFormOverlayExt(const char* formPath, const TiffTextPageSettings* settings, HANDLE* pages,
-                           uint32_t pageLimit, uint32_t startY) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL DIBFormOverlayExt(const char* formPath, const TiffTextPageSettings* settings,
+                                     HANDLE* pages, uint32_t pageLimit, uint32_t startY) TIFF_NOEXCEPT;
 
 /* Draws a text in black on a copy of a bitmap.
  *
@@ -43,14 +43,15 @@ uint32_t DIBFormOverlayExt(const char* formPath, const TiffTextPageSettings* set
  *
  * Returns a new bitmap, also when the place lies outside it, or null.
  */
-HBITMAP BitmapTextOverlay(HBITMAP bitmap, int32_t x, int32_t y, const char* text, const char* faceName,
-                          uint32_t fontSize, uint32_t horizontalDpi, uint32_t verticalDpi) TIFF_NOEXCEPT;
+HBITMAP TIFF_CALL BitmapTextOverlay(HBITMAP bitmap, int32_t x, int32_t y, const char* text,
+                                    const char* faceName, uint32_t fontSize, uint32_t horizontalDpi,
+                                    uint32_t verticalDpi) TIFF_NOEXCEPT;
 
 /* The same on a packed DIB, whose header gives the resolution. The new DIB has the same resolution, and 24
  * bits per pixel unless the given one has 1: it goes through a bitmap like the screen's.
  */
-HGLOBAL DIBTextOverlay(HGLOBAL dib, int32_t x, int32_t y, const char* text, const char* faceName,
-                       uint32_t fontSize) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL DIBTextOverlay(HGLOBAL dib, int32_t x, int32_t y, const char* text, const char* faceName,
+                                 uint32_t fontSize) TIFF_NOEXCEPT;
 
 TIFF_END
 

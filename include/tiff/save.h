@@ -29,12 +29,14 @@
 TIFF_BEGIN
 
 /* What the dialogs library gets from a save with a dialog: "TiffSaveDialog" of KVDlgs.dll takes
- * the path, the picture and the options, which it changes, and returns 0 to cancel.
+ * the path (the bytes that the caller gave), the picture and the options, which it changes, and returns 0 to
+ * cancel.
  */
 typedef struct TiffSavePicture {
     TiffPageGeometry geometry;
     const void* bits; /* null */
 } TiffSavePicture;
+TIFF_LAYOUT(TiffSavePicture, 32, bits, 24);
 
 typedef struct TiffSaveDialogOptions {
     char description[100]; /* ImageDescription; the path to begin with */
@@ -44,15 +46,16 @@ typedef struct TiffSaveDialogOptions {
     uint32_t photometric;
     uint32_t colourCount; /* 2 for bilevel */
 } TiffSaveDialogOptions;
+TIFF_LAYOUT(TiffSaveDialogOptions, 216, colourCount, 212);
 
 /* Sets the quality of JPEG pages that the calling thread saves, 1 to 100; 75 at first.
  *
  * Returns 1, or 0 for another number (error 29), and the quality is unchanged then.
  */
-int32_t SetTiffJpegQuality(uint32_t quality) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SetTiffJpegQuality(uint32_t quality) TIFF_NOEXCEPT;
 
 /* The calling thread's quality. */
-uint32_t GetTiffJpegQuality(void) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL GetTiffJpegQuality(void) TIFF_NOEXCEPT;
 
 /* Appends a DIB to a file.
  *
@@ -61,21 +64,23 @@ uint32_t GetTiffJpegQuality(void) TIFF_NOEXCEPT;
  *
  * Returns 1 or 0. The caller still owns the DIB.
  */
-int32_t SaveDIBInTiffFileExt(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
-                             uint32_t fillOrder) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveDIBInTiffFileExt(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
+                                       uint32_t fillOrder) TIFF_NOEXCEPT;
 
 /* The same with fill order 1. */
-int32_t SaveDIBInTiffFile(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveDIBInTiffFile(const char* path, HGLOBAL dib, uint32_t selector,
+                                    int32_t dialog) TIFF_NOEXCEPT;
 
 /* The same as SaveDIBInTiffFile. */
-int32_t SaveDIBInTiffFormat(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveDIBInTiffFormat(const char* path, HGLOBAL dib, uint32_t selector,
+                                      int32_t dialog) TIFF_NOEXCEPT;
 
 /* Appends a DIB whose biCompression is a colour space of 10 to 17, as LoadNonRGBTiffIntoDIB
  * leaves it, with selector 204; that value is the page's PhotometricInterpretation.
  *
  * Returns 1 or 0; another colour space gives 0 and sets no error.
  */
-int32_t SaveNonRGBDIBInTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveNonRGBDIBInTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
 
 /* Appends a DIB to a TIFF in memory.
  *
@@ -85,29 +90,31 @@ int32_t SaveNonRGBDIBInTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
  * Returns the block of the TIFF, which may have moved and belongs to the caller, or null. After a
  * failure a new block is freed. A null DIB gives null at once.
  */
-HGLOBAL SaveTiffToMemory(HGLOBAL memory, HGLOBAL dib, uint32_t selector, uint32_t fillOrder) TIFF_NOEXCEPT;
+HGLOBAL TIFF_CALL SaveTiffToMemory(HGLOBAL memory, HGLOBAL dib, uint32_t selector,
+                                   uint32_t fillOrder) TIFF_NOEXCEPT;
 
 /* Appends a bitmap to a file; the device gives the rows: monochrome bitmaps bilevel, those of
  * up to 256 colours with their palette, others as RGB. The selector's high byte must be 0.
  * Arguments and result as SaveDIBInTiffFileExt; the resolution is the screen's.
  */
-int32_t SaveBitmapInTiffFileExt(const char* path, HBITMAP bitmap, uint32_t selector, int32_t dialog,
-                                uint32_t fillOrder) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveBitmapInTiffFileExt(const char* path, HBITMAP bitmap, uint32_t selector, int32_t dialog,
+                                          uint32_t fillOrder) TIFF_NOEXCEPT;
 
 /* The same with fill order 1. */
-int32_t SaveBitmapInTiffFile(const char* path, HBITMAP bitmap, uint32_t selector,
-                             int32_t dialog) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveBitmapInTiffFile(const char* path, HBITMAP bitmap, uint32_t selector,
+                                       int32_t dialog) TIFF_NOEXCEPT;
 
 /* The same as SaveBitmapInTiffFile. */
-int32_t SaveBitmapInTiffFormat(const char* path, HBITMAP bitmap, uint32_t selector,
-                               int32_t dialog) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveBitmapInTiffFormat(const char* path, HBITMAP bitmap, uint32_t selector,
+                                         int32_t dialog) TIFF_NOEXCEPT;
 
 /* Appends the clipboard's bitmap to a file, fill order 2.
  *
  * Returns 1 or 0. Errors: 24 no bitmap on the clipboard; 25 the clipboard cannot be opened; 26 it
  * does not give the bitmap.
  */
-int32_t SaveTiffFileFromClipboard(const char* path, uint32_t selector, int32_t dialog) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveTiffFileFromClipboard(const char* path, uint32_t selector,
+                                            int32_t dialog) TIFF_NOEXCEPT;
 
 /* Writes a bitmap as a bare stream, fill order 2, without a TIFF structure. An existing file is
  * replaced.
@@ -116,7 +123,7 @@ int32_t SaveTiffFileFromClipboard(const char* path, uint32_t selector, int32_t d
  *
  * Returns 1 or 0; another type gives 0 and sets no error. Errors: 6, 12, 34.
  */
-int32_t SaveBitmapInCcittFile(const char* path, HBITMAP bitmap, uint32_t type) TIFF_NOEXCEPT;
+int32_t TIFF_CALL SaveBitmapInCcittFile(const char* path, HBITMAP bitmap, uint32_t type) TIFF_NOEXCEPT;
 
 TIFF_END
 

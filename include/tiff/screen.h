@@ -46,35 +46,35 @@ enum TiffScreenFlags {
  *         others as OpenTiffFile, DecodeTiffImage and ReadCALSInfo.
  * Threads: two threads may draw at once.
  */
-int32_t DecompressToScreen(uint32_t format, HWND window, HDC dc, const char* path, uint32_t page,
-                           const int32_t* zoom, uint32_t flags) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DecompressToScreen(uint32_t format, HWND window, HDC dc, const char* path, uint32_t page,
+                                     const int32_t* zoom, uint32_t flags) TIFF_NOEXCEPT;
 
 /* The same for a CALS file. */
-int32_t DecompressCALSToScreen(HWND window, HDC dc, const char* path, const int32_t* zoom,
-                               uint32_t flags) TIFF_NOEXCEPT;
+int32_t TIFF_CALL DecompressCALSToScreen(HWND window, HDC dc, const char* path, const int32_t* zoom,
+                                         uint32_t flags) TIFF_NOEXCEPT;
 
 /* The line routines of these drawings, under the rules of lines.h: bilevel pages, pages of 4 and 8 bits,
  * pages of 24 bits, each for every turn. Their record is the drawing of the calling thread, which only
  * the library makes. With any other record they draw nothing.
  */
-intptr_t FlushMonoLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushMonoRotLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushMonoRot18LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushMonoRot27LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushRGBLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushRGBRotLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushRGBRot18LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushRGBRot27LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushRGB24LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushRGB24RotLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushRGB24Rot18LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushRGB24Rot27LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushMonoLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushMonoRotLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushMonoRot18LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushMonoRot27LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushRGBLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushRGBRotLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushRGBRot18LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushRGBRot27LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushRGB24LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushRGB24RotLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushRGB24Rot18LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushRGB24Rot27LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 /* As those for bilevel pages. */
-intptr_t FlushCALSLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushCALS90LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushCALS180LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
-intptr_t FlushCALS270LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushCALSLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushCALS90LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushCALS180LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
+intptr_t TIFF_CALL FlushCALS270LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
 TIFF_END
 

@@ -19,14 +19,14 @@ typedef int64_t TiffStream;
  * Returns the number of bytes read, which is smaller at the end of the file and 0 when the
  * system's read fails; STREAM_FAILED for an invalid handle or a block that cannot be locked.
  */
-uint32_t mRead(TiffStream stream, void* buffer, uint32_t count) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL mRead(TiffStream stream, void* buffer, uint32_t count) TIFF_NOEXCEPT;
 
 /* Writes count bytes at the current position. A memory file grows as needed, to at most 2 GiB - 1
  * bytes, which may replace its block.
  *
  * Returns the number of bytes written (0 when the system's write fails) or STREAM_FAILED.
  */
-uint32_t mWrite(TiffStream stream, const void* buffer, uint32_t count) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL mWrite(TiffStream stream, const void* buffer, uint32_t count) TIFF_NOEXCEPT;
 
 /* Moves the position.
  *
@@ -38,19 +38,19 @@ uint32_t mWrite(TiffStream stream, const void* buffer, uint32_t count) TIFF_NOEX
  * Returns the new position, or STREAM_FAILED: outside a memory file (its end is inside), at or
  * beyond 4 GiB on disk. A failed memory seek leaves the position alone.
  */
-uint32_t mSeek(TiffStream stream, uint32_t offset, int32_t origin) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL mSeek(TiffStream stream, uint32_t offset, int32_t origin) TIFF_NOEXCEPT;
 
 /* Returns the current position or STREAM_FAILED. */
-uint32_t mTell(TiffStream stream) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL mTell(TiffStream stream) TIFF_NOEXCEPT;
 
 /* Returns the size in bytes or STREAM_FAILED. The position stays. */
-uint32_t mSize(TiffStream stream) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL mSize(TiffStream stream) TIFF_NOEXCEPT;
 
 /* Closes a disk file, or forgets a memory file without freeing its block.
  *
  * Returns 0; STREAM_FAILED for an invalid handle.
  */
-uint32_t mClose(TiffStream stream) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL mClose(TiffStream stream) TIFF_NOEXCEPT;
 
 /* Reads count values of a TIFF field type.
  *
@@ -61,19 +61,19 @@ uint32_t mClose(TiffStream stream) TIFF_NOEXCEPT;
  *
  * Returns 1, or 0 with error 6 when fewer bytes arrived.
  */
-int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, void* buffer, uint32_t byteOrder,
-                 uint32_t fillOrder) TIFF_NOEXCEPT;
+int32_t TIFF_CALL LongRead(TiffStream stream, uint32_t type, uint32_t count, void* buffer, uint32_t byteOrder,
+                           uint32_t fillOrder) TIFF_NOEXCEPT;
 
 /* Writes count values of a TIFF field type; arguments as LongRead. The caller's buffer keeps
  * its content. Only when memory for a copy is missing are the values converted in place.
  *
  * Returns 1, or 0 with error 6.
  */
-int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, void* buffer, uint32_t byteOrder,
-                  uint32_t fillOrder) TIFF_NOEXCEPT;
+int32_t TIFF_CALL LongWrite(TiffStream stream, uint32_t type, uint32_t count, void* buffer,
+                            uint32_t byteOrder, uint32_t fillOrder) TIFF_NOEXCEPT;
 
 /* Passes count to the system's SetHandleCount and returns its result. Kept for old callers. */
-uint32_t SetTiffDllFileHandle(uint32_t count) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL SetTiffDllFileHandle(uint32_t count) TIFF_NOEXCEPT;
 
 TIFF_END
 

@@ -56,6 +56,7 @@ typedef struct TiffTextPageSettings {
     const LOGFONTA* font;                   /* null, or a font to use instead of the face name and the
                                                flags; its height still follows fontSize */
 } TiffTextPageSettings;
+TIFF_LAYOUT(TiffTextPageSettings, 496, font, 488);
 
 /* Draws a text file.
  *
@@ -70,25 +71,26 @@ typedef struct TiffTextPageSettings {
  *
  * Returns the number of pages. A text without bytes gives one blank page.
  */
-uint32_t CreateFaxPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit, HANDLE* pages,
-                                uint32_t kind, HBITMAP bitmap, uint32_t* error) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL CreateFaxPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit,
+                                          HANDLE* pages, uint32_t kind, HBITMAP bitmap,
+                                          uint32_t* error) TIFF_NOEXCEPT;
 
 /* The same with a place on the first page.
  *
  * startY  pixels from the top of the page to the first line; 0 for the top margin. At or below the bottom
  *         margin the first page gets no text.
  */
-uint32_t CreateMultiPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit, HANDLE* pages,
-                                  uint32_t kind, HBITMAP bitmap, uint32_t startY,
-                                  uint32_t* error) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL CreateMultiPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit,
+                                            HANDLE* pages, uint32_t kind, HBITMAP bitmap, uint32_t startY,
+                                            uint32_t* error) TIFF_NOEXCEPT;
 
 /* CreateFaxPageFromASCII with TIFF_TEXT_BITMAP and no bitmap. */
-uint32_t CreateBMPFaxPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit, HANDLE* pages,
-                                   uint32_t* error) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL CreateBMPFaxPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit,
+                                             HANDLE* pages, uint32_t* error) TIFF_NOEXCEPT;
 
 /* CreateFaxPageFromASCII with TIFF_TEXT_DIB and no bitmap. */
-uint32_t CreateDIBFaxPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit, HANDLE* pages,
-                                   uint32_t* error) TIFF_NOEXCEPT;
+uint32_t TIFF_CALL CreateDIBFaxPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit,
+                                             HANDLE* pages, uint32_t* error) TIFF_NOEXCEPT;
 
 TIFF_END
 

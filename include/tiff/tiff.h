@@ -2,7 +2,7 @@
  *
  * What holds everywhere, unless a function says otherwise:
  *
- * - Strings are ANSI; a path has at most 259 characters.
+ * - Strings are ANSI, and so are paths unless a thread says UTF-8 (paths.h). A path has at most 259 bytes.
  * - Pages are counted from 0.
  * - A function returns 1 or a handle for success, 0 or null for failure, and leaves the cause
  *   in the calling thread's last error, TiffError(). A success may leave an earlier code there.
@@ -22,6 +22,7 @@
 #include "tiff/codecs.h"
 #include "tiff/crop.h"
 #include "tiff/define.h"
+#include "tiff/dib.h"
 #include "tiff/directory.h"
 #include "tiff/editing.h"
 #include "tiff/errors.h"
@@ -32,10 +33,12 @@
 #include "tiff/load.h"
 #include "tiff/notes.h"
 #include "tiff/overlays.h"
+#include "tiff/paths.h"
 #include "tiff/save.h"
 #include "tiff/screen.h"
 #include "tiff/streams.h"
 #include "tiff/text_pages.h"
 #include "tiff/values.h"
+#include "tiff/version.h"
 
 #endif

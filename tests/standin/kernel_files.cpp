@@ -31,14 +31,21 @@ uint64_t diskLeft = NO_LIMIT;
 
 using standin::kernel::Refuse;
 
-// Empty for a path that Windows would not take.
+// The same path here, in UTF-8. Empty for one that Windows would not take.
+std::string Path(LPCWSTR name)
+{
+    char path[4 * MAX_PATH] = "";
+    if (!name || std::char_traits<WCHAR>::length(name) >= MAX_PATH ||
+        !WideCharToMultiByte(CP_UTF8, 0, name, -1, path, sizeof(path), nullptr, nullptr))
+        return {};
+    std::replace(path, path + strlen(path), '\\', '/');
+    return path;
+}
+
 std::string Path(LPCSTR name)
 {
-    std::string path = name ? name : "";
-    if (path.size() >= MAX_PATH)
-        return {};
-    std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
+    WCHAR wide[MAX_PATH];
+    return MultiByteToWideChar(CP_ACP, 0, name, -1, wide, MAX_PATH) ? Path(wide) : std::string();
 }
 
 // Numbers that are divided by four, as the system's are. Null too where a call of this access is refused.
@@ -127,15 +134,15 @@ std::string TempFolder()
 
 } // namespace standin
 
-extern "C" {
+namespace {
 
-HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD, void*, DWORD disposition, DWORD, HANDLE)
+HANDLE OpenPath(const std::string& path, DWORD access, DWORD disposition)
 {
     static constexpr int flags[] = {0, O_CREAT | O_EXCL, O_CREAT | O_TRUNC, 0, O_CREAT};
     if (Refuse(standin::Open))
         return INVALID_HANDLE_VALUE;
     const int mode = access & GENERIC_WRITE ? access & GENERIC_READ ? O_RDWR : O_WRONLY : O_RDONLY;
-    const int descriptor = open(Path(name).c_str(), O_CLOEXEC | mode | flags[disposition], 0666);
+    const int descriptor = open(path.c_str(), O_CLOEXEC | mode | flags[disposition], 0666);
     if (descriptor < 0)
         return INVALID_HANDLE_VALUE;
     do
@@ -145,6 +152,50 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD, void*, DWORD disposition, D
     file = {descriptor, true, access, {}};
     fstat(descriptor, &file.facts);
     return reinterpret_cast<HANDLE>((lastOpened + 1) * 4);
+}
+
+BOOL DeletePath(const std::string& path)
+{
+    return !Refuse(standin::Delete) && !HeldOpen(path) && unlink(path.c_str()) == 0;
+}
+
+BOOL MovePath(const std::string& source, const std::string& target)
+{
+    return !Refuse(standin::Move) && !HeldOpen(source) && access(target.c_str(), F_OK) != 0 &&
+           rename(source.c_str(), target.c_str()) == 0;
+}
+
+DWORD AttributesOfPath(const std::string& path)
+{
+    return access(path.c_str(), F_OK) == 0 ? FILE_ATTRIBUTE_NORMAL : INVALID_FILE_ATTRIBUTES;
+}
+
+// The number in the name; 0 without a file.
+UINT MakeTemporary(const std::string& folder, const std::string& prefix, std::string& path)
+{
+    static UINT counter = 0;
+    if (Refuse(standin::Open))
+        return 0;
+    char name[64];
+    snprintf(name, sizeof(name), "/%.3s%X.tmp", prefix.c_str(), ++counter);
+    path = folder + name;
+    const int descriptor = open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+    close(descriptor);
+    return descriptor >= 0 ? counter : 0;
+}
+
+} // namespace
+
+extern "C" {
+
+HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD, void*, DWORD disposition, DWORD, HANDLE)
+{
+    return OpenPath(Path(name), access, disposition);
+}
+
+HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD, void*, DWORD disposition, DWORD, HANDLE)
+{
+    return OpenPath(Path(name), access, disposition);
 }
 
 BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, DWORD* bytesRead, void*)
@@ -230,19 +281,32 @@ BOOL CloseHandle(HANDLE handle)
 
 BOOL DeleteFileA(LPCSTR name)
 {
-    return !Refuse(standin::Delete) && !HeldOpen(Path(name)) && unlink(Path(name).c_str()) == 0;
+    return DeletePath(Path(name));
+}
+
+BOOL DeleteFileW(LPCWSTR name)
+{
+    return DeletePath(Path(name));
 }
 
 BOOL MoveFileA(LPCSTR from, LPCSTR to)
 {
-    const std::string source = Path(from), target = Path(to);
-    return !Refuse(standin::Move) && !HeldOpen(source) && access(target.c_str(), F_OK) != 0 &&
-           rename(source.c_str(), target.c_str()) == 0;
+    return MovePath(Path(from), Path(to));
+}
+
+BOOL MoveFileW(LPCWSTR from, LPCWSTR to)
+{
+    return MovePath(Path(from), Path(to));
 }
 
 DWORD GetFileAttributesA(LPCSTR name)
 {
-    return access(Path(name).c_str(), F_OK) == 0 ? FILE_ATTRIBUTE_NORMAL : INVALID_FILE_ATTRIBUTES;
+    return AttributesOfPath(Path(name));
+}
+
+DWORD GetFileAttributesW(LPCWSTR name)
+{
+    return AttributesOfPath(Path(name));
 }
 
 DWORD GetTempPathA(DWORD, LPSTR buffer)
@@ -252,14 +316,25 @@ DWORD GetTempPathA(DWORD, LPSTR buffer)
     return static_cast<DWORD>(folder.size());
 }
 
+DWORD GetTempPathW(DWORD room, LPWSTR buffer)
+{
+    const std::string folder = standin::TempFolder() + '/';
+    return static_cast<DWORD>(
+        MultiByteToWideChar(CP_UTF8, 0, folder.c_str(), -1, buffer, static_cast<int>(room)) - 1);
+}
+
 UINT GetTempFileNameA(LPCSTR folder, LPCSTR prefix, UINT, LPSTR name)
 {
-    static UINT counter = 0;
-    if (Refuse(standin::Open))
-        return 0;
-    snprintf(name, MAX_PATH, "%s/%.3s%X.tmp", folder, prefix, ++counter);
-    const int descriptor = open(name, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
-    close(descriptor);
-    return descriptor >= 0 ? counter : 0;
+    std::string path;
+    const UINT number = MakeTemporary(folder, prefix, path);
+    memcpy(name, path.c_str(), path.size() + 1);
+    return number;
+}
+
+UINT GetTempFileNameW(LPCWSTR folder, LPCWSTR prefix, UINT, LPWSTR name)
+{
+    std::string path;
+    const UINT number = MakeTemporary(Path(folder), Path(prefix), path);
+    return MultiByteToWideChar(CP_UTF8, 0, path.c_str(), -1, name, MAX_PATH) ? number : 0;
 }
 }

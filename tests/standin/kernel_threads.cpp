@@ -135,12 +135,17 @@ void GetLocalTime(SYSTEMTIME* now)
 }
 
 // Here are no other libraries.
-DWORD GetModuleFileNameA(HMODULE, LPSTR, DWORD)
+DWORD GetModuleFileNameW(HMODULE, LPWSTR, DWORD)
 {
     return 0;
 }
 
 HMODULE LoadLibraryA(LPCSTR)
+{
+    return nullptr;
+}
+
+HMODULE LoadLibraryW(LPCWSTR)
 {
     return nullptr;
 }

@@ -29,6 +29,9 @@ typedef intptr_t (*FARPROC)();
 typedef void* LPVOID;
 typedef const char* LPCSTR;
 typedef char* LPSTR;
+typedef char16_t WCHAR;
+typedef const WCHAR* LPCWSTR;
+typedef WCHAR* LPWSTR;
 
 typedef struct LARGE_INTEGER {
     int64_t QuadPart;
@@ -62,6 +65,10 @@ typedef struct BY_HANDLE_FILE_INFORMATION {
 #define GMEM_FIXED 0x0000u
 #define GMEM_MOVEABLE 0x0002u
 #define GMEM_ZEROINIT 0x0040u
+#define CP_ACP 0u
+#define CP_UTF8 65001u
+#define MB_ERR_INVALID_CHARS 0x0008u
+#define WC_ERR_INVALID_CHARS 0x0080u
 #define TLS_OUT_OF_INDEXES ((DWORD)0xFFFFFFFF)
 
 typedef struct RECT {
@@ -123,6 +130,16 @@ BOOL MoveFileA(LPCSTR from, LPCSTR to);
 DWORD GetFileAttributesA(LPCSTR path);
 DWORD GetTempPathA(DWORD bufferBytes, LPSTR buffer);
 UINT GetTempFileNameA(LPCSTR folder, LPCSTR prefix, UINT unique, LPSTR name);
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, void* security, DWORD disposition, DWORD flags,
+                   HANDLE pattern);
+BOOL DeleteFileW(LPCWSTR path);
+BOOL MoveFileW(LPCWSTR from, LPCWSTR to);
+DWORD GetFileAttributesW(LPCWSTR path);
+DWORD GetTempPathW(DWORD bufferCharacters, LPWSTR buffer);
+UINT GetTempFileNameW(LPCWSTR folder, LPCWSTR prefix, UINT unique, LPWSTR name);
+int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int bytes, LPWSTR wide, int room);
+int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int characters, LPSTR text, int room,
+                        LPCSTR unknown, BOOL* used);
 
 HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes);
 HGLOBAL GlobalReAlloc(HGLOBAL block, SIZE_T bytes, UINT flags);
@@ -140,8 +157,9 @@ void Sleep(DWORD milliseconds);
 UINT SetHandleCount(UINT count);
 DWORD GetTickCount();
 void GetLocalTime(SYSTEMTIME* time);
-DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD bufferBytes);
+DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD bufferCharacters);
 HMODULE LoadLibraryA(LPCSTR name);
+HMODULE LoadLibraryW(LPCWSTR name);
 FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 BOOL FreeLibrary(HMODULE module);
 }
