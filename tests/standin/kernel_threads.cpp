@@ -6,13 +6,14 @@
 #include <time.h>
 
 #include <array>
+#include <cstring>
 #include <map>
 
 namespace {
 
 struct Injection {
-    unsigned kinds = 0, target = 0, seen = 0;
-    bool andAllLater = false, fired = false;
+    unsigned kinds = 0, target = 0, seen = 0, laterKinds = 0;
+    bool torn = false, fired = false;
 };
 
 Injection injection;
@@ -22,6 +23,10 @@ const char* lastFault = "none";
 DWORD slotsTaken = 0;
 thread_local std::array<void*, 4> slotValues{};
 
+using FindFunction = FARPROC (*)(const std::string& name);
+std::map<std::string, FindFunction> libraries;
+int64_t librariesHeld = 0;
+
 } // namespace
 
 namespace standin {
@@ -29,10 +34,9 @@ namespace standin {
 bool kernel::Refuse(Call kind)
 {
     ++callsMade[kind];
-    if (!(injection.kinds & kind))
-        return false;
-    const unsigned n = ++injection.seen;
-    const bool refused = n == injection.target || (injection.andAllLater && n > injection.target);
+    if (injection.fired && (injection.laterKinds & kind))
+        return true;
+    const bool refused = (injection.kinds & kind) && ++injection.seen == injection.target;
     injection.fired |= refused;
     return refused;
 }
@@ -45,7 +49,7 @@ void kernel::Fault(const char* what)
 
 Counts Live()
 {
-    return {kernel::LiveBlocks(), kernel::LiveLocks(), kernel::LiveHandles()};
+    return {kernel::LiveBlocks(), kernel::LiveLocks(), kernel::LiveHandles() + librariesHeld};
 }
 
 uint64_t Faults()
@@ -58,9 +62,14 @@ const char* LastFault()
     return lastFault;
 }
 
-void FailNth(unsigned n, unsigned kinds, bool andAllLater)
+bool kernel::TearsWrites()
 {
-    injection = {kinds, n, 0, andAllLater, false};
+    return injection.torn && injection.seen == injection.target;
+}
+
+void FailNth(unsigned n, unsigned kinds, unsigned laterKinds, bool torn)
+{
+    injection = {kinds, n, 0, laterKinds, torn, false};
 }
 
 bool InjectionFired()
@@ -70,8 +79,13 @@ bool InjectionFired()
 
 void StopFailing()
 {
-    injection.kinds = 0;
+    injection.kinds = injection.laterKinds = 0;
     kernel::LiftDiskLimit();
+}
+
+void ProvideLibrary(const char* fileName, FARPROC (*find)(const std::string& name))
+{
+    libraries[fileName] = find;
 }
 
 uint64_t CallsMade(Call kind)
@@ -134,24 +148,32 @@ void GetLocalTime(SYSTEMTIME* now)
     *now = {2024, 2, 4, 29, 23, 59, 58, 0};
 }
 
-// Here are no other libraries.
-DWORD GetModuleFileNameA(HMODULE, LPSTR, DWORD)
+// Libraries are those that a test provides, and lie beside a library of our own.
+DWORD GetModuleFileNameA(HMODULE, LPSTR path, DWORD)
 {
-    return 0;
+    strcpy(path, "C:\\TIFF.DLL");
+    return static_cast<DWORD>(strlen(path));
 }
 
-HMODULE LoadLibraryA(LPCSTR)
+HMODULE LoadLibraryA(LPCSTR path)
 {
-    return nullptr;
+    const std::string name = path;
+    const auto found = libraries.find(name.substr(name.rfind('\\') + 1));
+    if (standin::kernel::Refuse(standin::Library) || found == libraries.end())
+        return nullptr;
+    ++librariesHeld;
+    return reinterpret_cast<HMODULE>(&found->second);
 }
 
-FARPROC GetProcAddress(HMODULE, LPCSTR)
+FARPROC GetProcAddress(HMODULE module, LPCSTR name)
 {
-    return nullptr;
+    return standin::kernel::Refuse(standin::Library) ? nullptr
+                                                     : (*reinterpret_cast<const FindFunction*>(module))(name);
 }
 
 BOOL FreeLibrary(HMODULE)
 {
-    return FALSE;
+    --librariesHeld;
+    return TRUE;
 }
 }
