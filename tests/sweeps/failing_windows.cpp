@@ -42,8 +42,10 @@ uintptr_t Number(Value value)
 {
     if constexpr (std::is_pointer_v<Value>)
         return reinterpret_cast<uintptr_t>(value);
-    else
+    else if constexpr (std::is_integral_v<Value>)
         return static_cast<uintptr_t>(value);
+    else
+        return 0; // a record
 }
 
 template <class Value>
@@ -92,13 +94,8 @@ struct Call<INDEX, Result (*)(Arguments...)> {
     static Result Made(Arguments... arguments)
     {
         const Import& import = imports[INDEX];
-        const bool later = injection.refused != nullptr;
-        if (Refuse(import.kind, import.name)) {
-            if constexpr (INDEX == WriteFile_PLACE)
-                if (!later)
-                    Tear(arguments...);
+        if (Refuse(import.kind, import.name))
             return FromNumber<Result>(import.failure);
-        }
         const uintptr_t numbers[] = {Number(arguments)..., 0, 0};
         const Result result = real(arguments...);
         Note(import.effect, Number(result), numbers[0], numbers[1]);
@@ -110,8 +107,8 @@ struct Call<INDEX, Result (*)(Arguments...)> {
 #define IMPORTS(ROW) \
     ROW(GlobalAlloc, Allocation, 0, Block) ROW(GlobalReAlloc, Allocation, 0, Resize) \
     ROW(GlobalFree, 0, 0, Free) ROW(GlobalLock, Lock, 0, Lock) ROW(GlobalUnlock, 0, 0, Unlock) \
-    ROW(CreateFileA, Open, -1, Handle) ROW(CloseHandle, 0, 0, Free) ROW(ReadFile, Read, 0, None) \
-    ROW(WriteFile, Write, 0, None) ROW(SetEndOfFile, Write, 0, None) ROW(SetFilePointerEx, Seek, 0, None) \
+    ROW(CreateFileA, Open, -1, Handle) ROW(CloseHandle, 0, 0, Free) ROW(ReadFile, Read, 0, None)  \
+    ROW(SetEndOfFile, Write, 0, None) ROW(SetFilePointerEx, Seek, 0, None) \
     ROW(GetFileSizeEx, Seek, 0, None) ROW(DeleteFileA, Delete, 0, None) ROW(MoveFileA, Move, 0, None) \
     ROW(LoadLibraryA, Library, 0, Handle) ROW(GetProcAddress, Library, 0, None) ROW(FreeLibrary, 0, 0, Free) \
     ROW(CreateBitmap, Draw, 0, Object) ROW(CreateBitmapIndirect, Draw, 0, Object) \
@@ -190,6 +187,17 @@ UINT TempName(LPCSTR folder, LPCSTR prefix, UINT unique, LPSTR name) noexcept
     return Refuse(Open, "GetTempFileNameA") ? 0 : GetTempFileNameA(folder, prefix, unique, name);
 }
 
+BOOL WriteTorn(HANDLE file, const void* bytes, DWORD count, DWORD* written, OVERLAPPED* overlapped) noexcept
+{
+    const bool first = !injection.refused;
+    if (!Refuse(Write, "WriteFile"))
+        return WriteFile(file, bytes, count, written, overlapped);
+    if (first && injection.torn && count > 8)
+        WriteFile(file, bytes, count / 2, written, nullptr);
+    *written = 0;
+    return FALSE;
+}
+
 void NoSleep(DWORD) noexcept
 {
 }
@@ -205,6 +213,7 @@ struct Imports {
         IMPORTS(LEAD)
         Exchange("GetTempPathA", reinterpret_cast<void*>(TempPath));
         Exchange("GetTempFileNameA", reinterpret_cast<void*>(TempName));
+        Exchange("WriteFile", reinterpret_cast<void*>(WriteTorn));
         Exchange("Sleep", reinterpret_cast<void*>(NoSleep));
         Exchange("GetLocalTime", reinterpret_cast<void*>(OneMoment));
     }

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <set>
 
 namespace sweeps {
 
@@ -233,21 +234,25 @@ void Scene::Arm()
     FailNth(n, kinds, laterKinds, torn);
 }
 
+static std::string TextOf(const Bytes& bytes)
+{
+    return {bytes.begin(), bytes.end()};
+}
+
 // Temporary files go by their content, as their names are new each time. Room at the end of memory is none of
 // the file.
 Files Scene::Snapshot() const
 {
     Files files;
-    std::vector<Bytes> temporary;
+    std::multiset<std::string> temporary;
     ForEachFile([&](const std::filesystem::path& path, const std::string& name) {
         if (IsTemporary(name))
-            temporary.push_back(ReadFileBytes(path.string()));
+            temporary.insert(TextOf(ReadFileBytes(path.string())));
         else
             files[name] = ReadFileBytes(path.string());
     });
-    std::sort(temporary.begin(), temporary.end());
-    for (size_t index = 0; index < temporary.size(); ++index)
-        files["TMP" + std::to_string(index)] = temporary[index];
+    for (const std::string& content : temporary)
+        files["TMP" + std::to_string(files.size())] = Bytes(content.begin(), content.end());
     for (size_t index = 0; index < opened.size(); ++index)
         if (HGLOBAL memory = GetMemoryTiffHandle(opened[index])) {
             Bytes& bytes = files["memory " + std::to_string(index)] = Content(memory, GlobalSize(memory));

@@ -65,7 +65,8 @@ enum Leaves : unsigned {
     Strands = 16, // a name's reservation stays
     Grows = 32,   // what was written behind the old bytes stays
     KeepsLibrary = 64,
-    LacksTags = 128 // pages may come without some of their tags
+    LacksTags = 128, // pages may come without some of their tags
+    Fewer = 256      // the count of pages says that some are missing
 };
 
 struct Row {
