@@ -27,6 +27,8 @@ Injection injection;
 std::map<uintptr_t, Effect> held;
 std::map<uintptr_t, int64_t> locks;
 
+const DWORD testThread = GetCurrentThreadId(); // the system has others, which attach to the library, too
+
 bool Refuse(unsigned kind, const char* name)
 {
     if (injection.refused && (injection.laterKinds & kind))
@@ -94,6 +96,8 @@ struct Call<INDEX, Result (*)(Arguments...)> {
     static Result Made(Arguments... arguments)
     {
         const Import& import = imports[INDEX];
+        if (GetCurrentThreadId() != testThread)
+            return real(arguments...);
         if (Refuse(import.kind, import.name))
             return FromNumber<Result>(import.failure);
         const uintptr_t numbers[] = {Number(arguments)..., 0, 0};

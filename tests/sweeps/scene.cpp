@@ -25,9 +25,10 @@ const std::string& Folder()
 
 Bytes NotedPages()
 {
+    const std::string notes = "~,1,F,1,1,38,18,9,old~,1,T,3,3,38,18,12,too";
     return TiffBuilder()
         .Add(Page(0))
-        .Add(Page(1).Ascii(316, std::string("~,1,T,1,1,7,9,5,old") + '\0'))
+        .Add(TiffPage::Picture(40, 20, 1, 1).Strips({Bytes(100)}).Ascii(316, notes + '\0'))
         .Build();
 }
 
@@ -125,6 +126,7 @@ const Bytes& Fixture(const std::string& name)
         {"0002.tif", [] { return Hex("77"); }},
         {"notes.tif", NotedPages},
         {"many.tif", [] { return Pages(20); }},
+        {"ten.tif", [] { return Pages(10); }},
         {"nested.tif", Nested},
         {"far.tif", Far},
         {"text.txt", Text},
