@@ -110,7 +110,7 @@ int32_t SaveBitmapInTiffFormat(const char* path, HBITMAP bitmap, uint32_t select
 int32_t SaveTiffFileFromClipboard(const char* path, uint32_t selector, int32_t dialog) TIFF_NOEXCEPT;
 
 /* Writes a bitmap as a bare stream, fill order 2, without a TIFF structure. An existing file is
- * replaced.
+ * replaced when the new one is whole.
  *
  * type  5 Group 3, 6 modified Huffman, 7 Group 3 two-dimensional, 8 Group 4, 9 no compression.
  *

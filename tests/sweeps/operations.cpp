@@ -728,9 +728,9 @@ void AddEditing(std::vector<Row>& rows)
          Strands},
         {"CutTiffFile",
          "all of it",
-         {"ten.tif"},
+         {"six.tif"},
          Armed([](Scene& scene) {
-             return Answer(CutTiffFile(scene.At("ten.tif"), scene.At("p"), 10, nullptr, 0));
+             return Answer(CutTiffFile(scene.At("six.tif"), scene.At("p"), 6, nullptr, 0));
          }),
          Strands},
         {"AppendCCITTImageFile",

@@ -126,7 +126,7 @@ const Bytes& Fixture(const std::string& name)
         {"0002.tif", [] { return Hex("77"); }},
         {"notes.tif", NotedPages},
         {"many.tif", [] { return Pages(20); }},
-        {"ten.tif", [] { return Pages(10); }},
+        {"six.tif", [] { return Pages(6); }},
         {"nested.tif", Nested},
         {"far.tif", Far},
         {"text.txt", Text},
