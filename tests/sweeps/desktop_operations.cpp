@@ -145,219 +145,140 @@ std::vector<Row> DesktopRows()
     const std::vector<const char*> coded = {"coded.tif"}, pages = {"pages.tif"}, text = {"text.txt"},
                                    form = {"text.txt", "palette.tif"};
     const auto onForm = [](auto call) { return WithText(call); };
-    std::vector<Row> rows = {
-        {"LoadTiffFileIntoBitmap",
-         "a palette",
-         {"palette.tif"},
-         [](Scene& scene) {
-             scene.Arm();
-             return TakeDrawn(LoadTiffFileIntoBitmap(scene.At("palette.tif"), 0, 0));
-         },
-         Partial},
-        {"LoadTiffChainIntoBitmap",
-         "",
-         {},
-         [](Scene& scene) {
-             HGLOBAL file = scene.InMemory("coded.tif");
-             scene.Arm();
-             return TakeDrawn(LoadTiffChainIntoBitmap(file, 1));
-         },
-         Partial},
-        {"GetTiffImagePalette",
-         "",
-         {"palette.tif"},
-         [](Scene& scene) {
-             scene.Arm();
-             HPALETTE palette = GetTiffImagePalette(scene.At("palette.tif"), 0);
-             StopFailing();
-             const Outcome outcome = Result(
-                 palette != nullptr, {static_cast<uint8_t>(GetPaletteEntries(palette, 0, 0, nullptr))});
-             DeleteObject(palette);
-             Forget(palette);
-             return outcome;
-         }},
-        {"LoadTiffFileIntoClipboard", "", coded,
-         [](Scene& scene) {
-             PutOnClipboard();
-             scene.Arm();
-             const int32_t done = LoadTiffFileIntoClipboard(scene.At("coded.tif"), 8, 0);
-             return Result(done != 0, StopFailing() && !done ? Bytes() : BytesOf(OnClipboard()));
-         },
-         Partial | Silent},
-        {"SaveBitmapInTiffFile SaveBitmapInTiffFileExt SaveBitmapInTiffFormat",
-         "",
-         pages,
-         WithBitmap([](Scene& scene, HBITMAP bitmap) {
-             return Answer(SaveBitmapInTiffFile(scene.At("pages.tif"), bitmap, 208, 0));
-         }),
-         InPlace,
-         {34}},
-        {"SaveBitmapInTiffFileExt",
-         "in true colour",
-         pages,
-         [](Scene& scene) {
-             const Canvas canvas(false, 24);
-             scene.Arm();
-             return Answer(SaveBitmapInTiffFileExt(scene.At("pages.tif"), canvas.bitmap, 203, 0, 1));
-         },
-         InPlace,
-         {34}},
-        {"SaveBitmapInTiffFile",
-         "as JPEG",
-         pages,
-         [](Scene& scene) {
-             const Canvas canvas(false, 24);
-             scene.Arm();
-             return Answer(SaveBitmapInTiffFile(scene.At("pages.tif"), canvas.bitmap, 209, 0));
-         },
-         InPlace,
-         {34}},
-        {"SaveBitmapInCcittFile",
-         "",
-         {"raw.g3"},
-         WithBitmap([](Scene& scene, HBITMAP bitmap) {
-             return Answer(SaveBitmapInCcittFile(scene.At("raw.g3"), bitmap, 8));
-         }),
-         Kept,
-         {34}},
-        {"SaveTiffFileFromClipboard",
-         "",
-         pages,
-         [](Scene& scene) {
-             PutOnClipboard();
-             scene.Arm();
-             return Answer(SaveTiffFileFromClipboard(scene.At("pages.tif"), 208, 0));
-         },
-         InPlace,
-         {25, 26, 34}},
-        {"CreateBMPFaxPageFromASCII CreateFaxPageFromASCII CreateMultiPageFromASCII",
+    std::vector<Row> rows;
+    const Adder add{rows};
+    add({"LoadTiffFileIntoBitmap", "a palette", {"palette.tif"}, Partial}, [](Scene& scene) {
+        scene.Arm();
+        return TakeDrawn(LoadTiffFileIntoBitmap(scene.At("palette.tif"), 0, 0));
+    });
+    add({"LoadTiffChainIntoBitmap", "", {}, Partial}, [](Scene& scene) {
+        HGLOBAL file = scene.InMemory("coded.tif");
+        scene.Arm();
+        return TakeDrawn(LoadTiffChainIntoBitmap(file, 1));
+    });
+    add({"GetTiffImagePalette", "", {"palette.tif"}, Kept}, [](Scene& scene) {
+        scene.Arm();
+        HPALETTE palette = GetTiffImagePalette(scene.At("palette.tif"), 0);
+        StopFailing();
+        const Outcome outcome =
+            Result(palette != nullptr, {static_cast<uint8_t>(GetPaletteEntries(palette, 0, 0, nullptr))});
+        DeleteObject(palette);
+        Forget(palette);
+        return outcome;
+    });
+    add({"LoadTiffFileIntoClipboard", "", coded, Partial | Silent}, [](Scene& scene) {
+        PutOnClipboard();
+        scene.Arm();
+        const int32_t done = LoadTiffFileIntoClipboard(scene.At("coded.tif"), 8, 0);
+        return Result(done != 0, StopFailing() && !done ? Bytes() : BytesOf(OnClipboard()));
+    });
+    add({"SaveBitmapInTiffFile SaveBitmapInTiffFileExt SaveBitmapInTiffFormat", "", pages, InPlace, {34}},
+        WithBitmap([](Scene& scene, HBITMAP bitmap) {
+            return Answer(SaveBitmapInTiffFile(scene.At("pages.tif"), bitmap, 208, 0));
+        }));
+    add({"SaveBitmapInTiffFileExt", "in true colour", pages, InPlace, {34}}, [](Scene& scene) {
+        const Canvas canvas(false, 24);
+        scene.Arm();
+        return Answer(SaveBitmapInTiffFileExt(scene.At("pages.tif"), canvas.bitmap, 203, 0, 1));
+    });
+    add({"SaveBitmapInTiffFile", "as JPEG", pages, InPlace, {34}}, [](Scene& scene) {
+        const Canvas canvas(false, 24);
+        scene.Arm();
+        return Answer(SaveBitmapInTiffFile(scene.At("pages.tif"), canvas.bitmap, 209, 0));
+    });
+    add({"SaveBitmapInCcittFile", "", {"raw.g3"}, Kept, {34}}, WithBitmap([](Scene& scene, HBITMAP bitmap) {
+            return Answer(SaveBitmapInCcittFile(scene.At("raw.g3"), bitmap, 8));
+        }));
+    add({"SaveTiffFileFromClipboard", "", pages, InPlace, {25, 26, 34}}, [](Scene& scene) {
+        PutOnClipboard();
+        scene.Arm();
+        return Answer(SaveTiffFileFromClipboard(scene.At("pages.tif"), 208, 0));
+    });
+    add({"CreateBMPFaxPageFromASCII CreateFaxPageFromASCII CreateMultiPageFromASCII",
          "",
          text,
-         WithText([](Scene&, const TiffTextPageSettings& settings) {
-             HANDLE made[4];
-             uint32_t error = 0;
-             const uint32_t count = CreateBMPFaxPageFromASCII(&settings, 4, made, &error);
-             return TakePages(count, made, error, false);
-         }),
          Partial,
          {3, 4}},
-        {"CreateDIBFaxPageFromASCII",
-         "",
-         text,
-         WithText([](Scene&, const TiffTextPageSettings& settings) {
-             HANDLE made[4];
-             uint32_t error = 0;
-             const uint32_t count = CreateDIBFaxPageFromASCII(&settings, 4, made, &error);
-             return TakePages(count, made, error, true);
-         }),
-         Partial,
-         {3, 4}},
-        {"BitmapFormOverlay", "", form, onForm([](Scene& scene, const TiffTextPageSettings& settings) {
-             return TakeDrawn(BitmapFormOverlay(scene.At("palette.tif"), &settings));
-         }),
-         Silent | Partial},
-        {"DIBFormOverlay", "", form, onForm([](Scene& scene, const TiffTextPageSettings& settings) {
-             return TakeBlock(DIBFormOverlay(scene.At("palette.tif"), &settings));
-         }),
-         Silent | Partial},
-        {"DIBFormOverlayExt", "", form, onForm([](Scene& scene, const TiffTextPageSettings& settings) {
-             HANDLE made[3];
-             const uint32_t count = DIBFormOverlayExt(scene.At("palette.tif"), &settings, made, 3, 0);
-             return TakePages(count, made, 0, true);
-         }),
-         Silent | Fewer},
-        {"BitmapTextOverlay",
-         "",
-         {},
-         WithBitmap([](Scene&, HBITMAP bitmap) {
-             return TakeDrawn(BitmapTextOverlay(bitmap, 2, 2, "text\r\nmore", "Arial", 9, 0, 0));
-         }),
-         Silent},
-        {"DIBTextOverlay",
-         "",
-         {},
-         [](Scene& scene) {
-             HGLOBAL dib = Photograph(scene);
-             scene.Arm();
-             return TakeBlock(DIBTextOverlay(dib, 0, 0, "text", "Arial", 9));
-         },
-         Silent},
-        {"DrawTiffNotes",
-         "",
-         {},
-         [](Scene& scene) {
-             HGLOBAL file = scene.InMemory("notes.tif");
-             Canvas canvas(true);
-             scene.Arm();
-             return canvas.Drawn(DrawTiffNotes(canvas.dc, file, 1, &whole));
-         }},
-        {"DrawTiffNotesOnDIB",
-         "",
-         {},
-         [](Scene& scene) {
-             HGLOBAL file = scene.InMemory("notes.tif"), dib = Photograph(scene);
-             scene.Arm();
-             return TakeBlock(DrawTiffNotesOnDIB(dib, file, 1));
-         }},
-        {"DecompressToScreen",
-         "of any format",
-         {"coded.tif"},
-         [](Scene& scene) {
-             Canvas canvas(true, 24);
-             scene.Arm();
-             return canvas.Drawn(DecompressToScreen(TIFF_FORMAT_ANY, nullptr, canvas.dc,
-                                                    scene.At("coded.tif"), 1, nullptr,
-                                                    TIFF_FIT | TIFF_TURN_90));
-         },
-         Kept,
-         {18, 10}},
-        {"DecompressCALSToScreen",
-         "",
-         {"page.cal"},
-         [](Scene& scene) {
-             Canvas canvas(true);
-             scene.Arm();
-             return canvas.Drawn(
-                 DecompressCALSToScreen(nullptr, canvas.dc, scene.At("page.cal"), nullptr, 0));
-         }},
-        {"ShowCALSInfo",
-         "",
-         {"page.cal"},
-         [](Scene& scene) {
-             scene.Arm();
-             return Answer(Confirm([&] { return ShowCALSInfo(nullptr, scene.At("page.cal")); }));
-         }},
-        {"EditCALSHead",
-         "",
-         {"page.cal"},
-         [](Scene& scene) {
-             Bytes header = ReadFileBytes(scene.At("page.cal"));
-             scene.Arm();
-             const int32_t done = Confirm(
-                 [&] { return EditCALSHead(nullptr, "path", reinterpret_cast<char*>(header.data())); });
-             return Result(done == 1, header);
-         }},
-        {"EditTiffNote",
-         "",
-         {},
-         [](Scene& scene) {
-             char room[20] = "note";
-             TiffNote note = {TIFF_NOTE_TEXT, 1, 2, 3, 4, 0, 4, room};
-             scene.Arm();
-             const int32_t done = Confirm([&] { return EditTiffNote(nullptr, &note, room, sizeof(room)); });
-             return Result(done == 1, Bytes(room, room + sizeof(room)));
-         }},
-    };
+        WithText([](Scene&, const TiffTextPageSettings& settings) {
+            HANDLE made[4];
+            uint32_t error = 0;
+            const uint32_t count = CreateBMPFaxPageFromASCII(&settings, 4, made, &error);
+            return TakePages(count, made, error, false);
+        }));
+    add({"CreateDIBFaxPageFromASCII", "", text, Partial, {3, 4}},
+        WithText([](Scene&, const TiffTextPageSettings& settings) {
+            HANDLE made[4];
+            uint32_t error = 0;
+            const uint32_t count = CreateDIBFaxPageFromASCII(&settings, 4, made, &error);
+            return TakePages(count, made, error, true);
+        }));
+    add({"BitmapFormOverlay", "", form, Silent | Partial},
+        onForm([](Scene& scene, const TiffTextPageSettings& settings) {
+            return TakeDrawn(BitmapFormOverlay(scene.At("palette.tif"), &settings));
+        }));
+    add({"DIBFormOverlay", "", form, Silent | Partial},
+        onForm([](Scene& scene, const TiffTextPageSettings& settings) {
+            return TakeBlock(DIBFormOverlay(scene.At("palette.tif"), &settings));
+        }));
+    add({"DIBFormOverlayExt", "", form, Silent | Fewer},
+        onForm([](Scene& scene, const TiffTextPageSettings& settings) {
+            HANDLE made[3];
+            const uint32_t count = DIBFormOverlayExt(scene.At("palette.tif"), &settings, made, 3, 0);
+            return TakePages(count, made, 0, true);
+        }));
+    add({"BitmapTextOverlay", "", {}, Silent}, WithBitmap([](Scene&, HBITMAP bitmap) {
+            return TakeDrawn(BitmapTextOverlay(bitmap, 2, 2, "text\r\nmore", "Arial", 9, 0, 0));
+        }));
+    add({"DIBTextOverlay", "", {}, Silent}, [](Scene& scene) {
+        HGLOBAL dib = Photograph(scene);
+        scene.Arm();
+        return TakeBlock(DIBTextOverlay(dib, 0, 0, "text", "Arial", 9));
+    });
+    add({"DrawTiffNotes", "", {}, Kept}, [](Scene& scene) {
+        HGLOBAL file = scene.InMemory("notes.tif");
+        Canvas canvas(true);
+        scene.Arm();
+        return canvas.Drawn(DrawTiffNotes(canvas.dc, file, 1, &whole));
+    });
+    add({"DrawTiffNotesOnDIB", "", {}, Kept}, [](Scene& scene) {
+        HGLOBAL file = scene.InMemory("notes.tif"), dib = Photograph(scene);
+        scene.Arm();
+        return TakeBlock(DrawTiffNotesOnDIB(dib, file, 1));
+    });
+    add({"DecompressToScreen", "of any format", {"coded.tif"}, Kept, {18, 10}}, [](Scene& scene) {
+        Canvas canvas(true, 24);
+        scene.Arm();
+        return canvas.Drawn(DecompressToScreen(TIFF_FORMAT_ANY, nullptr, canvas.dc, scene.At("coded.tif"), 1,
+                                               nullptr, TIFF_FIT | TIFF_TURN_90));
+    });
+    add({"DecompressCALSToScreen", "", {"page.cal"}, Kept}, [](Scene& scene) {
+        Canvas canvas(true);
+        scene.Arm();
+        return canvas.Drawn(DecompressCALSToScreen(nullptr, canvas.dc, scene.At("page.cal"), nullptr, 0));
+    });
+    add({"ShowCALSInfo", "", {"page.cal"}, Kept}, [](Scene& scene) {
+        scene.Arm();
+        return Answer(Confirm([&] { return ShowCALSInfo(nullptr, scene.At("page.cal")); }));
+    });
+    add({"EditCALSHead", "", {"page.cal"}, Kept}, [](Scene& scene) {
+        Bytes header = ReadFileBytes(scene.At("page.cal"));
+        scene.Arm();
+        const int32_t done =
+            Confirm([&] { return EditCALSHead(nullptr, "path", reinterpret_cast<char*>(header.data())); });
+        return Result(done == 1, header);
+    });
+    add({"EditTiffNote", "", {}, Kept}, [](Scene& scene) {
+        char room[20] = "note";
+        TiffNote note = {TIFF_NOTE_TEXT, 1, 2, 3, 4, 0, 4, room};
+        scene.Arm();
+        const int32_t done = Confirm([&] { return EditTiffNote(nullptr, &note, room, sizeof(room)); });
+        return Result(done == 1, Bytes(room, room + sizeof(room)));
+    });
     for (uint32_t page = 0; page < 9; ++page)
-        rows.push_back({"LoadTiffIntoBitmap",
-                        "of each compression",
-                        coded,
-                        [page](Scene& scene) {
-                            scene.Arm();
-                            return TakeDrawn(LoadTiffIntoBitmap(scene.At("coded.tif"), page, 0));
-                        },
-                        Partial,
-                        {12}});
+        add({"LoadTiffIntoBitmap", "of each compression", coded, Partial, {12}}, [page](Scene& scene) {
+            scene.Arm();
+            return TakeDrawn(LoadTiffIntoBitmap(scene.At("coded.tif"), page, 0));
+        });
     return rows;
 }
 

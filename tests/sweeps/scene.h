@@ -73,9 +73,19 @@ struct Row {
     const char* exported; // the names, with blanks between
     const char* detail;
     std::vector<const char*> files;
-    std::function<Outcome(Scene&)> run;
     unsigned leaves = Kept;
     std::vector<uint32_t> codes{}; // beside the usual ones
+    std::function<Outcome(Scene&)> run{};
+};
+
+struct Adder {
+    std::vector<Row>& rows;
+
+    void operator()(Row row, std::function<Outcome(Scene&)> run) const
+    {
+        row.run = std::move(run);
+        rows.push_back(std::move(row));
+    }
 };
 
 std::vector<Row> PureRows();
