@@ -202,7 +202,7 @@ void AddStreams(const Adder& add)
             return Answer(Encode(file, compression, compression > 2 && compression < 5 ? 30000 : 40000, 3));
         });
     }
-    add({"EncodeMMRImage DecodeMMRImage", "", {"empty.tif"}, Grows, {0}}, [](Scene& scene) {
+    add({"EncodeMMRImage DecodeMMRImage", "", {"empty.tif"}, Grows, {0, 5}}, [](Scene& scene) {
         const TiffStream stream = StreamOf(scene.Stream("empty.tif"));
         RowCollector rows{400};
         scene.Arm();
