@@ -69,7 +69,7 @@ HBITMAP TIFF_CALL LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) TIFF_NOEX
  *
  * Returns 1. When the file cannot be opened or has no such page, it also returns 1 and leaves the
  * clipboard alone. Returns 0 when the dialog does not go on (error 0, 1 or 28), or when the clipboard
- * cannot be opened, which sets no error.
+ * cannot be opened or takes no bitmap, which sets no error.
  */
 int32_t TIFF_CALL LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 

@@ -117,7 +117,7 @@ int32_t TIFF_CALL SaveTiffFileFromClipboard(const char* path, uint32_t selector,
                                             int32_t dialog) TIFF_NOEXCEPT;
 
 /* Writes a bitmap as a bare stream, fill order 2, without a TIFF structure. An existing file is
- * replaced.
+ * replaced when the new one is whole.
  *
  * type  5 Group 3, 6 modified Huffman, 7 Group 3 two-dimensional, 8 Group 4, 9 no compression.
  *
