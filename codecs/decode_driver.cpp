@@ -15,6 +15,8 @@ Status PrepareCall(CodecCall* call, HGLOBAL file, uint32_t page, RowRange range)
     if (const Status status = DescribeLines(call, file, page); status != error::None)
         return status;
     const PageTags tags(file, page);
+    if (!tags)
+        return TagsStatus(file, page);
     const PageScheme& scheme = SchemeOf(tags);
     return scheme.isLeft(tags) ? scheme.notDecoded : scheme.describeDecoding(call, file, page, range);
 }
@@ -35,7 +37,7 @@ Status DescribeLines(CodecContext* context, HGLOBAL file, uint32_t page)
 {
     const PageTags tags(file, page);
     if (!tags)
-        return PageStatus(file, page);
+        return TagsStatus(file, page);
     if (const Status status = DescribeImage(tags, context->lineFormat); status != error::None)
         return status;
     const uint64_t lineBits = uint64_t{Width(context)} * context->lineFormat.biBitCount;
@@ -45,7 +47,10 @@ Status DescribeLines(CodecContext* context, HGLOBAL file, uint32_t page)
     if (lineBits > uint64_t{UINT32_MAX - SPARE_LINE_BYTES} * 8)
         return error::NotEnoughMemory;
     context->bitsPerSample = tags.Value(tag::BitsPerSample, 1);
-    context->byteOrder = Locked<TiffFileRecord>(file)->byteOrder;
+    const Locked<TiffFileRecord> record(file);
+    if (!record)
+        return error::NotEnoughMemory;
+    context->byteOrder = record->byteOrder;
     context->compression = CompressionCode(tags);
     context->fillOrder = tags.Value(tag::FillOrder, 1);
     return context->fillOrder == 1 || context->fillOrder == TIFF_LSB_FIRST ? error::None : error::BadBitOrder;

@@ -45,7 +45,7 @@ Status DescribeTilesToDecode(CodecContext* context, HGLOBAL file, uint32_t page,
 {
     const PageTags tags(file, page);
     if (!tags.Find(tag::JpegProc) || !tags.Find(tag::TileWidth) || !tags.Find(tag::TileLength))
-        return error::TagsMissing;
+        return tags ? error::TagsMissing : error::NotEnoughMemory;
     context->jpegProcess = tags.Value(tag::JpegProc, UNKNOWN_PROCESS);
     if (context->jpegProcess > LAST_PROCESS)
         return error::UnknownCompression;
@@ -82,6 +82,8 @@ Status DescribeTilesToDecode(CodecContext* context, HGLOBAL file, uint32_t page,
 Status DescribeTilesToEncode(CodecContext* context, HGLOBAL file, uint32_t page)
 {
     const PageTags tags(file, page);
+    if (!tags)
+        return error::NotEnoughMemory;
     MeasureTiles(context, tags);
     context->rowsPerStrip = context->tileLength ? context->tileLength : Rows(context);
     context->jpegProcess = tags.Value(tag::JpegProc, 1);

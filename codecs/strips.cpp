@@ -15,7 +15,7 @@ Status DescribeStripsToDecode(CodecContext* context, HGLOBAL file, uint32_t page
 {
     const PageTags tags(file, page);
     if (!tags.Find(tag::StripOffsets))
-        return error::TagsMissing;
+        return tags ? error::TagsMissing : error::NotEnoughMemory;
     if (!GetTiffImageInfoBuffer(file, page, tag::StripOffsets, &context->stripOffsets,
                                 &context->stripOffsetsType, &context->stripCount))
         return error::NotEnoughMemory;

@@ -60,6 +60,8 @@ Status MakeRoomBehind(const char* path, uint32_t tag, AnnotationBytes& bytes, ui
     if (const Status status = LoadForCopy(source, 0); status != error::None)
         return status;
     const PageTags tags(file.Get(), 0);
+    if (!tags)
+        return error::NotEnoughMemory;
     const auto found = tags.Find(tag);
     const bool keeps = found && found->type == fieldtype::Byte;
     bytes.kept = keeps ? found->count : 0;

@@ -180,7 +180,7 @@ Step FollowLink(DirectoryWindow& window, ChainWalk& walk, WalkedPage* pages, See
 Step FollowLinks(DirectoryWindow& window, ChainWalk& walk, uint32_t room, SeenOffsets& seen, uint32_t& target)
 {
     Locked<WalkedPage> pages(walk.pages.Get());
-    Step step = Step::Page;
+    Step step = pages ? Step::Page : Step::NoMemory;
     while (step == Step::Page && walk.pageCount < room)
         step = FollowLink(window, walk, pages.Get(), seen, target);
     return step;
@@ -213,6 +213,8 @@ Status WalkChain(DirectoryWindow& window, ChainWalk& walk)
             if (!MakeRoom(walk, room, TIFF_MAX_PAGES))
                 return error::NotEnoughMemory;
             Locked<WalkedPage> pages(walk.pages.Get());
+            if (!pages)
+                return error::NotEnoughMemory;
             RepeatCycle(pages.Get(), walk.pageCount, target);
             walk.pageCount = TIFF_MAX_PAGES;
             walk.linkPosition = pages[TIFF_MAX_PAGES - 1].linkPosition;

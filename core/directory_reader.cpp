@@ -160,8 +160,11 @@ Status LoadTags(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t f
         return error::InputOutput; // a page that was never written
     GlobalBlock block;
     const Status status = ReadTags(window, fileBytes, entry->directoryOffset, whole, block);
-    if (status == error::None)
-        RegisterPage(file, page, block.Release());
+    if (status == error::None) {
+        if (!RegisterPage(file, page, block.Get()))
+            return error::NotEnoughMemory;
+        block.Release();
+    }
     return status;
 }
 
@@ -172,6 +175,8 @@ Status LoadTags(HGLOBAL file, uint32_t page)
     if (!FindPage(file, page))
         return error::IndexOutOfRange;
     Locked<TiffFileRecord> record(file);
+    if (!record)
+        return error::NotEnoughMemory;
     Stream stream(OpenRecord(*record));
     DirectoryWindow window;
     window.stream = stream.Get();

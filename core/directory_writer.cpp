@@ -47,14 +47,15 @@ Status BuildDirectory(HGLOBAL file, uint32_t page, uint32_t byteOrder, Directory
 Status WriteBytes(TiffStream stream, HGLOBAL block, uint32_t count)
 {
     Locked<uint8_t> bytes(block);
+    if (!bytes)
+        return error::NotEnoughMemory;
     return LongWrite(stream, fieldtype::Byte, count, bytes.Get(), TIFF_INTEL, 0) ? error::None
                                                                                  : error::InputOutput;
 }
 
-void TakeDirectory(HGLOBAL file, uint32_t page, const DirectoryLayout& layout)
+void TakeDirectory(TiffFileRecord* record, uint32_t page, const DirectoryLayout& layout)
 {
-    Locked<TiffFileRecord> record(file);
-    PageEntry& entry = Pages(record.Get())[page];
+    PageEntry& entry = Pages(record)[page];
     entry.directoryOffset = layout.directoryOffset;
     entry.tagBlockBytes = layout.valueBytes + layout.entryBytes;
     record->linkPosition = layout.linkPosition;
@@ -95,12 +96,11 @@ static Status SetLink(TiffStream stream, uint32_t position, uint32_t directoryOf
 Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page, bool& linked)
 {
     linked = false;
-    uint32_t byteOrder, linkPosition;
-    {
-        Locked<TiffFileRecord> record(file);
-        byteOrder = record->byteOrder;
-        linkPosition = record->linkPosition;
-    }
+    // Locked to the end: a page that is linked must be able to be entered.
+    const Locked<TiffFileRecord> record(file);
+    if (!record)
+        return error::NotEnoughMemory;
+    const uint32_t byteOrder = record->byteOrder, linkPosition = record->linkPosition;
     DirectoryLayout layout{.start = mSeek(stream, 0, 2)};
     if (layout.start == STREAM_FAILED)
         return error::InputOutput;
@@ -115,7 +115,7 @@ Status WriteDirectory(TiffStream stream, HGLOBAL file, uint32_t page, bool& link
     if (const Status status = SetLink(stream, linkPosition, layout.directoryOffset, byteOrder, linked);
         status != error::None)
         return status;
-    TakeDirectory(file, page, layout);
+    TakeDirectory(record.Get(), page, layout);
     return error::None;
 }
 

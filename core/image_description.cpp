@@ -207,7 +207,7 @@ extern "C" int32_t GetTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, v
     const PageTags tags(file, page);
     const auto found = tags.Find(tag);
     if (!found) {
-        SetTiffError(error::TagNotDefined);
+        SetTiffError(tags ? error::TagNotDefined : error::NotEnoughMemory);
         return 0;
     }
     if (!out)
@@ -238,8 +238,8 @@ extern "C" int32_t GetTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t 
         return 0;
     const PageTags tags(file, page);
     const auto found = tag ? tags.Find(tag) : std::nullopt;
-    if (tag && !found) {
-        SetTiffError(error::TagNotDefined);
+    if (!tags || (tag && !found)) {
+        SetTiffError(tags ? error::TagNotDefined : error::NotEnoughMemory);
         return 0;
     }
     if (outBlock) {
@@ -263,7 +263,7 @@ extern "C" uint32_t GetTiffDimensions(HGLOBAL file, uint32_t page, BITMAPINFOHEA
         return Fail(error::InvalidParameters);
     const PageTags tags(file, page);
     const Status described = Describe(tags, *header);
-    return Fail(tags ? described : PageStatus(file, page));
+    return Fail(tags ? described : TagsStatus(file, page));
 }
 
 extern "C" uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) noexcept
@@ -273,7 +273,7 @@ extern "C" uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) 
     *out = 0;
     const PageTags tags(file, page);
     if (!tags)
-        return Fail(PageStatus(file, page));
+        return Fail(TagsStatus(file, page));
     const Resolution resolution = ResolutionOf(tags);
     *out = RoundedDotsPerInch(resolution.vertical, resolution.unit) << 16 |
            RoundedDotsPerInch(resolution.horizontal, resolution.unit);
@@ -293,7 +293,9 @@ extern "C" HGLOBAL GetTiffRGBQuad(HGLOBAL file, uint32_t page) noexcept
     }
     *built = header;
     const std::span colours(reinterpret_cast<RGBQUAD*>(built.Get() + 1), header.biClrUsed);
-    if (const Status status = DescribeColours(PageTags(file, page), header, colours); status != error::None) {
+    const PageTags tags(file, page);
+    const Status status = tags ? DescribeColours(tags, header, colours) : TagsStatus(file, page);
+    if (status != error::None) {
         SetTiffError(status);
         return nullptr;
     }

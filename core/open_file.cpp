@@ -55,9 +55,8 @@ static TiffStream OpenMemoryForWriting(const TiffFileRecord& record, GlobalBlock
     return OpenMemoryStream(fresh ? fresh.Get() : record.memoryBlock, isNew ? 0 : record.memoryBytes);
 }
 
-static TiffStream OpenRecordForWriting(HGLOBAL file, uint32_t retries, GlobalBlock& fresh)
+static TiffStream OpenRecordForWriting(const TiffFileRecord* record, uint32_t retries, GlobalBlock& fresh)
 {
-    Locked<TiffFileRecord> record(file);
     if (!record)
         return NO_STREAM;
     if (!record->path[0])
@@ -71,7 +70,8 @@ static TiffStream OpenRecordForWriting(HGLOBAL file, uint32_t retries, GlobalBlo
 }
 
 WritingStream::WritingStream(HGLOBAL file, uint32_t retries)
-    : file(file), stream(OpenRecordForWriting(file, retries, fresh)), knowsEnd(SizeToRead(stream.Get(), end))
+    : file(file), record(file), stream(OpenRecordForWriting(record.Get(), retries, fresh)),
+      knowsEnd(SizeToRead(stream.Get(), end))
 {
 }
 
@@ -86,7 +86,6 @@ WritingStream::~WritingStream()
         fresh.Adopt(block);
         return;
     }
-    Locked<TiffFileRecord> record(file);
     if (record && block)
         record->memoryBlock = block;
 }
@@ -95,15 +94,14 @@ void WritingStream::Commit()
 {
     fresh.Release();
     if (MemoryStreamBlock(stream.Get()))
-        Locked<TiffFileRecord>(file)->memoryBytes = mSize(stream.Get());
+        record->memoryBytes = mSize(stream.Get());
 }
 
 Status WritingStream::OpenStatus() const
 {
     if (stream)
         return error::None;
-    const Locked<TiffFileRecord> record(file);
-    const bool noMemory = record && !record->path[0] && !record->memoryBlock && !fresh;
+    const bool noMemory = record ? !record->path[0] && !record->memoryBlock && !fresh : file != nullptr;
     return noMemory ? error::NotEnoughMemory : error::InputOutput;
 }
 
@@ -141,6 +139,8 @@ Status BeginPage(TiffStream stream, HGLOBAL file)
     uint32_t byteOrder, openFlags, linkPosition;
     {
         Locked<TiffFileRecord> record(file);
+        if (!record)
+            return error::NotEnoughMemory;
         byteOrder = record->byteOrder;
         openFlags = record->openFlags;
         linkPosition = record->linkPosition;
@@ -175,9 +175,11 @@ static Status ReadHeader(DirectoryWindow& window)
     return Load16(header, window.byteOrder) == TIFF_VERSION ? error::None : error::NotTiff;
 }
 
-static void TakePages(TiffFileRecord* record, const ChainWalk& walk)
+static Status TakePages(TiffFileRecord* record, const ChainWalk& walk)
 {
     Locked<WalkedPage> walked(walk.pages.Get());
+    if (!record || (!walked && walk.pageCount > 0))
+        return error::NotEnoughMemory;
     PageEntry* pages = Pages(record);
     for (uint32_t page = 0; page < walk.pageCount; ++page) {
         const WalkedPage& found = walked[page];
@@ -186,14 +188,18 @@ static void TakePages(TiffFileRecord* record, const ChainWalk& walk)
     }
     record->pageCount = walk.pageCount;
     record->linkPosition = walk.linkPosition;
+    return error::None;
 }
 
 // Reads the pages of the file that an empty record names.
-static Status ReadPages(GlobalBlock& block, bool& broken)
+static Status ReadPages(GlobalBlock& block, uint32_t openFlags, bool& broken)
 {
     ChainWalk walk;
     {
         Locked<TiffFileRecord> record(block.Get());
+        if (!record)
+            return error::NotEnoughMemory;
+        record->openFlags = openFlags;
         Stream stream(OpenRecord(*record));
         DirectoryWindow window;
         window.stream = stream.Get();
@@ -209,9 +215,8 @@ static Status ReadPages(GlobalBlock& block, bool& broken)
     if (!block.Resize(FileRecordBytes(PageRoom(walk.pageCount))))
         return error::NotEnoughMemory;
     Locked<TiffFileRecord> record(block.Get());
-    TakePages(record.Get(), walk);
     broken = walk.broken;
-    return error::None;
+    return TakePages(record.Get(), walk);
 }
 
 // An empty record for a new file.
@@ -235,9 +240,8 @@ static HGLOBAL OpenExisting(GlobalBlock block, uint32_t openFlags, Status& statu
 {
     if (!block)
         return nullptr;
-    Locked<TiffFileRecord>(block.Get())->openFlags = openFlags;
     bool broken = false;
-    status = ReadPages(block, broken);
+    status = ReadPages(block, openFlags, broken);
     if (status != error::None)
         return nullptr;
     if (broken)

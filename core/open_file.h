@@ -48,7 +48,8 @@ public:
 
 private:
     HGLOBAL file;
-    GlobalBlock fresh; // of a TIFF in memory that had no block, until it has a page
+    Locked<TiffFileRecord> record; // while the file is written, its end must be able to be noted
+    GlobalBlock fresh;             // of a TIFF in memory that had no block, until it has a page
     Stream stream;
     uint32_t end = 0; // of the file as it was opened
     bool knowsEnd;

@@ -57,8 +57,13 @@ int32_t AddPage(HGLOBAL file)
         SetTiffError(error::NotEnoughMemory);
         return -1;
     }
-    ++Locked<TiffFileRecord>(file)->pageCount;
-    RegisterPage(file, page, block.Release());
+    Locked<TiffFileRecord> record(file);
+    if (!record || !RegisterPage(file, page, block.Get())) {
+        SetTiffError(error::NotEnoughMemory);
+        return -1;
+    }
+    ++record->pageCount;
+    block.Release();
     return static_cast<int32_t>(page);
 }
 
@@ -73,6 +78,8 @@ struct Need {
 Need Measure(HGLOBAL tagBlock, const TagRecord& record, uint64_t recordBytes)
 {
     Locked<TagBlock> block(tagBlock);
+    if (!block)
+        return {UINT64_MAX, false, false};
     const size_t replaced = FindRecord(block.Get(), record.tag).size();
     const uint64_t bytes = block->used - replaced + recordBytes;
     return {bytes, bytes <= block->capacity, block->tagCount == UINT16_MAX && !replaced};
@@ -80,7 +87,10 @@ Need Measure(HGLOBAL tagBlock, const TagRecord& record, uint64_t recordBytes)
 
 bool PutRecord(HGLOBAL file, uint32_t page, TagRecord record, const void* values)
 {
-    HGLOBAL tagBlock = FindPage(file, page)->tagBlock;
+    const auto entry = FindPage(file, page);
+    if (!entry)
+        return false;
+    HGLOBAL tagBlock = entry->tagBlock;
     const uint64_t recordBytes = sizeof(record) + uint64_t{record.count} * ElementBytes(record.type);
     const Need need = Measure(tagBlock, record, recordBytes);
     if (need.tooManyTags || need.bytes > INT32_MAX)
@@ -89,11 +99,13 @@ bool PutRecord(HGLOBAL file, uint32_t page, TagRecord record, const void* values
     if (!need.fits) {
         tagBlock = GlobalReAlloc(tagBlock, static_cast<SIZE_T>(sizeof(TagBlock) + need.bytes + BLOCK_SLACK),
                                  GMEM_MOVEABLE | GMEM_ZEROINIT);
+        // A movable block keeps its handle.
         if (!tagBlock)
             return false;
-        RegisterPage(file, page, tagBlock);
     }
     Locked<TagBlock> block(tagBlock);
+    if (!block)
+        return false;
     if (!need.fits)
         block->capacity = static_cast<uint32_t>(need.bytes);
     record.length = static_cast<uint32_t>(recordBytes);

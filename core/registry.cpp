@@ -16,9 +16,11 @@ uint32_t PageRoom(uint32_t pageCount)
 
 bool MakeRoomForPage(HGLOBAL file)
 {
-    const uint32_t pageCount = Locked<TiffFileRecord>(file)->pageCount;
-    if (pageCount >= TIFF_MAX_PAGES)
+    Locked<TiffFileRecord> record(file);
+    if (!record || record->pageCount >= TIFF_MAX_PAGES)
         return false;
+    const uint32_t pageCount = record->pageCount;
+    record.Unlock();
     const uint32_t room = PageRoom(pageCount + 1);
     if (room == PageRoom(pageCount))
         return true;
@@ -43,12 +45,21 @@ Status PageStatus(HGLOBAL file, uint32_t page)
     return entry->kind & PAGE_REGISTERED ? error::None : error::NotRegistered;
 }
 
-void RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock)
+Status TagsStatus(HGLOBAL file, uint32_t page)
+{
+    const Status status = PageStatus(file, page);
+    return status == error::None ? error::NotEnoughMemory : status;
+}
+
+bool RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock)
 {
     Locked<TiffFileRecord> record(file);
+    if (!record)
+        return false;
     PageEntry& entry = Pages(record.Get())[page];
     entry.tagBlock = tagBlock;
     entry.kind |= PAGE_REGISTERED;
+    return true;
 }
 
 // Deliberate: the handle's value stays in the entry, so that a new page never takes the slot of one

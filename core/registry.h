@@ -33,6 +33,9 @@ std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page);
 // 0 for a page whose tags are loaded or defined; 3 no such page, 27 not loaded, 34 no such file.
 [[nodiscard]] Status PageStatus(HGLOBAL file, uint32_t page);
 
+// Why the tags of a page could not be had: as PageStatus, and 1 for a loaded page.
+[[nodiscard]] Status TagsStatus(HGLOBAL file, uint32_t page);
+
 inline bool IsRegistered(HGLOBAL file, uint32_t page)
 {
     return PageStatus(file, page) == error::None;
@@ -42,6 +45,6 @@ inline bool IsRegistered(HGLOBAL file, uint32_t page)
 void DropPages(HGLOBAL file);
 
 // Registers a page with this block of tags.
-void RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock);
+[[nodiscard]] bool RegisterPage(HGLOBAL file, uint32_t page, HGLOBAL tagBlock);
 
 } // namespace tiff

@@ -50,7 +50,8 @@ void AppendRecord(TagBlock* block, const TagRecord& record, const void* values)
 
 static HGLOBAL TagBlockOf(HGLOBAL file, uint32_t page)
 {
-    return IsRegistered(file, page) ? FindPage(file, page)->tagBlock : nullptr;
+    const auto entry = FindPage(file, page);
+    return entry && entry->kind & PAGE_REGISTERED ? entry->tagBlock : nullptr;
 }
 
 PageTags::PageTags(HGLOBAL file, uint32_t page) : block(TagBlockOf(file, page))
@@ -59,7 +60,7 @@ PageTags::PageTags(HGLOBAL file, uint32_t page) : block(TagBlockOf(file, page))
 
 std::optional<TagView> PageTags::Next(uint32_t& position) const
 {
-    if (position + uint64_t{sizeof(TagRecord)} > block->used)
+    if (!block || position + uint64_t{sizeof(TagRecord)} > block->used)
         return std::nullopt;
     const uint8_t* at = reinterpret_cast<const uint8_t*>(block.Get() + 1) + position;
     TagRecord record;
@@ -72,7 +73,7 @@ std::optional<TagView> PageTags::Next(uint32_t& position) const
 std::optional<TagView> PageTags::Find(uint32_t tag) const
 {
     uint32_t position = 0;
-    for (uint32_t left = block->tagCount; left > 0; --left) {
+    for (uint32_t left = Count(); left > 0; --left) {
         const auto record = Next(position);
         if (!record || record->tag == tag)
             return record;

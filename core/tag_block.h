@@ -48,7 +48,7 @@ public:
     }
     uint16_t Count() const
     {
-        return block->tagCount;
+        return block ? block->tagCount : uint16_t{0};
     }
     // The first record with the tag; a missing one sets no error.
     std::optional<TagView> Find(uint32_t tag) const;

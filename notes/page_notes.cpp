@@ -28,6 +28,8 @@ Status PlanChange(const char* path, uint32_t page, const NoteEdit& edit, NoteVal
     if (const Status status = LoadForCopy(source, page); status != error::None)
         return status;
     const PageTags tags(file.Get(), page);
+    if (!tags)
+        return error::NotEnoughMemory;
     const auto found = tags.Find(NOTES_TAG);
     if (edit.change == NoteChange::Add && found && found->type != fieldtype::Ascii)
         return error::MixedByteOrders;

@@ -22,7 +22,8 @@ GlobalBlock CopyOf(HGLOBAL block)
 // A TIFF in memory that is copied into itself is read from a copy: growing may move it.
 GlobalBlock SnapshotOf(HGLOBAL file, HGLOBAL destination)
 {
-    HGLOBAL block = Locked<TiffFileRecord>(file)->memoryBlock;
+    const Locked<TiffFileRecord> record(file);
+    HGLOBAL block = record ? record->memoryBlock : nullptr;
     const Locked<TiffFileRecord> other(destination);
     return block && other && other->memoryBlock == block ? CopyOf(block) : GlobalBlock();
 }
@@ -30,6 +31,8 @@ GlobalBlock SnapshotOf(HGLOBAL file, HGLOBAL destination)
 TiffStream OpenSource(HGLOBAL file, HGLOBAL destination, const GlobalBlock& snapshot)
 {
     const Locked<TiffFileRecord> record(file);
+    if (!record)
+        return NO_STREAM;
     if (snapshot)
         return OpenMemoryStream(snapshot.Get(), record->memoryBytes);
     const Locked<TiffFileRecord> other(destination);
@@ -44,14 +47,18 @@ uint32_t BytesOf(TiffStream stream)
     return SizeToRead(stream, bytes) ? std::min(bytes, STREAM_FAILED - 1) : STREAM_FAILED;
 }
 
+uint32_t ByteOrderOf(HGLOBAL file)
+{
+    const Locked<TiffFileRecord> record(file);
+    return record ? record->byteOrder : uint32_t{TIFF_INTEL};
+}
+
 } // namespace
 
 CopySource::CopySource(HGLOBAL file, BrokenBranch brokenBranch, HGLOBAL destination)
     : file(file), brokenBranch(brokenBranch), snapshot(SnapshotOf(file, destination)),
       stream(OpenSource(file, destination, snapshot)),
-      bytes(BytesOf(stream.Get())), window{.stream = stream.Get(),
-                                           .byteOrder = Locked<TiffFileRecord>(file)->byteOrder,
-                                           .bytes{}}
+      bytes(BytesOf(stream.Get())), window{.stream = stream.Get(), .byteOrder = ByteOrderOf(file), .bytes{}}
 {
 }
 

@@ -72,7 +72,7 @@ Status CopyPage(CopyRun& run, uint32_t page)
 {
     const PageTags tags(run.source.file, page);
     if (!tags)
-        return PageStatus(run.source.file, page);
+        return TagsStatus(run.source.file, page);
     CopyPlan plan;
     if (const Status status = PlanPage(run.source, page, tags, plan); status != error::None)
         return status;
@@ -238,10 +238,9 @@ uint32_t PagesBeforeRepeat(HGLOBAL file)
 namespace {
 
 // Makes the page appended last the record's last. Its entry counts as used: its tags were dropped.
-void EnterPage(const CopyRun& run, uint16_t kind)
+void EnterPage(const CopyRun& run, uint16_t kind, TiffFileRecord* record)
 {
-    Locked<TiffFileRecord> record(run.destination);
-    PageEntry& entry = Pages(record.Get())[record->pageCount++];
+    PageEntry& entry = Pages(record)[record->pageCount++];
     entry = {run.directoryOffset, run.directoryBytes, run.destination,
              static_cast<uint16_t>(kind & ~PAGE_REGISTERED)};
     record->linkPosition = run.output.whole.linkPosition;
@@ -259,13 +258,18 @@ Status CopyBetweenHandles(HGLOBAL file, uint32_t page, HGLOBAL destination)
         DropTiffImage(file, page);
         return error::NotEnoughMemory;
     }
-    const uint16_t kind = FindPage(file, page)->kind;
-    const uint16_t byteOrder = Locked<TiffFileRecord>(destination)->byteOrder;
+    const auto entry = FindPage(file, page);
+    const Locked<TiffFileRecord> record(destination);
+    if (!entry || !record) {
+        DropTiffImage(file, page);
+        return error::NotEnoughMemory;
+    }
+    const uint16_t byteOrder = record->byteOrder;
     const Status status = FinishCopy(run, CopyPages(run, {page, page + 1}));
     if (status == error::None)
-        EnterPage(run, kind);
+        EnterPage(run, entry->kind, record.Get());
     else
-        Locked<TiffFileRecord>(destination)->byteOrder = byteOrder;
+        record->byteOrder = byteOrder;
     return status;
 }
 

@@ -25,7 +25,8 @@ uint32_t OpenedTiff::PageCount() const
 
 uint32_t OpenedTiff::ByteOrder() const
 {
-    return Locked<TiffFileRecord>(file)->byteOrder;
+    const Locked<TiffFileRecord> record(file);
+    return record ? record->byteOrder : uint32_t{0};
 }
 
 Status BuildWithout(const OpenedTiff& file, PageRange range, const char* path)

@@ -30,6 +30,8 @@ Status FindStrips(CopySource& source, uint32_t page, PageContent& content)
     if (const Status status = LoadTags(source.file, page); status != error::None)
         return status;
     const PageTags tags(source.file, page);
+    if (!tags)
+        return error::NotEnoughMemory;
     Status status = DescribePage(source, page, tags, content);
     if (status == error::None)
         status = FindReference(source, content, stripReference);

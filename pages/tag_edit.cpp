@@ -28,7 +28,11 @@ Status EditTags(CopyRun& run, uint32_t page, const TagEdit& edit)
     if (const Status status = LoadForCopy(run.source, page); status != error::None)
         return status;
     if (edit.remove) {
-        RemoveRecord(Locked<TagBlock>(FindPage(file, page)->tagBlock).Get(), edit.tag);
+        const auto entry = FindPage(file, page);
+        const Locked<TagBlock> tags(entry ? entry->tagBlock : nullptr);
+        if (!tags)
+            return error::NotEnoughMemory;
+        RemoveRecord(tags.Get(), edit.tag);
         return error::None;
     }
     return DefineTag(file, page, {edit.tag, edit.type, edit.count, edit.values});

@@ -35,6 +35,8 @@ static Status DecodeWithPictureCodec(const RowSource& source, const LineTarget& 
 {
     constexpr uint32_t INKS = 4;
     const PageTags tags(source.file, source.page);
+    if (!tags)
+        return error::NotEnoughMemory;
     const auto decode = SchemeOf(tags).decodePicture;
     if (!decode)
         return error::UnknownCompression;
@@ -58,7 +60,7 @@ Status OpenPageRows(HGLOBAL file, uint32_t page, PageRows rows, RowSource& sourc
 {
     const PageTags tags(file, page);
     if (!tags)
-        return PageStatus(file, page);
+        return TagsStatus(file, page);
     const bool isPicture = rows == PageRows::Any && IsLeftToPictureCodec(tags);
     source.decode = isPicture ? DecodeWithPictureCodec : DecodeLines;
     source.file = file;

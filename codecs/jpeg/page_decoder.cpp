@@ -125,6 +125,9 @@ Status ClearRows(const Page& page, PageRows& rows)
 Status DecodePage(HGLOBAL file, uint32_t number, const LineTarget& target)
 {
     const PageTags tags(file, number);
+    Locked<TiffFileRecord> record(file);
+    if (!tags || !record)
+        return error::NotEnoughMemory;
     Page page{.tags = tags};
     if (const Status status = DescribePage(tags, page); status != error::None)
         return status;
@@ -135,7 +138,6 @@ Status DecodePage(HGLOBAL file, uint32_t number, const LineTarget& target)
     const Locked<uint8_t> line(lineBlock.Get());
     if (!decoder || !line)
         return error::NotEnoughMemory;
-    Locked<TiffFileRecord> record(file);
     const Stream stream(OpenRecord(*record));
     uint32_t fileEnd = 0;
     if (!SizeToRead(stream.Get(), fileEnd))
