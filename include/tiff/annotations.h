@@ -2,7 +2,7 @@
  * kvanno.dll, which is loaded for each call from this library's folder, or else from where the system finds
  * it. Its objects and bytes pass through unchanged.
  *
- * Failures return 0 and set no error code of their own; the TIFF operations in them do.
+ * Failures return 0. Beside a null path they set no error code of their own; the TIFF operations in them do.
  */
 #ifndef TIFF_ANNOTATIONS_H
 #define TIFF_ANNOTATIONS_H

@@ -33,9 +33,10 @@ typedef int32_t(TIFF_CALL* TiffProgress)(uint32_t total, uint32_t done, uint64_t
  *
  * source       an open TIFF file, also one in memory; it stays open.
  * page         counted from 0. Its tags are taken from memory if they are loaded, with the changes made
- * there, and dropped afterwards. destination  an open TIFF file too, which stays open, for writing; a new one
- * (T_CREAT) is created now. Both must have the same byte order. This is not checked: the page and the link to
- * it are written in the source's order, and a file that mixes both cannot be read past that point.
+ *              there, and dropped afterwards.
+ * destination  open for writing, and stays open; a new one (T_CREAT) is created now. Both must have the
+ *              same byte order. This is not checked: the page and the link to it are written in the
+ *              source's order, and a file that mixes both cannot be read past that point.
  *
  * A strip that reaches beyond the end of the source is copied as far as it exists. A strip with a byte
  * count of 0, or a single one without a count, is copied up to the next item in the file. A sub-directory

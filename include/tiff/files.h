@@ -140,7 +140,7 @@ int32_t TIFF_CALL ModiTiffFileInfo(HGLOBAL file, const char* path, uint32_t byte
  * size    1 to 14 copies exactly that many bytes of the text and its terminating zero, so a size below 14
  *         gives no terminator; 15 or more copies all of it; 0 or less nothing.
  *
- * Returns nothing. The last error stays.
+ * The last error stays.
  */
 void TIFF_CALL GetTiffVersion(char* buffer, int32_t size) TIFF_NOEXCEPT;
 
