@@ -396,6 +396,8 @@ Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant
 
 Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, const LineFeed& feed)
 {
+    if (!request.path)
+        return error::InvalidParameters;
     HGLOBAL file = OpenTiffFile(request.path, T_APPEND);
     if (!file)
         return error::CannotOpen;
