@@ -825,6 +825,21 @@ public static unsafe class Tiff {
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern int ReplaceTiffNote([MarshalAs(UTF8)] string path, uint page, uint index, TiffNote* note);
+
+    [DllImport("kernel32.dll")]
+    public static extern IntPtr GlobalAlloc(uint flags, ulong bytes);
+
+    [DllImport("kernel32.dll")]
+    public static extern byte* GlobalLock(IntPtr block);
+
+    [DllImport("kernel32.dll")]
+    public static extern int GlobalUnlock(IntPtr block);
+
+    [DllImport("kernel32.dll")]
+    public static extern ulong GlobalSize(IntPtr block);
+
+    [DllImport("kernel32.dll")]
+    public static extern IntPtr GlobalFree(IntPtr block);
 }
 
 }

@@ -651,6 +651,16 @@ function GetTiffNoteCount(&file: TiffHandle; page: LongWord): LongInt;
   cdecl; external 'TIFF.DLL' name 'GetTiffNoteCount';
 function ReplaceTiffNote(path: PAnsiChar; page: LongWord; index: LongWord; note: PTiffNote): LongInt;
   cdecl; external 'TIFF.DLL' name 'ReplaceTiffNote';
+function GlobalAlloc(flags: LongWord; bytes: UInt64): TiffHandle;
+  stdcall; external 'kernel32.dll';
+function GlobalLock(block: TiffHandle): Pointer;
+  stdcall; external 'kernel32.dll';
+function GlobalUnlock(block: TiffHandle): LongInt;
+  stdcall; external 'kernel32.dll';
+function GlobalSize(block: TiffHandle): UInt64;
+  stdcall; external 'kernel32.dll';
+function GlobalFree(block: TiffHandle): TiffHandle;
+  stdcall; external 'kernel32.dll';
 
 implementation
 

@@ -16,6 +16,11 @@ __version__ = "@VERSION@"
 
 library = ctypes.CDLL(str(pathlib.Path(__file__).with_name("TIFF.DLL")))
 globals().update(api.declare(library))
+kernel = ctypes.CDLL("kernel32.dll")
+for name, result in (("GlobalLock", ctypes.c_void_p), ("GlobalUnlock", ctypes.c_int32),
+                     ("GlobalSize", ctypes.c_size_t), ("GlobalFree", ctypes.c_void_p)):
+    routine = getattr(kernel, name)
+    routine.restype, routine.argtypes = result, (ctypes.c_void_p,)
 
 
 def use_utf8_paths():
@@ -33,6 +38,18 @@ def error_text(code=-1):
     buffer = ctypes.create_string_buffer(64)
     library.TiffErrorString(buffer, code)
     return buffer.value.decode("ascii")
+
+
+def contents(block):
+    """The bytes of a block: a DIB, or a TIFF in memory."""
+    data = ctypes.string_at(kernel.GlobalLock(block), kernel.GlobalSize(block))
+    kernel.GlobalUnlock(block)
+    return data
+
+
+def free(block):
+    """Frees a block that a function returned."""
+    kernel.GlobalFree(block)
 
 
 use_utf8_paths()
