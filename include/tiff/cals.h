@@ -104,7 +104,7 @@ HGLOBAL TIFF_CALL DefineCALSHead(const TiffCalsInformation* information,
  * 20: it holds the rows that could be decoded, the rest is white.
  * Errors: 0 the user cancelled; 1, also for a picture of 4 GiB and more; others as ReadCALSInfo and
  *         DecodeCcittImageFrom.
- * A success clears the last error.
+ * A success clears the last error; a picture that could only be decoded in part comes with its own.
  */
 HGLOBAL TIFF_CALL LoadCALSIntoDIB(const char* path, int32_t showInformation) TIFF_NOEXCEPT;
 

@@ -130,7 +130,7 @@ HPALETTE TIFF_CALL GetTiffImagePalette(const char* path, uint32_t page) TIFF_NOE
  * Returns PhotometricInterpretation 7 to 17, 0 for an ordinary page, or 0xFFFFFFFF when the page cannot be
  * loaded.
  * Errors: 3 no such page; 29 no path; others as LoadNonRGBTiffIntoDIB.
- * A success clears the last error.
+ * A success clears the last error; a picture that could only be decoded in part comes with its own.
  */
 uint32_t TIFF_CALL GetTiffColorSpace(const char* path, int32_t page) TIFF_NOEXCEPT;
 

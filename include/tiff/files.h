@@ -108,7 +108,7 @@ uint32_t TIFF_CALL NumberOfTiffImages(HGLOBAL file, uint32_t kind) TIFF_NOEXCEPT
  *
  * path  of the TIFF file.
  *
- * A success clears the last error.
+ * A success clears the last error, unless the chain breaks.
  */
 uint32_t TIFF_CALL GetNumberOfImagesInTiffFile(const char* path) TIFF_NOEXCEPT;
 

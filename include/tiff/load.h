@@ -34,7 +34,7 @@ TIFF_LAYOUT(TiffLoadDialogRequest, 16, page, 8);
  *         format (32 bits that are not CMYK, YCbCr with shared chroma outside JPEG, JPEG of 12 bits); 28
  *         dialogs library missing; others as OpenTiffFile, GetTiffImage, GetTiffRGBQuad and
  *         DecodeTiffImage.
- * A success clears the last error.
+ * A success clears the last error; a picture that could only be decoded in part comes with its own.
  */
 HGLOBAL TIFF_CALL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
@@ -45,7 +45,7 @@ HGLOBAL TIFF_CALL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialo
  *
  * Returns as LoadTiffIntoDIB; a null file gives null and sets no error.
  * Errors: as LoadTiffIntoDIB.
- * A success clears the last error.
+ * A success clears the last error; a picture that could only be decoded in part comes with its own.
  */
 HGLOBAL TIFF_CALL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
@@ -58,7 +58,7 @@ HGLOBAL TIFF_CALL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) TIFF_NOEXCEP
  *
  * Returns as LoadTiffIntoDIB.
  * Errors: 9990 and 9991 JPEG pages; others as LoadTiffIntoDIB.
- * A success clears the last error.
+ * A success clears the last error; a picture that could only be decoded in part comes with its own.
  */
 HGLOBAL TIFF_CALL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) TIFF_NOEXCEPT;
 
@@ -73,7 +73,7 @@ HGLOBAL TIFF_CALL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) TIFF_NO
  * Returns the bitmap, which the caller frees with DeleteObject, or null. It may come with error 5: it holds
  * the rows that could be decoded.
  * Errors: as LoadTiffIntoDIB; 1 also for a size that is not positive or that GDI cannot make.
- * A success clears the last error.
+ * A success clears the last error; a picture that could only be decoded in part comes with its own.
  */
 HBITMAP TIFF_CALL LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
@@ -83,7 +83,7 @@ HBITMAP TIFF_CALL LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t di
  *
  * Returns as LoadTiffIntoBitmap.
  * Errors: as LoadTiffIntoBitmap.
- * A success clears the last error.
+ * A success clears the last error; a picture that could only be decoded in part comes with its own.
  */
 HBITMAP TIFF_CALL LoadTiffFileIntoBitmap(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;
 
@@ -95,7 +95,7 @@ HBITMAP TIFF_CALL LoadTiffFileIntoBitmap(const char* path, uint32_t page, int32_
  *
  * Returns as LoadTiffIntoBitmap; a null file gives null and sets no error.
  * Errors: 27 a page that is not loaded; others as LoadTiffIntoBitmap.
- * A success clears the last error.
+ * A success clears the last error; a picture that could only be decoded in part comes with its own.
  */
 HBITMAP TIFF_CALL LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 

@@ -19,7 +19,7 @@ TIFF_BEGIN
  *
  * Returns a bitmap, which the caller frees with DeleteObject, or null.
  * Errors: as LoadTiffIntoBitmap.
- * A success clears the last error.
+ * A success clears the last error; a form that could only be decoded in part leaves its own.
  */
 HBITMAP TIFF_CALL BitmapFormOverlay(const char* formPath, const TiffTextPageSettings* settings) TIFF_NOEXCEPT;
 
@@ -29,7 +29,7 @@ HBITMAP TIFF_CALL BitmapFormOverlay(const char* formPath, const TiffTextPageSett
  *
  * Returns a DIB, which the caller frees with GlobalFree, or null.
  * Errors: as BitmapFormOverlay.
- * A success clears the last error.
+ * A success clears the last error; a form that could only be decoded in part leaves its own.
  */
 HGLOBAL TIFF_CALL DIBFormOverlay(const char* formPath, const TiffTextPageSettings* settings) TIFF_NOEXCEPT;
 
@@ -42,7 +42,7 @@ HGLOBAL TIFF_CALL DIBFormOverlay(const char* formPath, const TiffTextPageSetting
  *
  * Returns the number of pages.
  * Errors: as BitmapFormOverlay.
- * A success clears the last error.
+ * A success clears the last error; a form that could only be decoded in part leaves its own.
  */
 uint32_t TIFF_CALL DIBFormOverlayExt(const char* formPath, const TiffTextPageSettings* settings,
                                      HANDLE* pages, uint32_t pageLimit, uint32_t startY) TIFF_NOEXCEPT;
