@@ -28,6 +28,8 @@ struct OverlayText {
 uint32_t DrawOnForm(const char* formPath, const TiffTextPageSettings* settings, uint32_t pageLimit,
                     HANDLE* pages, uint32_t kind, uint32_t startY)
 {
+    if (!formPath)
+        SetTiffError(error::InvalidParameters);
     if (!formPath || !settings || !pages)
         return 0;
     const BusyCursor busy;
