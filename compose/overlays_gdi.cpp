@@ -2,6 +2,7 @@
 #include "compose/overlay_lines.h"
 #include "compose/text_pages_gdi.h"
 #include "core/desktop.h"
+#include "core/errors.h"
 #include "core/global_block.h"
 #include "raster/convert_gdi.h"
 #include "raster/dib.h"
@@ -50,7 +51,7 @@ HANDLE DrawFirstPage(const char* formPath, const TiffTextPageSettings* settings,
 }
 
 // Deliberate: the clip rectangle begins at the unscaled position, and from the second line on at the line.
-void DrawLines(HDC dc, const OverlayText& overlay, DotsPerInch screen, RECT clip, int32_t lineHeight)
+bool DrawLines(HDC dc, const OverlayText& overlay, DotsPerInch screen, RECT clip, int32_t lineHeight)
 {
     const int32_t x = ScaleDistance(overlay.x, overlay.resolution.horizontal, screen.horizontal);
     int64_t y = ScaleDistance(overlay.y, overlay.resolution.vertical, screen.vertical);
@@ -58,12 +59,14 @@ void DrawLines(HDC dc, const OverlayText& overlay, DotsPerInch screen, RECT clip
     for (OverlayLine line; TakeLine(rest, line);) {
         y += int64_t{line.linesDown} * lineHeight;
         if (y >= clip.bottom)
-            return;
+            return true;
         if (line.linesDown != 0)
             clip.top = static_cast<LONG>(y);
-        ExtTextOutA(dc, x, static_cast<int>(y), ETO_CLIPPED, &clip, line.text.data(),
-                    static_cast<UINT>(line.text.size()), nullptr);
+        if (!ExtTextOutA(dc, x, static_cast<int>(y), ETO_CLIPPED, &clip, line.text.data(),
+                         static_cast<UINT>(line.text.size()), nullptr))
+            return false;
     }
+    return true;
 }
 
 bool DrawOverlay(HBITMAP bitmap, const OverlayText& overlay)
@@ -85,9 +88,8 @@ bool DrawOverlay(HBITMAP bitmap, const OverlayText& overlay)
         return false;
     const RECT clip = {std::max(overlay.x, 0), std::max(overlay.y, 0), described.bmWidth, described.bmHeight};
     SetBkMode(dc.Get(), TRANSPARENT);
-    if (clip.left < clip.right && clip.top < clip.bottom)
-        DrawLines(dc.Get(), overlay, screen, clip, metrics.tmHeight + metrics.tmExternalLeading);
-    return true;
+    return clip.left >= clip.right || clip.top >= clip.bottom ||
+           DrawLines(dc.Get(), overlay, screen, clip, metrics.tmHeight + metrics.tmExternalLeading);
 }
 
 // Works for bitmaps that are selected somewhere, too.

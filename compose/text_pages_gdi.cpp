@@ -50,6 +50,7 @@ struct Device {
     std::optional<Selected> selectedFont, selectedPage;
     int32_t width, height; // of the page
     uint32_t delivered = 0;
+    bool lost = false; // a text that GDI did not measure or draw
     LetterWidths letters;
 };
 
@@ -67,13 +68,14 @@ bool IsPlainCodePage(HDC dc)
 
 void MeasureText(void* record, std::span<const char> text, int32_t* widths)
 {
-    MeasureLetters(static_cast<const Device*>(record)->letters, text, widths);
+    auto& device = *static_cast<Device*>(record);
+    device.lost |= !MeasureLetters(device.letters, text, widths);
 }
 
 void DrawLine(void* record, int32_t x, int32_t y, std::span<const char> text)
 {
-    const auto& device = *static_cast<const Device*>(record);
-    TextOutA(device.dc.Get(), x, y, text.data(), static_cast<int>(text.size()));
+    auto& device = *static_cast<Device*>(record);
+    device.lost |= !TextOutA(device.dc.Get(), x, y, text.data(), static_cast<int>(text.size()));
 }
 
 Status SelectPage(Device& device)
@@ -98,8 +100,8 @@ Status BeginPage(void* record)
     }
     if (const Status status = SelectPage(device); status != TIFF_TEXT_DONE)
         return status;
-    PatBlt(device.dc.Get(), 0, 0, device.width, device.height, WHITENESS);
-    return TIFF_TEXT_DONE;
+    const bool cleared = PatBlt(device.dc.Get(), 0, 0, device.width, device.height, WHITENESS);
+    return cleared ? TIFF_TEXT_DONE : TIFF_TEXT_NO_PAGE;
 }
 
 HGLOBAL PageToDib(const Device& device)
@@ -118,6 +120,8 @@ Status DeliverPage(void* record)
 {
     auto& device = *static_cast<Device*>(record);
     device.selectedPage.reset();
+    if (device.lost)
+        return TIFF_TEXT_NO_PAGE;
     HANDLE page = device.bitmap;
     if (device.request.kind == TIFF_TEXT_DIB)
         page = PageToDib(device);
@@ -177,8 +181,11 @@ Status DrawFile(const TextRequest& request, HANDLE file, uint32_t& pages)
     Device device{.request = request, .geometry = geometry, .bitmap = request.bitmap};
     if (const Status status = PrepareDevice(device); status != TIFF_TEXT_DONE)
         return status;
-    const TextDevice routines = {
-        MeasureText, DrawLine, DeliverPage, BeginPage, &device, device.width, LineHeightOf(device.dc.Get())};
+    const int32_t lineHeight = LineHeightOf(device.dc.Get());
+    if (lineHeight == 0)
+        return TIFF_TEXT_NO_PAGE;
+    const TextDevice routines = {MeasureText, DrawLine,     DeliverPage, BeginPage,
+                                 &device,     device.width, lineHeight};
     return LayText(file, geometry, routines, request.startY, request.pageLimit, pages);
 }
 
@@ -226,26 +233,26 @@ void ReadLetterWidths(HDC dc, LetterWidths& widths)
     widths.inTable = IsPlainCodePage(dc) && GetCharWidth32A(dc, 0, BYTE_VALUES - 1, widths.table.data());
 }
 
-void MeasureLetters(const LetterWidths& letters, std::span<const char> text, int32_t* widths)
+bool MeasureLetters(const LetterWidths& letters, std::span<const char> text, int32_t* widths)
 {
     if (letters.inTable) {
         for (size_t index = 0; index < text.size(); ++index)
             widths[index] = letters.table[static_cast<uint8_t>(text[index])];
-        return;
+        return true;
     }
     std::array<INT, MOST_MEASURED> ends{};
     SIZE size;
-    GetTextExtentExPointA(letters.dc, text.data(), static_cast<int>(text.size()), 0, nullptr, ends.data(),
-                          &size);
+    const bool measured = GetTextExtentExPointA(letters.dc, text.data(), static_cast<int>(text.size()), 0,
+                                                nullptr, ends.data(), &size);
     for (size_t index = 0; index < text.size(); ++index)
         widths[index] = ends[index] - (index ? ends[index - 1] : 0);
+    return measured;
 }
 
 int32_t LineHeightOf(HDC dc)
 {
     SIZE letter{};
-    GetTextExtentPoint32A(dc, "M", 1, &letter);
-    return std::max<int32_t>(letter.cy, 1);
+    return GetTextExtentPoint32A(dc, "M", 1, &letter) ? std::max<int32_t>(letter.cy, 1) : 0;
 }
 
 } // namespace tiff

@@ -24,9 +24,10 @@ struct LetterWidths {
 
 void ReadLetterWidths(HDC dc, LetterWidths& widths);
 
-// As a TextDevice measures.
-void MeasureLetters(const LetterWidths& letters, std::span<const char> text, int32_t* widths);
+// As a TextDevice measures. False when GDI fails.
+[[nodiscard]] bool MeasureLetters(const LetterWidths& letters, std::span<const char> text, int32_t* widths);
 
+// 0 when GDI fails.
 int32_t LineHeightOf(HDC dc);
 
 } // namespace tiff

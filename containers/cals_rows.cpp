@@ -19,10 +19,11 @@ Status DecodeNothing(const RowSource&, const LineTarget&)
 
 Status ReadHeader(TiffStream stream, NewHeader header)
 {
-    const uint32_t bytes = mRead(stream, header.data(), HEADER_BYTES);
-    if (bytes == STREAM_FAILED)
-        return error::InputOutput;
-    return bytes == HEADER_BYTES && IsHeader(header) ? error::None : error::NotCals;
+    uint32_t fileBytes;
+    if (mRead(stream, header.data(), HEADER_BYTES) == HEADER_BYTES)
+        return IsHeader(header) ? error::None : error::NotCals;
+    // A file that is long enough could not be read.
+    return SizeToRead(stream, fileBytes) && fileBytes < HEADER_BYTES ? error::NotCals : error::InputOutput;
 }
 
 Status ReadHeaderOfFile(const char* path, NewHeader header)

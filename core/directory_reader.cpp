@@ -67,6 +67,13 @@ uint64_t MeasureRecords(DirectoryLoad load)
     return bytes;
 }
 
+// A failed call is not damage: the value is there, and the page without it would be another picture.
+bool NoteFailure(const DirectoryLoad& load, const DirectoryEntry& entry)
+{
+    load.window.failed |= IsInFile(load.window.stream, entry.Field(), entry.valueBytes);
+    return false;
+}
+
 // False when the page cannot do without the value, or its place in the file cannot be reached.
 bool ReadValue(DirectoryLoad& load, const DirectoryEntry& entry, Value value, uint8_t* target)
 {
@@ -77,9 +84,11 @@ bool ReadValue(DirectoryLoad& load, const DirectoryEntry& entry, Value value, ui
     if (value == Value::Elsewhere) {
         const TiffStream stream = load.window.stream;
         if (mSeek(stream, entry.Field(), 0) == STREAM_FAILED)
-            return false;
+            return NoteFailure(load, entry);
         if (LongRead(stream, entry.type, entry.count, target, load.window.byteOrder, 0))
             return true;
+        if (IsRequiredTag(entry.tag))
+            return NoteFailure(load, entry);
         load.whole &= !IsInFile(stream, entry.Field(), entry.valueBytes);
     }
     return !IsRequiredTag(entry.tag);
@@ -115,7 +124,7 @@ void ReadRecords(DirectoryLoad& load, TagBlock* block)
     }
 }
 
-// The page's tags in a block of their own.
+// The page's tags in a block of their own: of a damaged directory those that are left.
 Status ReadTags(DirectoryWindow& window, uint32_t fileBytes, uint32_t directory, bool& whole,
                 GlobalBlock& block)
 {
@@ -134,7 +143,7 @@ Status ReadTags(DirectoryWindow& window, uint32_t fileBytes, uint32_t directory,
     tags->capacity = static_cast<uint32_t>(recordBytes + 1);
     ReadRecords(load, tags.Get());
     whole = load.whole;
-    return tags->tagCount > 0 ? error::None : error::InputOutput;
+    return tags->tagCount > 0 && !window.failed ? error::None : error::InputOutput;
 }
 
 } // namespace

@@ -36,11 +36,11 @@ static MemoryFileSlot* MemoryFile(TiffStream stream)
 
 TiffStream OpenMemoryStream(HGLOBAL block, uint32_t size)
 {
-    if (size > INT32_MAX)
-        return NO_STREAM;
     // A size beyond the block would let reads pass its end.
     if (block && size > GlobalSize(block))
         size = static_cast<uint32_t>(GlobalSize(block));
+    if (size > INT32_MAX)
+        return NO_STREAM;
     auto& slots = ThreadState().memoryFiles;
     for (int32_t index = FIRST_MEMORY_SLOT; index <= LAST_MEMORY_SLOT; ++index) {
         MemoryFileSlot& slot = slots[static_cast<size_t>(index)];

@@ -62,6 +62,7 @@ struct NoteDrawing {
     NoteFont font{};
     GdiObject<HPEN> pen{};
     RECT note{};
+    bool lost = false; // a text that GDI did not measure or draw
 };
 
 // A device context prepared for drawing in pixels of the page, for a scope.
@@ -136,26 +137,27 @@ bool SelectNoteFont(NoteDrawing& drawing, int32_t letterHeight)
     font.ascent = metrics.tmAscent;
     ReadLetterWidths(font.measured.Get(), font.letters);
     font.lineHeight = LineHeightOf(font.measured.Get());
-    font.height = height;
-    return true;
+    if (font.lineHeight != 0)
+        font.height = height;
+    return font.lineHeight != 0;
 }
 
 void MeasureNote(void* record, std::span<const char> text, int32_t* widths)
 {
-    MeasureLetters(static_cast<const NoteDrawing*>(record)->font.letters, text, widths);
+    auto& drawing = *static_cast<NoteDrawing*>(record);
+    drawing.lost |= !MeasureLetters(drawing.font.letters, text, widths);
 }
 
-void DrawPiece(const NoteDrawing& drawing, int32_t x, int32_t y, std::span<const char> text,
-               const INT* widths)
+void DrawPiece(NoteDrawing& drawing, int32_t x, int32_t y, std::span<const char> text, const INT* widths)
 {
-    ExtTextOutA(drawing.dc, x, y + drawing.font.ascent, ETO_CLIPPED, &drawing.note, text.data(),
-                static_cast<UINT>(text.size()), widths);
+    drawing.lost |= !ExtTextOutA(drawing.dc, x, y + drawing.font.ascent, ETO_CLIPPED, &drawing.note,
+                                 text.data(), static_cast<UINT>(text.size()), widths);
 }
 
 // In true size letters stand where GDI puts them; else where they would stand in true size.
 void DrawNoteLine(void* record, int32_t x, int32_t y, std::span<const char> text)
 {
-    const auto& drawing = *static_cast<const NoteDrawing*>(record);
+    auto& drawing = *static_cast<NoteDrawing*>(record);
     if (x < -FARTHEST || x > FARTHEST || y < -FARTHEST || y > FARTHEST)
         return;
     if (drawing.isTrueSize)
@@ -183,7 +185,8 @@ Status LayNote(NoteDrawing& drawing, std::span<const char> text)
     const auto nothing = [](void*) { return Status{TIFF_TEXT_DONE}; };
     const TextDevice device = {MeasureNote,    DrawNoteLine,           nothing, nothing, &drawing,
                                geometry.width, drawing.font.lineHeight};
-    return LayTextOnPage(text, geometry, device) == TIFF_TEXT_NO_PAGE ? error::NotEnoughMemory : error::None;
+    const bool laid = LayTextOnPage(text, geometry, device) != TIFF_TEXT_NO_PAGE;
+    return laid && !drawing.lost ? error::None : error::NotEnoughMemory;
 }
 
 // The corners of the rectangle's outer pixels on the device. What lies far from the page is cut off with it.
@@ -219,10 +222,9 @@ Status DrawFrame(NoteDrawing& drawing)
         drawing.pen.Adopt(CreatePen(PS_SOLID, 0, RGB(0, 0, 0)));
     const DevicePixels pixels(drawing.dc);
     const Selected pen(drawing.dc, drawing.pen.Get()), brush(drawing.dc, GetStockObject(WHITE_BRUSH));
-    if (!pen || !brush)
-        return error::NotEnoughMemory;
-    Polygon(drawing.dc, corners.data(), static_cast<int>(corners.size()));
-    return error::None;
+    const bool drawn =
+        pixels && pen && brush && Polygon(drawing.dc, corners.data(), static_cast<int>(corners.size()));
+    return drawn ? error::None : error::NotEnoughMemory;
 }
 
 Status DrawNote(NoteDrawing& drawing, const NoteRecord& record)

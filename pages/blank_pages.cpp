@@ -160,7 +160,7 @@ uint32_t FindPageThat(Search search, const char* path, int32_t firstPage, Status
         return SEARCH_FAILED;
     }
     const BusyCursor busy;
-    // A chain with a loop is searched once; if no page matches, that is an error.
+    // A chain with a loop or a break is searched once; if no page matches, that is an error.
     const uint32_t pages = PagesBeforeRepeat(file.Get());
     for (uint32_t page = first; page < pages; ++page) {
         bool matches = false;
@@ -170,7 +170,7 @@ uint32_t FindPageThat(Search search, const char* path, int32_t firstPage, Status
         if (matches)
             return page + 1;
     }
-    status = pages < file.PageCount() ? error::InputOutput : error::None;
+    status = file.IsWhole() ? error::None : error::InputOutput;
     return status == error::None ? 0 : SEARCH_FAILED;
 }
 

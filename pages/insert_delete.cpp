@@ -112,6 +112,7 @@ Status BuildInserted(const char* path, const OpenedTiff& file, const NewPage& pa
                      bool replace)
 {
     CopySource source(file.Get(), BrokenBranch::Refused);
+    // Deliberate: whatever stops this copy is reported as 6.
     if (CopyUnlessEmpty(source, {0, position}, path) != error::None)
         return error::InputOutput;
     if (const Status status = AppendNewPage(path, page); status != error::None)

@@ -134,6 +134,18 @@ Status MakeNameBase(FileName base, const char* given)
     return error::InputOutput;
 }
 
+// An old file of this name goes when the new one is whole.
+Status WritePageFile(CopySource& source, uint32_t page, const char* path)
+{
+    if (IsSameFile(source.stream.Get(), path))
+        return error::InvalidParameters;
+    Replacement file(path, Naming::InFolder, OnFailure::DeleteNew);
+    if (!file)
+        return file.NameStatus();
+    const Status status = CopyPagesToFile(source, {page, page + 1}, file.Name(), T_CREAT);
+    return status == error::None ? file.Commit() : status;
+}
+
 Status WritePageFiles(const OpenedTiff& from, const char* nameBase, uint32_t pageCount, Progress& progress)
 {
     char base[MAX_PATH_BYTES], name[MAX_PATH_BYTES];
@@ -143,8 +155,7 @@ Status WritePageFiles(const OpenedTiff& from, const char* nameBase, uint32_t pag
     for (uint32_t page = 0; page < pageCount; ++page) {
         if (!MakePageName(name, base, page + 1))
             return error::PathTooLong;
-        if (const Status status = CopyPagesToFile(source, {page, page + 1}, name, T_CREAT);
-            status != error::None)
+        if (const Status status = WritePageFile(source, page, name); status != error::None)
             return status;
         if (!ReportStep(progress))
             return CANCELLED;

@@ -21,11 +21,10 @@ extern "C" int32_t LoadTiffFileIntoClipboard(const char* path, uint32_t page, in
     }
     GdiObject<HBITMAP> bitmap(LoadTiffChainIntoBitmap(loaded.File(), page));
     const OpenedClipboard clipboard;
-    if (!clipboard)
+    if (!clipboard || !EmptyClipboard())
         return 0;
-    EmptyClipboard();
     // Deliberate: without a bitmap too, so that the clipboard becomes empty.
     if (SetClipboardData(CF_BITMAP, bitmap.Get()))
         bitmap.Release();
-    return 1;
+    return !bitmap;
 }

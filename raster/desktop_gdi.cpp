@@ -1,14 +1,17 @@
 #include "core/desktop.h"
+#include "raster/gdi_guards.h"
 
 namespace tiff {
 
+// A screen that gives no device context counts as the usual one.
 DotsPerInch ScreenResolution()
 {
-    HDC screen = GetDC(nullptr);
-    const DotsPerInch resolution = {static_cast<uint32_t>(GetDeviceCaps(screen, LOGPIXELSX)),
-                                    static_cast<uint32_t>(GetDeviceCaps(screen, LOGPIXELSY))};
-    ReleaseDC(nullptr, screen);
-    return resolution;
+    constexpr uint32_t USUAL = 96;
+    const WindowDc screen(nullptr);
+    if (!screen)
+        return {USUAL, USUAL};
+    return {static_cast<uint32_t>(GetDeviceCaps(screen.Get(), LOGPIXELSX)),
+            static_cast<uint32_t>(GetDeviceCaps(screen.Get(), LOGPIXELSY))};
 }
 
 void ShowErrorBox(const char* text)

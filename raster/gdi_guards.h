@@ -86,26 +86,36 @@ private:
     HGDIOBJ previous;
 };
 
-// A device context in device pixels from the upper left, for a scope.
+// A device context in device pixels from the upper left, for a scope; false when it cannot be.
 class DevicePixels {
 public:
     explicit DevicePixels(HDC dc) : dc(dc), saved(SaveDC(dc))
     {
+        if (!saved)
+            return;
         SetMapMode(dc, MM_TEXT);
         SetWindowOrgEx(dc, 0, 0, nullptr);
         SetViewportOrgEx(dc, 0, 0, nullptr);
-        ModifyWorldTransform(dc, nullptr, MWT_IDENTITY);
+        // The plain mode has no transform.
+        plain = ModifyWorldTransform(dc, nullptr, MWT_IDENTITY) || GetGraphicsMode(dc) == GM_COMPATIBLE;
     }
     DevicePixels(const DevicePixels&) = delete;
     DevicePixels& operator=(const DevicePixels&) = delete;
     ~DevicePixels()
     {
-        RestoreDC(dc, saved);
+        if (saved)
+            RestoreDC(dc, saved);
+    }
+
+    explicit operator bool() const
+    {
+        return plain;
     }
 
 private:
     HDC dc;
     int saved;
+    bool plain = false;
 };
 
 template <class Handle>

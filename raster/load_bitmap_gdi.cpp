@@ -74,9 +74,9 @@ Status BeginBitmap(void* sink, const PictureFormat& format, LineTarget& target)
     record.lines.height = static_cast<uint32_t>(format.stored.biHeight);
     record.lines.lineBytes = LineBytes(format.stored);
     record.lines.strideOrColourUse = DIB_RGB_COLORS;
-    target = {DllFlushTiffLine, &record.lines};
+    target = {FlushBitmapLine, &record.lines};
     if (format.stored.biBitCount == 24 && format.conversion != Conversion::Copy)
-        target.routine = format.conversion == Conversion::YCbCr ? FlushYCbCrLine : DllFlushTiffLine24;
+        target.routine = format.conversion == Conversion::YCbCr ? FlushYCbCrLine : FlushSwappedBitmapLine;
     return error::None;
 }
 
@@ -108,8 +108,10 @@ extern "C" HBITMAP LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) noexcept
     if (!file)
         return nullptr;
     const WindowDc screen(nullptr);
-    if (!screen)
+    if (!screen) {
+        SetTiffError(error::NotEnoughMemory);
         return nullptr;
+    }
     RowSource source{};
     if (const Status status = OpenPageRows(file, page, PageRows::Any, source); status != error::None) {
         SetTiffError(status);

@@ -11,8 +11,11 @@ class LoadedPage {
 public:
     LoadedPage(const char* path, uint32_t page) : file(OpenFile(path, T_READ, status))
     {
+        const bool broken = status != error::None;
         if (file)
             status = LoadTags(file, page);
+        if (broken && status == error::IndexOutOfRange)
+            status = error::InputOutput; // the page lies behind the break
     }
     LoadedPage(const LoadedPage&) = delete;
     LoadedPage& operator=(const LoadedPage&) = delete;

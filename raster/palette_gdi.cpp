@@ -46,5 +46,10 @@ extern "C" HPALETTE GetTiffImagePalette(const char* path, uint32_t page) noexcep
     GlobalBlock block;
     block.Adopt(GetTiffRGBQuad(loaded.File(), page));
     const Locked<BITMAPINFO> info(block.Get());
-    return info && info->bmiHeader.biBitCount != 1 ? MakePalette(*info) : nullptr;
+    if (!info || info->bmiHeader.biBitCount == 1 || info->bmiHeader.biClrUsed == 0)
+        return nullptr;
+    HPALETTE palette = MakePalette(*info);
+    if (!palette)
+        SetTiffError(error::NotEnoughMemory);
+    return palette;
 }

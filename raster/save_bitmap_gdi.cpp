@@ -2,9 +2,11 @@
 // rows; all later steps are those of a DIB.
 #include "core/desktop.h"
 #include "core/errors.h"
+#include "core/file_rewrite.h"
 #include "core/global_block.h"
 #include "core/handles.h"
 #include "core/image_description.h"
+#include "raster/bitmap_lines_gdi.h"
 #include "raster/convert_gdi.h"
 #include "raster/dib.h"
 #include "raster/palette_gdi.h"
@@ -29,22 +31,24 @@ struct BitmapColours {
     std::array<RGBQUAD, 256> colours;
 };
 
-void FetchColours(HBITMAP bitmap, uint32_t bits, BitmapColours& info)
+Status FetchColours(HBITMAP bitmap, uint32_t bits, BitmapColours& info)
 {
     info.header = {};
     info.header.biSize = sizeof(info.header);
     info.header.biPlanes = 1;
     info.header.biBitCount = static_cast<WORD>(bits);
     BITMAP described;
-    GetObjectA(bitmap, sizeof(described), &described);
+    if (!GetObjectA(bitmap, sizeof(described), &described))
+        return error::InvalidHandle;
     info.header.biWidth = described.bmWidth;
     info.header.biHeight = described.bmHeight;
     GlobalBlock row(DibStride(static_cast<uint32_t>(described.bmWidth), bits));
     Locked<uint8_t> bytes(row.Get());
     const WindowDc screen(nullptr);
-    if (bytes && screen)
-        GetDIBits(screen.Get(), bitmap, 0, 1, bytes.Get(), reinterpret_cast<BITMAPINFO*>(&info),
-                  DIB_RGB_COLORS);
+    const bool fetched = bytes && screen &&
+                         GetDIBits(screen.Get(), bitmap, 0, 1, bytes.Get(),
+                                   reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS);
+    return fetched ? error::None : error::NotEnoughMemory;
 }
 
 Status FormatOfBitmap(HBITMAP bitmap, PictureFormat& format)
@@ -64,7 +68,8 @@ Status FormatOfBitmap(HBITMAP bitmap, PictureFormat& format)
     if (header.biBitCount > 8)
         return error::None;
     BitmapColours info;
-    FetchColours(bitmap, header.biBitCount, info);
+    if (const Status status = FetchColours(bitmap, header.biBitCount, info); status != error::None)
+        return status;
     std::copy_n(info.colours.begin(), header.biClrUsed, format.colours.begin());
     return error::None;
 }
@@ -86,7 +91,7 @@ BitmapColours InfoOfPage(const PagePlan& plan)
 
 TiffLineCallback RoutineFor(uint32_t colours)
 {
-    return colours == 2 ? DllFillMonoTiffLine : colours != 0 ? DllFillTiffLine : DllFillTiffLineBitmap24Bit;
+    return colours == 2 ? FillMonoBitmapLine : colours != 0 ? FillBitmapLine : FillSwappedBitmapLine;
 }
 
 // Rows of a bitmap as levels: GDI gives them in true colour, whatever the bitmap's depth.
@@ -99,11 +104,11 @@ struct LevelRows {
 intptr_t FillGreyLevels(void* line, uint32_t row, void* record)
 {
     auto& rows = *static_cast<LevelRows*>(record);
-    DllFillTiffLine(rows.row, row, &rows.context);
+    const intptr_t status = FillBitmapLine(rows.row, row, &rows.context);
     auto* const levels = static_cast<uint8_t*>(line);
     for (uint32_t column = 0; column < rows.width; ++column)
         levels[column] = rows.row[size_t{column} * 3 + 1];
-    return 0;
+    return status;
 }
 
 Status AppendLevels(const SaveRequest& request, const PagePlan& plan, BITMAPINFO* info,
@@ -112,7 +117,7 @@ Status AppendLevels(const SaveRequest& request, const PagePlan& plan, BITMAPINFO
     info->bmiHeader.biBitCount = 24;
     info->bmiHeader.biClrUsed = info->bmiHeader.biClrImportant = 0;
     if (plan.jpegBits == 24)
-        return AppendPageToFile(request, plan, {DllFillTiffLine, &lines});
+        return AppendPageToFile(request, plan, {FillBitmapLine, &lines});
     const auto width = static_cast<uint32_t>(info->bmiHeader.biWidth);
     const GlobalBlock block(DibStride(width, 24));
     const Locked<uint8_t> row(block.Get());
@@ -189,7 +194,8 @@ public:
 int32_t EncodeBareBitmap(HANDLE file, HBITMAP bitmap, uint32_t compression)
 {
     BitmapColours info;
-    FetchColours(bitmap, 1, info);
+    if (const Status status = FetchColours(bitmap, 1, info); status != error::None)
+        return FinishSave(status);
     const WindowDc screen(nullptr);
     if (!screen)
         return FinishSave(error::NotEnoughMemory);
@@ -200,7 +206,24 @@ int32_t EncodeBareBitmap(HANDLE file, HBITMAP bitmap, uint32_t compression)
     context.bitmap = bitmap;
     return EncodeCcittImageTo(reinterpret_cast<intptr_t>(file), static_cast<uint32_t>(info.header.biWidth),
                               static_cast<uint32_t>(info.header.biHeight), TIFF_LSB_FIRST, TIFF_INTEL,
-                              compression, &context, DllFillCcittLine);
+                              compression, &context, FillCcittLine);
+}
+
+// An old file goes when the new one is whole.
+int32_t ReplaceWithCode(const char* path, HBITMAP bitmap, uint32_t compression)
+{
+    Replacement rewritten(path, Naming::InFolder, OnFailure::DeleteNew);
+    if (!rewritten)
+        return FinishSave(rewritten.NameStatus());
+    {
+        const FileHandle file(rewritten.Name(), GENERIC_READ | GENERIC_WRITE, CREATE_ALWAYS);
+        if (!file)
+            return FinishSave(error::InputOutput);
+        if (!EncodeBareBitmap(file.Get(), bitmap, compression))
+            return 0;
+    }
+    const Status status = rewritten.Commit();
+    return status == error::None ? 1 : FinishSave(status);
 }
 
 // The clipboard keeps the bitmap; it must only be closed again before the bitmap is used.
@@ -257,6 +280,5 @@ extern "C" int32_t SaveBitmapInCcittFile(const char* path, HBITMAP bitmap, uint3
     BITMAP described;
     if (!GetObjectA(bitmap, sizeof(described), &described))
         return FinishSave(error::InvalidHandle);
-    const FileHandle file(path, GENERIC_READ | GENERIC_WRITE, CREATE_ALWAYS);
-    return file ? EncodeBareBitmap(file.Get(), bitmap, compression) : FinishSave(error::InputOutput);
+    return path ? ReplaceWithCode(path, bitmap, compression) : FinishSave(error::InputOutput);
 }

@@ -126,7 +126,7 @@ Status SaveInMemory(HGLOBAL memory, const PagePlan& plan, const LineFeed& feed, 
     HGLOBAL file = memory ? OpenTiffInMemory(memory, static_cast<uint32_t>(GlobalSize(memory)), T_APPEND)
                           : OpenTiffInMemory(fresh.Get(), 0, T_CREAT);
     if (!file)
-        return error::CannotOpen;
+        return memory ? error::CannotOpen : error::NotEnoughMemory;
     const Status status = AppendPage(file, plan, memorySave, feed);
     HGLOBAL block = GetMemoryTiffHandle(file);
     CloseTiffFile(file);

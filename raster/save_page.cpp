@@ -4,6 +4,7 @@
 #include "codecs/jpeg/page_encoder.h"
 #include "core/desktop.h"
 #include "core/errors.h"
+#include "core/open_file.h"
 #include "core/page_tags.h"
 #include "raster/dib.h"
 #include "raster/save_dialog.h"
@@ -132,7 +133,7 @@ bool DefineFillBits(HGLOBAL file, uint32_t page, const PagePlan& plan, FillBits 
            DefineShort(file, page, tag::SamplesPerPixel, 1);
 }
 
-// When these cannot be defined, the page is written without them.
+// Deliberate: when these cannot be defined, the page is written without them.
 void DefinePageTags(HGLOBAL file, uint32_t page)
 {
     const uint32_t kind = PAGE_OF_MANY;
@@ -398,10 +399,11 @@ Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, const 
 {
     if (!request.path)
         return error::InvalidParameters;
-    HGLOBAL file = OpenTiffFile(request.path, T_APPEND);
+    Status status = error::None;
+    HGLOBAL file = OpenFile(request.path, T_APPEND, status);
     if (!file)
-        return error::CannotOpen;
-    const Status status = AppendPage(file, plan, request.variant, feed);
+        return status == error::NotEnoughMemory ? status : Status{error::CannotOpen};
+    status = AppendPage(file, plan, request.variant, feed);
     CloseTiffFile(file);
     return status;
 }

@@ -29,6 +29,7 @@ struct Drawing {
     ScreenRows rows{};
     ShownPicture shown{};
     bool barsChanged = false;
+    bool lost = false; // rows that GDI did not show
     BandInfo band{};
     std::optional<DevicePixels> pixels{};
     GdiObject<HPALETTE> palette{};
@@ -56,20 +57,23 @@ ScrollBar ScrollBarOf(HWND window, int bar)
     return {least, most, GetScrollPos(window, bar)};
 }
 
-SIZE Room(const ScreenOrder& order)
+// Nothing when GDI does not say.
+std::optional<SIZE> RoomOf(const ScreenOrder& order)
 {
     RECT room{};
-    if (order.window)
-        GetClientRect(order.window, &room);
-    else
-        GetClipBox(order.dc, &room);
-    return {std::max<LONG>(room.right, 0), std::max<LONG>(room.bottom, 0)};
+    if (order.window ? !GetClientRect(order.window, &room) : GetClipBox(order.dc, &room) == ERROR)
+        return std::nullopt;
+    return SIZE{std::max<LONG>(room.right, 0), std::max<LONG>(room.bottom, 0)};
+}
+
+SIZE Room(const ScreenOrder& order)
+{
+    return RoomOf(order).value_or(SIZE{});
 }
 
 // The axes of the request. A turned picture has the other resolution on each.
-ShownPicture Place(const ScreenOrder& order, const BITMAPINFOHEADER& header, Turn turn)
+ShownPicture Place(const ScreenOrder& order, const SIZE& room, const BITMAPINFOHEADER& header, Turn turn)
 {
-    const SIZE room = Room(order);
     ScreenAxis x{}, y{};
     x.pixels = static_cast<uint32_t>(header.biWidth);
     y.pixels = static_cast<uint32_t>(header.biHeight);
@@ -112,9 +116,13 @@ void ShowPixels(void* user, const ScreenBand& pixels)
     // The width that gives the rows their stride.
     header.biWidth = static_cast<LONG>(pixels.stride * 8 / header.biBitCount);
     header.biHeight = -static_cast<LONG>(pixels.height);
-    SetDIBitsToDevice(drawing.order.dc, static_cast<int>(pixels.x), static_cast<int>(pixels.y), pixels.width,
-                      pixels.height, 0, 0, 0, pixels.height, pixels.rows,
-                      reinterpret_cast<BITMAPINFO*>(&drawing.band), DIB_RGB_COLORS);
+    const int shown = SetDIBitsToDevice(
+        drawing.order.dc, static_cast<int>(pixels.x), static_cast<int>(pixels.y), pixels.width, pixels.height,
+        0, 0, 0, pixels.height, pixels.rows, reinterpret_cast<BITMAPINFO*>(&drawing.band), DIB_RGB_COLORS);
+    const auto x = static_cast<LONG>(pixels.x), y = static_cast<LONG>(pixels.y);
+    const RECT band = {x, y, x + static_cast<LONG>(pixels.width), y + static_cast<LONG>(pixels.height)};
+    // None are shown where the device context lets nothing through.
+    drawing.lost |= shown == 0 && RectVisible(drawing.order.dc, &band);
 }
 
 BandInfo DescribeBand(const ScreenRows& rows)
@@ -172,7 +180,10 @@ Status BeginDrawing(void* record, const PictureFormat& format, LineTarget& targe
     if (format.stored.biWidth <= 0 || format.stored.biHeight <= 0)
         return error::TagsMissing;
     drawing.pixels.emplace(order.dc);
-    drawing.shown = Place(order, format.stored, turn);
+    const std::optional<SIZE> room = RoomOf(order);
+    if (!*drawing.pixels || !room)
+        return error::NotEnoughMemory;
+    drawing.shown = Place(order, *room, format.stored, turn);
     const ScreenRowsOrder rows{.shown = drawing.shown,
                                .turn = turn,
                                .grey = (order.flags & TIFF_GREY_SCREEN) != 0 &&
@@ -206,7 +217,7 @@ Status EndDrawing(void* record, Status status)
     if (PlacementOf(drawing.order.flags) != Placement::Fit)
         PaintBesidePicture(drawing);
     ValidateDrawn(drawing);
-    return status;
+    return status == error::None && drawing.lost ? Status{error::NotEnoughMemory} : status;
 }
 
 Status DrawPage(const ScreenOrder& order, const char* path, uint32_t page)

@@ -106,7 +106,7 @@ HBITMAP TIFF_CALL LoadTiffChainIntoBitmap(HGLOBAL file, uint32_t page) TIFF_NOEX
  *
  * Returns 1. When the file cannot be opened or has no such page, it also returns 1, with the cause as the
  * last error, and leaves the clipboard alone. Returns 0 when the dialog does not go on (error 0, 1 or 28),
- * or when the clipboard cannot be opened, which sets no error.
+ * or when the clipboard cannot be opened or takes no bitmap, which sets no error.
  * A success clears the last error, unless there is no such page.
  */
 int32_t TIFF_CALL LoadTiffFileIntoClipboard(const char* path, uint32_t page, int32_t dialog) TIFF_NOEXCEPT;

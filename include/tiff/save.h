@@ -176,7 +176,7 @@ int32_t TIFF_CALL SaveTiffFileFromClipboard(const char* path, uint32_t selector,
                                             int32_t dialog) TIFF_NOEXCEPT;
 
 /* Writes a bitmap as a bare stream, fill order 2, without a TIFF structure. An existing file is
- * replaced.
+ * replaced when the new one is whole.
  *
  * path    of the file.
  * bitmap  the picture; it stays the caller's.

@@ -1,7 +1,6 @@
-// Every allocation and file call of a load or a save fails once; the picture comes back whole
-// or not at all, with a cause, nothing is left behind, and the pages of a file stay readable.
+// Full disks and huge files: old pages stay readable. What calls and memory the operations take.
 #include "standin/standin.h"
-#include "support/pictures.h"
+#include "support/numbered_pages.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -10,28 +9,6 @@
 #include <random>
 
 namespace {
-
-const Bytes& Fax()
-{
-    static const Bytes file = OnePage(TiffPage::Picture(8, 4, 1, 4)
-                                          .Short(278, {2})
-                                          .Ascii(270, "a text of some length")
-                                          .Rational(282, 200, 1)
-                                          .Rational(283, 200, 1)
-                                          .Strips({Bits("001 1000 11 1 111"), Bits("001 1000 11 1 111")}));
-    return file;
-}
-
-// A block that is there can be locked.
-constexpr unsigned CALLS = standin::AnyCall & ~standin::Lock;
-
-void ExpectCauseOrPicture(HGLOBAL dib)
-{
-    if (dib)
-        GlobalFree(dib);
-    else
-        EXPECT_NE(TiffError(), 0u);
-}
 
 intptr_t FillWithNoise(void* line, uint32_t row, void* rowBytes)
 {
@@ -82,105 +59,6 @@ void ExpectOldPages(HGLOBAL file, uint32_t pageCount)
 
 } // namespace
 
-TEST(Failures, ALoadFromDiskSurvivesEveryCall)
-{
-    TempFile file(Fax());
-    standin::FailEach(CALLS, [&](unsigned) {
-        standin::LeakCheck leaks;
-        ExpectCauseOrPicture(LoadTiffIntoDIB(file.Path(), 0, 0));
-    });
-    EXPECT_EQ(ReadFileBytes(file.Path()), Fax());
-}
-
-TEST(Failures, ALoadFromMemorySurvivesEveryAllocation)
-{
-    Block block(Fax());
-    standin::FailEach(standin::Allocation, [&](unsigned) {
-        standin::LeakCheck leaks;
-        HGLOBAL file = OpenTiffInMemory(block.Get(), static_cast<uint32_t>(Fax().size()), T_READ);
-        if (file) {
-            ExpectCauseOrPicture(LoadTiffChainIntoDIB(file, 0));
-            CloseTiffFile(file);
-        } else {
-            EXPECT_NE(TiffError(), 0u);
-        }
-    });
-}
-
-TEST(Failures, EveryCodecReportsMissingMemory)
-{
-    for (const uint32_t compression : {1u, 2u, 3u, 4u, 5u, 32773u}) {
-        SCOPED_TRACE(compression);
-        MemoryTiff opened(OnePage(TiffPage::Picture(8, 1, 1, compression).Strips({Bytes(64, 0xAA)})));
-        RowCollector collector{1};
-        standin::FailEach(standin::Allocation, [&](unsigned) {
-            standin::LeakCheck leaks;
-            const int32_t result = DecodeTiffImage(opened.file, 0, 0, 0, &collector, CollectRow);
-            if (standin::InjectionFired()) {
-                EXPECT_EQ(Refusal(result), 1u);
-            }
-        });
-    }
-}
-
-// Code of long lines takes many flushes: those after one that failed must not harm what is there.
-TEST(Failures, ASaveLeavesTheOldPagesAndMayTryAgain)
-{
-    static constexpr struct {
-        const char* row;
-        bool onDisk, isNew;
-        uint32_t compression, rowBytes, rows;
-    } rows[] = {
-        {"to disk", true, false, 1, 200, 50},
-        {"to memory", false, false, 1, 200, 50},
-        {"to new memory", false, true, 1, 200, 50},
-        {"long lines", false, false, 1, 40000, 3},
-        {"long lines of Huffman", false, false, 2, 40000, 3},
-        {"long lines of Group 4", false, false, 4, 32000, 3},
-        {"long lines of LZW", false, false, 5, 40000, 3},
-        {"long lines of PackBits", false, false, 32773, 40000, 3},
-    };
-    const Bytes old = TwoPages().Build();
-    for (const auto& [row, onDisk, isNew, compression, rowBytes, rowCount] : rows)
-        standin::FailEach(CALLS, [&](unsigned n) {
-            SCOPED_TRACE(row);
-            standin::LeakCheck leaks;
-            standin::StopFailing();
-            const TempFile disk(old);
-            const Block block(old);
-            standin::FailNth(n, CALLS);
-            HGLOBAL file =
-                onDisk ? OpenTiffFile(disk.Path(), T_APPEND)
-                       : OpenTiffInMemory(isNew ? nullptr : block.Get(), static_cast<uint32_t>(old.size()),
-                                          isNew ? T_CREAT : T_APPEND);
-            if (file && !isNew) {
-                EXPECT_EQ(NumberOfTiffImages(file, TIFF_ALL_PAGES), 2u) << "a page would be cut off";
-            }
-            uint32_t page = 0;
-            const bool ready = file && (isNew || (GetTiffImage(file, 0) && GetTiffImage(file, 1)));
-            const bool saved = ready && SavePage(file, page, compression, rowBytes, rowCount);
-            EXPECT_TRUE(saved || TiffError() != 0);
-            standin::StopFailing();
-            if (!ready)
-                return void(CloseTiffFile(file));
-            HGLOBAL memory = GetMemoryTiffHandle(file);
-            const Bytes written = onDisk ? ReadFileBytes(disk.Path()) : Content(memory, GlobalSize(memory));
-            if (isNew) {
-                EXPECT_EQ(memory != nullptr, saved);
-            } else {
-                EXPECT_EQ(Part(written, 0, old.size()) == old, !saved);
-                EXPECT_TRUE(saved || written.size() == old.size());
-                const MemoryTiff again(written);
-                ExpectOldPages(again.file, saved ? 3 : 2);
-            }
-            EXPECT_TRUE(SavePage(file, page)) << TiffError();
-            EXPECT_EQ(DecodePage(file, page).rows.size(), 50u);
-            if (isNew)
-                GlobalFree(GetMemoryTiffHandle(file));
-            CloseTiffFile(file);
-        });
-}
-
 // Offsets end at 4 GiB, and so does what may be added.
 TEST(Failures, FilesOfFourGigabytesKeepTheirPages)
 {
@@ -204,32 +82,6 @@ TEST(Failures, FilesOfFourGigabytesKeepTheirPages)
         EXPECT_EQ(std::filesystem::file_size(disk.Path()), size);
         EXPECT_EQ(GetNumberOfImagesInTiffFile(disk.Path()), 2u);
     }
-}
-
-TEST(Failures, ASavedDibIsAWholePageOrNone)
-{
-    const TempFile original(Fax()), file({});
-    HGLOBAL dib = LoadTiffIntoDIB(original.Path(), 0, 0);
-    ASSERT_NE(dib, nullptr);
-    for (const uint32_t selector : {201u, 204u, 208u}) {
-        SCOPED_TRACE(selector);
-        standin::FailEach(CALLS, [&](unsigned) {
-            std::filesystem::copy_file(original.Path(), file.Path(),
-                                       std::filesystem::copy_options::overwrite_existing);
-            int32_t saved;
-            {
-                standin::LeakCheck leaks;
-                saved = SaveDIBInTiffFile(file.Path(), dib, selector, 0);
-                EXPECT_EQ(saved == 0, TiffError() != 0);
-            }
-            standin::StopFailing();
-            EXPECT_EQ(GetNumberOfImagesInTiffFile(file.Path()), saved ? 2u : 1u);
-            HGLOBAL tiff = OpenTiffFile(file.Path(), T_READ);
-            EXPECT_EQ(DecodePage(tiff, 0).rows.size(), 4u);
-            CloseTiffFile(tiff);
-        });
-    }
-    GlobalFree(dib);
 }
 
 TEST(Failures, AFullDiskKeepsTheEarlierPagesWhole)
@@ -258,6 +110,31 @@ TEST(Failures, AFullDiskKeepsTheEarlierPagesWhole)
             EXPECT_TRUE(saved || SavePage(file, page)) << "there is room again";
             CloseTiffFile(file);
         }
+}
+
+TEST(Failures, AFullDiskNeitherHarmsACopyNorLeavesHalfAFax)
+{
+    const Bytes pages = Pages(4), two = Pages(2);
+    for (const uint64_t room : {0u, 3u, 100u}) {
+        SCOPED_TRACE(room);
+        const TempFile source(pages), file(two);
+        HGLOBAL from = OpenTiffFile(source.Path(), T_READ), to = OpenTiffFile(file.Path(), T_APPEND);
+        standin::LimitDisk(room);
+        EXPECT_EQ(Refusal(CopyTiffImage(from, 0, to)), 6u);
+        standin::StopFailing();
+        EXPECT_EQ(NumberOfTiffImages(to, TIFF_ALL_PAGES), 2u);
+        CloseTiffFile(to);
+        CloseTiffFile(from);
+        EXPECT_EQ(ReadFileBytes(file.Path()), two);
+    }
+    const TempFile source(pages), raw(Hex("FFFEFD")), fax(pages);
+    standin::LimitDisk(0);
+    EXPECT_EQ(AppendCCITTImageFile(raw.Path(), source.Path(), 0, 0), nullptr);
+    standin::LimitDisk(10);
+    EXPECT_EQ(ConvertTiffToCiscoFormat(fax.Path()), 0);
+    standin::StopFailing();
+    EXPECT_FALSE(Exists(raw.Path()));
+    EXPECT_FALSE(Exists(fax.Path()));
 }
 
 TEST(Costs, ADirectoryIsWrittenInTwoPieces)
@@ -304,34 +181,4 @@ TEST(Costs, ALoadTakesThePictureAndItsBuffers)
     const uint64_t before = standin::BytesAllocatedPeak();
     GlobalFree(LoadTiffIntoDIB(file.Path(), 0, 0));
     EXPECT_LT(standin::BytesAllocatedPeak() - before, 216u * 2200 + 70000);
-}
-
-TEST(Failures, ACalsFileIsReplacedWholeOrNotAtAll)
-{
-    const auto folder = std::filesystem::path(standin::TempFolder()) / "cals";
-    std::filesystem::create_directory(folder);
-    const std::string path = (folder / "page.cal").string();
-    const Block dib(PackedDib({8, 2, 1, {0xFFFFFF, 0}, Hex("18000000 18000000")}));
-    const Bytes old = {1, 2, 3};
-    for (const unsigned kinds : {CALLS & ~standin::Delete, unsigned{standin::Delete}}) {
-        standin::FailEach(kinds, [&](unsigned) {
-            std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(old.data()), 3);
-            standin::LeakCheck leaks;
-            SetTiffError(0);
-            const int32_t result = SaveDIBInCALSFormat(path.c_str(), dib.Get(), nullptr, nullptr, 0);
-            standin::StopFailing();
-            EXPECT_EQ(ReadFileBytes(path) == old, result == 0);
-            EXPECT_EQ(TiffError() != 0, result == 0);
-            if (kinds != standin::Delete) {
-                EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
-            }
-        });
-    }
-    standin::FailEach(CALLS, [&](unsigned) {
-        standin::LeakCheck leaks;
-        ExpectCauseOrPicture(LoadCALSIntoDIB(path.c_str(), 0));
-        TiffCalsNotes notes;
-        ExpectCauseOrPicture(ReadCALSNote(path.c_str(), &notes));
-    });
-    std::filesystem::remove_all(folder);
 }

@@ -78,12 +78,18 @@ extern "C" __declspec(dllexport) uint32_t JPEGEncoder(CodecContext* context)
             return 12;
         for (uint32_t at = 0; at < context->bytesPerLine; ++at)
             call.byteTotal += line[at];
-        mWrite(context->stream, line, context->bytesPerLine);
+        if (mWrite(context->stream, line, context->bytesPerLine) != context->bytesPerLine)
+            return 6;
         ++call.rows;
     }
+    const uint32_t end = mTell(context->stream);
+    if (start == STREAM_FAILED || end == STREAM_FAILED)
+        return 6;
     Store(context->stripOffsets, {start});
-    Store(context->stripByteCounts, {mTell(context->stream) - start});
+    Store(context->stripByteCounts, {end - start});
     context->quantisationTables = GlobalAlloc(GMEM_MOVEABLE, 12);
+    if (!context->quantisationTables)
+        return 1;
     Store(context->quantisationTables, {8, 9, 10});
     return answer;
 }

@@ -3,6 +3,14 @@
 
 #include "tiff/codecs.h"
 
+#ifndef _WIN32
+using HCURSOR = void*;
+inline HCURSOR GetCursor()
+{
+    return nullptr;
+}
+#endif
+
 // The restart interval of pages that have other files closed while they are decoded.
 constexpr uint32_t CLOSES_FILES = 99;
 

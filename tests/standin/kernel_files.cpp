@@ -190,16 +190,19 @@ extern "C" {
 
 HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD, void*, DWORD disposition, DWORD, HANDLE)
 {
+    const auto guard = standin::kernel::Guard();
     return OpenPath(Path(name), access, disposition);
 }
 
 HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD, void*, DWORD disposition, DWORD, HANDLE)
 {
+    const auto guard = standin::kernel::Guard();
     return OpenPath(Path(name), access, disposition);
 }
 
 BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, DWORD* bytesRead, void*)
 {
+    const auto guard = standin::kernel::Guard();
     *bytesRead = 0;
     const OpenFile* file = Refuse(standin::Read) ? nullptr : Find(handle, GENERIC_READ);
     const ssize_t got = file ? read(file->descriptor, buffer, bytes) : -1;
@@ -210,9 +213,13 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, DWORD* bytesRead, void*
 
 BOOL WriteFile(HANDLE handle, const void* buffer, DWORD bytes, DWORD* bytesWritten, void*)
 {
+    const auto guard = standin::kernel::Guard();
     *bytesWritten = 0;
-    const OpenFile* file = Refuse(standin::Write) ? nullptr : Find(handle, GENERIC_WRITE);
-    if (!file)
+    const OpenFile* file = Find(handle, GENERIC_WRITE);
+    const bool refused = Refuse(standin::Write);
+    if (file && refused && bytes > 8 && standin::kernel::TearsWrites())
+        write(file->descriptor, buffer, bytes / 2);
+    if (!file || refused)
         return FALSE;
     const auto position = static_cast<uint64_t>(lseek(file->descriptor, 0, SEEK_CUR));
     const uint64_t end = diskLeft == NO_LIMIT ? position + bytes : TakeDisk(*file, position + bytes);
@@ -223,6 +230,7 @@ BOOL WriteFile(HANDLE handle, const void* buffer, DWORD bytes, DWORD* bytesWritt
 
 BOOL SetFilePointerEx(HANDLE handle, LARGE_INTEGER distance, LARGE_INTEGER* position, DWORD origin)
 {
+    const auto guard = standin::kernel::Guard();
     static constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
     const OpenFile* file = Refuse(standin::Seek) || origin > 2 ? nullptr : Find(handle);
     const off_t reached = file ? lseek(file->descriptor, distance.QuadPart, origins[origin]) : -1;
@@ -233,6 +241,7 @@ BOOL SetFilePointerEx(HANDLE handle, LARGE_INTEGER distance, LARGE_INTEGER* posi
 
 BOOL GetFileSizeEx(HANDLE handle, LARGE_INTEGER* size)
 {
+    const auto guard = standin::kernel::Guard();
     const OpenFile* file = Refuse(standin::Seek) ? nullptr : Find(handle);
     if (file)
         size->QuadPart = static_cast<int64_t>(SizeOf(*file));
@@ -241,6 +250,7 @@ BOOL GetFileSizeEx(HANDLE handle, LARGE_INTEGER* size)
 
 DWORD GetFileSize(HANDLE handle, DWORD*)
 {
+    const auto guard = standin::kernel::Guard();
     LARGE_INTEGER size{};
     return GetFileSizeEx(handle, &size) ? static_cast<DWORD>(size.QuadPart) : INVALID_FILE_SIZE;
 }
@@ -248,6 +258,7 @@ DWORD GetFileSize(HANDLE handle, DWORD*)
 // The file's identity; the rest is 0.
 BOOL GetFileInformationByHandle(HANDLE handle, BY_HANDLE_FILE_INFORMATION* facts)
 {
+    const auto guard = standin::kernel::Guard();
     const OpenFile* file = Find(handle);
     *facts = {};
     if (!file)
@@ -260,6 +271,7 @@ BOOL GetFileInformationByHandle(HANDLE handle, BY_HANDLE_FILE_INFORMATION* facts
 
 BOOL SetEndOfFile(HANDLE handle)
 {
+    const auto guard = standin::kernel::Guard();
     const OpenFile* file = Refuse(standin::Write) ? nullptr : Find(handle, GENERIC_WRITE);
     if (!file)
         return FALSE;
@@ -271,6 +283,7 @@ BOOL SetEndOfFile(HANDLE handle)
 
 BOOL CloseHandle(HANDLE handle)
 {
+    const auto guard = standin::kernel::Guard();
     OpenFile* file = Find(handle);
     if (!file)
         return FALSE;
@@ -281,36 +294,43 @@ BOOL CloseHandle(HANDLE handle)
 
 BOOL DeleteFileA(LPCSTR name)
 {
+    const auto guard = standin::kernel::Guard();
     return DeletePath(Path(name));
 }
 
 BOOL DeleteFileW(LPCWSTR name)
 {
+    const auto guard = standin::kernel::Guard();
     return DeletePath(Path(name));
 }
 
 BOOL MoveFileA(LPCSTR from, LPCSTR to)
 {
+    const auto guard = standin::kernel::Guard();
     return MovePath(Path(from), Path(to));
 }
 
 BOOL MoveFileW(LPCWSTR from, LPCWSTR to)
 {
+    const auto guard = standin::kernel::Guard();
     return MovePath(Path(from), Path(to));
 }
 
 DWORD GetFileAttributesA(LPCSTR name)
 {
+    const auto guard = standin::kernel::Guard();
     return AttributesOfPath(Path(name));
 }
 
 DWORD GetFileAttributesW(LPCWSTR name)
 {
+    const auto guard = standin::kernel::Guard();
     return AttributesOfPath(Path(name));
 }
 
 DWORD GetTempPathA(DWORD, LPSTR buffer)
 {
+    const auto guard = standin::kernel::Guard();
     const std::string folder = standin::TempFolder() + '/';
     memcpy(buffer, folder.c_str(), folder.size() + 1);
     return static_cast<DWORD>(folder.size());
@@ -318,6 +338,7 @@ DWORD GetTempPathA(DWORD, LPSTR buffer)
 
 DWORD GetTempPathW(DWORD room, LPWSTR buffer)
 {
+    const auto guard = standin::kernel::Guard();
     const std::string folder = standin::TempFolder() + '/';
     return static_cast<DWORD>(
         MultiByteToWideChar(CP_UTF8, 0, folder.c_str(), -1, buffer, static_cast<int>(room)) - 1);
@@ -325,6 +346,7 @@ DWORD GetTempPathW(DWORD room, LPWSTR buffer)
 
 UINT GetTempFileNameA(LPCSTR folder, LPCSTR prefix, UINT, LPSTR name)
 {
+    const auto guard = standin::kernel::Guard();
     std::string path;
     const UINT number = MakeTemporary(folder, prefix, path);
     memcpy(name, path.c_str(), path.size() + 1);
@@ -333,6 +355,7 @@ UINT GetTempFileNameA(LPCSTR folder, LPCSTR prefix, UINT, LPSTR name)
 
 UINT GetTempFileNameW(LPCWSTR folder, LPCWSTR prefix, UINT, LPWSTR name)
 {
+    const auto guard = standin::kernel::Guard();
     std::string path;
     const UINT number = MakeTemporary(Path(folder), Path(prefix), path);
     return MultiByteToWideChar(CP_UTF8, 0, path.c_str(), -1, name, MAX_PATH) ? number : 0;

@@ -105,6 +105,7 @@ extern "C" {
 
 HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes)
 {
+    const auto guard = standin::kernel::Guard();
     static auto& fixedBlocks = *new std::vector<void*>; // never destroyed: the thread's record is one
     if (Refused(bytes))
         return nullptr;
@@ -124,6 +125,7 @@ HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes)
 
 HGLOBAL GlobalReAlloc(HGLOBAL handle, SIZE_T bytes, UINT flags)
 {
+    const auto guard = standin::kernel::Guard();
     Block* block = Refused(bytes) ? nullptr : LiveBlock(handle);
     if (!block || block->locks != 0)
         return nullptr;
@@ -139,6 +141,7 @@ HGLOBAL GlobalReAlloc(HGLOBAL handle, SIZE_T bytes, UINT flags)
 
 LPVOID GlobalLock(HGLOBAL handle)
 {
+    const auto guard = standin::kernel::Guard();
     Block* block = standin::kernel::Refuse(standin::Lock) ? nullptr : LiveBlock(handle);
     if (!block || !block->data)
         return nullptr;
@@ -149,6 +152,7 @@ LPVOID GlobalLock(HGLOBAL handle)
 
 BOOL GlobalUnlock(HGLOBAL handle)
 {
+    const auto guard = standin::kernel::Guard();
     Block* block = LiveBlock(handle);
     if (!block || block->locks == 0) {
         standin::kernel::Fault("unlock of an unlocked block");
@@ -160,6 +164,7 @@ BOOL GlobalUnlock(HGLOBAL handle)
 
 HGLOBAL GlobalFree(HGLOBAL handle)
 {
+    const auto guard = standin::kernel::Guard();
     Block* block = LiveBlock(handle);
     if (!block)
         return handle;

@@ -1,18 +1,20 @@
 // Threads, time and libraries, and the books that the whole stand-in keeps: which call is to
-// fail, how many were made, what went wrong. One thread at a time calls the library here.
+// fail, how many were made, what went wrong. Calls of several threads wait for each other.
 #include "standin.h"
 
 #include <pthread.h>
 #include <time.h>
 
+#include <algorithm>
 #include <array>
+#include <cstring>
 #include <map>
 
 namespace {
 
 struct Injection {
-    unsigned kinds = 0, target = 0, seen = 0;
-    bool andAllLater = false, fired = false;
+    unsigned kinds = 0, target = 0, seen = 0, laterKinds = 0;
+    bool torn = false, fired = false;
 };
 
 Injection injection;
@@ -22,17 +24,26 @@ const char* lastFault = "none";
 DWORD slotsTaken = 0;
 thread_local std::array<void*, 4> slotValues{};
 
+using FindFunction = FARPROC (*)(const std::string& name);
+std::map<std::string, FindFunction> libraries;
+int64_t librariesHeld = 0;
+
 } // namespace
 
 namespace standin {
 
+std::unique_lock<std::recursive_mutex> kernel::Guard()
+{
+    static auto& mutex = *new std::recursive_mutex; // outlives everything that is destroyed at exit
+    return std::unique_lock(mutex);
+}
+
 bool kernel::Refuse(Call kind)
 {
     ++callsMade[kind];
-    if (!(injection.kinds & kind))
-        return false;
-    const unsigned n = ++injection.seen;
-    const bool refused = n == injection.target || (injection.andAllLater && n > injection.target);
+    if (injection.fired && (injection.laterKinds & kind))
+        return true;
+    const bool refused = (injection.kinds & kind) && ++injection.seen == injection.target;
     injection.fired |= refused;
     return refused;
 }
@@ -45,7 +56,7 @@ void kernel::Fault(const char* what)
 
 Counts Live()
 {
-    return {kernel::LiveBlocks(), kernel::LiveLocks(), kernel::LiveHandles()};
+    return {kernel::LiveBlocks(), kernel::LiveLocks(), kernel::LiveHandles() + librariesHeld};
 }
 
 uint64_t Faults()
@@ -58,9 +69,14 @@ const char* LastFault()
     return lastFault;
 }
 
-void FailNth(unsigned n, unsigned kinds, bool andAllLater)
+bool kernel::TearsWrites()
 {
-    injection = {kinds, n, 0, andAllLater, false};
+    return injection.torn && injection.seen == injection.target;
+}
+
+void FailNth(unsigned n, unsigned kinds, unsigned laterKinds, bool torn)
+{
+    injection = {kinds, n, 0, laterKinds, torn, false};
 }
 
 bool InjectionFired()
@@ -70,8 +86,13 @@ bool InjectionFired()
 
 void StopFailing()
 {
-    injection.kinds = 0;
+    injection.kinds = injection.laterKinds = 0;
     kernel::LiftDiskLimit();
+}
+
+void ProvideLibrary(const char* fileName, FARPROC (*find)(const std::string& name))
+{
+    libraries[fileName] = find;
 }
 
 uint64_t CallsMade(Call kind)
@@ -134,29 +155,42 @@ void GetLocalTime(SYSTEMTIME* now)
     *now = {2024, 2, 4, 29, 23, 59, 58, 0};
 }
 
-// Here are no other libraries.
-DWORD GetModuleFileNameW(HMODULE, LPWSTR, DWORD)
+// Libraries are those that a test provides, and lie beside a library of our own.
+DWORD GetModuleFileNameW(HMODULE, LPWSTR path, DWORD)
 {
-    return 0;
+    constexpr char16_t OURS[] = u"C:\\TIFF.DLL";
+    std::copy(std::begin(OURS), std::end(OURS), path);
+    return std::size(OURS) - 1;
 }
 
-HMODULE LoadLibraryA(LPCSTR)
+HMODULE LoadLibraryA(LPCSTR path)
 {
-    return nullptr;
+    const auto guard = standin::kernel::Guard();
+    const std::string name = path;
+    const auto found = libraries.find(name.substr(name.rfind('\\') + 1));
+    if (standin::kernel::Refuse(standin::Library) || found == libraries.end())
+        return nullptr;
+    ++librariesHeld;
+    return reinterpret_cast<HMODULE>(&found->second);
 }
 
-HMODULE LoadLibraryW(LPCWSTR)
+HMODULE LoadLibraryW(LPCWSTR path)
 {
-    return nullptr;
+    const std::u16string name = path;
+    return LoadLibraryA(std::string(name.begin(), name.end()).c_str());
 }
 
-FARPROC GetProcAddress(HMODULE, LPCSTR)
+FARPROC GetProcAddress(HMODULE module, LPCSTR name)
 {
-    return nullptr;
+    const auto guard = standin::kernel::Guard();
+    return standin::kernel::Refuse(standin::Library) ? nullptr
+                                                     : (*reinterpret_cast<const FindFunction*>(module))(name);
 }
 
 BOOL FreeLibrary(HMODULE)
 {
-    return FALSE;
+    const auto guard = standin::kernel::Guard();
+    --librariesHeld;
+    return TRUE;
 }
 }

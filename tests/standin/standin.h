@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <mutex>
 #include <string>
 
 namespace standin {
@@ -30,11 +31,13 @@ enum Call : unsigned {
     Seek = 32,
     Delete = 64,
     Move = 128,
-    AnyCall = 255
+    AnyCall = 255,
+    Library = 512 // beside them: loading a library, finding a function in it
 };
 
-// Counts from 1 over the calls of these kinds.
-void FailNth(unsigned n, unsigned kinds, bool andAllLater = false);
+// Counts from 1 over the calls of these kinds. From then on calls of the later kinds fail, too.
+// A torn write has put half of its bytes into the file, unless it is as short as a link.
+void FailNth(unsigned n, unsigned kinds, unsigned laterKinds = 0, bool torn = false);
 // Keeps its answer after StopFailing, until the next FailNth.
 bool InjectionFired();
 // Disarms FailNth and lifts LimitDisk.
@@ -53,6 +56,9 @@ uint64_t BytesAllocatedPeak();
 // The largest size asked for since ResetPeak, granted or not.
 uint64_t LargestAllocation();
 void ResetPeak();
+
+// A library that LoadLibraryA finds, with the functions in it.
+void ProvideLibrary(const char* fileName, FARPROC (*find)(const std::string& name));
 
 // Without a separator at the end. Also what GetTempPathA answers, with one.
 std::string TempFolder();
@@ -99,10 +105,12 @@ void FailEach(unsigned kinds, Operation operation)
 
 // Shared by the kernel files, not for tests.
 namespace kernel {
+std::unique_lock<std::recursive_mutex> Guard();
 int64_t LiveBlocks();
 int64_t LiveLocks();
 int64_t LiveHandles();
 bool Refuse(Call kind);
+bool TearsWrites(); // the refused one
 void Fault(const char* what);
 void LiftDiskLimit();
 } // namespace kernel

@@ -1,0 +1,6 @@
+#include "sweeps/scene.h"
+
+std::vector<sweeps::Row> sweeps::DesktopRows()
+{
+    return {};
+}
