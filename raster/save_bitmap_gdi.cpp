@@ -280,5 +280,5 @@ extern "C" int32_t SaveBitmapInCcittFile(const char* path, HBITMAP bitmap, uint3
     BITMAP described;
     if (!GetObjectA(bitmap, sizeof(described), &described))
         return FinishSave(error::InvalidHandle);
-    return path ? ReplaceWithCode(path, bitmap, compression) : FinishSave(error::InputOutput);
+    return ReplaceWithCode(path, bitmap, compression);
 }

@@ -1,7 +1,7 @@
 /* Text on pictures: a text file on a form, a string on a copy of a picture.
  *
- * The given pictures are never changed, and a failure changes nothing. Beside a null path the functions set no
- * error codes of their own; loading a form and converting pictures do.
+ * The given pictures are never changed, and a failure changes nothing. Beside a null path the functions set
+ * no error codes of their own; loading a form and converting pictures do.
  */
 #ifndef TIFF_OVERLAYS_H
 #define TIFF_OVERLAYS_H
