@@ -29,10 +29,11 @@ install(FILES cmake/tiffdll-config.cmake ${PROJECT_BINARY_DIR}/tiffdll-config-ve
 install(FILES ${PROJECT_BINARY_DIR}/tiffdll.pc DESTINATION lib/pkgconfig)
 
 install(FILES LICENSE README.md CHANGELOG.md SECURITY.md exports/abi.txt DESTINATION share/doc/tiffdll)
-install(DIRECTORY docs DESTINATION share/doc/tiffdll)
+install(DIRECTORY docs DESTINATION share/doc/tiffdll PATTERN reference EXCLUDE)
 foreach(folder samples examples bindings)
     if(EXISTS ${PROJECT_SOURCE_DIR}/${folder})
-        install(DIRECTORY ${folder} DESTINATION share/tiffdll)
+        install(DIRECTORY ${folder} DESTINATION share/tiffdll
+                PATTERN make-bindings EXCLUDE PATTERN __pycache__ EXCLUDE)
     endif()
 endforeach()
 install(DIRECTORY ${PROJECT_BINARY_DIR}/reference/ DESTINATION share/doc/tiffdll/reference OPTIONAL)

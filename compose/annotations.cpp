@@ -84,6 +84,13 @@ int32_t WriteBytes(const char* path, uint32_t tag, const AnnotationBytes& bytes,
            AddTiffTagToImage(path, 0, tag, fieldtype::Byte, block.Get(), bytes.kept + added);
 }
 
+bool IsGiven(const char* path)
+{
+    if (!path)
+        SetTiffError(error::InvalidParameters);
+    return path;
+}
+
 bool IsPageOf(const char* path, int32_t page)
 {
     const uint32_t pages = GetNumberOfImagesInTiffFile(path);
@@ -98,6 +105,8 @@ using namespace tiff;
 
 extern "C" TiffAnnotation LoadAnnotationFromTiff(const char* path, uint32_t tag) noexcept
 {
+    if (!IsGiven(path))
+        return 0;
     const Module library = LoadAnnotationLibrary();
     if (!library)
         return 0;
@@ -116,7 +125,7 @@ extern "C" TiffAnnotation LoadAnnotationFromTiff(const char* path, uint32_t tag)
 
 extern "C" int32_t SaveAnnotationIntoTiff(const char* path, TiffAnnotation annotation, uint32_t tag) noexcept
 {
-    if (!annotation)
+    if (!IsGiven(path) || !annotation)
         return 0;
     const Module library = LoadAnnotationLibrary();
     const auto countBytes = Find<TiffAnnoGetSaveCount>(library, "AnnoGetSaveCount");
@@ -139,8 +148,8 @@ extern "C" int32_t SaveAnnotationIntoTiffExt(const char* path, TiffAnnotation an
                                              int32_t mode, int32_t annotationPage, int32_t filePage) noexcept
 {
     const bool append = mode == TIFF_ANNOTATION_APPEND;
-    if ((!append && mode != TIFF_ANNOTATION_REPLACE) || annotationPage < -1 || !IsPageOf(path, filePage) ||
-        !annotation)
+    if (!IsGiven(path) || (!append && mode != TIFF_ANNOTATION_REPLACE) || annotationPage < -1 ||
+        !IsPageOf(path, filePage) || !annotation)
         return 0;
     const Module library = LoadAnnotationLibrary();
     const auto countBytes = Find<TiffAnnoGetSaveCountOnPage>(library, "AnnoGetSaveCountOnPage");

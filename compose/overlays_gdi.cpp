@@ -2,6 +2,7 @@
 #include "compose/overlay_lines.h"
 #include "compose/text_pages_gdi.h"
 #include "core/desktop.h"
+#include "core/errors.h"
 #include "core/global_block.h"
 #include "raster/convert_gdi.h"
 #include "raster/dib.h"
@@ -28,6 +29,8 @@ struct OverlayText {
 uint32_t DrawOnForm(const char* formPath, const TiffTextPageSettings* settings, uint32_t pageLimit,
                     HANDLE* pages, uint32_t kind, uint32_t startY)
 {
+    if (!formPath)
+        SetTiffError(error::InvalidParameters);
     if (!formPath || !settings || !pages)
         return 0;
     const BusyCursor busy;

@@ -150,7 +150,7 @@ Status TestPage(const Search& search, HGLOBAL file, uint32_t page, bool& matches
 uint32_t FindPageThat(Search search, const char* path, int32_t firstPage, Status& status)
 {
     const OpenedTiff file(path, T_READ);
-    status = error::InputOutput;
+    status = path ? error::InputOutput : error::InvalidParameters;
     if (!file || file.PageCount() == 0 || !search.colour)
         return SEARCH_FAILED;
     search.threshold = std::clamp(search.threshold, 0, WHOLE_PAGE);

@@ -50,8 +50,10 @@ extern "C" HGLOBAL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) noexce
 extern "C" uint32_t GetTiffColorSpace(const char* path, int32_t page) noexcept
 {
     static constexpr uint32_t UNKNOWN = 0xFFFFFFFF;
-    if (!path || page < 0)
+    if (!path || page < 0) {
+        SetTiffError(path ? error::IndexOutOfRange : error::InvalidParameters);
         return UNKNOWN;
+    }
     GlobalBlock block;
     block.Adopt(LoadNonRGBTiffIntoDIB(path, static_cast<uint32_t>(page)));
     Locked<BITMAPINFOHEADER> header(block.Get());

@@ -275,8 +275,10 @@ extern "C" int32_t SaveBitmapInCcittFile(const char* path, HBITMAP bitmap, uint3
     const uint32_t compression = CcittCompression(type);
     if (compression == 0)
         return 0;
+    if (!path)
+        return FinishSave(error::InvalidParameters);
     BITMAP described;
     if (!GetObjectA(bitmap, sizeof(described), &described))
         return FinishSave(error::InvalidHandle);
-    return path ? ReplaceWithCode(path, bitmap, compression) : FinishSave(error::InputOutput);
+    return ReplaceWithCode(path, bitmap, compression);
 }

@@ -397,6 +397,8 @@ Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant
 
 Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, const LineFeed& feed)
 {
+    if (!request.path)
+        return error::InvalidParameters;
     Status status = error::None;
     HGLOBAL file = OpenFile(request.path, T_APPEND, status);
     if (!file)

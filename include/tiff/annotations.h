@@ -2,7 +2,7 @@
  * kvanno.dll, which is loaded for each call from this library's folder, or else from where the system finds
  * it. Its objects and bytes pass through unchanged.
  *
- * Failures return 0 and set no error code of their own; the TIFF operations in them do.
+ * Failures return 0. Beside a null path they set no error code of their own; the TIFF operations in them do.
  */
 #ifndef TIFF_ANNOTATIONS_H
 #define TIFF_ANNOTATIONS_H
@@ -28,27 +28,40 @@ enum TiffAnnotationMode { TIFF_ANNOTATION_REPLACE = 1, TIFF_ANNOTATION_APPEND = 
 
 /* Makes an annotation object of a file's annotation bytes, with AnnoCreateOnLoad.
  *
- * tag  its number; 0 for 32768.
+ * path  of the TIFF file.
+ * tag   its number; 0 for 32768.
  *
  * Returns what the annotation library does, or 0: there is no library, no such file, or no such tag with
  * values of type BYTE.
+ * Errors: 29 no path; others as OpenTiffFile and GetTiffImageInfoBuffer.
+ * A success clears the last error.
  */
 TiffAnnotation TIFF_CALL LoadAnnotationFromTiff(const char* path, uint32_t tag) TIFF_NOEXCEPT;
 
 /* Writes the bytes of an annotation object, as AddTiffTagToImage; with no bytes, the tag is deleted.
  *
+ * path        of the TIFF file.
+ * annotation  the object, which stays the annotation library's.
+ * tag         as LoadAnnotationFromTiff.
+ *
  * Returns 1, or 0, also when the tag was deleted.
+ * Errors: 29 no path; others as AddTiffTagToImage.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL SaveAnnotationIntoTiff(const char* path, TiffAnnotation annotation,
                                          uint32_t tag) TIFF_NOEXCEPT;
 
-/* The same for one page of annotations. The bytes go to the file's first page in any case.
+/* SaveAnnotationIntoTiff for one page of annotations. The bytes go to the file's first page in any case.
  *
- * mode            TiffAnnotationMode. Appended bytes follow those that the tag has, if its type is BYTE.
- * annotationPage  counted from 0, or -1; for the annotation library.
- * filePage        a page of the file; for the annotation library.
+ * path, annotation, tag  as SaveAnnotationIntoTiff.
+ * mode                   TiffAnnotationMode. Appended bytes follow those that the tag has, if its type is
+ *                        BYTE.
+ * annotationPage         counted from 0, or -1; for the annotation library.
+ * filePage               a page of the file; for the annotation library.
  *
  * Returns 1, or 0. Without bytes the result is 1, and in mode 1 the tag is deleted.
+ * Errors: 1; 29 no path; others as AddTiffTagToImage.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL SaveAnnotationIntoTiffExt(const char* path, TiffAnnotation annotation, uint32_t tag,
                                             int32_t mode, int32_t annotationPage,

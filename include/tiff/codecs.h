@@ -70,51 +70,67 @@ typedef struct CodecContext {
 } CodecContext;
 TIFF_LAYOUT(CodecContext, 312, referenceBlackWhite, 264);
 
-/* Prepares a context for decoding: allocates the buffers, then positions on the current strip
- * if there is an array of strip offsets, else fills the code buffer at the stream's position.
- * lineFormat, bytesPerLine, stream, dataEnd, fillOrder, rowsPerStrip and the line routine must
- * be set. The buffers are freed with GlobalFree(bufferBlock) after GlobalUnlock.
+/* Prepares a context for decoding: allocates the buffers, then positions on the current strip if there is
+ * an array of strip offsets, else fills the code buffer at the stream's position.
+ *
+ * context  with lineFormat, bytesPerLine, stream, dataEnd, fillOrder, rowsPerStrip and the line routine
+ *          set. The caller frees its buffers, with GlobalFree(bufferBlock) after GlobalUnlock.
  *
  * Returns 0, 1 (memory) or 6 (the first load failed). The last error is not set for 1.
+ * A success keeps the last error.
  */
 uint32_t TIFF_CALL InitDecodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Loads the next bytes of the stream into the code buffer.
  *
+ * context  of InitDecodeBuffers.
+ *
  * Returns 0, 5 (no more data) or 6.
+ * A success keeps the last error.
  */
 uint32_t TIFF_CALL FillCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Hands the finished line to the line routine and prepares for the next one, moving on to the
  * next strip after the last line of a strip.
  *
- * Returns 0; 3 when all rows are done; 6 when the next strip cannot be reached; or what the
- * line routine returned.
+ * context  of InitDecodeBuffers.
+ *
+ * Returns 0; 3 when all rows are done; 6 when the next strip cannot be reached; or what the line routine
+ * returned.
+ * A success keeps the last error.
  */
 uint32_t TIFF_CALL FlushDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Decodes rows of a loaded page.
  *
- * firstStrip  the strip to begin with.
- * rowCount    rows from there; 0, or more than the page has, goes to the end of the page.
- * userData    passed to the line routine.
+ * file          an open TIFF file; it stays open.
+ * page          number of a loaded page, counted from 0.
+ * firstStrip    the strip to begin with.
+ * rowCount      rows from there; 0, or more than the page has, goes to the end of the page.
+ * userData      passed to the line routine.
+ * lineCallback  receives the lines.
  *
  * Returns 1, or 0 with the last error set; lines handed over before a failure stay valid.
  * Errors: 1; 3 no such strip; 5 the data end early; 6; 10 tags missing, or the width is not positive; 11
- * compression not known; 12 damaged code; 15 fill order; 20 early end of facsimile block; 22 and 23 JPEG
- * library; 9990 and 9991 JPEG pages that are not decoded line by line; whatever the line routine returned. A
- * page that is not loaded is not decoded; the result is then 1 if the last error was 0, else 0.
+ *         compression not known; 12 damaged code; 15 fill order; 20 early end of facsimile block; 22 and 23
+ *         JPEG library; 9990 and 9991 JPEG pages that are not decoded line by line; whatever the line
+ *         routine returned. A page that is not loaded is not decoded; the result is then 1 if the last
+ *         error was 0, else 0.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
                                   void* userData, TiffLineCallback lineCallback) TIFF_NOEXCEPT;
 
-/* Prepares a context for encoding: allocates the buffers, takes the stream's position for the
- * start of the first strip and pulls the first line. lineFormat, bytesPerLine, stream,
- * fillOrder, rowsPerStrip and the line routine must be set; stripOffsets and stripByteCounts
- * may be null, else they hold stripCount 32-bit entries. The buffers are freed as after InitDecodeBuffers.
+/* Prepares a context for encoding: allocates the buffers, takes the stream's position for the start of the
+ * first strip and pulls the first line.
  *
- * Returns 0; 1 (memory); 6 (the stream has no position); 3 when there are no rows; or what the
- * line routine returned. The last error is not set.
+ * context  with lineFormat, bytesPerLine, stream, fillOrder, rowsPerStrip and the line routine set;
+ *          stripOffsets and stripByteCounts may be null, else they hold stripCount 32-bit entries. The
+ *          caller frees the buffers as after InitDecodeBuffers.
+ *
+ * Returns 0; 1 (memory); 6 (the stream has no position); 3 when there are no rows; or what the line routine
+ * returned.
+ * The last error stays.
  */
 uint32_t TIFF_CALL InitEncodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
 
@@ -122,14 +138,20 @@ uint32_t TIFF_CALL InitEncodeBuffers(CodecContext* context) TIFF_NOEXCEPT;
  * strip's offset and byte count are stored first: all of its code must be in the code buffer
  * or written by then.
  *
+ * context  of InitEncodeBuffers.
+ *
  * Returns 0; 3 when all rows are done; or what the line routine returned.
+ * The last error stays.
  */
 uint32_t TIFF_CALL FillDataBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
 /* Writes the content of the code buffer at the stream's position and empties it, also when the
  * write fails. Call it once more after the last line; an empty buffer writes nothing.
  *
+ * context  of InitEncodeBuffers.
+ *
  * Returns 0 or 6.
+ * A success keeps the last error.
  */
 uint32_t TIFF_CALL FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
 
@@ -140,14 +162,19 @@ uint32_t TIFF_CALL FlushCodeBuffer(CodecContext* context) TIFF_NOEXCEPT;
  * A TIFF in memory that was opened without a block gets one with its first page: it is the
  * caller's, available from GetMemoryTiffHandle. After a failure there is none.
  *
- * Returns 1, or 0 with the last error set. The new page is linked in the very last step: after
- * a failure the file has the pages it had, and the page can be encoded again. A file that
- * does not exist yet is created first, or an old one emptied, and again by the next try.
- * Errors: 1, also when the page has more strips than can be listed; 3 no such page, or the line
- *         routine ended before the page did; 6, for a disk file after two seconds of retries;
- *         10 tags missing; 11 compression not known; 15 fill order; 16 sample layout; 22 and 23
- *         JPEG library; 27; 29 no line routine; 34; 9990 old-style JPEG that is not tiled;
- *         whatever the line routine returned.
+ * file          an open TIFF file; it stays open.
+ * page          number of the page, of DefineTiffImage.
+ * userData      passed to the line routine.
+ * lineCallback  fills one line a call.
+ *
+ * Returns 1, or 0 with the last error set. The new page is linked in the very last step: after a failure
+ * the file has the pages it had, and the page can be encoded again. A file that does not exist yet is
+ * created first, or an old one emptied, and again by the next try.
+ * Errors: 1, also when the page has more strips than can be listed; 3 no such page, or the line routine
+ *         ended before the page did; 6, for a disk file after two seconds of retries; 10 tags missing; 11
+ *         compression not known; 15 fill order; 16 sample layout; 22 and 23 JPEG library; 27; 29 no line
+ *         routine; 34; 9990 old-style JPEG that is not tiled; whatever the line routine returned.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL EncodeTiffImage(HGLOBAL file, uint32_t page, void* userData,
                                   TiffLineCallback lineCallback) TIFF_NOEXCEPT;

@@ -23,17 +23,42 @@ TIFF_BEGIN
  * than its depth.
  */
 
-/* The part that begins at left and top. */
+/* Makes a DIB of a part of another.
+ *
+ * dib            the picture; it stays the caller's.
+ * left, top      of the part, in pixels from the upper left.
+ * width, height  of the part, in pixels.
+ *
+ * Returns the new DIB, which the caller frees with GlobalFree, or null.
+ * Errors: those of all.
+ * A success clears the last error.
+ */
 HGLOBAL TIFF_CALL CropDIB(HGLOBAL dib, int32_t left, int32_t top, int32_t width,
                           int32_t height) TIFF_NOEXCEPT;
 
-/* The picture in another size. Without TIFF_SMOOTH each pixel of the result is the one under its centre.
+/* Makes a DIB of the picture in another size. Without TIFF_SMOOTH each pixel of the result is the one under
+ * its centre.
  *
- * flags  0 or TIFF_SMOOTH.
+ * dib            the picture; it stays the caller's.
+ * width, height  of the result, in pixels.
+ * flags          0 or TIFF_SMOOTH.
+ *
+ * Returns the new DIB, which the caller frees with GlobalFree, or null.
+ * Errors: those of all.
+ * A success clears the last error.
  */
 HGLOBAL TIFF_CALL StretchDIB(HGLOBAL dib, int32_t width, int32_t height, uint32_t flags) TIFF_NOEXCEPT;
 
-/* The same with a part of the picture: right and bottom are the first pixels outside. */
+/* StretchDIB with a part of the picture.
+ *
+ * dib                   as StretchDIB.
+ * part                  in pixels; right and bottom are the first ones outside.
+ * width, height, flags  as StretchDIB.
+ *
+ * Returns the new DIB, which the caller frees with GlobalFree, or null.
+ * Errors: those of all.
+ * A success clears the last error.
+ */
 HGLOBAL TIFF_CALL CropStretchDIB(HGLOBAL dib, const RECT* part, int32_t width, int32_t height,
                                  uint32_t flags) TIFF_NOEXCEPT;
 

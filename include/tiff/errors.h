@@ -8,23 +8,27 @@ TIFF_BEGIN
 /* Sets the calling thread's last error when the code, taken as signed, lies in 0 to 37;
  * any other code changes nothing.
  *
+ * code  0 to 37.
+ *
  * Returns the previous last error in both cases.
  */
 uint32_t TIFF_CALL SetTiffError(uint32_t code) TIFF_NOEXCEPT;
 
-/* Returns the calling thread's last error without changing it. Most functions leave an
- * earlier code alone when they succeed: read it after a failure.
+/* Returns the calling thread's last error without changing it. Only a failure makes it say anything: some
+ * functions clear it when they succeed, others keep an earlier code, and each says which.
+ * The last error stays.
  */
 uint32_t TIFF_CALL TiffError(void) TIFF_NOEXCEPT;
 
 /* Gives the English text of an error code.
  *
- * buffer   receives the text and its terminating zero; 64 bytes hold every text. Null shows
- *          the text in a message box captioned "TIFF error" instead.
- * code     0 to 37; any other value stands for the calling thread's last error. A last error
- *          without a text of its own reads as code 37, "Unknown error."
+ * buffer  receives the text and its terminating zero; 64 bytes hold every text. Null shows the text in a
+ *         message box captioned "TIFF error" instead.
+ * code    0 to 37; any other value stands for the calling thread's last error. A last error without a text
+ *         of its own reads as code 37, "Unknown error."
  *
  * Returns buffer.
+ * The last error stays.
  */
 char* TIFF_CALL TiffErrorString(char* buffer, int32_t code) TIFF_NOEXCEPT;
 

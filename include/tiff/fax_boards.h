@@ -22,22 +22,56 @@
 
 TIFF_BEGIN
 
-/* For Gamma boards: any compression; Group 3 without fill bits. Arguments as SaveDIBInTiffFileExt. */
+/* For Gamma boards: any compression; Group 3 without fill bits.
+ *
+ * path, dib, selector, dialog, fillOrder  as SaveDIBInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveDIBInTiffFileExt.
+ * A success clears the last error.
+ */
 int32_t TIFF_CALL SaveDIBInGammaTiffFile(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
                                          uint32_t fillOrder) TIFF_NOEXCEPT;
 
-/* For Bicom boards: Group 3 with fill bits, fill order 1. */
+/* For Bicom boards: Group 3 with fill bits, fill order 1.
+ *
+ * path, dib  as SaveDIBInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveDIBInTiffFileExt.
+ * A success clears the last error.
+ */
 int32_t TIFF_CALL SaveDIBInBicomTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
 
-/* For NMS boards; the same as Bicom. */
+/* For NMS boards; the same as Bicom.
+ *
+ * path, dib  as SaveDIBInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveDIBInTiffFileExt.
+ * A success clears the last error.
+ */
 int32_t TIFF_CALL SaveDIBInNMSTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
 
-/* For Dialogic boards: any compression, Group 3 with fill bits; fill order 2. */
+/* For Dialogic boards: any compression, Group 3 with fill bits; fill order 2.
+ *
+ * path, dib, selector  as SaveDIBInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveDIBInTiffFileExt.
+ * A success clears the last error.
+ */
 int32_t TIFF_CALL SaveDIBInDialogicTiffFile(const char* path, HGLOBAL dib, uint32_t selector) TIFF_NOEXCEPT;
 
 /* Saves a DIB as SaveDIBInTiffFileExt does and rewrites the file with ConvertTiffToCiscoFormat.
  *
- * Errors: also 29 for a null or empty path or a fill order other than 1 and 2; nothing is saved then.
+ * path, dib, selector, dialog  as SaveDIBInTiffFileExt.
+ * fillOrder                    1 or 2.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveDIBInTiffFileExt and ConvertTiffToCiscoFormat; 29 also for an empty path or another fill
+ *         order: nothing is saved then.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL SaveTiffForCiscoFormat(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
                                          uint32_t fillOrder) TIFF_NOEXCEPT;
@@ -48,8 +82,11 @@ int32_t TIFF_CALL SaveTiffForCiscoFormat(const char* path, HGLOBAL dib, uint32_t
  * WHEN A PAGE CANNOT BE COPIED, THE FILE IS DELETED: such a server must never get half a fax. Keep a
  * copy of faxes that exist nowhere else. A file that cannot be opened or read to its end is left alone.
  *
- * Returns 1 or 0. Errors: 6, also when the new file cannot replace the old one and stays in the
- * temporary folder; 29 null or empty path; others as OpenTiffFile and CopyTiffImage.
+ * path  of the TIFF file.
+ *
+ * Returns 1 or 0. Errors: 6, also when the new file cannot replace the old one and stays in the temporary
+ * folder; 29 null or empty path; others as OpenTiffFile and CopyTiffImage.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL ConvertTiffToCiscoFormat(const char* path) TIFF_NOEXCEPT;
 

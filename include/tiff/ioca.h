@@ -31,18 +31,32 @@ TIFF_LAYOUT(TiffIocaDescription, 22, dataOffset, 18);
 
 /* Writes the 26 bytes in front of the image data.
  *
+ * file         a file handle of the system; it stays the caller's.
+ * description  of the picture.
+ *
  * Returns 1, or 0; what was written stays.
  * Errors: 6; 29 no description.
+ * A success keeps the last error.
  */
 int32_t TIFF_CALL WriteIOCAHeader(HANDLE file, const TiffIocaDescription* description) TIFF_NOEXCEPT;
 
-/* Writes the 4 bytes behind the image data. Returns 1 or 0, and sets no error. */
+/* Writes the 4 bytes behind the image data.
+ *
+ * file  a file handle of the system; it stays the caller's.
+ *
+ * Returns 1 or 0.
+ * The last error stays.
+ */
 int32_t TIFF_CALL WriteIOCATail(HANDLE file) TIFF_NOEXCEPT;
 
 /* Writes D3 EE FB, then what WriteIOCAHeader writes. Length, flags and sequence number of the field are
  * the caller's.
  *
+ * file, description  as WriteIOCAHeader.
+ *
  * Returns as WriteIOCAHeader.
+ * Errors: as WriteIOCAHeader.
+ * A success keeps the last error.
  */
 int32_t TIFF_CALL WriteMODCAHeader(HANDLE file, const TiffIocaDescription* description) TIFF_NOEXCEPT;
 
@@ -50,7 +64,10 @@ int32_t TIFF_CALL WriteMODCAHeader(HANDLE file, const TiffIocaDescription* descr
  * offset 28, then 93 00 71 00 D3 A9 C7 at the current position. Of a larger number the low 16 bits are
  * written. The caller lays the file out so that a length belongs there.
  *
+ * file  a file handle of the system; it stays the caller's.
+ *
  * Returns 1, or 0 with error 6.
+ * A success keeps the last error.
  */
 int32_t TIFF_CALL WriteMODCATail(HANDLE file) TIFF_NOEXCEPT;
 
@@ -58,17 +75,22 @@ int32_t TIFF_CALL WriteMODCATail(HANDLE file) TIFF_NOEXCEPT;
  * position is then behind the last byte that was read: after a success behind the header of the first
  * record, or behind the first byte that is none.
  *
+ * file         a file handle of the system; it stays the caller's.
  * description  zeroed first; after a failure it may be filled in part.
  *
- * Returns 1 or 0, and sets no error. When the file ends before a segment begins, the file has been
- * closed: a byte 70 must be there for a caller who wants to keep it.
+ * Returns 1 or 0. When the file ends before a segment begins, the file has been closed: a byte 70 must be
+ * there for a caller who wants to keep it.
+ * The last error stays.
  */
 int32_t TIFF_CALL ReadIOCAHeader(HANDLE file, TiffIocaDescription* description) TIFF_NOEXCEPT;
 
-/* The same behind the bytes D3 EE FB, which must begin within the next 2,048. Without them the file
+/* ReadIOCAHeader behind the bytes D3 EE FB, which must begin within the next 2,048. Without them the file
  * stays open.
  *
+ * file, description  as ReadIOCAHeader.
+ *
  * Returns as ReadIOCAHeader.
+ * The last error stays.
  */
 int32_t TIFF_CALL ReadMODCAHeader(HANDLE file, TiffIocaDescription* description) TIFF_NOEXCEPT;
 

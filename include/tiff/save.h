@@ -50,68 +50,127 @@ TIFF_LAYOUT(TiffSaveDialogOptions, 216, colourCount, 212);
 
 /* Sets the quality of JPEG pages that the calling thread saves, 1 to 100; 75 at first.
  *
+ * quality  1 to 100, small and coarse to large and exact.
+ *
  * Returns 1, or 0 for another number (error 29), and the quality is unchanged then.
+ * A success keeps the last error.
  */
 int32_t TIFF_CALL SetTiffJpegQuality(uint32_t quality) TIFF_NOEXCEPT;
 
-/* The calling thread's quality. */
+/* Returns the calling thread's quality.
+ * The last error stays.
+ */
 uint32_t TIFF_CALL GetTiffJpegQuality(void) TIFF_NOEXCEPT;
 
 /* Appends a DIB to a file.
  *
+ * path       of the TIFF file.
+ * dib        the picture; it stays the caller's.
+ * selector   a compression selector.
  * dialog     non-zero shows the save dialog of the dialogs library first.
  * fillOrder  1 most significant bit first, 2 least.
  *
- * Returns 1 or 0. The caller still owns the DIB.
+ * Returns 1 or 0.
+ * Errors: those of all; 29 no path.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL SaveDIBInTiffFileExt(const char* path, HGLOBAL dib, uint32_t selector, int32_t dialog,
                                        uint32_t fillOrder) TIFF_NOEXCEPT;
 
-/* The same with fill order 1. */
+/* SaveDIBInTiffFileExt with fill order 1.
+ *
+ * path, dib, selector, dialog  as SaveDIBInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveDIBInTiffFileExt.
+ * A success clears the last error.
+ */
 int32_t TIFF_CALL SaveDIBInTiffFile(const char* path, HGLOBAL dib, uint32_t selector,
                                     int32_t dialog) TIFF_NOEXCEPT;
 
-/* The same as SaveDIBInTiffFile. */
+/* The same as SaveDIBInTiffFile.
+ *
+ * path, dib, selector, dialog  as SaveDIBInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveDIBInTiffFileExt.
+ * A success clears the last error.
+ */
 int32_t TIFF_CALL SaveDIBInTiffFormat(const char* path, HGLOBAL dib, uint32_t selector,
                                       int32_t dialog) TIFF_NOEXCEPT;
 
 /* Appends a DIB whose biCompression is a colour space of 10 to 17, as LoadNonRGBTiffIntoDIB
  * leaves it, with selector 204; that value is the page's PhotometricInterpretation.
  *
+ * path, dib  as SaveDIBInTiffFileExt.
+ *
  * Returns 1 or 0; another colour space gives 0 and sets no error.
+ * Errors: as SaveDIBInTiffFileExt.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL SaveNonRGBDIBInTiffFile(const char* path, HGLOBAL dib) TIFF_NOEXCEPT;
 
 /* Appends a DIB to a TIFF in memory.
  *
- * memory     the block of a TIFF in memory, or null for a new one.
+ * memory     the block of a TIFF in memory, which may be replaced and stays the caller's, or null for a new
+ *            one.
+ * dib        the picture; it stays the caller's.
  * selector   an unknown compression means none; the high byte is kept.
+ * fillOrder  as SaveDIBInTiffFileExt.
  *
- * Returns the block of the TIFF, which may have moved and belongs to the caller, or null. After a
- * failure a new block is freed. A null DIB gives null at once.
+ * Returns the block of the TIFF, which may have moved and which the caller frees with GlobalFree, or null.
+ * After a failure a new block is freed. A null DIB gives null at once, and sets no error.
+ * Errors: those of all.
+ * A success clears the last error.
  */
 HGLOBAL TIFF_CALL SaveTiffToMemory(HGLOBAL memory, HGLOBAL dib, uint32_t selector,
                                    uint32_t fillOrder) TIFF_NOEXCEPT;
 
-/* Appends a bitmap to a file; the device gives the rows: monochrome bitmaps bilevel, those of
- * up to 256 colours with their palette, others as RGB. The selector's high byte must be 0.
- * Arguments and result as SaveDIBInTiffFileExt; the resolution is the screen's.
+/* Appends a bitmap to a file; the device gives the rows: monochrome bitmaps bilevel, those of up to 256
+ * colours with their palette, others as RGB. The resolution is the screen's.
+ *
+ * path               of the TIFF file.
+ * bitmap             the picture; it stays the caller's.
+ * selector           a compression selector; its high byte must be 0.
+ * dialog, fillOrder  as SaveDIBInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveDIBInTiffFileExt.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL SaveBitmapInTiffFileExt(const char* path, HBITMAP bitmap, uint32_t selector, int32_t dialog,
                                           uint32_t fillOrder) TIFF_NOEXCEPT;
 
-/* The same with fill order 1. */
+/* SaveBitmapInTiffFileExt with fill order 1.
+ *
+ * path, bitmap, selector, dialog  as SaveBitmapInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveBitmapInTiffFileExt.
+ * A success clears the last error.
+ */
 int32_t TIFF_CALL SaveBitmapInTiffFile(const char* path, HBITMAP bitmap, uint32_t selector,
                                        int32_t dialog) TIFF_NOEXCEPT;
 
-/* The same as SaveBitmapInTiffFile. */
+/* The same as SaveBitmapInTiffFile.
+ *
+ * path, bitmap, selector, dialog  as SaveBitmapInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: as SaveBitmapInTiffFileExt.
+ * A success clears the last error.
+ */
 int32_t TIFF_CALL SaveBitmapInTiffFormat(const char* path, HBITMAP bitmap, uint32_t selector,
                                          int32_t dialog) TIFF_NOEXCEPT;
 
 /* Appends the clipboard's bitmap to a file, fill order 2.
  *
- * Returns 1 or 0. Errors: 24 no bitmap on the clipboard; 25 the clipboard cannot be opened; 26 it
- * does not give the bitmap.
+ * path, selector, dialog  as SaveBitmapInTiffFileExt.
+ *
+ * Returns 1 or 0.
+ * Errors: 24 no bitmap on the clipboard; 25 the clipboard cannot be opened; 26 it does not give the bitmap;
+ *         others as SaveBitmapInTiffFileExt.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL SaveTiffFileFromClipboard(const char* path, uint32_t selector,
                                             int32_t dialog) TIFF_NOEXCEPT;
@@ -119,9 +178,13 @@ int32_t TIFF_CALL SaveTiffFileFromClipboard(const char* path, uint32_t selector,
 /* Writes a bitmap as a bare stream, fill order 2, without a TIFF structure. An existing file is
  * replaced when the new one is whole.
  *
- * type  5 Group 3, 6 modified Huffman, 7 Group 3 two-dimensional, 8 Group 4, 9 no compression.
+ * path    of the file.
+ * bitmap  the picture; it stays the caller's.
+ * type    5 Group 3, 6 modified Huffman, 7 Group 3 two-dimensional, 8 Group 4, 9 no compression.
  *
- * Returns 1 or 0; another type gives 0 and sets no error. Errors: 6, 12, 34.
+ * Returns 1 or 0; another type gives 0 and sets no error.
+ * Errors: 6; 12; 29 no path; 34.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL SaveBitmapInCcittFile(const char* path, HBITMAP bitmap, uint32_t type) TIFF_NOEXCEPT;
 

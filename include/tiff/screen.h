@@ -34,8 +34,10 @@ enum TiffScreenFlags {
  * black for pages stored as WhiteIsZero.
  *
  * format  TIFF_FORMAT_...
- * window  may be null: then the device context's clipping box is the room, and nothing scrolls.
- * dc      of the window; it comes back as it was. Its own origins and scales do not count.
+ * window  the window, which stays open; may be null: then the device context's clipping box is the room,
+ *         and nothing scrolls.
+ * dc      of the window, the caller's; it comes back as it was. Its own origins and scales do not count.
+ * path    of the TIFF file.
  * page    counted from 0; not used for CALS files.
  * zoom    null, or four numbers: the width is divided by the second through the first, the height by the
  *         fourth through the third. A pair with a zero does nothing. For TIFF_TRUE_SIZE only.
@@ -44,18 +46,35 @@ enum TiffScreenFlags {
  * Returns 1 or 0. After an error in the code, the rows before it are on the screen.
  * Errors: 1; 16 a depth other than 1, 4, 8 and 24 bits; 29 no path, no device context or no such format;
  *         others as OpenTiffFile, DecodeTiffImage and ReadCALSInfo.
+ * A success clears the last error.
  * Threads: two threads may draw at once.
  */
 int32_t TIFF_CALL DecompressToScreen(uint32_t format, HWND window, HDC dc, const char* path, uint32_t page,
                                      const int32_t* zoom, uint32_t flags) TIFF_NOEXCEPT;
 
-/* The same for a CALS file. */
+/* DecompressToScreen for a CALS file.
+ *
+ * window, dc   as DecompressToScreen.
+ * path         of the CALS file.
+ * zoom, flags  as DecompressToScreen.
+ *
+ * Returns as DecompressToScreen.
+ * Errors: as DecompressToScreen.
+ * A success clears the last error.
+ */
 int32_t TIFF_CALL DecompressCALSToScreen(HWND window, HDC dc, const char* path, const int32_t* zoom,
                                          uint32_t flags) TIFF_NOEXCEPT;
 
 /* The line routines of these drawings, under the rules of lines.h: bilevel pages, pages of 4 and 8 bits,
  * pages of 24 bits, each for every turn. Their record is the drawing of the calling thread, which only
  * the library makes. With any other record they draw nothing.
+ *
+ * line     the line buffer.
+ * row      number of the row, counted from 0.
+ * context  ignored unless it is the drawing.
+ *
+ * Returns 0.
+ * The last error stays.
  */
 intptr_t TIFF_CALL FlushMonoLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 intptr_t TIFF_CALL FlushMonoRotLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
@@ -70,7 +89,13 @@ intptr_t TIFF_CALL FlushRGB24RotLineToScreen(void* line, uint32_t row, void* con
 intptr_t TIFF_CALL FlushRGB24Rot18LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 intptr_t TIFF_CALL FlushRGB24Rot27LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 
-/* As those for bilevel pages. */
+/* FlushMonoLineToScreen and its turned forms, for CALS files.
+ *
+ * line, row, context  as FlushMonoLineToScreen.
+ *
+ * Returns 0.
+ * The last error stays.
+ */
 intptr_t TIFF_CALL FlushCALSLineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 intptr_t TIFF_CALL FlushCALS90LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;
 intptr_t TIFF_CALL FlushCALS180LineToScreen(void* line, uint32_t row, void* context) TIFF_NOEXCEPT;

@@ -60,9 +60,11 @@ TIFF_LAYOUT(TiffTextPageSettings, 496, font, 488);
 
 /* Draws a text file.
  *
- * pageLimit  at most so many pages, and never more than 100,000. Text that exactly fills the last of
- *            them counts as too long.
- * pages      receives a handle for each page; has room for pageLimit of them.
+ * settings   the page, its text and its font.
+ * pageLimit  at most so many pages, and never more than 100,000. Text that exactly fills the last of them
+ *            counts as too long.
+ * pages      receives a handle for each page, which the caller frees as the kind says; has room for
+ *            pageLimit of them.
  * kind       TiffTextKind.
  * bitmap     null, or a bitmap, not selected anywhere, to draw the first page on. It is not cleared. As
  *            TIFF_TEXT_BITMAP it is delivered as the first page; as TIFF_TEXT_DIB it is cleared for the
@@ -70,25 +72,47 @@ TIFF_LAYOUT(TiffTextPageSettings, 496, font, 488);
  * error      null, or the error slot.
  *
  * Returns the number of pages. A text without bytes gives one blank page.
+ * Errors: in the slot. A page that cannot become a DIB also sets the last error, 1 or 34.
+ * A success keeps the last error.
  */
 uint32_t TIFF_CALL CreateFaxPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit,
                                           HANDLE* pages, uint32_t kind, HBITMAP bitmap,
                                           uint32_t* error) TIFF_NOEXCEPT;
 
-/* The same with a place on the first page.
+/* CreateFaxPageFromASCII with a place on the first page.
  *
+ * settings, pageLimit, pages, kind, bitmap  as CreateFaxPageFromASCII.
  * startY  pixels from the top of the page to the first line; 0 for the top margin. At or below the bottom
  *         margin the first page gets no text.
+ * error   as CreateFaxPageFromASCII.
+ *
+ * Returns the number of pages.
+ * Errors: as CreateFaxPageFromASCII.
+ * A success keeps the last error.
  */
 uint32_t TIFF_CALL CreateMultiPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit,
                                             HANDLE* pages, uint32_t kind, HBITMAP bitmap, uint32_t startY,
                                             uint32_t* error) TIFF_NOEXCEPT;
 
-/* CreateFaxPageFromASCII with TIFF_TEXT_BITMAP and no bitmap. */
+/* CreateFaxPageFromASCII with TIFF_TEXT_BITMAP and no bitmap.
+ *
+ * settings, pageLimit, pages, error  as CreateFaxPageFromASCII.
+ *
+ * Returns the number of pages.
+ * Errors: as CreateFaxPageFromASCII.
+ * A success keeps the last error.
+ */
 uint32_t TIFF_CALL CreateBMPFaxPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit,
                                              HANDLE* pages, uint32_t* error) TIFF_NOEXCEPT;
 
-/* CreateFaxPageFromASCII with TIFF_TEXT_DIB and no bitmap. */
+/* CreateFaxPageFromASCII with TIFF_TEXT_DIB and no bitmap.
+ *
+ * settings, pageLimit, pages, error  as CreateFaxPageFromASCII.
+ *
+ * Returns the number of pages.
+ * Errors: as CreateFaxPageFromASCII.
+ * A success keeps the last error.
+ */
 uint32_t TIFF_CALL CreateDIBFaxPageFromASCII(const TiffTextPageSettings* settings, uint32_t pageLimit,
                                              HANDLE* pages, uint32_t* error) TIFF_NOEXCEPT;
 

@@ -5,10 +5,12 @@
  * - Strings are ANSI, and so are paths unless a thread says UTF-8 (paths.h). A path has at most 259 bytes.
  * - Pages are counted from 0.
  * - A function returns 1 or a handle for success, 0 or null for failure, and leaves the cause
- *   in the calling thread's last error, TiffError(). A success may leave an earlier code there.
- * - A null path, or a null record to fill, is error 29. A handle that cannot be locked is error 34.
+ *   in the calling thread's last error, TiffError(). A success either clears the last error or keeps
+ *   the code that is there: each function says which. "The last error stays" holds for failures too.
+ * - A null path is error 29, and so is a null record to fill. A handle that cannot be locked is error 34.
  * - A TIFF file handle may move between threads but serves one thread at a time. A memory
  *   stream belongs to the thread that opened it.
+ * - What a program passes stays the program's, and the library keeps no pointer to it.
  * - Blocks that cross the interface are movable global memory. The caller frees every block that a
  *   function returns, with GlobalFree.
  */

@@ -95,7 +95,7 @@ TEST(BlankPages, TheSearchBeginsWhereItIsTold)
         {"from the first", file.Path(), -1, 1, 0},
         {"from the second", file.Path(), 1, 3, 0},
         {"beyond the last", file.Path(), 3, 0xFFFFFFFF, 3},
-        {"no path", nullptr, 0, 0xFFFFFFFF, 6},
+        {"no path", nullptr, 0, 0xFFFFFFFF, 29},
         {"no file", "no-such-file.tif", 0, 0xFFFFFFFF, 6},
         {"no pages", empty.Path(), 0, 0xFFFFFFFF, 6},
         {"a chain that comes back without a blank page", circle.Path(), 0, 0xFFFFFFFF, 6},
