@@ -128,7 +128,7 @@ struct Call<INDEX, Result (*)(Arguments...)> {
     ROW(SetGraphicsMode, Draw, 0, None) ROW(PatBlt, Draw, 0, None) ROW(Polygon, Draw, 0, None) \
     ROW(FillRect, Draw, 0, None) ROW(GetClientRect, Draw, 0, None) ROW(GetClipBox, Draw, 0, None) \
     ROW(OpenClipboard, Draw, 0, None) ROW(EmptyClipboard, Draw, 0, None) ROW(GetClipboardData, Draw, 0, None) \
-    ROW(SetClipboardData, Draw, 0, GiveSecond) ROW(DialogBoxParamA, Draw, -1, None)
+    ROW(SetClipboardData, Draw, 0, GiveSecond) ROW(DialogBoxParamW, Draw, -1, None)
 
 #define IMPORT(NAME, KIND, FAILURE, EFFECT) {#NAME, KIND, FAILURE, Effect::EFFECT},
 #define PLACE(NAME, KIND, FAILURE, EFFECT) NAME##_PLACE,

@@ -48,7 +48,8 @@ const char* const notSwept =
     "ModiTiffFileInfo "
     "GetTiffImageInfo GetTiffRowsPerStrip GetTiffStripCount GetTiffNoteCount GetTiffNote GetTiffDimensions "
     "SetTiffError TiffError TiffErrorString SetTiffDllFileHandle GetTiffVersion IsRequiredTag SetKfactor "
-    "GetTiffJpegQuality SetTiffJpegQuality FindCALSRecord mClose "
+    "GetTiffJpegQuality SetTiffJpegQuality FindCALSRecord mClose GetTiffPathCodePage SetTiffPathCodePage "
+    "GetTiffVersionNumber "
     // line routines always answer 0; the loaders and savers above run them
     "DllFillCcittLine DllFillMonoTiffLine DllFillTiffLine DllFillTiffLineBitmap24Bit DllFillTiffLineDIB "
     "DllFillTiffLineDIB24Bit DllFlushTiffLine DllFlushTiffLine24 DllFlushTiffLine24DIB DllFlushTiffLineDIB "
