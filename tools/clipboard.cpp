@@ -10,20 +10,23 @@ namespace tifftool {
 namespace {
 
 // The library reports success for a missing page, so the page is checked first.
-int Copy(const char* path, uint32_t page)
+int Copy(const Input& input)
 {
-    const std::string where = PageName(path, page);
+    const char* const path = input.path.c_str();
+    std::vector<uint32_t> pages;
+    std::string where;
     {
         const Source source(path);
-        if (!HasPages(source) || !HasPage(source, page)) {
+        if (!HasPages(source) || !SelectPages(source, input.pages, pages)) {
             return FAILED;
         }
-        if (!GetTiffImage(source.file.handle, page - 1)) {
+        where = PageName(path, pages[0]);
+        if (!GetTiffImage(source.file.handle, pages[0] - 1)) {
             return ReportError(where, TiffError());
         }
     }
     SetTiffError(0);
-    if (!LoadTiffFileIntoClipboard(path, page - 1, 0)) {
+    if (!LoadTiffFileIntoClipboard(path, pages[0] - 1, 0)) {
         return ReportSentence(where, "the clipboard cannot be opened");
     }
     return TiffError() == 0 ? ALL_FINE : ReportError(where, TiffError());
@@ -35,8 +38,8 @@ int RunCopy(Arguments arguments)
     if (!CheckOptions(copyCommand, options, 1, 1)) {
         return WRONG_USAGE;
     }
-    const uint32_t page = PageOption(copyCommand, options, "--page", "1");
-    return page ? Copy(options.others[0], page) : WRONG_USAGE;
+    Input input;
+    return ReadOnePage(copyCommand, options, options.others[0], input) ? Copy(input) : WRONG_USAGE;
 }
 
 int RunPaste(Arguments arguments)

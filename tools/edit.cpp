@@ -27,11 +27,13 @@ uint32_t CountPages(const char* path)
 }
 
 // The target stays open: walking to its end for each file would take longer and longer.
-int AppendPages(HGLOBAL target, const char* path)
+int AppendPages(HGLOBAL target, const Input& input)
 {
     constexpr uint32_t MIXED_BYTE_ORDERS = 35;
-    const Source source(path);
-    if (!IsWhole(source)) {
+    const std::string& path = input.path;
+    const Source source(path.c_str());
+    std::vector<uint32_t> pages;
+    if (!IsWhole(source) || !SelectPages(source, input.pages, pages)) {
         return FAILED;
     }
     TiffFileInformation facts{};
@@ -39,18 +41,21 @@ int AppendPages(HGLOBAL target, const char* path)
         (facts.byteOrder == TIFF_MOTOROLA) != IsMotorola(source)) {
         return ReportError(path, MIXED_BYTE_ORDERS);
     }
-    for (uint32_t page = 0; page < source.pages; ++page) {
-        if (!CopyTiffImage(source.file.handle, page, target)) {
-            return ReportError(PageName(path, page + 1), TiffError());
+    uint32_t done = 0;
+    for (const uint32_t page : pages) {
+        if (!CopyTiffImage(source.file.handle, page - 1, target)) {
+            return ReportError(PageName(path, page), TiffError());
         }
-        DrawProgress(source.pages, page + 1, 0);
+        if (!DrawProgress(static_cast<uint32_t>(pages.size()), ++done, 0)) {
+            return FAILED;
+        }
     }
     return ALL_FINE;
 }
 
 int RunCat(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"-o"}, {"--append"});
+    const Options options = ParseOptions(arguments, {"-o", "--pages", "--page"}, {"--append"});
     if (!CheckOptions(catCommand, options, 1, ANY_NUMBER)) {
         return WRONG_USAGE;
     }
@@ -58,6 +63,10 @@ int RunCat(Arguments arguments)
         return UsageError(catCommand, "needs -o and a file");
     }
     const char* const output = options.Value("-o", "");
+    std::vector<Input> inputs;
+    if (!ReadInputs(catCommand, options, options.others, inputs)) {
+        return WRONG_USAGE;
+    }
     const bool append = options.Has("--append");
     if (append && !CanBeAddedTo(output)) {
         return FAILED;
@@ -67,8 +76,8 @@ int RunCat(Arguments arguments)
         if (!whole.handle || TiffError() != 0) {
             return ReportError(output, TiffError());
         }
-        for (const char* path : options.others) {
-            if (const int result = AppendPages(whole.handle, path); result != ALL_FINE) {
+        for (const Input& input : inputs) {
+            if (const int result = AppendPages(whole.handle, input); result != ALL_FINE) {
                 return result;
             }
         }
@@ -305,9 +314,10 @@ int RunNumber(Arguments arguments)
 
 const Command catCommand = {
     .name = "cat",
-    .arguments = "IN.tif... -o OUT.tif [--append]",
+    .arguments = "IN.tif... -o OUT.tif [--pages LIST] [--append]",
     .summary = "Writes the pages of several files into one.",
-    .details = "  --append  adds them to OUT.tif instead of replacing it\n"
+    .details = "  --pages LIST  such as 1,3-5,last, of all files; also behind a name: IN.tif:1,3-5\n"
+               "  --append      adds them to OUT.tif instead of replacing it\n"
                "\n"
                "Pages are copied as they are. OUT.tif changes when all of them have been copied.\n",
     .run = RunCat,

@@ -2,16 +2,15 @@
 #ifndef TOOLS_REDRAW_H
 #define TOOLS_REDRAW_H
 
-#include "options.h"
+#include "inputs.h"
 
 #include <functional>
 
 namespace tifftool {
 
 struct RedrawOrder {
-    const char* input;
-    std::string output;
-    std::vector<bool> pages; // those to draw upon; empty for all
+    std::string input, output;
+    PageSelection selection; // the pages to draw upon
 };
 
 struct DrawnPage {

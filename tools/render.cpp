@@ -5,21 +5,23 @@
 #include "pages.h"
 #include "progress.h"
 #include "source.h"
+#include "standard_streams.h"
 #include "whole_file.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <set>
 
 namespace tifftool {
 
 namespace {
 
 struct RenderOrder {
-    const char* input;
+    std::string input;
     std::string output;
-    uint32_t page;       // counted from 1; 0 for all
-    const Source* notes; // the file whose notes are drawn; may be null
+    const Source* notes;            // the file whose notes are drawn; may be null
+    std::set<std::string>& written; // by this call
 };
 
 // The page with its notes; null with the library's error.
@@ -43,7 +45,7 @@ bool IsSeparator(char character)
 
 std::string FileStem(const std::string& path)
 {
-    const std::string name = path.substr(FolderOf(path).size());
+    const std::string name = path == ShownName(path) ? path.substr(FolderOf(path).size()) : "stdin";
     const size_t dot = name.rfind('.');
     return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
@@ -65,7 +67,7 @@ std::string OutputPath(const RenderOrder& order, uint32_t page, bool single)
     if (IsFolder(output) || IsSeparator(output.back())) {
         return Numbered(output + (IsSeparator(output.back()) ? "" : "/") + FileStem(order.input), page);
     }
-    return single ? output : Numbered(FolderOf(output) + FileStem(output), page);
+    return single || output == STANDARD_STREAM ? output : Numbered(FolderOf(output) + FileStem(output), page);
 }
 
 // An existing file stays until the new picture is complete.
@@ -75,7 +77,8 @@ int WritePicture(const RenderOrder& order, const OwnedBlock& block, const std::s
     const auto report = [&path](uint32_t cause) {
         return cause ? ReportSentence(path, "cannot be written: " + SystemCause(cause)) : ALL_FINE;
     };
-    const uint32_t cause = WriteBmp(path.c_str(), dib, true);
+    const bool isStream = path == STANDARD_STREAM;
+    const uint32_t cause = isStream ? ERROR_FILE_EXISTS : WriteBmp(path.c_str(), dib, true);
     if (cause != ERROR_FILE_EXISTS && cause != ERROR_ALREADY_EXISTS) {
         return cause && !CheckOutput(path) ? FAILED : report(cause);
     }
@@ -88,16 +91,21 @@ int WritePicture(const RenderOrder& order, const OwnedBlock& block, const std::s
 
 int RenderPicture(const RenderOrder& order, const Picture& picture)
 {
-    const std::string path = OutputPath(order, picture.page, order.page != 0 || picture.pages == 1);
+    const std::string path = OutputPath(order, picture.page, picture.pages == 1);
     const OwnedBlock noted(order.notes ? WithNotes(*order.notes, picture) : nullptr);
     if (order.notes && !noted.bytes) {
         return ReportError(picture.where, TiffError());
     }
     const OwnedBlock& shown = order.notes ? noted : picture.dib;
+    if (!order.written.insert(path).second) {
+        return ReportSentence(path, "has a picture of this call already; it would be lost");
+    }
     if (const int written = WritePicture(order, shown, path); written != ALL_FINE) {
         return written;
     }
-    printf("%s\n", path.c_str());
+    if (path != STANDARD_STREAM) {
+        printf("%s\n", path.c_str());
+    }
     // The library returns the decoded part of a damaged page and leaves the error set.
     const uint32_t error = picture.error;
     return error == 5 || error == 19 || error == 20
@@ -105,36 +113,48 @@ int RenderPicture(const RenderOrder& order, const Picture& picture)
                : ALL_FINE;
 }
 
+int RenderFile(const Input& input, RenderOrder order, bool withNotes)
+{
+    order.input = input.path;
+    std::unique_ptr<const Source> source;
+    if (withNotes && WhyNotTiff(order.input).empty()) {
+        source = std::make_unique<const Source>(order.input.c_str());
+        order.notes = source.get();
+    }
+    return ForEachPicture(input, Damage::Tolerated,
+                          [&](const Picture& picture) { return RenderPicture(order, picture); });
+}
+
 int RunRender(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--page", "-o"}, {"--notes"});
-    if (!CheckOptions(renderCommand, options, 1, 1)) {
+    const Options options = ParseOptions(arguments, {"--pages", "--page", "-o"}, {"--notes"});
+    std::vector<Input> inputs;
+    if (!CheckOptions(renderCommand, options, 1, SIZE_MAX) ||
+        !ReadInputs(renderCommand, options, options.others, inputs)) {
         return WRONG_USAGE;
     }
-    RenderOrder order = {options.others[0], options.Value("-o", ""), 0, nullptr};
+    std::set<std::string> written;
+    const RenderOrder order = {"", options.Value("-o", ""), nullptr, written};
     if (options.Has("-o") && order.output.empty()) {
         return UsageError(renderCommand, "-o needs a value");
     }
-    if (options.Has("--page") && (order.page = PageOption(renderCommand, options, "--page")) == 0) {
-        return WRONG_USAGE;
+    if (inputs.size() > 1 && !order.output.empty() && !IsFolder(order.output)) {
+        return UsageError(renderCommand, "-o takes a folder for the pictures of several files");
     }
-    std::unique_ptr<const Source> source;
-    if (options.Has("--notes") && WhyNotTiff(order.input).empty()) {
-        source = std::make_unique<const Source>(order.input);
-        order.notes = source.get();
+    int result = ALL_FINE;
+    for (const Input& input : inputs) {
+        result = std::max(result, RenderFile(input, order, options.Has("--notes")));
     }
-    const auto render = [&](const Picture& picture) { return RenderPicture(order, picture); };
-    return order.page ? WithPicture(order.input, order.page, Damage::Tolerated, render)
-                      : ForEachPicture(order.input, Damage::Tolerated, render);
+    return result;
 }
 
 } // namespace
 
 const Command renderCommand = {
     .name = "render",
-    .arguments = "FILE [--page N] [--notes] [-o OUT.bmp]",
+    .arguments = "FILE... [--pages LIST] [--notes] [-o OUT.bmp]",
     .summary = "Writes pages as BMP files.",
-    .details = "  --page N    renders one page, counted from 1; without it all pages\n"
+    .details = "  --pages L   such as 1,3-5,last; without it all pages\n"
                "  --notes     draws the notes of the pages\n"
                "  -o OUT.bmp  where one picture goes; several become OUT-001.bmp, OUT-002.bmp...\n"
                "  -o FOLDER   writes FILE-001.bmp... into the folder\n"

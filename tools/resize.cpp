@@ -53,17 +53,19 @@ int SavePicture(PageTarget& target, const Picture& picture, const Change& change
 int ChangePages(const Command& command, const Options& options, const Change& change)
 {
     const uint32_t selector = options.Has("--compression") ? CompressionOption(command, options) : 0;
-    const uint32_t page = options.Has("--page") ? PageOption(command, options, "--page") : 0;
-    if ((options.Has("--compression") && selector == 0) || (options.Has("--page") && page == 0)) {
+    if (options.Has("--compression") && selector == 0) {
         return WRONG_USAGE;
     }
-    return WriteWhole(options.others[1], false, [&](const char* unfinished) {
-        PageTarget target = {options.others[1], unfinished};
-        const auto save = [&](const Picture& picture) {
+    const char* const output = options.others.back();
+    std::vector<Input> inputs;
+    if (!ReadInputsBefore(command, options, output, inputs)) {
+        return FAILED;
+    }
+    return WriteWhole(output, false, [&](const char* unfinished) {
+        PageTarget target = {output, unfinished};
+        return ForEachPicture(inputs, Damage::Refused, [&](const Picture& picture) {
             return SavePicture(target, picture, change, selector);
-        };
-        return page ? WithPicture(options.others[0], page, Damage::Refused, save)
-                    : ForEachPicture(options.others[0], Damage::Refused, save);
+        });
     });
 }
 
@@ -86,8 +88,9 @@ bool ParseBox(const std::string& text, int32_t (&box)[4])
 
 int RunCrop(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--box", "--compression", "--page"}, {});
-    if (!CheckOptions(cropCommand, options, 2, 2)) {
+    const Options options =
+        ParseOptions(arguments, {"--box", "--compression", "--pages", "--page"}, {"--force"});
+    if (!CheckOptions(cropCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
     int32_t box[4];
@@ -117,9 +120,10 @@ Size ScaledSize(Size page, uint32_t width, uint32_t height, uint32_t percent)
 
 int RunScale(Arguments arguments)
 {
-    const Options options = ParseOptions(
-        arguments, {"--width", "--height", "--percent", "--compression", "--page"}, {"--smooth"});
-    if (!CheckOptions(scaleCommand, options, 2, 2)) {
+    const Options options =
+        ParseOptions(arguments, {"--width", "--height", "--percent", "--compression", "--pages", "--page"},
+                     {"--smooth", "--force"});
+    if (!CheckOptions(scaleCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
     const bool percent = options.Has("--percent"), sides = options.Has("--width") || options.Has("--height");
@@ -144,7 +148,7 @@ int RunScale(Arguments arguments)
 
 const Command cropCommand = {
     .name = "crop",
-    .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --box LEFT,TOP,WIDTH,HEIGHT [OPTION...]",
+    .arguments = "IN... OUT.tif --box LEFT,TOP,WIDTH,HEIGHT [OPTION...]",
     .summary = "Saves a part of pages as a new file.",
     .details = "  --box LEFT,TOP,WIDTH,HEIGHT  the part, in pixels from the upper left\n"
                "  --page N                     that page alone, counted from 1\n"
@@ -156,7 +160,7 @@ const Command cropCommand = {
 
 const Command scaleCommand = {
     .name = "scale",
-    .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --width N|--height N|--percent N [OPTION...]",
+    .arguments = "IN... OUT.tif --width N|--height N|--percent N [OPTION...]",
     .summary = "Saves pages in another size as a new file.",
     .details = "  --width N, --height N  pixels; a side that is not given keeps the page's proportions\n"
                "  --percent N            of both sides\n"

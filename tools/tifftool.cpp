@@ -5,6 +5,8 @@
 #include "commands.h"
 #include "describe.h"
 #include "progress.h"
+#include "standard_streams.h"
+#include "unfinished.h"
 
 #include <cstdio>
 #include <cstring>
@@ -101,7 +103,7 @@ int ReportSentence(const std::string& where, const std::string& sentence)
     EndProgress();
     // Both streams may go to one place, where the order must hold.
     fflush(stdout);
-    fprintf(stderr, "tifftool: %s: %s\n", where.c_str(), sentence.c_str());
+    fprintf(stderr, "tifftool: %s: %s\n", ShownName(where).c_str(), sentence.c_str());
     return FAILED;
 }
 
@@ -130,8 +132,10 @@ int wmain(int count, wchar_t** wide)
     for (std::string& text : texts) {
         arguments.push_back(text.data());
     }
+    tifftool::WatchForInterruption();
     const int result = tifftool::Run(arguments);
     tifftool::EndProgress();
+    tifftool::DeleteUnfinished();
     tifftool::RestoreNames();
     return result;
 }
