@@ -19,8 +19,9 @@ constexpr uint32_t MOTOROLA_FILE = 35;
 constexpr uint32_t LAST_KEPT_TYPE = 7; // the library holds values of larger types in part
 
 // Tags of the picture's code, which is new, and DateTime. 0 is the list of all.
-constexpr uint32_t codeTags[] = {256, 257, 258, 259, 262, 266, 273, 274, 277, 278, 279, 284, 292, 293,
-                                 306, 317, 320, 322, 323, 324, 325, 326, 327, 328, 338, 339, 340, 341};
+constexpr uint32_t codeTags[] = {256, 257, 258, 259, 262, 266, 273, 274, 277, 278, 279,
+                                 284, 292, 293, 306, 317, 320, 322, 323, 324, 325, 326,
+                                 327, 328, 338, 339, 340, 341, 347, 529, 530, 531, 532};
 
 // Offsets of further directories, whose content a new page would not have.
 constexpr uint32_t directoryTags[] = {330, 34665, 34853, 40965};
@@ -91,24 +92,6 @@ std::string WhyNot(Source& source, uint32_t page, const PageFacts& facts)
     return "";
 }
 
-// Gives the new page the old one's other tags.
-bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to)
-{
-    for (const uint32_t tag : TagsOf(from, page)) {
-        HGLOBAL values = nullptr;
-        uint32_t type = 0, count = 0;
-        if (IsAmong(tag, codeTags)) {
-            continue;
-        }
-        const bool found = GetTiffImageInfoBuffer(from, page, tag, &values, &type, &count);
-        const OwnedBlock block(values);
-        if (!found || !DefineTiffImageInfoBuffer(to, 0, tag, block.bytes, type, count)) {
-            return false;
-        }
-    }
-    return true;
-}
-
 LONG HeightOf(const OwnedBlock& dib)
 {
     return reinterpret_cast<const BITMAPINFOHEADER*>(dib.bytes)->biHeight;
@@ -168,6 +151,23 @@ int WritePages(Source& source, const std::vector<bool>& drawn, HGLOBAL output, c
 }
 
 } // namespace
+
+bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to)
+{
+    for (const uint32_t tag : TagsOf(from, page)) {
+        HGLOBAL values = nullptr;
+        uint32_t type = 0, count = 0;
+        if (IsAmong(tag, codeTags)) {
+            continue;
+        }
+        const bool found = GetTiffImageInfoBuffer(from, page, tag, &values, &type, &count);
+        const OwnedBlock block(values);
+        if (!found || !DefineTiffImageInfoBuffer(to, 0, tag, block.bytes, type, count)) {
+            return false;
+        }
+    }
+    return true;
+}
 
 bool ReadRedrawOrder(const Command& command, const Options& options, RedrawOrder& order)
 {

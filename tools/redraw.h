@@ -28,6 +28,9 @@ bool ReadRedrawOrder(const Command& command, const Options& options, RedrawOrder
 // would lose something are refused. Returns an exit code.
 int Redraw(const RedrawOrder& order, const DrawPage& draw);
 
+// Gives page 0 of a file, which is loaded, the tags of another page that do not belong to its code.
+bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to);
+
 // A packed DIB's parts, for writing.
 struct DibParts {
     BITMAPINFOHEADER* header;

@@ -17,11 +17,12 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
-    &appendRawCommand, &blankCommand,  &calsCommand,    &catCommand,   &convertCommand,  &copyCommand,
-    &cropCommand,      &cutCommand,    &deleteCommand,  &faxCommand,   &fromjpegCommand, &infoCommand,
-    &insertCommand,    &iocaCommand,   &modcaCommand,   &noteCommand,  &numberCommand,   &overlayCommand,
-    &pasteCommand,     &renderCommand, &reorderCommand, &scaleCommand, &splitCommand,    &stampCommand,
-    &tagCommand,       &textCommand,   &tojpegCommand,
+    &appendRawCommand, &blankCommand,    &calsCommand,    &catCommand,    &checkCommand,  &compareCommand,
+    &convertCommand,   &copyCommand,     &cropCommand,    &cutCommand,    &deleteCommand, &dumpCommand,
+    &faxCommand,       &fromjpegCommand, &infoCommand,    &insertCommand, &iocaCommand,   &modcaCommand,
+    &noteCommand,      &numberCommand,   &overlayCommand, &pasteCommand,  &renderCommand, &reorderCommand,
+    &repairCommand,    &scaleCommand,    &splitCommand,   &stampCommand,  &tagCommand,    &textCommand,
+    &tojpegCommand,
 };
 
 void PrintHelp()
