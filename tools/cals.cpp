@@ -170,6 +170,7 @@ const Command calsCommand = {
                "\n"
                "The rows of a damaged CALS file that can be decoded are written, with a warning and exit\n"
                "code 1; a damaged page is not. The output changes when the result is whole.\n",
+    .example = "tifftool cals to-tiff plan.cal plan.tif",
     .run = RunCals,
 };
 

@@ -199,9 +199,8 @@ const Command checkCommand = {
         "\n"
         "Looks at the chain of pages, the tags, the strips and every row. The exit code is 1 when\n"
         "something is wrong. What is unusual but allowed is a note. A page can go through a board as it\n"
-        "is when it lies in the file in the board's form; tifftool fax gives other pages that form.\n"
-        "\n"
-        "Example: tifftool check inbox\\*.tif\n",
+        "is when it lies in the file in the board's form; tifftool fax gives other pages that form.\n",
+    .example = "tifftool check inbox\\*.tif",
     .run = RunCheck,
 };
 

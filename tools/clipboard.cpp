@@ -66,6 +66,7 @@ const Command copyCommand = {
     .arguments = "FILE [--page N]",
     .summary = "Puts a page on the clipboard as a bitmap.",
     .details = "  --page N  the page, counted from 1; without it the first\n",
+    .example = "tifftool copy fax.tif --page 2",
     .run = RunCopy,
 };
 
@@ -75,6 +76,7 @@ const Command pasteCommand = {
     .summary = "Adds the clipboard's bitmap to a file as a new page.",
     .details = "  --compression none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4  lzw without it; the last four\n"
                "                                                           make a black and white page\n",
+    .example = "tifftool paste album.tif --compression lzw",
     .run = RunPaste,
 };
 

@@ -21,6 +21,7 @@ struct Command {
     const char* arguments; // as shown in the usage line
     const char* summary;   // one line, for the list of commands
     const char* details;   // the rest of `tifftool COMMAND --help`
+    const char* example;   // a whole command line
     int (*run)(Arguments arguments);
 };
 
@@ -30,6 +31,7 @@ extern const Command calsCommand;
 extern const Command catCommand;
 extern const Command checkCommand;
 extern const Command compareCommand;
+extern const Command completionCommand;
 extern const Command convertCommand;
 extern const Command copyCommand;
 extern const Command cropCommand;
@@ -41,6 +43,7 @@ extern const Command fromjpegCommand;
 extern const Command infoCommand;
 extern const Command insertCommand;
 extern const Command iocaCommand;
+extern const Command manualCommand;
 extern const Command modcaCommand;
 extern const Command noteCommand;
 extern const Command numberCommand;
@@ -94,6 +97,9 @@ struct OwnedBlock {
     OwnedBlock(const OwnedBlock&) = delete;
     OwnedBlock& operator=(const OwnedBlock&) = delete;
 };
+
+// All commands, by name.
+std::span<const Command* const> Commands();
 
 // Prints "tifftool: command: what" and how to get help; returns WRONG_USAGE.
 int UsageError(const Command& command, const std::string& what);

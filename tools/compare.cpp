@@ -132,9 +132,8 @@ const Command compareCommand = {
                "\n"
                "Prints each pair of pages that differ: how many pixels, where the first one is, counted from "
                "0, and\n"
-               "how much they differ. The exit code is 1 then, and 0 when all pixels are the same.\n"
-               "\n"
-               "Example: tifftool compare fax.tif:1 archive.tif:last\n",
+               "how much they differ. The exit code is 1 then, and 0 when all pixels are the same.\n",
+    .example = "tifftool compare fax.tif:1 archive.tif:last",
     .run = RunCompare,
 };
 

@@ -88,6 +88,7 @@ const Command convertCommand = {
                "  --cmyk, --ycbcr   writes 24-bit pages in these colours\n"
                "\n"
                "All pages are converted, or nothing is: OUT.tif changes when the result is whole.\n",
+    .example = "tifftool convert fax.tif:1,3-5 archive.tif --compression g4 --append",
     .run = RunConvert,
 };
 

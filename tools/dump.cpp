@@ -104,9 +104,8 @@ const Command dumpCommand = {
         "\n"
         "A line has the place of the entry, the tag, its type and count, and where its values are. Further\n"
         "directories that a page names, such as Exif, come below their tag. Damaged files are shown as far\n"
-        "as they go.\n"
-        "\n"
-        "Example: tifftool dump fax.tif:1\n",
+        "as they go.\n",
+    .example = "tifftool dump fax.tif:1",
     .run = RunDump,
 };
 

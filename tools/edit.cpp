@@ -320,6 +320,7 @@ const Command catCommand = {
                "  --append      adds them to OUT.tif instead of replacing it\n"
                "\n"
                "Pages are copied as they are. OUT.tif changes when all of them have been copied.\n",
+    .example = "tifftool cat cover.tif letter.tif:2-last -o fax.tif",
     .run = RunCat,
 };
 
@@ -330,6 +331,7 @@ const Command splitCommand = {
     .details = "  --page N   the first page to move, counted from 1\n"
                "  --force    replaces OUT.tif\n"
                "  --dry-run  says what would be done\n",
+    .example = "tifftool split inbox.tif second.tif --page 4",
     .run = RunSplit,
 };
 
@@ -343,6 +345,7 @@ const Command cutCommand = {
                "\n"
                "The files are BASE0001.tif, BASE0002.tif and so on.\n"
                "A folder, ending in a backslash, gets names beginning with ~ and a number.\n",
+    .example = "tifftool cut inbox.tif page --pages 3",
     .run = RunCut,
 };
 
@@ -354,6 +357,7 @@ const Command deleteCommand = {
                "  --last      the last page\n"
                "  --in-place  relinks the file instead of writing it anew; the page's bytes stay in it\n"
                "  --dry-run   says what would be done\n",
+    .example = "tifftool delete fax.tif --last",
     .run = RunDelete,
 };
 
@@ -362,6 +366,7 @@ const Command reorderCommand = {
     .arguments = "FILE.tif",
     .summary = "Rewrites a file page after page, without what no page needs.",
     .details = "Each page's directory comes directly before its data.\n",
+    .example = "tifftool reorder fax.tif",
     .run = RunReorder,
 };
 
@@ -374,6 +379,7 @@ const Command appendRawCommand = {
                "  --dry-run   says what would be done\n"
                "\n"
                "RAW.g3 must exist. When it cannot be written to the end it is deleted.\n",
+    .example = "tifftool append-raw line.g3 fax.tif --page 1",
     .run = RunAppendRaw,
 };
 
@@ -382,6 +388,7 @@ const Command numberCommand = {
     .arguments = "FILE.tif [--total N]",
     .summary = "Sets the page total in every PageNumber tag.",
     .details = "  --total N  up to 65535; without it the number of pages in the file\n",
+    .example = "tifftool number fax.tif --total 12",
     .run = RunNumber,
 };
 

@@ -261,6 +261,7 @@ const Command faxCommand = {
                "  --append            adds the pages to OUT.tif instead of replacing it\n"
                "\n"
                "All pages are saved, or nothing is: OUT.tif changes when the result is whole.\n",
+    .example = "tifftool fax scan.tif out.tif --board dialogic",
     .run = RunFax,
 };
 
@@ -277,6 +278,7 @@ const Command blankCommand = {
                "\n"
                "Prints the numbers of the pages, counted from 1, one to the line; of several files as "
                "NAME:NUMBER.\n",
+    .example = "tifftool blank scan.tif --threshold 5",
     .run = RunBlank,
 };
 

@@ -178,6 +178,7 @@ const Command infoCommand = {
                "A page that the library cannot decode says so at the end of its line. The exit code\n"
                "is 1 when a file or page cannot be read or described, or the chain of pages is broken.\n"
                "FILE may be a CALS file too.\n",
+    .example = "tifftool info --tags fax.tif:1",
     .run = RunInfo,
 };
 

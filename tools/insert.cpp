@@ -127,6 +127,7 @@ const Command insertCommand = {
                "  --dry-run           says what would be done\n"
                "\n"
                "Beyond the last page the picture is appended.\n",
+    .example = "tifftool insert fax.tif cover.bmp --page 1 --compression g4",
     .run = RunInsert,
 };
 

@@ -148,6 +148,7 @@ const Command iocaCommand = {
         "\n"
         "A damaged page is not wrapped. A damaged picture is unwrapped as far as it goes, with a\n"
         "warning and exit code 1. The output changes when the result is whole.\n",
+    .example = "tifftool ioca wrap fax.tif fax.ica --page 2",
     .run = RunIoca,
 };
 
@@ -162,6 +163,7 @@ const Command modcaCommand = {
         "  unwrap    writes the first picture of a document as the only page of OUT.tif\n"
         "\n"
         "Damage and output are treated as by ioca.\n",
+    .example = "tifftool modca wrap fax.tif fax.afp",
     .run = RunModca,
 };
 

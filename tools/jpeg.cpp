@@ -363,6 +363,7 @@ const Command tojpegCommand = {
                "  --quality Q  1 to 100, for pages that must be coded; 75 by default\n"
                "\n"
                "A JPEG page of one strip, grey or YCbCr, is moved without coding it again.\n",
+    .example = "tifftool tojpeg album.tif photo.jpg --page 2",
     .run = RunToJpeg,
 };
 
@@ -373,6 +374,7 @@ const Command fromjpegCommand = {
     .details = "  --append  adds the page to OUT.tif instead of replacing it\n"
                "\n"
                "Resolution and orientation come from the file's markers. Its other notes are left out.\n",
+    .example = "tifftool fromjpeg photo.jpg album.tif --append",
     .run = RunFromJpeg,
 };
 

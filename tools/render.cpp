@@ -162,6 +162,7 @@ const Command renderCommand = {
                "Without -o the pictures go to FILE-001.bmp, FILE-002.bmp... in the current folder.\n"
                "The rows of a damaged page that can be decoded are written, with a warning and exit\n"
                "code 1. FILE may be a CALS file or a BMP picture too.\n",
+    .example = "tifftool render fax.tif:2 -o page2.bmp",
     .run = RunRender,
 };
 

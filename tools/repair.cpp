@@ -4,6 +4,7 @@
 #include "anatomy.h"
 #include "check_page.h"
 #include "diagnosis.h"
+#include "inputs.h"
 #include "progress.h"
 #include "redraw.h"
 #include "source.h"
@@ -249,17 +250,10 @@ int Repair(const std::string& input, const std::string& output)
     return std::max(result, repaired == WRONG_USAGE ? int{FAILED} : repaired);
 }
 
-int RunRepair(Arguments arguments)
+int RepairInto(const Input& input, const std::string& output, bool force)
 {
-    const Options options = ParseOptions(arguments, {}, {"--force"});
-    Input input;
-    if (!CheckOptions(repairCommand, options, 2, 2) ||
-        !ReadInput(repairCommand, {}, options.others[0], input)) {
-        return WRONG_USAGE;
-    }
-    const std::string output = options.others[1];
     if (!input.pages.empty()) {
-        return UsageError(repairCommand, "repairs all pages of a file");
+        return ReportSentence(input.path, "is repaired as a whole, without a selection of pages");
     }
     if (const std::string reason = WhyNotTiff(input.path); !reason.empty()) {
         return ReportSentence(input.path, reason);
@@ -267,27 +261,49 @@ int RunRepair(Arguments arguments)
     if (IsSameFile(input.path, output)) {
         return ReportSentence(output, "is the damaged file, which is never changed");
     }
-    if (Exists(output) && !options.Has("--force")) {
+    if (Exists(output) && !force) {
         return ReportSentence(output, "is there already; --force replaces it");
     }
     return Repair(input.path, output);
+}
+
+int RunRepair(Arguments arguments)
+{
+    const Options options = ParseOptions(arguments, {}, {"--force"});
+    std::vector<Input> inputs;
+    if (!CheckOptions(repairCommand, options, 2, SIZE_MAX) ||
+        !ReadInputs(repairCommand, options, std::span(options.others).first(options.others.size() - 1),
+                    inputs)) {
+        return WRONG_USAGE;
+    }
+    const std::string output = options.others.back();
+    const bool toFolder = IsFolder(output);
+    if (inputs.size() > 1 && !toFolder) {
+        return UsageError(repairCommand, "several files are repaired into a folder");
+    }
+    int result = ALL_FINE;
+    for (const Input& input : inputs) {
+        const std::string name = input.path.substr(FolderOf(input.path).size());
+        result = std::max(result,
+                          RepairInto(input, toFolder ? output + "/" + name : output, options.Has("--force")));
+    }
+    return result;
 }
 
 } // namespace
 
 const Command repairCommand = {
     .name = "repair",
-    .arguments = "DAMAGED.tif OUT.tif [--force]",
+    .arguments = "DAMAGED.tif... OUT.tif|FOLDER [--force]",
     .summary = "Saves what is left of a damaged file as a new one.",
     .details =
-        "  --force  replaces OUT.tif\n"
+        "  --force  replaces OUT.tif, or files of the same names in FOLDER\n"
         "\n"
         "Pages that are whole are copied as they are. Pages that are cut short get the rows that are left,\n"
         "in their own compression; JPEG pages come in lzw at their full height, with what is missing in\n"
         "black. Where the chain of pages is broken it ends. DAMAGED.tif is never changed. The exit code is\n"
-        "1 when a page is lost, and OUT.tif is written when any page is left.\n"
-        "\n"
-        "Example: tifftool repair cut-off.tif saved.tif\n",
+        "1 when a page is lost, and OUT.tif is written when any page is left.\n",
+    .example = "tifftool repair cut-off.tif saved.tif",
     .run = RunRepair,
 };
 

@@ -155,6 +155,7 @@ const Command cropCommand = {
                "  --compression NAME           of all pages; without it g4 for black and white, else lzw\n"
                "\n"
                "The part must lie inside every page. OUT.tif changes when the result is whole.\n",
+    .example = "tifftool crop scan.tif head.tif --box 0,0,1728,300",
     .run = RunCrop,
 };
 
@@ -170,6 +171,7 @@ const Command scaleCommand = {
                "\n"
                "Pages stay as large on paper: the resolution changes with the size. OUT.tif changes when\n"
                "the result is whole.\n",
+    .example = "tifftool scale scan.tif small.tif --percent 25 --smooth",
     .run = RunScale,
 };
 

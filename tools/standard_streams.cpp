@@ -47,11 +47,16 @@ std::string SpoolStandardInput()
     return path;
 }
 
+void EndLinesPlainly()
+{
+    fflush(stdout);
+    _setmode(_fileno(stdout), _O_BINARY);
+}
+
 bool CopyToStandardOutput(const std::string& path)
 {
     const OpenedFile file(fopen(path.c_str(), "rb"), fclose);
-    fflush(stdout);
-    _setmode(_fileno(stdout), _O_BINARY);
+    EndLinesPlainly();
     return file && CopyAll(file.get(), stdout);
 }
 

@@ -15,6 +15,9 @@ std::string SpoolStandardInput();
 // Copies a file to the standard output, byte for byte; false when that fails.
 bool CopyToStandardOutput(const std::string& path);
 
+// Lines end as everywhere but on Windows: for texts that other systems read.
+void EndLinesPlainly();
+
 // A text for people: where it has the name of the file above, it says "standard input" instead.
 std::string ShownName(const std::string& text);
 

@@ -234,6 +234,7 @@ const Command tagCommand = {
                "             srational, float or double\n"
                "  VALUE      a number; for ascii one text, in quotes when it has several words\n"
                "  --dry-run  says what would be removed\n",
+    .example = "tifftool tag add fax.tif Artist ascii \"Records office\"",
     .run = RunTag,
 };
 
