@@ -57,6 +57,7 @@ extern const Command splitCommand;
 extern const Command stampCommand;
 extern const Command tagCommand;
 extern const Command textCommand;
+extern const Command toPdfCommand;
 extern const Command tojpegCommand;
 
 // Owns an open TIFF file for a scope.

@@ -23,7 +23,7 @@ const Command* const commands[] = {
     &dumpCommand,       &faxCommand,     &fromjpegCommand, &infoCommand,   &insertCommand,  &iocaCommand,
     &manualCommand,     &modcaCommand,   &noteCommand,     &numberCommand, &overlayCommand, &pasteCommand,
     &renderCommand,     &reorderCommand, &repairCommand,   &scaleCommand,  &splitCommand,   &stampCommand,
-    &tagCommand,        &textCommand,    &tojpegCommand,
+    &tagCommand,        &textCommand,    &toPdfCommand,    &tojpegCommand,
 };
 
 void PrintHelp()
