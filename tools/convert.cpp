@@ -1,6 +1,7 @@
 /* tifftool convert: pages of a TIFF file or a BMP picture, saved in another compression. The
  * result is written beside the target and replaces it when it is complete.
  */
+#include "extension.h"
 #include "options.h"
 #include "page_target.h"
 #include "pages.h"
@@ -60,7 +61,8 @@ int RunConvert(Arguments arguments)
         return WRONG_USAGE;
     }
     std::vector<Input> inputs;
-    if (!ReadInputsBefore(convertCommand, options, order.output, inputs)) {
+    if (!SuitsContent(order.output, ".tif") ||
+        !ReadInputsBefore(convertCommand, options, order.output, inputs)) {
         return FAILED;
     }
     const bool append = options.Has("--append");

@@ -54,6 +54,11 @@ std::vector<uint8_t> Finish(Deflater& deflater)
     return std::move(deflater.state->out);
 }
 
+uint32_t Crc32(std::span<const uint8_t> bytes)
+{
+    return static_cast<uint32_t>(crc32(0, bytes.data(), static_cast<uInt>(bytes.size())));
+}
+
 std::vector<uint8_t> Inflate(std::span<const uint8_t> bytes, size_t size)
 {
     std::vector<uint8_t> out(size);

@@ -22,6 +22,8 @@ struct Deflater {
 void Add(Deflater& deflater, std::span<const uint8_t> bytes);
 std::vector<uint8_t> Finish(Deflater& deflater);
 
+uint32_t Crc32(std::span<const uint8_t> bytes);
+
 // Exactly `size` bytes, or none when the data are damaged or give another number.
 std::vector<uint8_t> Inflate(std::span<const uint8_t> bytes, size_t size);
 

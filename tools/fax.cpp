@@ -1,4 +1,5 @@
 /* tifftool fax and blank: pages for fax boards, and the numbers of blank pages. */
+#include "extension.h"
 #include "json.h"
 #include "options.h"
 #include "pages.h"
@@ -134,7 +135,7 @@ int RunFax(Arguments arguments)
     }
     const char* const output = options.others.back();
     std::vector<Input> inputs;
-    if (!ReadInputsBefore(faxCommand, options, output, inputs)) {
+    if (!SuitsContent(output, ".tif") || !ReadInputsBefore(faxCommand, options, output, inputs)) {
         return FAILED;
     }
     const bool append = options.Has("--append");

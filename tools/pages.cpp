@@ -5,6 +5,7 @@
 #include "describe.h"
 #include "jpeg_stream.h"
 #include "progress.h"
+#include "raster_files.h"
 #include "source.h"
 #include "unfinished.h"
 
@@ -69,6 +70,12 @@ int OpenPictures(const Input& input, Damage damage, PictureFile& file)
     }
     if (picture) {
         return OpenSingle(input, "BMP picture", picture, file);
+    }
+    if (const std::string failure = ReadRasterFile(input.path, picture); !failure.empty()) {
+        return ReportSentence(input.path, failure);
+    }
+    if (picture) {
+        return OpenSingle(input, "single picture", picture, file);
     }
     if (!IsCals(input.path.c_str())) {
         return OpenTiff(input, damage, file);

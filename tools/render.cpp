@@ -1,9 +1,11 @@
 /* tifftool render: pages as BMP files. */
 #include "bmp.h"
 #include "diagnosis.h"
+#include "extension.h"
 #include "options.h"
 #include "pages.h"
 #include "progress.h"
+#include "raster_files.h"
 #include "source.h"
 #include "standard_streams.h"
 #include "whole_file.h"
@@ -20,6 +22,7 @@ namespace {
 struct RenderOrder {
     std::string input;
     std::string output;
+    std::string format;             // "bmp", "png" or "pbm"
     const Source* notes;            // the file whose notes are drawn; may be null
     std::set<std::string>& written; // by this call
 };
@@ -50,24 +53,27 @@ std::string FileStem(const std::string& path)
     return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
 
-std::string Numbered(const std::string& stem, uint32_t page)
+std::string Numbered(const std::string& stem, uint32_t page, const char* extension)
 {
     char number[24];
-    snprintf(number, sizeof number, "-%03u.bmp", page);
-    return stem + number;
+    snprintf(number, sizeof number, "-%03u", page);
+    return stem + number + extension;
 }
 
 // A single picture gets exactly the name after -o; several get page numbers.
-std::string OutputPath(const RenderOrder& order, uint32_t page, bool single)
+std::string OutputPath(const RenderOrder& order, uint32_t page, bool single, const char* extension)
 {
     const std::string& output = order.output;
     if (output.empty()) {
-        return Numbered(FileStem(order.input), page);
+        return Numbered(FileStem(order.input), page, extension);
     }
     if (IsFolder(output) || IsSeparator(output.back())) {
-        return Numbered(output + (IsSeparator(output.back()) ? "" : "/") + FileStem(order.input), page);
+        return Numbered(output + (IsSeparator(output.back()) ? "" : "/") + FileStem(order.input), page,
+                        extension);
     }
-    return single || output == STANDARD_STREAM ? output : Numbered(FolderOf(output) + FileStem(output), page);
+    return single || output == STANDARD_STREAM
+               ? output
+               : Numbered(FolderOf(output) + FileStem(output), page, extension);
 }
 
 // An existing file stays until the new picture is complete.
@@ -77,26 +83,52 @@ int WritePicture(const RenderOrder& order, const OwnedBlock& block, const std::s
     const auto report = [&path](uint32_t cause) {
         return cause ? ReportSentence(path, "cannot be written: " + SystemCause(cause)) : ALL_FINE;
     };
+    if (IsSameFile(path, order.input)) {
+        return ReportSentence(path, "the picture would take the place of the file that it is in");
+    }
+    if (order.format != "bmp") {
+        const Pixels pixels = ReadPixels(dib);
+        const std::vector<uint8_t> bytes = pixels.depth == 0       ? std::vector<uint8_t>()
+                                           : order.format == "png" ? EncodePng(pixels)
+                                                                   : EncodePnm(pixels);
+        return WriteWhole(path, false, [&](const char* unfinished) {
+            const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(unfinished, "wb"), fclose);
+            return !bytes.empty() && file &&
+                           fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() &&
+                           fflush(file.get()) == 0
+                       ? int{ALL_FINE}
+                       : ReportSentence(path, "cannot be written");
+        });
+    }
     const bool isStream = path == STANDARD_STREAM;
     const uint32_t cause = isStream ? ERROR_FILE_EXISTS : WriteBmp(path.c_str(), dib, true);
     if (cause != ERROR_FILE_EXISTS && cause != ERROR_ALREADY_EXISTS) {
         return cause && !CheckOutput(path) ? FAILED : report(cause);
     }
-    if (IsSameFile(path, order.input)) {
-        return ReportSentence(path, "the picture would take the place of the file that it is in");
-    }
     return WriteWhole(path, false,
                       [&](const char* unfinished) { return report(WriteBmp(unfinished, dib, false)); });
 }
 
+// What the name of the picture's file ends in.
+const char* ExtensionFor(const RenderOrder& order, const OwnedBlock& dib)
+{
+    return order.format == "pbm"   ? PnmExtension(ReadPixels({dib.bytes, dib.size}))
+           : order.format == "png" ? ".png"
+                                   : ".bmp";
+}
+
 int RenderPicture(const RenderOrder& order, const Picture& picture)
 {
-    const std::string path = OutputPath(order, picture.page, picture.pages == 1);
     const OwnedBlock noted(order.notes ? WithNotes(*order.notes, picture) : nullptr);
     if (order.notes && !noted.bytes) {
         return ReportError(picture.where, TiffError());
     }
     const OwnedBlock& shown = order.notes ? noted : picture.dib;
+    const char* const extension = ExtensionFor(order, shown);
+    const std::string path = OutputPath(order, picture.page, picture.pages == 1, extension);
+    if (!SuitsContent(path, extension)) {
+        return FAILED;
+    }
     if (!order.written.insert(path).second) {
         return ReportSentence(path, "has a picture of this call already; it would be lost");
     }
@@ -125,16 +157,28 @@ int RenderFile(const Input& input, RenderOrder order, bool withNotes)
                           [&](const Picture& picture) { return RenderPicture(order, picture); });
 }
 
+// Without --format the name after -o says it.
+std::string FormatOf(const Options& options)
+{
+    const std::string extension = ExtensionOf(options.Value("-o", ""));
+    const bool isPnm =
+        extension == ".pbm" || extension == ".pgm" || extension == ".ppm" || extension == ".pnm";
+    return options.Value("--format", isPnm ? "pbm" : extension == ".png" ? "png" : "bmp");
+}
+
 int RunRender(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--pages", "--page", "-o"}, {"--notes"});
+    const Options options = ParseOptions(arguments, {"--pages", "--page", "--format", "-o"}, {"--notes"});
     std::vector<Input> inputs;
     if (!CheckOptions(renderCommand, options, 1, SIZE_MAX) ||
         !ReadInputs(renderCommand, options, options.others, inputs)) {
         return WRONG_USAGE;
     }
     std::set<std::string> written;
-    const RenderOrder order = {"", options.Value("-o", ""), nullptr, written};
+    const RenderOrder order = {"", options.Value("-o", ""), FormatOf(options), nullptr, written};
+    if (order.format != "bmp" && order.format != "png" && order.format != "pbm") {
+        return UsageError(renderCommand, "unknown format \"" + order.format + "\"; there are bmp, png, pbm");
+    }
     if (options.Has("-o") && order.output.empty()) {
         return UsageError(renderCommand, "-o needs a value");
     }
@@ -152,16 +196,19 @@ int RunRender(Arguments arguments)
 
 const Command renderCommand = {
     .name = "render",
-    .arguments = "FILE... [--pages LIST] [--notes] [-o OUT.bmp]",
-    .summary = "Writes pages as BMP files.",
-    .details = "  --pages L   such as 1,3-5,last; without it all pages\n"
-               "  --notes     draws the notes of the pages\n"
-               "  -o OUT.bmp  where one picture goes; several become OUT-001.bmp, OUT-002.bmp...\n"
-               "  -o FOLDER   writes FILE-001.bmp... into the folder\n"
-               "\n"
-               "Without -o the pictures go to FILE-001.bmp, FILE-002.bmp... in the current folder.\n"
-               "The rows of a damaged page that can be decoded are written, with a warning and exit\n"
-               "code 1. FILE may be a CALS file or a BMP picture too.\n",
+    .arguments = "FILE... [--pages LIST] [--format bmp|png|pbm] [--notes] [-o OUT]",
+    .summary = "Writes pages as BMP, PNG or PNM files.",
+    .details =
+        "  --pages L   such as 1,3-5,last; without it all pages\n"
+        "  --format F  bmp, png, or pbm, which becomes pgm or ppm where a page needs it; without it as\n"
+        "              OUT ends, else bmp\n"
+        "  --notes     draws the notes of the pages\n"
+        "  -o OUT.bmp  where one picture goes; several become OUT-001.bmp, OUT-002.bmp...\n"
+        "  -o FOLDER   writes FILE-001.bmp... into the folder\n"
+        "\n"
+        "Without -o the pictures go to FILE-001.bmp, FILE-002.bmp... in the current folder.\n"
+        "The rows of a damaged page that can be decoded are written, with a warning and exit\n"
+        "code 1. FILE may be a CALS file or a BMP, PNG or PNM picture too.\n",
     .example = "tifftool render fax.tif:2 -o page2.bmp",
     .run = RunRender,
 };

@@ -1,5 +1,6 @@
 /* tifftool crop and tifftool scale: parts of pages, and pages in other sizes, as a new file. */
 #include "bmp.h"
+#include "extension.h"
 #include "options.h"
 #include "page_target.h"
 #include "pages.h"
@@ -58,7 +59,7 @@ int ChangePages(const Command& command, const Options& options, const Change& ch
     }
     const char* const output = options.others.back();
     std::vector<Input> inputs;
-    if (!ReadInputsBefore(command, options, output, inputs)) {
+    if (!SuitsContent(output, ".tif") || !ReadInputsBefore(command, options, output, inputs)) {
         return FAILED;
     }
     return WriteWhole(output, false, [&](const char* unfinished) {
