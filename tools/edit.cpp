@@ -1,6 +1,7 @@
 /* tifftool cat, split, cut, delete, reorder, append-raw and number: pages moved without decoding. */
 #include "describe.h"
 #include "diagnosis.h"
+#include "extension.h"
 #include "options.h"
 #include "progress.h"
 #include "source.h"
@@ -64,7 +65,7 @@ int RunCat(Arguments arguments)
     }
     const char* const output = options.Value("-o", "");
     std::vector<Input> inputs;
-    if (!ReadInputs(catCommand, options, options.others, inputs)) {
+    if (!SuitsContent(output, ".tif") || !ReadInputs(catCommand, options, options.others, inputs)) {
         return WRONG_USAGE;
     }
     const bool append = options.Has("--append");

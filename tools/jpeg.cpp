@@ -5,6 +5,7 @@
 
 #include "chain.h"
 #include "describe.h"
+#include "extension.h"
 #include "options.h"
 #include "pages.h"
 #include "source.h"
@@ -199,7 +200,9 @@ int RunToJpeg(Arguments arguments)
         return ReportSentence(options.others[1],
                               "the picture would take the place of the file that it is in");
     }
-    return CheckOutput(options.others[1]) ? WriteJpeg(input, options.others[1]) : FAILED;
+    return SuitsContent(options.others[1], ".jpg") && CheckOutput(options.others[1])
+               ? WriteJpeg(input, options.others[1])
+               : FAILED;
 }
 
 // A TIFF of one page around a stream, Intel byte order.
