@@ -131,7 +131,7 @@ Entry ReadableEntry(Choices& choices, Maker& maker)
 void MakePage(Choices& choices, Pages pages, Maker& maker)
 {
     static constexpr uint32_t widths[] = {1, 2, 7, 8, 9, 16, 24, 31, 33, 64, 100, 200, 300};
-    const Kind& kind = kinds[choices.Below(pages == Pages::Sound ? SOUND_KINDS : std::size(kinds))];
+    const Kind& kind = kinds[choices.Below(pages == Pages::Sound ? SOUND_KINDS : uint32_t{std::size(kinds)})];
     const uint32_t width = choices.OneOf(widths), rows = 1 + choices.Below(40), form = choices.Byte();
     const uint32_t strips = 1 + form % 3, rowsPerStrip = (rows + strips - 1) / strips;
     std::vector<uint32_t> offsets, counts;

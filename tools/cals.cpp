@@ -84,20 +84,19 @@ int RunFromTiff(const Options& options)
     if (options.Has("--compression")) {
         return UsageError(calsCommand, "--compression goes with to-tiff; CALS files are Group 4");
     }
-    const uint32_t page = PageOption(calsCommand, options, "--page", "1");
-    if (page == 0) {
+    Input input;
+    if (!ReadOnePage(calsCommand, options, options.others[1], input)) {
         return WRONG_USAGE;
     }
-    const char* const input = options.others[1];
     const char* const output = options.others[2];
     if (!CheckOutput(output)) {
         return FAILED;
     }
-    if (IsSameFile(input, output)) {
+    if (IsSameFile(input.path, output)) {
         return ReportSentence(output, "the picture would take the place of the file that it is in");
     }
-    return WithPicture(input, page, Damage::Refused,
-                       [&](const Picture& picture) { return WriteCals(output, picture); });
+    return ForEachPicture(input, Damage::Refused,
+                          [&](const Picture& picture) { return WriteCals(output, picture); });
 }
 
 int RunCals(Arguments arguments)
@@ -171,6 +170,7 @@ const Command calsCommand = {
                "\n"
                "The rows of a damaged CALS file that can be decoded are written, with a warning and exit\n"
                "code 1; a damaged page is not. The output changes when the result is whole.\n",
+    .example = "tifftool cals to-tiff plan.cal plan.tif",
     .run = RunCals,
 };
 

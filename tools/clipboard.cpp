@@ -10,20 +10,23 @@ namespace tifftool {
 namespace {
 
 // The library reports success for a missing page, so the page is checked first.
-int Copy(const char* path, uint32_t page)
+int Copy(const Input& input)
 {
-    const std::string where = PageName(path, page);
+    const char* const path = input.path.c_str();
+    std::vector<uint32_t> pages;
+    std::string where;
     {
         const Source source(path);
-        if (!HasPages(source) || !HasPage(source, page)) {
+        if (!HasPages(source) || !SelectPages(source, input.pages, pages)) {
             return FAILED;
         }
-        if (!GetTiffImage(source.file.handle, page - 1)) {
+        where = PageName(path, pages[0]);
+        if (!GetTiffImage(source.file.handle, pages[0] - 1)) {
             return ReportError(where, TiffError());
         }
     }
     SetTiffError(0);
-    if (!LoadTiffFileIntoClipboard(path, page - 1, 0)) {
+    if (!LoadTiffFileIntoClipboard(path, pages[0] - 1, 0)) {
         return ReportSentence(where, "the clipboard cannot be opened");
     }
     return TiffError() == 0 ? ALL_FINE : ReportError(where, TiffError());
@@ -35,8 +38,8 @@ int RunCopy(Arguments arguments)
     if (!CheckOptions(copyCommand, options, 1, 1)) {
         return WRONG_USAGE;
     }
-    const uint32_t page = PageOption(copyCommand, options, "--page", "1");
-    return page ? Copy(options.others[0], page) : WRONG_USAGE;
+    Input input;
+    return ReadOnePage(copyCommand, options, options.others[0], input) ? Copy(input) : WRONG_USAGE;
 }
 
 int RunPaste(Arguments arguments)
@@ -63,6 +66,7 @@ const Command copyCommand = {
     .arguments = "FILE [--page N]",
     .summary = "Puts a page on the clipboard as a bitmap.",
     .details = "  --page N  the page, counted from 1; without it the first\n",
+    .example = "tifftool copy fax.tif --page 2",
     .run = RunCopy,
 };
 
@@ -72,6 +76,7 @@ const Command pasteCommand = {
     .summary = "Adds the clipboard's bitmap to a file as a new page.",
     .details = "  --compression none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4  lzw without it; the last four\n"
                "                                                           make a black and white page\n",
+    .example = "tifftool paste album.tif --compression lzw",
     .run = RunPaste,
 };
 

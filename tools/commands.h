@@ -21,6 +21,7 @@ struct Command {
     const char* arguments; // as shown in the usage line
     const char* summary;   // one line, for the list of commands
     const char* details;   // the rest of `tifftool COMMAND --help`
+    const char* example;   // a whole command line
     int (*run)(Arguments arguments);
 };
 
@@ -28,16 +29,21 @@ extern const Command appendRawCommand;
 extern const Command blankCommand;
 extern const Command calsCommand;
 extern const Command catCommand;
+extern const Command checkCommand;
+extern const Command compareCommand;
+extern const Command completionCommand;
 extern const Command convertCommand;
 extern const Command copyCommand;
 extern const Command cropCommand;
 extern const Command cutCommand;
 extern const Command deleteCommand;
+extern const Command dumpCommand;
 extern const Command faxCommand;
 extern const Command fromjpegCommand;
 extern const Command infoCommand;
 extern const Command insertCommand;
 extern const Command iocaCommand;
+extern const Command manualCommand;
 extern const Command modcaCommand;
 extern const Command noteCommand;
 extern const Command numberCommand;
@@ -45,11 +51,13 @@ extern const Command overlayCommand;
 extern const Command pasteCommand;
 extern const Command renderCommand;
 extern const Command reorderCommand;
+extern const Command repairCommand;
 extern const Command scaleCommand;
 extern const Command splitCommand;
 extern const Command stampCommand;
 extern const Command tagCommand;
 extern const Command textCommand;
+extern const Command toPdfCommand;
 extern const Command tojpegCommand;
 
 // Owns an open TIFF file for a scope.
@@ -90,6 +98,9 @@ struct OwnedBlock {
     OwnedBlock(const OwnedBlock&) = delete;
     OwnedBlock& operator=(const OwnedBlock&) = delete;
 };
+
+// All commands, by name.
+std::span<const Command* const> Commands();
 
 // Prints "tifftool: command: what" and how to get help; returns WRONG_USAGE.
 int UsageError(const Command& command, const std::string& what);

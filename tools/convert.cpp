@@ -1,6 +1,7 @@
 /* tifftool convert: pages of a TIFF file or a BMP picture, saved in another compression. The
  * result is written beside the target and replaces it when it is complete.
  */
+#include "extension.h"
 #include "options.h"
 #include "page_target.h"
 #include "pages.h"
@@ -33,12 +34,13 @@ uint32_t SampleKind(const Options& options)
 
 int RunConvert(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--compression", "--fill-order", "--quality"},
-                                         {"--append", "--grey16", "--cmyk", "--ycbcr"});
-    if (!CheckOptions(convertCommand, options, 2, 2)) {
+    const Options options =
+        ParseOptions(arguments, {"--compression", "--fill-order", "--quality", "--pages", "--page"},
+                     {"--append", "--force", "--grey16", "--cmyk", "--ycbcr"});
+    if (!CheckOptions(convertCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
-    const ConvertOrder order = {options.others[1], CompressionOption(convertCommand, options),
+    const ConvertOrder order = {options.others.back(), CompressionOption(convertCommand, options),
                                 SampleKind(options), FillOrderOption(convertCommand, options)};
     if (order.compression == 0 || order.fillOrder == 0) {
         return WRONG_USAGE;
@@ -58,13 +60,18 @@ int RunConvert(Arguments arguments)
     if (!SetTiffJpegQuality(quality)) {
         return WRONG_USAGE;
     }
+    std::vector<Input> inputs;
+    if (!SuitsContent(order.output, ".tif") ||
+        !ReadInputsBefore(convertCommand, options, order.output, inputs)) {
+        return FAILED;
+    }
     const bool append = options.Has("--append");
     if (append && !CanBeAddedTo(order.output)) {
         return FAILED;
     }
     return WriteWhole(order.output, append, [&](const char* unfinished) {
         PageTarget target = {order.output, unfinished};
-        return ForEachPicture(options.others[0], Damage::Refused,
+        return ForEachPicture(inputs, Damage::Refused,
                               [&](const Picture& picture) { return SavePicture(target, order, picture); });
     });
 }
@@ -73,7 +80,7 @@ int RunConvert(Arguments arguments)
 
 const Command convertCommand = {
     .name = "convert",
-    .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --compression NAME [OPTION...]",
+    .arguments = "IN... OUT.tif --compression NAME [OPTION...]",
     .summary = "Saves pages anew in another compression.",
     .details = "  --compression none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4|jpeg\n"
                "  --quality 1-100   of JPEG pages, 75 by default\n"
@@ -83,6 +90,7 @@ const Command convertCommand = {
                "  --cmyk, --ycbcr   writes 24-bit pages in these colours\n"
                "\n"
                "All pages are converted, or nothing is: OUT.tif changes when the result is whole.\n",
+    .example = "tifftool convert fax.tif:1,3-5 archive.tif --compression g4 --append",
     .run = RunConvert,
 };
 

@@ -57,10 +57,6 @@ std::string DescribeSubfileType(uint32_t newSubfileType);
 // Why this library cannot decode the page, in a few words; empty when no reason is known.
 std::string WhyNotSupported(const PageFacts& facts);
 
-// Prints the tags of a loaded page, counted from 0, one a line; returns an exit code.
-struct Source;
-int PrintTags(Source& source, uint32_t page);
-
 // The library's text, with the code in brackets.
 std::string DescribeError(uint32_t code);
 

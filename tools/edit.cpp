@@ -1,6 +1,7 @@
 /* tifftool cat, split, cut, delete, reorder, append-raw and number: pages moved without decoding. */
 #include "describe.h"
 #include "diagnosis.h"
+#include "extension.h"
 #include "options.h"
 #include "progress.h"
 #include "source.h"
@@ -27,11 +28,13 @@ uint32_t CountPages(const char* path)
 }
 
 // The target stays open: walking to its end for each file would take longer and longer.
-int AppendPages(HGLOBAL target, const char* path)
+int AppendPages(HGLOBAL target, const Input& input)
 {
     constexpr uint32_t MIXED_BYTE_ORDERS = 35;
-    const Source source(path);
-    if (!IsWhole(source)) {
+    const std::string& path = input.path;
+    const Source source(path.c_str());
+    std::vector<uint32_t> pages;
+    if (!IsWhole(source) || !SelectPages(source, input.pages, pages)) {
         return FAILED;
     }
     TiffFileInformation facts{};
@@ -39,18 +42,21 @@ int AppendPages(HGLOBAL target, const char* path)
         (facts.byteOrder == TIFF_MOTOROLA) != IsMotorola(source)) {
         return ReportError(path, MIXED_BYTE_ORDERS);
     }
-    for (uint32_t page = 0; page < source.pages; ++page) {
-        if (!CopyTiffImage(source.file.handle, page, target)) {
-            return ReportError(PageName(path, page + 1), TiffError());
+    uint32_t done = 0;
+    for (const uint32_t page : pages) {
+        if (!CopyTiffImage(source.file.handle, page - 1, target)) {
+            return ReportError(PageName(path, page), TiffError());
         }
-        DrawProgress(source.pages, page + 1, 0);
+        if (!DrawProgress(static_cast<uint32_t>(pages.size()), ++done, 0)) {
+            return FAILED;
+        }
     }
     return ALL_FINE;
 }
 
 int RunCat(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"-o"}, {"--append"});
+    const Options options = ParseOptions(arguments, {"-o", "--pages", "--page"}, {"--append"});
     if (!CheckOptions(catCommand, options, 1, ANY_NUMBER)) {
         return WRONG_USAGE;
     }
@@ -58,6 +64,10 @@ int RunCat(Arguments arguments)
         return UsageError(catCommand, "needs -o and a file");
     }
     const char* const output = options.Value("-o", "");
+    std::vector<Input> inputs;
+    if (!SuitsContent(output, ".tif") || !ReadInputs(catCommand, options, options.others, inputs)) {
+        return WRONG_USAGE;
+    }
     const bool append = options.Has("--append");
     if (append && !CanBeAddedTo(output)) {
         return FAILED;
@@ -67,8 +77,8 @@ int RunCat(Arguments arguments)
         if (!whole.handle || TiffError() != 0) {
             return ReportError(output, TiffError());
         }
-        for (const char* path : options.others) {
-            if (const int result = AppendPages(whole.handle, path); result != ALL_FINE) {
+        for (const Input& input : inputs) {
+            if (const int result = AppendPages(whole.handle, input); result != ALL_FINE) {
                 return result;
             }
         }
@@ -305,11 +315,13 @@ int RunNumber(Arguments arguments)
 
 const Command catCommand = {
     .name = "cat",
-    .arguments = "IN.tif... -o OUT.tif [--append]",
+    .arguments = "IN.tif... -o OUT.tif [--pages LIST] [--append]",
     .summary = "Writes the pages of several files into one.",
-    .details = "  --append  adds them to OUT.tif instead of replacing it\n"
+    .details = "  --pages LIST  such as 1,3-5,last, of all files; also behind a name: IN.tif:1,3-5\n"
+               "  --append      adds them to OUT.tif instead of replacing it\n"
                "\n"
                "Pages are copied as they are. OUT.tif changes when all of them have been copied.\n",
+    .example = "tifftool cat cover.tif letter.tif:2-last -o fax.tif",
     .run = RunCat,
 };
 
@@ -320,6 +332,7 @@ const Command splitCommand = {
     .details = "  --page N   the first page to move, counted from 1\n"
                "  --force    replaces OUT.tif\n"
                "  --dry-run  says what would be done\n",
+    .example = "tifftool split inbox.tif second.tif --page 4",
     .run = RunSplit,
 };
 
@@ -333,6 +346,7 @@ const Command cutCommand = {
                "\n"
                "The files are BASE0001.tif, BASE0002.tif and so on.\n"
                "A folder, ending in a backslash, gets names beginning with ~ and a number.\n",
+    .example = "tifftool cut inbox.tif page --pages 3",
     .run = RunCut,
 };
 
@@ -344,6 +358,7 @@ const Command deleteCommand = {
                "  --last      the last page\n"
                "  --in-place  relinks the file instead of writing it anew; the page's bytes stay in it\n"
                "  --dry-run   says what would be done\n",
+    .example = "tifftool delete fax.tif --last",
     .run = RunDelete,
 };
 
@@ -352,6 +367,7 @@ const Command reorderCommand = {
     .arguments = "FILE.tif",
     .summary = "Rewrites a file page after page, without what no page needs.",
     .details = "Each page's directory comes directly before its data.\n",
+    .example = "tifftool reorder fax.tif",
     .run = RunReorder,
 };
 
@@ -364,6 +380,7 @@ const Command appendRawCommand = {
                "  --dry-run   says what would be done\n"
                "\n"
                "RAW.g3 must exist. When it cannot be written to the end it is deleted.\n",
+    .example = "tifftool append-raw line.g3 fax.tif --page 1",
     .run = RunAppendRaw,
 };
 
@@ -372,6 +389,7 @@ const Command numberCommand = {
     .arguments = "FILE.tif [--total N]",
     .summary = "Sets the page total in every PageNumber tag.",
     .details = "  --total N  up to 65535; without it the number of pages in the file\n",
+    .example = "tifftool number fax.tif --total 12",
     .run = RunNumber,
 };
 

@@ -1,10 +1,14 @@
 /* tifftool fax and blank: pages for fax boards, and the numbers of blank pages. */
+#include "extension.h"
+#include "json.h"
 #include "options.h"
 #include "pages.h"
 #include "progress.h"
 #include "source.h"
+#include "standard_streams.h"
 #include "whole_file.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -78,10 +82,10 @@ int SavePage(const Picture& picture, const char* unfinished, const char* output,
     return ReportError(IsOutputError(error) ? output : picture.where, error);
 }
 
-int WritePages(const Options& options, const char* unfinished, const Board& board, const FaxOrder& order)
+int WritePages(std::span<const Input> inputs, const char* output, const char* unfinished, const Board& board,
+               const FaxOrder& order)
 {
-    const char* const output = options.others[1];
-    const int result = ForEachPicture(options.others[0], Damage::Refused, [&](const Picture& picture) {
+    const int result = ForEachPicture(inputs, Damage::Refused, [&](const Picture& picture) {
         return SavePage(picture, unfinished, output, board, order);
     });
     if (result != ALL_FINE) {
@@ -105,8 +109,9 @@ std::string BoardNames()
 int RunFax(Arguments arguments)
 {
     const Options options =
-        ParseOptions(arguments, {"--board", "--compression", "--fill-order"}, {"--append"});
-    if (!CheckOptions(faxCommand, options, 2, 2)) {
+        ParseOptions(arguments, {"--board", "--compression", "--fill-order", "--pages", "--page"},
+                     {"--append", "--force"});
+    if (!CheckOptions(faxCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
     const Board* board = FindBoard(options.Value("--board", ""));
@@ -128,12 +133,18 @@ int RunFax(Arguments arguments)
     if (order.selector == 0 || order.fillOrder == 0) {
         return WRONG_USAGE;
     }
-    const bool append = options.Has("--append");
-    if (append && !CanBeAddedTo(options.others[1])) {
+    const char* const output = options.others.back();
+    std::vector<Input> inputs;
+    if (!SuitsContent(output, ".tif") || !ReadInputsBefore(faxCommand, options, output, inputs)) {
         return FAILED;
     }
-    return WriteWhole(options.others[1], append,
-                      [&](const char* unfinished) { return WritePages(options, unfinished, *board, order); });
+    const bool append = options.Has("--append");
+    if (append && !CanBeAddedTo(output)) {
+        return FAILED;
+    }
+    return WriteWhole(output, append, [&](const char* unfinished) {
+        return WritePages(inputs, output, unfinished, *board, order);
+    });
 }
 
 bool ParseLevels(const char* text, uint8_t (&levels)[3])
@@ -148,29 +159,38 @@ bool ParseLevels(const char* text, uint8_t (&levels)[3])
     return good;
 }
 
-int RunBlank(Arguments arguments)
-{
-    const Options options = ParseOptions(arguments, {"--threshold", "--colour"}, {"--black"});
-    if (!CheckOptions(blankCommand, options, 1, 1)) {
-        return WRONG_USAGE;
-    }
+struct BlankOrder {
+    uint32_t threshold;
     uint8_t levels[3];
-    const uint32_t threshold = NumberOption(blankCommand, options, "--threshold", 1000, "10");
-    if (threshold == 0) {
-        return WRONG_USAGE;
+    bool black;
+    Json* json; // null for lines of words
+    bool named; // several files: numbers come with the file's name
+};
+
+void ShowBlank(const BlankOrder& order, const Source& source, uint32_t page)
+{
+    if (order.json) {
+        order.json->Number(page);
+    } else if (order.named) {
+        printf("%s:%u\n", ShownName(source.path).c_str(), page);
+    } else {
+        printf("%u\n", page);
     }
-    if (!ParseLevels(options.Value("--colour", "128,128,128"), levels)) {
-        return UsageError(blankCommand, "--colour takes three numbers from 0 to 255, such as 128,128,128");
-    }
-    const Source source(options.others[0]);
-    if (!HasPages(source)) {
+}
+
+// The library finds one page after the other; those that are not selected are passed over.
+int FindBlanks(const Input& input, BlankOrder& order)
+{
+    const Source source(input.path.c_str());
+    std::vector<uint32_t> pages;
+    if (!HasPages(source) || !SelectPages(source, input.pages, pages)) {
         return FAILED;
     }
-    const auto find = options.Has("--black") ? FindBlackPage : FindBlankPage;
+    const auto find = order.black ? FindBlackPage : FindBlankPage;
     for (uint32_t next = 0; next < source.pages;) {
         const int32_t page = WithClock("searching " + source.path, [&] {
-            return static_cast<int32_t>(find(source.path.c_str(), static_cast<int32_t>(threshold),
-                                             static_cast<int32_t>(next), levels));
+            return static_cast<int32_t>(find(source.path.c_str(), static_cast<int32_t>(order.threshold),
+                                             static_cast<int32_t>(next), order.levels));
         });
         if (page < 0) {
             return ReportError(source.path, TiffError());
@@ -179,17 +199,61 @@ int RunBlank(Arguments arguments)
         if (page == 0 || next > source.pages) {
             break;
         }
-        printf("%u\n", next);
-        DrawProgress(source.pages, next, 0);
+        if (std::ranges::find(pages, next) != pages.end()) {
+            ShowBlank(order, source, next);
+        }
+        if (!DrawProgress(source.pages, next, 0)) {
+            return FAILED;
+        }
     }
     return ReportChain(source);
+}
+
+int FindAllBlanks(std::span<const Input> inputs, BlankOrder& order, Json& json)
+{
+    int result = ALL_FINE;
+    json.Open('[');
+    for (const Input& input : inputs) {
+        json.Open('{').Key("file").Text(ShownName(input.path)).Key("pages").Open('[');
+        result = std::max(result, FindBlanks(input, order));
+        json.Close(']').Close('}');
+    }
+    json.Close(']');
+    if (order.json) {
+        Print(json);
+    }
+    return result;
+}
+
+int RunBlank(Arguments arguments)
+{
+    const Options options =
+        ParseOptions(arguments, {"--threshold", "--colour", "--pages", "--page"}, {"--black", "--json"});
+    std::vector<Input> inputs;
+    if (!CheckOptions(blankCommand, options, 1, SIZE_MAX) ||
+        !ReadInputs(blankCommand, options, options.others, inputs)) {
+        return WRONG_USAGE;
+    }
+    Json json;
+    BlankOrder order = {NumberOption(blankCommand, options, "--threshold", 1000, "10"),
+                        {},
+                        options.Has("--black"),
+                        options.Has("--json") ? &json : nullptr,
+                        inputs.size() > 1};
+    if (order.threshold == 0) {
+        return WRONG_USAGE;
+    }
+    if (!ParseLevels(options.Value("--colour", "128,128,128"), order.levels)) {
+        return UsageError(blankCommand, "--colour takes three numbers from 0 to 255, such as 128,128,128");
+    }
+    return FindAllBlanks(inputs, order, json);
 }
 
 } // namespace
 
 const Command faxCommand = {
     .name = "fax",
-    .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --board NAME [OPTION...]",
+    .arguments = "IN... OUT.tif --board NAME [OPTION...]",
     .summary = "Saves pages in the form that a fax board reads.",
     .details = "  --board gamma|bicom|nms|dialogic|cisco\n"
                "  --compression NAME  none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4, not for bicom and nms;\n"
@@ -198,19 +262,24 @@ const Command faxCommand = {
                "  --append            adds the pages to OUT.tif instead of replacing it\n"
                "\n"
                "All pages are saved, or nothing is: OUT.tif changes when the result is whole.\n",
+    .example = "tifftool fax scan.tif out.tif --board dialogic",
     .run = RunFax,
 };
 
 const Command blankCommand = {
     .name = "blank",
-    .arguments = "FILE.tif [--threshold T] [--colour B,G,R] [--black]",
+    .arguments = "FILE.tif... [--threshold T] [--colour B,G,R] [--black] [--pages LIST] [--json]",
     .summary = "Lists the blank pages of a file, or the black ones.",
     .details = "  --threshold T   tenths of a percent of the pixels, 1 to 1000; without it 10. A page is\n"
                "                  blank when fewer are not light, black when more are dark.\n"
                "  --colour B,G,R  levels that part light and dark; without it 128,128,128\n"
                "  --black         lists black pages\n"
+               "  --pages LIST    looks among these, such as 1,3-5,last\n"
+               "  --json          lists for programs\n"
                "\n"
-               "Prints the numbers of the pages, counted from 1, one to the line.\n",
+               "Prints the numbers of the pages, counted from 1, one to the line; of several files as "
+               "NAME:NUMBER.\n",
+    .example = "tifftool blank scan.tif --threshold 5",
     .run = RunBlank,
 };
 

@@ -1,172 +1,21 @@
 /* tifftool info: the tags of a file, page by page, without decoding. */
 #include "cals.h"
-#include "chain.h"
 #include "describe.h"
 #include "diagnosis.h"
 #include "jpeg_stream.h"
 #include "options.h"
 #include "source.h"
-#include "tag_values.h"
+#include "standard_streams.h"
+#include "tag_text.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
-#include <vector>
 
 namespace tifftool {
 
 namespace {
 
-constexpr size_t MAX_TEXT = 64;  // characters shown of an ASCII tag
-constexpr size_t MAX_VALUES = 8; // values shown of any other
-constexpr uint32_t BYTE_TYPE = 1, JPEG = 7;
-
-// In double quotes, up to the first zero, with escapes for control characters.
-std::string QuoteText(std::span<const uint8_t> bytes)
-{
-    const auto end = std::ranges::find(bytes, uint8_t{0});
-    const auto length = static_cast<size_t>(end - bytes.begin());
-    std::string quoted = "\"";
-    for (const uint8_t byte : bytes.first(std::min(length, MAX_TEXT))) {
-        char escape[8] = {};
-        if (byte == '"' || byte == '\\') {
-            quoted += '\\';
-        }
-        if (byte < 0x20 || byte >= 0x7F) {
-            snprintf(escape, sizeof escape, "\\x%02X", unsigned{byte});
-            quoted += escape;
-        } else {
-            quoted += static_cast<char>(byte);
-        }
-    }
-    return quoted + (length > MAX_TEXT ? "\"..." : "\"");
-}
-
-template <typename Element>
-Element ElementAt(const uint8_t* values, size_t index)
-{
-    Element element;
-    memcpy(&element, values + index * sizeof element, sizeof element);
-    return element;
-}
-
-std::string FormatReal(double value)
-{
-    char text[32];
-    snprintf(text, sizeof text, "%.9g", value);
-    return text;
-}
-
-template <typename Element>
-std::string FormatFraction(const uint8_t* values, size_t index)
-{
-    return std::to_string(ElementAt<Element>(values, 2 * index)) + "/" +
-           std::to_string(ElementAt<Element>(values, 2 * index + 1));
-}
-
-std::string FormatValue(uint32_t type, const uint8_t* values, size_t index)
-{
-    switch (type) {
-    case 3:
-        return std::to_string(ElementAt<uint16_t>(values, index));
-    case 4:
-    case 13:
-        return std::to_string(ElementAt<uint32_t>(values, index));
-    case 5:
-        return FormatFraction<uint32_t>(values, index);
-    case 6:
-        return std::to_string(ElementAt<int8_t>(values, index));
-    case 8:
-        return std::to_string(ElementAt<int16_t>(values, index));
-    case 9:
-        return std::to_string(ElementAt<int32_t>(values, index));
-    case 10:
-        return FormatFraction<int32_t>(values, index);
-    case 11:
-        return FormatReal(ElementAt<float>(values, index));
-    case 12:
-        return FormatReal(ElementAt<double>(values, index));
-    default:
-        return std::to_string(values[index]);
-    }
-}
-
-// Never reads past the bytes given, whatever count the file claims.
-std::string FormatValues(uint32_t type, uint32_t count, std::span<const uint8_t> bytes)
-{
-    const size_t held = std::min<size_t>(count, bytes.size() / ElementBytes(type));
-    if (type == 2) {
-        return QuoteText(bytes.first(held));
-    }
-    std::string values;
-    for (size_t i = 0; i < std::min(held, MAX_VALUES); ++i) {
-        values += (i ? " " : "") + FormatValue(type, bytes.data(), i);
-    }
-    return values + (count > MAX_VALUES ? " ..." : "");
-}
-
-struct FirstValues {
-    uint32_t type, count;
-    std::vector<uint8_t> bytes; // of the values to show, in the processor's order
-};
-
-// Values that memory holds as single bytes may have any type in the file.
-FirstValues ReadFromFile(Source& source, uint32_t page, uint32_t tag)
-{
-    RawFile raw(source.path);
-    TagEntry entry;
-    if (!FindEntry(raw, DirectoryOf(source, page), tag, entry)) {
-        return {};
-    }
-    const size_t size = ElementBytes(entry.type);
-    const uint64_t all = uint64_t{entry.count} * size;
-    const auto shown = static_cast<size_t>(std::min<uint64_t>(all, MAX_VALUES * size));
-    FirstValues values = {entry.type, entry.count,
-                          ReadBytes(raw, all <= 4 ? entry.position + 8 : entry.valuesAt, shown)};
-    if (raw.motorola) {
-        ReverseElements(entry.type, values.bytes);
-    }
-    return values;
-}
-
-int PrintTag(Source& source, uint32_t page, uint32_t tag)
-{
-    HGLOBAL handle = nullptr;
-    uint32_t type = 0, count = 0;
-    if (!GetTiffImageInfoBuffer(source.file.handle, page, tag, &handle, &type, &count)) {
-        return ReportError(PageName(source.path, page + 1) + ", tag " + std::to_string(tag), TiffError());
-    }
-    const OwnedBlock block(handle);
-    std::span<const uint8_t> bytes(block.bytes, block.size);
-    FirstValues inFile = {};
-    if (type == BYTE_TYPE && (inFile = ReadFromFile(source, page, tag)).type > BYTE_TYPE) {
-        type = inFile.type;
-        count = inFile.count;
-        bytes = inFile.bytes;
-    }
-    printf("    %5u  %-26s %-9s %6u  %s\n", tag, TagName(tag).c_str(), FieldTypeName(type).c_str(), count,
-           FormatValues(type, count, bytes).c_str());
-    return ALL_FINE;
-}
-
-} // namespace
-
-int PrintTags(Source& source, uint32_t page)
-{
-    HGLOBAL handle = nullptr;
-    uint32_t count = 0;
-    if (!GetTiffImageInfoBuffer(source.file.handle, page, 0, &handle, nullptr, &count)) {
-        return ReportError(PageName(source.path, page + 1), TiffError());
-    }
-    const OwnedBlock numbers(handle);
-    int result = ALL_FINE;
-    for (size_t i = 0; i < std::min<size_t>(count, numbers.size / 4); ++i) {
-        result = std::max(result, PrintTag(source, page, ElementAt<uint32_t>(numbers.bytes, i)));
-    }
-    return result;
-}
-
-namespace {
+constexpr uint32_t JPEG = 7;
 
 std::string DescribeResolution(HGLOBAL file, uint32_t page, const PageFacts& facts)
 {
@@ -202,7 +51,38 @@ std::string DescribePage(HGLOBAL file, const std::string& path, uint32_t page, c
     return reason.empty() ? line : line + "; not supported: " + reason;
 }
 
-int PrintPage(Source& source, uint32_t page, bool withTags)
+// The facts of a page, as the line of words has them.
+void WriteFacts(Json& json, HGLOBAL file, uint32_t page, const PageFacts& facts)
+{
+    const auto number = [&json](const char* name, uint32_t value) { json.Key(name).Number(value); };
+    number("width", facts.width);
+    number("length", facts.length);
+    number("bitsPerSample", facts.bitsPerSample);
+    number("samplesPerPixel", facts.samplesPerPixel);
+    number("compression", facts.compression);
+    json.Key("compressionName").Text(DescribeCompression(facts));
+    if (facts.hasPhotometric) {
+        number("photometric", facts.photometric);
+    }
+    if (facts.hasStrips) {
+        number("strips", GetTiffStripCount(file, page));
+        number("rowsPerStrip", GetTiffRowsPerStrip(file, page));
+    }
+    uint32_t dpi = 0;
+    if (facts.hasResolution && GetTiffImageDPI(file, page, &dpi) == 0) {
+        number("dpiAcross", dpi & 0xFFFF);
+        number("dpiDown", dpi >> 16);
+    }
+    number("fillOrder", facts.fillOrder);
+    number("orientation", facts.orientation);
+    number("newSubfileType", facts.newSubfileType);
+    if (const std::string reason = WhyNotSupported(facts); !reason.empty()) {
+        json.Key("notSupported").Text(reason);
+    }
+}
+
+// Prints a line of words, or writes an object when there is a text to write to.
+int ShowPage(Source& source, uint32_t page, bool withTags, Json* json)
 {
     const HGLOBAL file = source.file.handle;
     if (!GetTiffImage(file, page)) {
@@ -210,27 +90,55 @@ int PrintPage(Source& source, uint32_t page, bool withTags)
     }
     BITMAPINFOHEADER header = {};
     const uint32_t failure = GetTiffDimensions(file, page, &header);
-    printf("  page %u: %s%s\n", page + 1,
-           DescribePage(file, source.path, page, ReadPageFacts(file, page)).c_str(),
-           failure ? (" - " + DescribeError(failure)).c_str() : "");
-    const int result = withTags ? PrintTags(source, page) : ALL_FINE;
+    const PageFacts facts = ReadPageFacts(file, page);
+    int result = ALL_FINE;
+    if (json) {
+        json->Open('{').Key("page").Number(page + int64_t{1});
+        WriteFacts(*json, file, page, facts);
+        if (withTags) {
+            json->Key("tags");
+            result = WriteTags(*json, source, page);
+        }
+        json->Close('}');
+    } else {
+        printf("  page %u: %s%s\n", page + 1, DescribePage(file, source.path, page, facts).c_str(),
+               failure ? (" - " + DescribeError(failure)).c_str() : "");
+        result = withTags ? PrintTags(source, page) : ALL_FINE;
+    }
     DropTiffImage(file, page);
     return failure ? FAILED : result;
 }
 
-int PrintFile(const char* path, bool withTags)
+int ShowFile(const Input& input, bool withTags, Json* json)
 {
-    Source source(path);
+    Source source(input.path.c_str());
     if (!source.file.handle) {
-        return IsCals(path) ? PrintCals(path) : ReportOpenFailure(path, source.openError);
+        return !json && IsCals(input.path.c_str()) ? PrintCals(input.path.c_str())
+                                                   : ReportOpenFailure(input.path, source.openError);
     }
-    printf("%s: %s, %s\n", path, IsMotorola(source) ? "Motorola (MM)" : "Intel (II)",
-           Counted(source.pages, "page").c_str());
+    std::vector<uint32_t> pages;
+    if (!SelectPages(source, input.pages, pages)) {
+        return FAILED;
+    }
+    const std::string name = ShownName(input.path);
+    if (json) {
+        json->Open('{').Key("file").Text(name).Key("byteOrder").Text(IsMotorola(source) ? "MM" : "II");
+        json->Key("pageCount").Number(source.pages).Key("pages").Open('[');
+    } else {
+        printf("%s: %s, %s\n", name.c_str(), IsMotorola(source) ? "Motorola (MM)" : "Intel (II)",
+               Counted(source.pages, "page").c_str());
+    }
     int result = ALL_FINE;
-    for (uint32_t page = 0; page < source.pages; ++page) {
-        result = std::max(result, PrintPage(source, page, withTags));
+    for (const uint32_t page : pages) {
+        result = std::max(result, ShowPage(source, page - 1, withTags, json));
     }
-    if (!source.chainFault.empty()) {
+    if (json) {
+        json->Close(']');
+        if (!source.chainFault.empty()) {
+            json->Key("chainFault").Text(source.chainFault);
+        }
+        json->Close('}');
+    } else if (!source.chainFault.empty()) {
         printf("  %s\n", source.chainFault.c_str());
     }
     return std::max(result, ReportChain(source));
@@ -238,13 +146,21 @@ int PrintFile(const char* path, bool withTags)
 
 int RunInfo(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {}, {"--tags"});
-    if (!CheckOptions(infoCommand, options, 1, SIZE_MAX)) {
+    const Options options = ParseOptions(arguments, {"--pages", "--page"}, {"--tags", "--json"});
+    std::vector<Input> inputs;
+    if (!CheckOptions(infoCommand, options, 1, SIZE_MAX) ||
+        !ReadInputs(infoCommand, options, options.others, inputs)) {
         return WRONG_USAGE;
     }
+    Json json;
+    json.Open('[');
     int result = ALL_FINE;
-    for (const char* path : options.others) {
-        result = std::max(result, PrintFile(path, options.Has("--tags")));
+    for (const Input& input : inputs) {
+        result =
+            std::max(result, ShowFile(input, options.Has("--tags"), options.Has("--json") ? &json : nullptr));
+    }
+    if (options.Has("--json")) {
+        Print(json.Close(']'));
     }
     return result;
 }
@@ -253,13 +169,16 @@ int RunInfo(Arguments arguments)
 
 const Command infoCommand = {
     .name = "info",
-    .arguments = "[--tags] FILE...",
+    .arguments = "[--tags] [--json] [--pages LIST] FILE...",
     .summary = "Describes files and their pages.",
-    .details = "  --tags  lists every tag of a page: number, name, type, count, first values\n"
+    .details = "  --tags        lists every tag of a page: number, name, type, count, first values\n"
+               "  --json        writes all of it for programs, tags with all values\n"
+               "  --pages LIST  such as 1,3-5,last; without it all pages\n"
                "\n"
                "A page that the library cannot decode says so at the end of its line. The exit code\n"
                "is 1 when a file or page cannot be read or described, or the chain of pages is broken.\n"
                "FILE may be a CALS file too.\n",
+    .example = "tifftool info --tags fax.tif:1",
     .run = RunInfo,
 };
 

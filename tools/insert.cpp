@@ -91,8 +91,13 @@ int RunInsert(Arguments arguments)
         .dryRun = options.Has("--dry-run"),
     };
     const uint32_t from = PageOption(insertCommand, options, "--from", "1");
-    if (order.page == 0 || order.selector == 0 || order.fillOrder == 0 || from == 0) {
+    Input input;
+    if (order.page == 0 || order.selector == 0 || order.fillOrder == 0 || from == 0 ||
+        !ReadOnePage(insertCommand, {}, options.others[1], input)) {
         return WRONG_USAGE;
+    }
+    if (options.Has("--from")) {
+        input.pages = {{from, from}};
     }
     uint32_t pages = 0;
     if (!CountTargetPages(order, pages)) {
@@ -102,8 +107,8 @@ int RunInsert(Arguments arguments)
         return ReportSentence(order.target, "has no page " + std::to_string(order.page) +
                                                 " to replace, only " + Counted(pages, "page"));
     }
-    return WithPicture(options.others[1], from, Damage::Refused,
-                       [&](const Picture& picture) { return Insert(order, pages, picture); });
+    return ForEachPicture(input, Damage::Refused,
+                          [&](const Picture& picture) { return Insert(order, pages, picture); });
 }
 
 } // namespace
@@ -122,6 +127,7 @@ const Command insertCommand = {
                "  --dry-run           says what would be done\n"
                "\n"
                "Beyond the last page the picture is appended.\n",
+    .example = "tifftool insert fax.tif cover.bmp --page 1 --compression g4",
     .run = RunInsert,
 };
 

@@ -48,20 +48,19 @@ int WrapPicture(const char* output, Wrapping wrapping, const Picture& picture)
 
 int Wrap(const Command& command, Wrapping wrapping, const Options& options)
 {
-    const uint32_t page = PageOption(command, options, "--page", "1");
-    const char* const input = options.others[1];
     const char* const output = options.others[2];
-    if (page == 0) {
+    Input input;
+    if (!ReadOnePage(command, options, options.others[1], input)) {
         return WRONG_USAGE;
     }
     if (!CheckOutput(output)) {
         return FAILED;
     }
-    if (IsSameFile(input, output)) {
+    if (IsSameFile(input.path, output)) {
         return ReportSentence(output, "the picture would take the place of the file that it is in");
     }
-    return WithPicture(input, page, Damage::Refused,
-                       [&](const Picture& picture) { return WrapPicture(output, wrapping, picture); });
+    return ForEachPicture(input, Damage::Refused,
+                          [&](const Picture& picture) { return WrapPicture(output, wrapping, picture); });
 }
 
 intptr_t IgnoreLine(void*, uint32_t, void*)
@@ -149,6 +148,7 @@ const Command iocaCommand = {
         "\n"
         "A damaged page is not wrapped. A damaged picture is unwrapped as far as it goes, with a\n"
         "warning and exit code 1. The output changes when the result is whole.\n",
+    .example = "tifftool ioca wrap fax.tif fax.ica --page 2",
     .run = RunIoca,
 };
 
@@ -163,6 +163,7 @@ const Command modcaCommand = {
         "  unwrap    writes the first picture of a document as the only page of OUT.tif\n"
         "\n"
         "Damage and output are treated as by ioca.\n",
+    .example = "tifftool modca wrap fax.tif fax.afp",
     .run = RunModca,
 };
 

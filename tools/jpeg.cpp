@@ -5,6 +5,7 @@
 
 #include "chain.h"
 #include "describe.h"
+#include "extension.h"
 #include "options.h"
 #include "pages.h"
 #include "source.h"
@@ -152,19 +153,20 @@ uint32_t TurnLeft(uint32_t orientation)
     return orientation == 4 ? 1 : orientation;
 }
 
-int WriteJpeg(const Options& options, uint32_t page)
+int WriteJpeg(const Input& input, const char* output)
 {
-    const char* const input = options.others[0];
-    const char* const output = options.others[1];
     uint32_t orientation = 1;
     Bytes moved;
-    if (const Source source(input); source.file.handle && page <= source.pages) {
+    std::vector<uint32_t> pages;
+    if (const Source source(input.path.c_str());
+        source.file.handle && ListPages(input.pages, source.pages, pages) == 0) {
         const HGLOBAL file = source.file.handle;
+        const uint32_t page = pages[0];
         if (GetTiffImage(file, page - 1)) {
             const PageFacts facts = ReadPageFacts(file, page - 1);
             orientation = facts.orientation;
             const JpegStream stream =
-                facts.compression == 7 ? ReadJpeg(FirstStream(file, input, page - 1)) : JpegStream{};
+                facts.compression == 7 ? ReadJpeg(FirstStream(file, input.path, page - 1)) : JpegStream{};
             uint32_t dots = 0;
             if (CanBeMoved(file, page - 1, facts, stream) && GetTiffImageDPI(file, page - 1, &dots) == 0) {
                 moved = JfifOf(stream, Heads(facts.hasResolution ? dots : 0, orientation));
@@ -176,7 +178,7 @@ int WriteJpeg(const Options& options, uint32_t page)
             return WriteBytes(unfinished, moved) ? int{ALL_FINE}
                                                  : ReportSentence(output, "cannot be written");
         }
-        return WithPicture(input, page, Damage::Refused, [&](const Picture& picture) {
+        return ForEachPicture(input, Damage::Refused, [&](const Picture& picture) {
             return CodeAnew(picture, unfinished, output, TurnLeft(orientation));
         });
     });
@@ -188,17 +190,19 @@ int RunToJpeg(Arguments arguments)
     if (!CheckOptions(tojpegCommand, options, 2, 2)) {
         return WRONG_USAGE;
     }
-    const uint32_t page = PageOption(tojpegCommand, options, "--page", "1");
+    Input input;
     const uint32_t quality = NumberOption(tojpegCommand, options, "--quality", 100, "75");
-    if (page == 0 || quality == 0) {
+    if (quality == 0 || !ReadOnePage(tojpegCommand, options, options.others[0], input)) {
         return WRONG_USAGE;
     }
     SetTiffJpegQuality(quality);
-    if (IsSameFile(options.others[0], options.others[1])) {
+    if (IsSameFile(input.path, options.others[1])) {
         return ReportSentence(options.others[1],
                               "the picture would take the place of the file that it is in");
     }
-    return CheckOutput(options.others[1]) ? WriteJpeg(options, page) : FAILED;
+    return SuitsContent(options.others[1], ".jpg") && CheckOutput(options.others[1])
+               ? WriteJpeg(input, options.others[1])
+               : FAILED;
 }
 
 // A TIFF of one page around a stream, Intel byte order.
@@ -362,6 +366,7 @@ const Command tojpegCommand = {
                "  --quality Q  1 to 100, for pages that must be coded; 75 by default\n"
                "\n"
                "A JPEG page of one strip, grey or YCbCr, is moved without coding it again.\n",
+    .example = "tifftool tojpeg album.tif photo.jpg --page 2",
     .run = RunToJpeg,
 };
 
@@ -372,6 +377,7 @@ const Command fromjpegCommand = {
     .details = "  --append  adds the page to OUT.tif instead of replacing it\n"
                "\n"
                "Resolution and orientation come from the file's markers. Its other notes are left out.\n",
+    .example = "tifftool fromjpeg photo.jpg album.tif --append",
     .run = RunFromJpeg,
 };
 

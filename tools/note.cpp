@@ -288,6 +288,7 @@ const Command noteCommand = {
                "  --dry-run      says what would be deleted\n"
                "\n"
                "Notes lie over the page and leave its picture as it is; render --notes draws them.\n",
+    .example = "tifftool note add fax.tif --box 100,50,900,200 --kind framed \"Call back\"",
     .run = RunNote,
 };
 

@@ -36,7 +36,7 @@ bool IsAmong(std::string_view name, std::initializer_list<const char*> names)
 bool IsOption(std::string_view argument)
 {
     return argument.size() > 1 && argument[0] == '-' &&
-           std::string_view("0123456789.").find(argument[1]) == std::string_view::npos;
+           std::string_view("0123456789.:").find(argument[1]) == std::string_view::npos;
 }
 
 std::string Quoted(const char* text)

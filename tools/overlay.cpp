@@ -162,6 +162,7 @@ const Command overlayCommand = {
         "\n"
         "The other pages keep their bytes, and the pages drawn upon their compression and tags. All\n"
         "pages are written, or nothing is.\n",
+    .example = "tifftool overlay fax.tif \"Received\" --at 120,10",
     .run = RunOverlay,
 };
 
@@ -179,6 +180,7 @@ const Command stampCommand = {
         "\n"
         "The other pages keep their bytes, and the stamped ones their compression and tags. All pages\n"
         "are written, or nothing is. Pages with notes take --over only.\n",
+    .example = "tifftool stamp fax.tif --from \"Records office\" --pages 2-last",
     .run = RunStamp,
 };
 

@@ -5,7 +5,9 @@
 #include "describe.h"
 #include "jpeg_stream.h"
 #include "progress.h"
+#include "raster_files.h"
 #include "source.h"
+#include "unfinished.h"
 
 #include <algorithm>
 
@@ -25,7 +27,8 @@ std::string WhyNotWhole(const Source& source, uint32_t page, uint32_t error)
 }
 
 // A picture that was decoded in part is not passed on as a whole one.
-int HandlePage(const Source& source, uint32_t page, Damage damage, const PictureHandler& handle)
+int HandlePage(const Source& source, uint32_t page, uint32_t count, Damage damage,
+               const PictureHandler& handle)
 {
     const std::string where = PageName(source.path, page);
     const HGLOBAL loaded = LoadTiffChainIntoDIB(source.file.handle, page - 1);
@@ -33,72 +36,94 @@ int HandlePage(const Source& source, uint32_t page, Damage damage, const Picture
     const std::string why = WhyNotWhole(source, page - 1, error);
     DropTiffImage(source.file.handle, page - 1);
     const OwnedBlock dib(loaded);
-    return loaded && (error == 0 || damage == Damage::Tolerated)
-               ? handle({dib, where, page, source.pages, error})
-               : ReportSentence(where, why);
+    return loaded && (error == 0 || damage == Damage::Tolerated) ? handle({dib, where, page, count, error})
+                                                                 : ReportSentence(where, why);
 }
 
-// Handles one page, or all when `only` is 0.
-int HandlePages(const char* path, uint32_t only, Damage damage, const PictureHandler& handle)
+// A picture by itself is page 1 of its file.
+int OpenSingle(const Input& input, const char* kind, HGLOBAL picture, PictureFile& file)
 {
-    const Source source(path);
-    if (!HasPages(source) || !HasPage(source, only)) {
-        return FAILED;
-    }
-    if (damage == Damage::Refused && ReportChain(source) != ALL_FINE) {
-        return FAILED;
-    }
-    if (only != 0) {
-        return HandlePage(source, only, damage, handle);
-    }
-    int result = ALL_FINE;
-    for (uint32_t page = 1; page <= source.pages; ++page) {
-        result = std::max(result, HandlePage(source, page, damage, handle));
-        if (damage == Damage::Refused && result != ALL_FINE) {
-            return result;
-        }
-        DrawProgress(source.pages, page, 0);
-    }
-    return std::max(result, ReportChain(source));
+    file.single = std::make_unique<const OwnedBlock>(picture);
+    return ListPages(input.pages, 1, file.pages) == 0
+               ? int{ALL_FINE}
+               : ReportSentence(input.path, std::string("is a ") + kind + ", which has one page only");
 }
 
-// A CALS file is one page.
-int HandleCals(const char* path, Damage damage, const PictureHandler& handle)
+// With tolerated damage the pages before a fault in the chain are handled.
+int OpenTiff(const Input& input, Damage damage, PictureFile& file)
 {
-    const OwnedBlock dib(LoadCALSIntoDIB(path, 0));
-    const uint32_t error = TiffError();
-    return dib.bytes && (error == 0 || damage == Damage::Tolerated) ? handle({dib, path, 1, 1, error})
-                                                                    : ReportCals(path, error);
-}
-
-int HandlePictures(const char* path, uint32_t only, Damage damage, const PictureHandler& handle)
-{
-    HGLOBAL block = nullptr;
-    if (const std::string failure = ReadBmp(path, block); !failure.empty()) {
-        return ReportSentence(path, failure);
-    }
-    const OwnedBlock dib(block);
-    const bool isCals = !block && IsCals(path);
-    if (!block && !isCals) {
-        return HandlePages(path, only, damage, handle);
-    }
-    if (only > 1) {
-        return ReportSentence(path, isCals ? "is a CALS file, which has one page only"
-                                           : "is a BMP picture, which has one page only");
-    }
-    return isCals ? HandleCals(path, damage, handle) : handle({dib, path, 1, 1, 0});
+    file.source = std::make_unique<const Source>(input.path.c_str());
+    return HasPages(*file.source) && SelectPages(*file.source, input.pages, file.pages) &&
+                   (damage == Damage::Tolerated || ReportChain(*file.source) == ALL_FINE)
+               ? ALL_FINE
+               : FAILED;
 }
 
 } // namespace
 
-int ForEachPicture(const char* path, Damage damage, const PictureHandler& handle)
+int OpenPictures(const Input& input, Damage damage, PictureFile& file)
 {
-    return HandlePictures(path, 0, damage, handle);
+    file.path = input.path;
+    HGLOBAL picture = nullptr;
+    if (const std::string failure = ReadBmp(input.path.c_str(), picture); !failure.empty()) {
+        return ReportSentence(input.path, failure);
+    }
+    if (picture) {
+        return OpenSingle(input, "BMP picture", picture, file);
+    }
+    if (const std::string failure = ReadRasterFile(input.path, picture); !failure.empty()) {
+        return ReportSentence(input.path, failure);
+    }
+    if (picture) {
+        return OpenSingle(input, "single picture", picture, file);
+    }
+    if (!IsCals(input.path.c_str())) {
+        return OpenTiff(input, damage, file);
+    }
+    picture = LoadCALSIntoDIB(input.path.c_str(), 0);
+    file.error = TiffError();
+    const int result = OpenSingle(input, "CALS file", picture, file);
+    return picture && (file.error == 0 || damage == Damage::Tolerated) ? result
+                                                                       : ReportCals(input.path, file.error);
 }
 
-int WithPicture(const char* path, uint32_t page, Damage damage, const PictureHandler& handle)
+int HandlePicture(PictureFile& file, size_t index, Damage damage, const PictureHandler& handle)
 {
-    return HandlePictures(path, page, damage, handle);
+    const auto count = static_cast<uint32_t>(file.pages.size());
+    if (file.source) {
+        return HandlePage(*file.source, file.pages[index], count, damage, handle);
+    }
+    return handle({*file.single, file.path, 1, count, file.error});
+}
+
+int ForEachPicture(const Input& input, Damage damage, const PictureHandler& handle)
+{
+    PictureFile file;
+    int result = OpenPictures(input, damage, file);
+    if (result != ALL_FINE) {
+        return result;
+    }
+    const auto count = static_cast<uint32_t>(file.pages.size());
+    for (uint32_t index = 0; index < count; ++index) {
+        result = std::max(result, HandlePicture(file, index, damage, handle));
+        if (IsInterrupted() || (damage == Damage::Refused && result != ALL_FINE)) {
+            return std::max<int>(result, FAILED);
+        }
+        DrawProgress(count, index + 1, 0);
+    }
+    return file.source ? std::max(result, ReportChain(*file.source)) : result;
+}
+
+int ForEachPicture(std::span<const Input> inputs, Damage damage, const PictureHandler& handle)
+{
+    int result = ALL_FINE;
+    for (const Input& input : inputs) {
+        result = std::max(result, ForEachPicture(input, damage, handle));
+        if (damage == Damage::Refused && result != ALL_FINE) {
+            break;
+        }
+    }
+    return result;
 }
 
 int CheckDepth(const Picture& picture, uint32_t selector)

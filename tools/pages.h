@@ -2,9 +2,11 @@
 #ifndef TOOLS_PAGES_H
 #define TOOLS_PAGES_H
 
-#include "commands.h"
+#include "inputs.h"
+#include "source.h"
 
 #include <functional>
+#include <memory>
 
 namespace tifftool {
 
@@ -19,7 +21,7 @@ struct Picture {
     const OwnedBlock& dib;
     std::string where; // for messages
     uint32_t page;     // counted from 1; of a BMP or a CALS file 1
-    uint32_t pages;    // number of pages in its file
+    uint32_t pages;    // number of pictures that its file gives
     uint32_t error;    // 0, or why it is not whole
 };
 
@@ -31,11 +33,24 @@ enum class Damage {
     Tolerated // the decoded part of each page
 };
 
-// Hands over a BMP picture, a CALS file's or every page of a TIFF file.
-int ForEachPicture(const char* path, Damage damage, const PictureHandler& handle);
+// A file whose pictures are handed over one by one.
+struct PictureFile {
+    std::string path;
+    std::unique_ptr<const Source> source;     // null for a file that is one picture
+    std::unique_ptr<const OwnedBlock> single; // that one
+    uint32_t error = 0;                       // why it is not whole
+    std::vector<uint32_t> pages;              // the selected ones
+};
 
-// Hands over one page, counted from 1, or a BMP picture or a CALS file's.
-int WithPicture(const char* path, uint32_t page, Damage damage, const PictureHandler& handle);
+// Opens a BMP picture, a CALS file or a TIFF file, and selects its pages. Returns an exit code.
+int OpenPictures(const Input& input, Damage damage, PictureFile& file);
+
+// Hands over one of the selected pictures.
+int HandlePicture(PictureFile& file, size_t index, Damage damage, const PictureHandler& handle);
+
+// Hands over all of them.
+int ForEachPicture(const Input& input, Damage damage, const PictureHandler& handle);
+int ForEachPicture(std::span<const Input> inputs, Damage damage, const PictureHandler& handle);
 
 // Reports a depth that does not suit a compression: the library would read samples as bits.
 int CheckDepth(const Picture& picture, uint32_t selector);

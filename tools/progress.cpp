@@ -2,11 +2,22 @@
 
 #include "tiff/base.h"
 
+#include "unfinished.h"
+
 #include <cstdio>
+
+#include <io.h>
 
 namespace tifftool {
 
 namespace {
+
+// Another program gets the messages alone.
+bool IsTerminal()
+{
+    static const bool terminal = _isatty(_fileno(stderr)) != 0;
+    return terminal;
+}
 
 bool lineIsOpen = false; // the current line of the standard error holds a bar or a clock
 
@@ -32,7 +43,10 @@ DWORD WINAPI ShowClock(void* parameter)
 int32_t DrawProgress(uint32_t total, uint32_t done, uint64_t)
 {
     static constexpr uint32_t LONG_WORK = 20, WIDTH = 40;
-    if (total < LONG_WORK) {
+    if (IsInterrupted()) {
+        return 0;
+    }
+    if (total < LONG_WORK || !IsTerminal()) {
         return 1;
     }
     // Drawing takes longer than most steps, so only visible changes are drawn.
@@ -62,8 +76,11 @@ int32_t WithClock(const std::string& what, const std::function<int32_t()>& work)
 {
     Clock clock = {CreateEventA(nullptr, TRUE, FALSE, nullptr), what};
     const HANDLE thread =
-        clock.workIsDone ? CreateThread(nullptr, 0, ShowClock, &clock, 0, nullptr) : nullptr;
-    const int32_t result = work();
+        clock.workIsDone && IsTerminal() ? CreateThread(nullptr, 0, ShowClock, &clock, 0, nullptr) : nullptr;
+    const int32_t result = [&work] {
+        const Uninterrupted whole;
+        return work();
+    }();
     if (thread) {
         SetEvent(clock.workIsDone);
         WaitForSingleObject(thread, INFINITE);

@@ -8,8 +8,8 @@
 
 namespace tifftool {
 
-// Draws a bar on the standard error with each step, none for work of few steps. Serves as the library's
-// progress callback and never stops the work.
+// Draws a bar on the standard error with each step: none for work of few steps, and none unless that is a
+// terminal. Serves as the library's progress callback, and stops its work when the user wants to.
 int32_t DrawProgress(uint32_t total, uint32_t done, uint64_t user);
 
 // Ends the line of a bar, so that another line can be printed.

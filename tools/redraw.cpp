@@ -4,12 +4,12 @@
 #include "describe.h"
 #include "progress.h"
 #include "source.h"
+#include "standard_streams.h"
 #include "whole_file.h"
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <string_view>
 
 namespace tifftool {
 
@@ -19,8 +19,9 @@ constexpr uint32_t MOTOROLA_FILE = 35;
 constexpr uint32_t LAST_KEPT_TYPE = 7; // the library holds values of larger types in part
 
 // Tags of the picture's code, which is new, and DateTime. 0 is the list of all.
-constexpr uint32_t codeTags[] = {256, 257, 258, 259, 262, 266, 273, 274, 277, 278, 279, 284, 292, 293,
-                                 306, 317, 320, 322, 323, 324, 325, 326, 327, 328, 338, 339, 340, 341};
+constexpr uint32_t codeTags[] = {256, 257, 258, 259, 262, 266, 273, 274, 277, 278, 279,
+                                 284, 292, 293, 306, 317, 320, 322, 323, 324, 325, 326,
+                                 327, 328, 338, 339, 340, 341, 347, 529, 530, 531, 532};
 
 // Offsets of further directories, whose content a new page would not have.
 constexpr uint32_t directoryTags[] = {330, 34665, 34853, 40965};
@@ -91,24 +92,6 @@ std::string WhyNot(Source& source, uint32_t page, const PageFacts& facts)
     return "";
 }
 
-// Gives the new page the old one's other tags.
-bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to)
-{
-    for (const uint32_t tag : TagsOf(from, page)) {
-        HGLOBAL values = nullptr;
-        uint32_t type = 0, count = 0;
-        if (IsAmong(tag, codeTags)) {
-            continue;
-        }
-        const bool found = GetTiffImageInfoBuffer(from, page, tag, &values, &type, &count);
-        const OwnedBlock block(values);
-        if (!found || !DefineTiffImageInfoBuffer(to, 0, tag, block.bytes, type, count)) {
-            return false;
-        }
-    }
-    return true;
-}
-
 LONG HeightOf(const OwnedBlock& dib)
 {
     return reinterpret_cast<const BITMAPINFOHEADER*>(dib.bytes)->biHeight;
@@ -148,11 +131,11 @@ int RedrawPage(Source& source, uint32_t page, HGLOBAL output, const DrawPage& dr
     return done ? int{ALL_FINE} : ReportError(where, error);
 }
 
-int WritePages(Source& source, const RedrawOrder& order, HGLOBAL output, const DrawPage& draw)
+int WritePages(Source& source, const std::vector<bool>& drawn, HGLOBAL output, const DrawPage& draw)
 {
     for (uint32_t page = 1; page <= source.pages; ++page) {
         int result = ALL_FINE;
-        if (order.pages.empty() || (page < order.pages.size() && order.pages[page])) {
+        if (drawn[page]) {
             result = RedrawPage(source, page, output, draw);
         } else if (!CopyTiffImage(source.file.handle, page - 1, output)) {
             result = ReportError(PageName(source.path, page), TiffError());
@@ -160,56 +143,62 @@ int WritePages(Source& source, const RedrawOrder& order, HGLOBAL output, const D
         if (result != ALL_FINE) {
             return result;
         }
-        DrawProgress(source.pages, page, 0);
+        if (!DrawProgress(source.pages, page, 0)) {
+            return FAILED;
+        }
     }
     return ALL_FINE;
 }
 
-// "2", "1,4-6": marks the pages.
-bool ParsePages(std::string_view text, std::vector<bool>& pages)
+} // namespace
+
+bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to)
 {
-    while (!text.empty()) {
-        const std::string part(text.substr(0, text.find(',')));
-        text.remove_prefix(std::min(text.size(), part.size() + 1));
-        const size_t dash = part.find('-');
-        int64_t first = 0, last = 0;
-        if (!ParseNumber(part.substr(0, dash).c_str(), 1, TIFF_MAX_PAGES, first) ||
-            !ParseNumber(part.substr(dash == std::string::npos ? 0 : dash + 1).c_str(), first, TIFF_MAX_PAGES,
-                         last)) {
+    for (const uint32_t tag : TagsOf(from, page)) {
+        HGLOBAL values = nullptr;
+        uint32_t type = 0, count = 0;
+        if (IsAmong(tag, codeTags)) {
+            continue;
+        }
+        const bool found = GetTiffImageInfoBuffer(from, page, tag, &values, &type, &count);
+        const OwnedBlock block(values);
+        if (!found || !DefineTiffImageInfoBuffer(to, 0, tag, block.bytes, type, count)) {
             return false;
         }
-        pages.resize(std::max(pages.size(), static_cast<size_t>(last) + 1));
-        std::fill(pages.begin() + first, pages.begin() + last + 1, true);
     }
-    return !pages.empty();
+    return true;
 }
-
-} // namespace
 
 bool ReadRedrawOrder(const Command& command, const Options& options, RedrawOrder& order)
 {
-    order.input = options.others[0];
-    order.output = options.Value("-o", order.input);
-    if (options.Has("--pages") && !ParsePages(options.Value("--pages", ""), order.pages)) {
-        UsageError(command, "--pages takes numbers and ranges such as 1,4-6");
+    Input input;
+    if (!ReadInput(command, options, options.others[0], input)) {
         return false;
     }
+    order.input = input.path;
+    order.selection = input.pages;
+    order.output = options.Value(
+        "-o", options.others[0] == std::string(STANDARD_STREAM) ? STANDARD_STREAM : order.input.c_str());
     return true;
 }
 
 int Redraw(const RedrawOrder& order, const DrawPage& draw)
 {
-    Source source(order.input);
-    if (!IsWhole(source) ||
-        !HasPage(source, static_cast<uint32_t>(std::max<size_t>(order.pages.size(), 1) - 1))) {
+    Source source(order.input.c_str());
+    std::vector<uint32_t> pages;
+    if (!IsWhole(source) || !SelectPages(source, order.selection, pages)) {
         return FAILED;
     }
     if (IsMotorola(source)) {
         return ReportError(source.path, MOTOROLA_FILE);
     }
+    std::vector<bool> drawn(source.pages + size_t{1});
+    for (const uint32_t page : pages) {
+        drawn[page] = true;
+    }
     return WriteWhole(order.output, false, [&](const char* unfinished) {
         const OpenFile output(OpenTiffFile(unfinished, T_CREAT));
-        return output.handle ? WritePages(source, order, output.handle, draw)
+        return output.handle ? WritePages(source, drawn, output.handle, draw)
                              : ReportError(order.output, TiffError());
     });
 }

@@ -2,16 +2,15 @@
 #ifndef TOOLS_REDRAW_H
 #define TOOLS_REDRAW_H
 
-#include "options.h"
+#include "inputs.h"
 
 #include <functional>
 
 namespace tifftool {
 
 struct RedrawOrder {
-    const char* input;
-    std::string output;
-    std::vector<bool> pages; // those to draw upon; empty for all
+    std::string input, output;
+    PageSelection selection; // the pages to draw upon
 };
 
 struct DrawnPage {
@@ -28,6 +27,9 @@ bool ReadRedrawOrder(const Command& command, const Options& options, RedrawOrder
 // Writes the file, whole or not at all. Drawn pages keep their compression and their other tags. Pages that
 // would lose something are refused. Returns an exit code.
 int Redraw(const RedrawOrder& order, const DrawPage& draw);
+
+// Gives page 0 of a file, which is loaded, the tags of another page that do not belong to its code.
+bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to);
 
 // A packed DIB's parts, for writing.
 struct DibParts {

@@ -1,5 +1,6 @@
 /* tifftool crop and tifftool scale: parts of pages, and pages in other sizes, as a new file. */
 #include "bmp.h"
+#include "extension.h"
 #include "options.h"
 #include "page_target.h"
 #include "pages.h"
@@ -53,17 +54,19 @@ int SavePicture(PageTarget& target, const Picture& picture, const Change& change
 int ChangePages(const Command& command, const Options& options, const Change& change)
 {
     const uint32_t selector = options.Has("--compression") ? CompressionOption(command, options) : 0;
-    const uint32_t page = options.Has("--page") ? PageOption(command, options, "--page") : 0;
-    if ((options.Has("--compression") && selector == 0) || (options.Has("--page") && page == 0)) {
+    if (options.Has("--compression") && selector == 0) {
         return WRONG_USAGE;
     }
-    return WriteWhole(options.others[1], false, [&](const char* unfinished) {
-        PageTarget target = {options.others[1], unfinished};
-        const auto save = [&](const Picture& picture) {
+    const char* const output = options.others.back();
+    std::vector<Input> inputs;
+    if (!SuitsContent(output, ".tif") || !ReadInputsBefore(command, options, output, inputs)) {
+        return FAILED;
+    }
+    return WriteWhole(output, false, [&](const char* unfinished) {
+        PageTarget target = {output, unfinished};
+        return ForEachPicture(inputs, Damage::Refused, [&](const Picture& picture) {
             return SavePicture(target, picture, change, selector);
-        };
-        return page ? WithPicture(options.others[0], page, Damage::Refused, save)
-                    : ForEachPicture(options.others[0], Damage::Refused, save);
+        });
     });
 }
 
@@ -86,8 +89,9 @@ bool ParseBox(const std::string& text, int32_t (&box)[4])
 
 int RunCrop(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--box", "--compression", "--page"}, {});
-    if (!CheckOptions(cropCommand, options, 2, 2)) {
+    const Options options =
+        ParseOptions(arguments, {"--box", "--compression", "--pages", "--page"}, {"--force"});
+    if (!CheckOptions(cropCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
     int32_t box[4];
@@ -117,9 +121,10 @@ Size ScaledSize(Size page, uint32_t width, uint32_t height, uint32_t percent)
 
 int RunScale(Arguments arguments)
 {
-    const Options options = ParseOptions(
-        arguments, {"--width", "--height", "--percent", "--compression", "--page"}, {"--smooth"});
-    if (!CheckOptions(scaleCommand, options, 2, 2)) {
+    const Options options =
+        ParseOptions(arguments, {"--width", "--height", "--percent", "--compression", "--pages", "--page"},
+                     {"--smooth", "--force"});
+    if (!CheckOptions(scaleCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
     const bool percent = options.Has("--percent"), sides = options.Has("--width") || options.Has("--height");
@@ -144,19 +149,20 @@ int RunScale(Arguments arguments)
 
 const Command cropCommand = {
     .name = "crop",
-    .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --box LEFT,TOP,WIDTH,HEIGHT [OPTION...]",
+    .arguments = "IN... OUT.tif --box LEFT,TOP,WIDTH,HEIGHT [OPTION...]",
     .summary = "Saves a part of pages as a new file.",
     .details = "  --box LEFT,TOP,WIDTH,HEIGHT  the part, in pixels from the upper left\n"
                "  --page N                     that page alone, counted from 1\n"
                "  --compression NAME           of all pages; without it g4 for black and white, else lzw\n"
                "\n"
                "The part must lie inside every page. OUT.tif changes when the result is whole.\n",
+    .example = "tifftool crop scan.tif head.tif --box 0,0,1728,300",
     .run = RunCrop,
 };
 
 const Command scaleCommand = {
     .name = "scale",
-    .arguments = "IN.tif|IN.cal|IN.bmp OUT.tif --width N|--height N|--percent N [OPTION...]",
+    .arguments = "IN... OUT.tif --width N|--height N|--percent N [OPTION...]",
     .summary = "Saves pages in another size as a new file.",
     .details = "  --width N, --height N  pixels; a side that is not given keeps the page's proportions\n"
                "  --percent N            of both sides\n"
@@ -166,6 +172,7 @@ const Command scaleCommand = {
                "\n"
                "Pages stay as large on paper: the resolution changes with the size. OUT.tif changes when\n"
                "the result is whole.\n",
+    .example = "tifftool scale scan.tif small.tif --percent 25 --smooth",
     .run = RunScale,
 };
 

@@ -72,6 +72,12 @@ bool HasPage(const Source& source, uint32_t page)
     return false;
 }
 
+bool SelectPages(const Source& source, const PageSelection& selection, std::vector<uint32_t>& pages)
+{
+    const uint32_t missing = ListPages(selection, source.pages, pages);
+    return missing == 0 || HasPage(source, missing);
+}
+
 bool IsWholeWith(const Source& source, uint32_t page)
 {
     return IsWhole(source) && HasPage(source, page);

@@ -2,7 +2,7 @@
 #ifndef TOOLS_SOURCE_H
 #define TOOLS_SOURCE_H
 
-#include "commands.h"
+#include "inputs.h"
 
 #include <vector>
 
@@ -35,6 +35,9 @@ bool IsWholeWith(const Source& source, uint32_t page);
 
 // False, with a message that gives the number of pages, for a page beyond the last.
 bool HasPage(const Source& source, uint32_t page);
+
+// Lists the pages of a selection; false, with a message, when one does not exist.
+bool SelectPages(const Source& source, const PageSelection& selection, std::vector<uint32_t>& pages);
 
 // Reports the fault of the chain after the pages were handled; returns an exit code.
 int ReportChain(const Source& source);

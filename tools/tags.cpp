@@ -4,6 +4,8 @@
 #include "options.h"
 #include "progress.h"
 #include "source.h"
+#include "standard_streams.h"
+#include "tag_text.h"
 #include "tag_values.h"
 #include "whole_file.h"
 
@@ -48,16 +50,46 @@ std::string Described(uint32_t tag)
     return "tag " + number + (name == "tag " + number ? "" : " (" + name + ")");
 }
 
-int List(const char* path, uint32_t page)
+int ListPage(Source& source, uint32_t page, Json* json)
 {
-    Source source(path);
-    if (!HasPages(source) || !HasPage(source, page)) {
-        return FAILED;
+    if (!GetTiffImage(source.file.handle, page - 1)) {
+        return ReportError(PageName(source.path, page), TiffError());
     }
-    const int result = GetTiffImage(source.file.handle, page - 1)
-                           ? PrintTags(source, page - 1)
-                           : ReportError(PageName(path, page), TiffError());
-    return std::max(result, ReportChain(source));
+    if (!json) {
+        return PrintTags(source, page - 1);
+    }
+    json->Open('{').Key("file").Text(ShownName(source.path)).Key("page").Number(page).Key("tags");
+    const int result = WriteTags(*json, source, page - 1);
+    json->Close('}');
+    return result;
+}
+
+int List(const Options& options)
+{
+    std::vector<Input> inputs;
+    if (!ReadInputs(tagCommand, options, std::span(options.others).subspan(1), inputs)) {
+        return WRONG_USAGE;
+    }
+    Json json;
+    json.Open('[');
+    int result = ALL_FINE;
+    for (Input& input : inputs) {
+        const PageSelection first = {{1, 1}};
+        Source source(input.path.c_str());
+        std::vector<uint32_t> pages;
+        if (!HasPages(source) || !SelectPages(source, input.pages.empty() ? first : input.pages, pages)) {
+            result = FAILED;
+            continue;
+        }
+        for (const uint32_t page : pages) {
+            result = std::max(result, ListPage(source, page, options.Has("--json") ? &json : nullptr));
+        }
+        result = std::max(result, ReportChain(source));
+    }
+    if (options.Has("--json")) {
+        Print(json.Close(']'));
+    }
+    return result;
 }
 
 // Edits a copy, so that the file keeps its tags until the new ones are right.
@@ -144,30 +176,32 @@ int Delete(const TagOrder& order)
 
 int RunTag(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--page"}, {"--dry-run"});
+    const Options options = ParseOptions(arguments, {"--pages", "--page"}, {"--dry-run", "--json"});
     if (!CheckOptions(tagCommand, options, 2, ANY_NUMBER)) {
         return WRONG_USAGE;
     }
     const std::span others(options.others);
     const std::string verb = others[0];
+    if (verb == "list") {
+        return List(options);
+    }
+    if (options.Has("--pages") || options.Has("--json")) {
+        return UsageError(tagCommand, "--pages and --json go with list only");
+    }
     TagOrder order = {others[1], PageOption(tagCommand, options, "--page", "1"), 0, options.Has("--dry-run")};
     if (order.page == 0) {
         return WRONG_USAGE;
     }
-    if (verb != "list" && verb != "add" && verb != "delete") {
+    if (verb != "add" && verb != "delete") {
         return UsageError(tagCommand, "unknown verb \"" + verb + "\"; there are list, add, delete");
     }
     if (order.dryRun && verb != "delete") {
         return UsageError(tagCommand, "--dry-run goes with delete only");
     }
-    const size_t wanted = verb == "list" ? 2 : verb == "delete" ? 3 : 5;
+    const size_t wanted = verb == "delete" ? 3 : 5;
     if (others.size() < wanted || (others.size() > wanted && verb != "add")) {
-        return UsageError(tagCommand, verb == "list"     ? "list takes a file"
-                                      : verb == "delete" ? "delete takes a file and a tag"
-                                                         : "add takes a file, a tag, a type and values");
-    }
-    if (verb == "list") {
-        return List(order.path, order.page);
+        return UsageError(tagCommand, verb == "delete" ? "delete takes a file and a tag"
+                                                       : "add takes a file, a tag, a type and values");
     }
     order.tag = FindTag(others[2]);
     if (order.tag == 0) {
@@ -188,16 +222,19 @@ int RunTag(Arguments arguments)
 
 const Command tagCommand = {
     .name = "tag",
-    .arguments = "list FILE.tif [--page N]\n"
+    .arguments = "list FILE.tif... [--pages LIST] [--json]\n"
                  "       tifftool tag add FILE.tif [--page N] TAG TYPE VALUE...\n"
                  "       tifftool tag delete FILE.tif [--page N] TAG [--dry-run]",
     .summary = "Lists, sets or removes the tags of a page.",
     .details = "  --page N   the page, counted from 1; without it the first\n"
+               "  --pages L  several, such as 1,3-5,last\n"
+               "  --json     lists for programs, with all values\n"
                "  TAG        the tag's number, or its name, such as Artist\n"
                "  TYPE       byte, ascii, short, long, rational (as 3/4), sbyte, undefined, sshort, slong,\n"
                "             srational, float or double\n"
                "  VALUE      a number; for ascii one text, in quotes when it has several words\n"
                "  --dry-run  says what would be removed\n",
+    .example = "tifftool tag add fax.tif Artist ascii \"Records office\"",
     .run = RunTag,
 };
 

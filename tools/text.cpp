@@ -383,6 +383,7 @@ const Command textCommand = {
         "Lengths are millimetres, or inches with \"in\" behind them. The text is UTF-8, or in the\n"
         "system's code page. All pages are written, or nothing is: OUT.tif changes when the result is\n"
         "whole.\n",
+    .example = "tifftool text letter.txt fax.tif --form form.tif",
     .run = RunText,
 };
 

@@ -5,9 +5,12 @@
 #include "commands.h"
 #include "describe.h"
 #include "progress.h"
+#include "standard_streams.h"
+#include "unfinished.h"
 
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <vector>
 
 namespace tifftool {
@@ -15,11 +18,12 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
-    &appendRawCommand, &blankCommand,  &calsCommand,    &catCommand,   &convertCommand,  &copyCommand,
-    &cropCommand,      &cutCommand,    &deleteCommand,  &faxCommand,   &fromjpegCommand, &infoCommand,
-    &insertCommand,    &iocaCommand,   &modcaCommand,   &noteCommand,  &numberCommand,   &overlayCommand,
-    &pasteCommand,     &renderCommand, &reorderCommand, &scaleCommand, &splitCommand,    &stampCommand,
-    &tagCommand,       &textCommand,   &tojpegCommand,
+    &appendRawCommand,  &blankCommand,   &calsCommand,     &catCommand,    &checkCommand,   &compareCommand,
+    &completionCommand, &convertCommand, &copyCommand,     &cropCommand,   &cutCommand,     &deleteCommand,
+    &dumpCommand,       &faxCommand,     &fromjpegCommand, &infoCommand,   &insertCommand,  &iocaCommand,
+    &manualCommand,     &modcaCommand,   &noteCommand,     &numberCommand, &overlayCommand, &pasteCommand,
+    &renderCommand,     &reorderCommand, &repairCommand,   &scaleCommand,  &splitCommand,   &stampCommand,
+    &tagCommand,        &textCommand,    &toPdfCommand,    &tojpegCommand,
 };
 
 void PrintHelp()
@@ -29,6 +33,9 @@ void PrintHelp()
         printf("  %-10s %s\n", command->name, command->summary);
     }
     printf("\n"
+           "Files: IN.tif:1,3-5,last selects pages wherever pages are read; names may have * and ?; - is\n"
+           "the standard input or output.\n"
+           "\n"
            "tifftool COMMAND --help  explains one command\n"
            "tifftool --version       shows the version of the library\n"
            "\n"
@@ -37,8 +44,8 @@ void PrintHelp()
 
 int PrintCommandHelp(const Command& command)
 {
-    printf("Usage: tifftool %s %s\n\n%s\n\n%s", command.name, command.arguments, command.summary,
-           command.details);
+    printf("Usage: tifftool %s %s\n\n%s\n\n%s\nExample: %s\n", command.name, command.arguments,
+           command.summary, command.details, command.example);
     return ALL_FINE;
 }
 
@@ -90,6 +97,11 @@ int Run(Arguments arguments)
 
 } // namespace
 
+std::span<const Command* const> Commands()
+{
+    return commands;
+}
+
 int UsageError(const Command& command, const std::string& what)
 {
     fprintf(stderr, "tifftool: %s: %s; see tifftool %s --help\n", command.name, what.c_str(), command.name);
@@ -101,7 +113,7 @@ int ReportSentence(const std::string& where, const std::string& sentence)
     EndProgress();
     // Both streams may go to one place, where the order must hold.
     fflush(stdout);
-    fprintf(stderr, "tifftool: %s: %s\n", where.c_str(), sentence.c_str());
+    fprintf(stderr, "tifftool: %s: %s\n", ShownName(where).c_str(), sentence.c_str());
     return FAILED;
 }
 
@@ -130,8 +142,15 @@ int wmain(int count, wchar_t** wide)
     for (std::string& text : texts) {
         arguments.push_back(text.data());
     }
-    const int result = tifftool::Run(arguments);
+    tifftool::WatchForInterruption();
+    int result = tifftool::FAILED;
+    try {
+        result = tifftool::Run(arguments);
+    } catch (const std::bad_alloc&) {
+        tifftool::ReportSentence("the command", "needs more memory than there is");
+    }
     tifftool::EndProgress();
+    tifftool::DeleteUnfinished();
     tifftool::RestoreNames();
     return result;
 }

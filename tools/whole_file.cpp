@@ -2,46 +2,10 @@
 
 #include "commands.h"
 #include "diagnosis.h"
-
-#include <cstdio>
+#include "standard_streams.h"
+#include "unfinished.h"
 
 namespace tifftool {
-
-namespace {
-
-constexpr uint32_t MOST_NAMES = 1000;
-
-// Makes a copy of the old file, or an empty file, under a free name; prints the reason and returns an empty
-// name when there is none. Only files made here are ever removed.
-std::string MakeUnfinished(const std::string& path, bool copyOld)
-{
-    const uint32_t seed = GetCurrentProcessId() * 2654435761u + GetTickCount();
-    for (uint32_t tries = 0; tries < MOST_NAMES; ++tries) {
-        char ownName[24];
-        snprintf(ownName, sizeof ownName, "~%08X.part", seed + tries);
-        const std::string name = FolderOf(path) + ownName;
-        if (copyOld) {
-            if (CopyFileA(path.c_str(), name.c_str(), TRUE)) {
-                return name;
-            }
-        } else {
-            const HANDLE made = CreateFileA(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                            FILE_ATTRIBUTE_NORMAL, nullptr);
-            if (made != INVALID_HANDLE_VALUE) {
-                CloseHandle(made);
-                return name;
-            }
-        }
-        if (const DWORD cause = GetLastError(); cause != ERROR_FILE_EXISTS && cause != ERROR_ALREADY_EXISTS) {
-            ReportSentence(path, "cannot be written: " + SystemCause(cause));
-            return "";
-        }
-    }
-    ReportSentence(path, "cannot be written: there is no free name for the unfinished file");
-    return "";
-}
-
-} // namespace
 
 bool Exists(const std::string& path)
 {
@@ -60,6 +24,8 @@ bool CheckOutput(const std::string& path)
     const DWORD attributes = GetFileAttributesA(path.c_str());
     if (path.empty()) {
         ReportSentence("the output", "has no name");
+    } else if (path == STANDARD_STREAM) {
+        return true;
     } else if (!folder.empty() && !IsFolder(folder)) {
         ReportSentence(path, "cannot be written: there is no folder " + folder);
     } else if (attributes != INVALID_FILE_ATTRIBUTES && attributes & FILE_ATTRIBUTE_DIRECTORY) {
@@ -72,26 +38,46 @@ bool CheckOutput(const std::string& path)
     return false;
 }
 
+namespace {
+
+int Deliver(const std::string& unfinished, const std::string& path)
+{
+    if (path == STANDARD_STREAM) {
+        return CopyToStandardOutput(unfinished) ? int{ALL_FINE}
+                                                : ReportSentence("the standard output", "cannot be written");
+    }
+    if (MoveFileExA(unfinished.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+        KeepFile(unfinished);
+        return ALL_FINE;
+    }
+    const DWORD cause = GetLastError();
+    KeepFile(unfinished);
+    return ReportSentence(path,
+                          "cannot be replaced: " + SystemCause(cause) + "; the result is in " + unfinished);
+}
+
+} // namespace
+
 int WriteWhole(const std::string& path, bool append, const std::function<int(const char*)>& write)
 {
     if (!CheckOutput(path)) {
         return FAILED;
     }
-    const std::string unfinished = MakeUnfinished(path, append && Exists(path));
+    const bool isStream = path == STANDARD_STREAM;
+    const std::string unfinished =
+        MakeUnfinishedFile(isStream ? TemporaryFolder() : FolderOf(path),
+                           append && !isStream && Exists(path) ? path.c_str() : nullptr);
     if (unfinished.empty()) {
-        return FAILED;
+        return ReportSentence(path, "cannot be written: " + SystemCause(GetLastError()));
     }
-    const int result = write(unfinished.c_str());
-    if (result != ALL_FINE) {
-        DeleteFileA(unfinished.c_str());
-        return result;
+    int result = write(unfinished.c_str());
+    if (result == ALL_FINE) {
+        result = Deliver(unfinished, path);
     }
-    if (!MoveFileExA(unfinished.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-        const DWORD cause = GetLastError();
-        return ReportSentence(path, "cannot be replaced: " + SystemCause(cause) + "; the result is in " +
-                                        unfinished);
+    if (result != ALL_FINE || isStream) {
+        DeleteUnfinished(unfinished);
     }
-    return ALL_FINE;
+    return result;
 }
 
 } // namespace tifftool

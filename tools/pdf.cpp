@@ -1,0 +1,145 @@
+#include "pdf.h"
+
+#include <array>
+#include <utility>
+
+namespace tifftool {
+
+namespace {
+
+constexpr uint32_t CATALOG = 1, PAGE_TREE = 2;
+constexpr size_t BUFFER_BYTES = 1u << 20;
+
+void Write(PdfFile& pdf, const std::string& text)
+{
+    pdf.good = pdf.good && fwrite(text.data(), 1, text.size(), pdf.file.get()) == text.size();
+}
+
+void Begin(PdfFile& pdf, uint32_t number)
+{
+    if (pdf.good) {
+        pdf.offsets[number] = static_cast<uint64_t>(_ftelli64(pdf.file.get()));
+    }
+    Write(pdf, std::to_string(number) + " 0 obj\n");
+}
+
+uint32_t NewObject(PdfFile& pdf)
+{
+    pdf.offsets.push_back(0);
+    const auto number = static_cast<uint32_t>(pdf.offsets.size() - 1);
+    Begin(pdf, number);
+    return number;
+}
+
+uint32_t AddStream(PdfFile& pdf, const std::string& entries, std::span<const uint8_t> bytes)
+{
+    const uint32_t number = NewObject(pdf);
+    Write(pdf, "<<" + entries + "/Length " + std::to_string(bytes.size()) + ">>\nstream\n");
+    pdf.good = pdf.good && fwrite(bytes.data(), 1, bytes.size(), pdf.file.get()) == bytes.size();
+    Write(pdf, "\nendstream\nendobj\n");
+    return number;
+}
+
+std::string Decimal(double number)
+{
+    char text[40];
+    snprintf(text, sizeof text, "%.6f", number);
+    return text;
+}
+
+std::string Reference(uint32_t number)
+{
+    return std::to_string(number) + " 0 R";
+}
+
+// Where the stored picture's right, its top and its lower left corner come to lie on a page of size 1 x 1.
+std::array<double, 6> MatrixOf(uint32_t orientation)
+{
+    switch (orientation) {
+    case 2:
+        return {-1, 0, 0, 1, 1, 0};
+    case 3:
+        return {-1, 0, 0, -1, 1, 1};
+    case 4:
+        return {1, 0, 0, -1, 0, 1};
+    case 5:
+        return {0, -1, -1, 0, 1, 1};
+    case 6:
+        return {0, -1, 1, 0, 0, 1};
+    case 7:
+        return {0, 1, 1, 0, 0, 0};
+    case 8:
+        return {0, 1, -1, 0, 1, 0};
+    default:
+        return {1, 0, 0, 1, 0, 0};
+    }
+}
+
+} // namespace
+
+PdfFile::PdfFile(const char* path) : file(fopen(path, "wb"), fclose), offsets(PAGE_TREE + 1)
+{
+    good = file != nullptr && setvbuf(file.get(), nullptr, _IOFBF, BUFFER_BYTES) == 0;
+    // Four bytes beyond ASCII tell other programs that the file is binary.
+    Write(*this, "%PDF-1.4\n%\xE2\xE3\xCF\xD3\n");
+}
+
+void AddPage(PdfFile& pdf, const PdfPage& page)
+{
+    const bool turned = page.orientation >= 5 && page.orientation <= 8;
+    double across = page.width * page.pointsPerColumn, down = page.height * page.pointsPerRow;
+    if (turned) {
+        std::swap(across, down);
+    }
+    std::string content = "q " + Decimal(across) + " 0 0 " + Decimal(down) + " 0 0 cm\n", images;
+    for (const double part : MatrixOf(page.orientation)) {
+        content += Decimal(part) + " ";
+    }
+    content += "cm\n";
+    uint32_t row = 0;
+    for (const PdfStrip& strip : page.strips) {
+        const uint32_t image = AddStream(pdf,
+                                         "/Type/XObject/Subtype/Image/Width " + std::to_string(page.width) +
+                                             "/Height " + std::to_string(strip.rows) + strip.form,
+                                         strip.code);
+        const std::string name = "/I" + std::to_string(image);
+        row += strip.rows;
+        const double height = page.height;
+        content += "q 1 0 0 " + Decimal(strip.rows / height) + " 0 " + Decimal(1 - row / height) + " cm " +
+                   name + " Do Q\n";
+        images += name + " " + Reference(image);
+    }
+    content += "Q\n";
+    const uint32_t drawing =
+        AddStream(pdf, "", {reinterpret_cast<const uint8_t*>(content.data()), content.size()});
+    pdf.pages.push_back(NewObject(pdf));
+    Write(pdf, "<</Type/Page/Parent " + Reference(PAGE_TREE) + "/MediaBox[0 0 " + Decimal(across) + " " +
+                   Decimal(down) + "]/Contents " + Reference(drawing) + "/Resources<</XObject<<" + images +
+                   ">>>>>>\nendobj\n");
+}
+
+bool FinishPdf(PdfFile& pdf)
+{
+    std::string kids;
+    for (const uint32_t page : pdf.pages) {
+        kids += Reference(page) + "\n";
+    }
+    Begin(pdf, PAGE_TREE);
+    Write(pdf, "<</Type/Pages/Count " + std::to_string(pdf.pages.size()) + "/Kids[" + kids + "]>>\nendobj\n");
+    Begin(pdf, CATALOG);
+    Write(pdf, "<</Type/Catalog/Pages " + Reference(PAGE_TREE) + ">>\nendobj\n");
+    const auto table = pdf.good ? static_cast<uint64_t>(_ftelli64(pdf.file.get())) : 0;
+    const std::string count = std::to_string(pdf.offsets.size());
+    Write(pdf, "xref\n0 " + count + "\n0000000000 65535 f \n");
+    for (size_t number = 1; number < pdf.offsets.size(); ++number) {
+        char line[24];
+        snprintf(line, sizeof line, "%010llu 00000 n \n",
+                 static_cast<unsigned long long>(pdf.offsets[number]));
+        Write(pdf, line);
+    }
+    Write(pdf, "trailer\n<</Size " + count + "/Root " + Reference(CATALOG) + ">>\nstartxref\n" +
+                   std::to_string(table) + "\n%%EOF\n");
+    return pdf.good && table <= 9'999'999'999 && fclose(pdf.file.release()) == 0;
+}
+
+} // namespace tifftool

@@ -1,0 +1,310 @@
+/* tifftool repair: the rows and pages that are left of damaged files, in a new file. The damaged file is
+ * copied, and what is wrong with a page is put right in the copy; then the pages are copied as they are.
+ */
+#include "anatomy.h"
+#include "check_page.h"
+#include "diagnosis.h"
+#include "inputs.h"
+#include "progress.h"
+#include "redraw.h"
+#include "source.h"
+#include "unfinished.h"
+#include "whole_file.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace tifftool {
+
+namespace {
+
+constexpr uint32_t LONG_TYPE = 4, JPEG = 7, ROWS_PER_STRIP = 278, STRIP_BYTE_COUNTS = 279;
+
+// What the rows of a page depend on, besides its size.
+constexpr uint32_t codingTags[] = {256, 258, 259, 262, 266, 277, 284, 292, 293, 317, 320};
+
+struct Rows {
+    size_t rowBytes;
+    uint32_t count = 0;
+    std::vector<uint8_t> bytes{};
+};
+
+intptr_t KeepRow(void* line, uint32_t, void* user)
+{
+    auto& rows = *static_cast<Rows*>(user);
+    const auto* const bytes = static_cast<const uint8_t*>(line);
+    rows.bytes.insert(rows.bytes.end(), bytes, bytes + rows.rowBytes);
+    ++rows.count;
+    return 0;
+}
+
+intptr_t GiveRow(void* line, uint32_t row, void* user)
+{
+    const auto& rows = *static_cast<const Rows*>(user);
+    memcpy(line, &rows.bytes[row * rows.rowBytes], rows.rowBytes);
+    return 0;
+}
+
+// Codes rows as one strip, in the page's own way. Empty, with the library's error, when that fails.
+std::vector<uint8_t> CodeRows(HGLOBAL file, uint32_t page, Rows& rows, bool motorola)
+{
+    const OpenFile made(OpenTiffInMemory(nullptr, 0, T_CREAT));
+    if (motorola) {
+        ModiTiffFileInfo(made.handle, nullptr, TIFF_MOTOROLA);
+    }
+    bool done = DefineTiffImage(made.handle) == 0;
+    for (const uint32_t tag : codingTags) {
+        HGLOBAL values = nullptr;
+        uint32_t type = 0, count = 0;
+        if (done && GetTiffImageInfoBuffer(file, page, tag, &values, &type, &count)) {
+            const OwnedBlock block(values);
+            done = DefineTiffImageInfoBuffer(made.handle, 0, tag, block.bytes, type, count);
+        }
+    }
+    done = done && DefineTiffImageInfo(made.handle, 0, tag::ImageLength, LONG_TYPE, rows.count) &&
+           DefineTiffImageInfo(made.handle, 0, ROWS_PER_STRIP, LONG_TYPE, rows.count) &&
+           EncodeTiffImage(made.handle, 0, &rows, GiveRow);
+    const OwnedBlock block(GetMemoryTiffHandle(made.handle));
+    uint32_t at = 0, bytes = 0;
+    if (!done || !GetTiffImageInfo(made.handle, 0, tag::StripOffsets, &at) ||
+        !GetTiffImageInfo(made.handle, 0, STRIP_BYTE_COUNTS, &bytes) || uint64_t{at} + bytes > block.size) {
+        return {};
+    }
+    return {block.bytes + at, block.bytes + at + bytes};
+}
+
+bool WriteAt(RawFile& raw, uint64_t position, const void* bytes, size_t count)
+{
+    return _fseeki64(raw.file.get(), static_cast<int64_t>(position), SEEK_SET) == 0 &&
+           fwrite(bytes, 1, count, raw.file.get()) == count && fflush(raw.file.get()) == 0;
+}
+
+void Append(const RawFile& raw, std::vector<uint8_t>& bytes, uint32_t number, uint32_t count)
+{
+    for (uint32_t index = 0; index < count; ++index) {
+        bytes.push_back(static_cast<uint8_t>(number >> 8 * (raw.motorola ? count - 1 - index : index)));
+    }
+}
+
+// Makes an entry a single LONG. A tag that is not there needs none.
+bool SetEntry(RawFile& raw, uint32_t directory, uint32_t tag, uint32_t value)
+{
+    TagEntry entry;
+    if (!FindEntry(raw, directory, tag, entry)) {
+        return true;
+    }
+    std::vector<uint8_t> bytes;
+    Append(raw, bytes, LONG_TYPE, 2);
+    Append(raw, bytes, 1, 4);
+    Append(raw, bytes, value, 4);
+    return WriteAt(raw, entry.position + 2, bytes.data(), bytes.size());
+}
+
+// A directory that the end of the file cuts off keeps its whole entries, and is the last one.
+void MendLastDirectory(RawFile& raw)
+{
+    const Chain chain = WalkChain(raw);
+    if (chain.directories.empty()) {
+        return;
+    }
+    const Directory directory = ReadDirectory(raw, chain.directories.back());
+    if (directory.entries.empty() || directory.hasLink) {
+        return;
+    }
+    std::vector<uint8_t> count;
+    const uint32_t link = 0;
+    Append(raw, count, static_cast<uint32_t>(directory.entries.size()), 2);
+    WriteAt(raw, directory.offset, count.data(), count.size());
+    WriteAt(raw, directory.entries.back().position + 12, &link, sizeof link);
+}
+
+struct Patient {
+    std::string name; // for messages
+    Source& source;   // the copy
+    RawFile& raw;     // the same, for writing
+    HGLOBAL output;
+};
+
+// Codes the rows that are there anew, behind the end of the copy. Returns why not, or an empty text.
+std::string ShortenPage(Patient& patient, uint32_t page, const PageVerdict& verdict)
+{
+    const PageFacts& facts = verdict.facts;
+    const HGLOBAL file = patient.source.file.handle;
+    Rows rows = {(size_t{facts.width} * facts.bitsPerSample * facts.samplesPerPixel + 7) / 8};
+    DecodeTiffImage(file, page - 1, 0, 0, &rows, KeepRow);
+    if (rows.count == 0) {
+        return "no row of it is left";
+    }
+    const std::vector<uint8_t> code = CodeRows(file, page - 1, rows, patient.raw.motorola);
+    const uint64_t end = (SizeOf(patient.raw) + 1) / 2 * 2;
+    const uint32_t directory = DirectoryOf(patient.source, page - 1);
+    if (code.empty() || end + code.size() > UINT32_MAX) {
+        return "its rows cannot be coded: " + DescribeError(TiffError());
+    }
+    const auto at = static_cast<uint32_t>(end);
+    const bool written =
+        WriteAt(patient.raw, end, code.data(), code.size()) &&
+        SetEntry(patient.raw, directory, tag::ImageLength, rows.count) &&
+        SetEntry(patient.raw, directory, ROWS_PER_STRIP, rows.count) &&
+        SetEntry(patient.raw, directory, tag::StripOffsets, at) &&
+        SetEntry(patient.raw, directory, STRIP_BYTE_COUNTS, static_cast<uint32_t>(code.size()));
+    DropTiffImage(file, page - 1);
+    return !written                                        ? "its rows cannot be written"
+           : CopyTiffImage(file, page - 1, patient.output) ? ""
+                                                           : DescribeError(TiffError());
+}
+
+// A picture that was decoded as a whole comes at its full height, what is missing in black, without loss.
+std::string RecodePage(Patient& patient, uint32_t page)
+{
+    const HGLOBAL file = patient.source.file.handle;
+    const OwnedBlock dib(LoadTiffChainIntoDIB(file, page - 1));
+    if (!dib.bytes) {
+        return DescribeError(TiffError());
+    }
+    const OwnedBlock saved(SaveTiffToMemory(nullptr, dib.handle, TIFF_SAVE_LZW, TIFF_MSB_FIRST));
+    const OpenFile made(
+        saved.handle ? OpenTiffInMemory(saved.handle, static_cast<uint32_t>(saved.size), T_READ) : nullptr);
+    const bool done = made.handle && GetTiffImage(made.handle, 0) && CarryTags(file, page - 1, made.handle) &&
+                      CopyTiffImage(made.handle, 0, patient.output);
+    return done ? "" : DescribeError(TiffError());
+}
+
+// Returns an exit code: FAILED when the page is lost.
+int RepairPage(Patient& patient, uint32_t page)
+{
+    const HGLOBAL file = patient.source.file.handle;
+    const std::string where = PageName(patient.name, page);
+    PageVerdict verdict;
+    CheckPicture(file, page - 1, verdict);
+    if (!verdict.isLoaded) {
+        return ReportSentence(where, "is lost: " + verdict.wrong[0]);
+    }
+    const bool isKnown = WhyNotSupported(verdict.facts).empty();
+    if ((verdict.isWhole || !isKnown) && CopyTiffImage(file, page - 1, patient.output)) {
+        return ALL_FINE;
+    }
+    std::string why = DescribeError(TiffError());
+    if (isKnown) {
+        why = verdict.facts.compression == JPEG ? RecodePage(patient, page)
+                                                : ShortenPage(patient, page, verdict);
+    }
+    if (!why.empty()) {
+        return ReportSentence(where, "is lost: " + why);
+    }
+    printf("%s: %s of %s kept\n", where.c_str(),
+           verdict.facts.compression == JPEG ? "what is left" : std::to_string(verdict.rows).c_str(),
+           Counted(verdict.facts.length, "row").c_str());
+    return ALL_FINE;
+}
+
+int RepairPages(Patient& patient)
+{
+    int result = ALL_FINE;
+    uint32_t kept = 0;
+    const uint32_t pages = patient.source.pages;
+    for (uint32_t page = 1; page <= pages; ++page) {
+        const int repaired = RepairPage(patient, page);
+        DropTiffImage(patient.source.file.handle, page - 1);
+        kept += repaired == ALL_FINE;
+        result = std::max(result, repaired);
+        if (!DrawProgress(pages, page, 0)) {
+            return WRONG_USAGE;
+        }
+    }
+    if (kept == 0) {
+        return WRONG_USAGE;
+    }
+    if (patient.source.openError != 0) {
+        printf("%s: the chain of pages broke off after page %u\n", patient.name.c_str(), pages);
+    }
+    return result;
+}
+
+int Repair(const std::string& input, const std::string& output)
+{
+    const std::string copy = MakeUnfinishedFile(TemporaryFolder(), input.c_str());
+    if (copy.empty()) {
+        return ReportSentence(input,
+                              "cannot be copied to the temporary folder: " + SystemCause(GetLastError()));
+    }
+    SetFileAttributesA(copy.c_str(), FILE_ATTRIBUTE_NORMAL);
+    RawFile raw(copy, "r+b");
+    MendLastDirectory(raw);
+    Source source(copy.c_str());
+    if (source.pages == 0) {
+        return ReportSentence(input, "no page of it can be reached");
+    }
+    int repaired = ALL_FINE;
+    const int result = WriteWhole(output, false, [&](const char* unfinished) {
+        const OpenFile target(OpenTiffFile(unfinished, T_CREAT));
+        if (!target.handle || (raw.motorola && !ModiTiffFileInfo(target.handle, nullptr, TIFF_MOTOROLA))) {
+            return ReportError(output, TiffError());
+        }
+        Patient patient = {input, source, raw, target.handle};
+        repaired = RepairPages(patient);
+        return repaired == WRONG_USAGE ? ReportSentence(input, "nothing of it could be saved")
+                                       : int{ALL_FINE};
+    });
+    return std::max(result, repaired == WRONG_USAGE ? int{FAILED} : repaired);
+}
+
+int RepairInto(const Input& input, const std::string& output, bool force)
+{
+    if (!input.pages.empty()) {
+        return ReportSentence(input.path, "is repaired as a whole, without a selection of pages");
+    }
+    if (const std::string reason = WhyNotTiff(input.path); !reason.empty()) {
+        return ReportSentence(input.path, reason);
+    }
+    if (IsSameFile(input.path, output)) {
+        return ReportSentence(output, "is the damaged file, which is never changed");
+    }
+    if (Exists(output) && !force) {
+        return ReportSentence(output, "is there already; --force replaces it");
+    }
+    return Repair(input.path, output);
+}
+
+int RunRepair(Arguments arguments)
+{
+    const Options options = ParseOptions(arguments, {}, {"--force"});
+    std::vector<Input> inputs;
+    if (!CheckOptions(repairCommand, options, 2, SIZE_MAX) ||
+        !ReadInputs(repairCommand, options, std::span(options.others).first(options.others.size() - 1),
+                    inputs)) {
+        return WRONG_USAGE;
+    }
+    const std::string output = options.others.back();
+    const bool toFolder = IsFolder(output);
+    if (inputs.size() > 1 && !toFolder) {
+        return UsageError(repairCommand, "several files are repaired into a folder");
+    }
+    int result = ALL_FINE;
+    for (const Input& input : inputs) {
+        const std::string name = input.path.substr(FolderOf(input.path).size());
+        result = std::max(result,
+                          RepairInto(input, toFolder ? output + "/" + name : output, options.Has("--force")));
+    }
+    return result;
+}
+
+} // namespace
+
+const Command repairCommand = {
+    .name = "repair",
+    .arguments = "DAMAGED.tif... OUT.tif|FOLDER [--force]",
+    .summary = "Saves what is left of a damaged file as a new one.",
+    .details =
+        "  --force  replaces OUT.tif, or files of the same names in FOLDER\n"
+        "\n"
+        "Pages that are whole are copied as they are. Pages that are cut short get the rows that are left,\n"
+        "in their own compression; JPEG pages come in lzw at their full height, with what is missing in\n"
+        "black. Where the chain of pages is broken it ends. DAMAGED.tif is never changed. The exit code is\n"
+        "1 when a page is lost, and OUT.tif is written when any page is left.\n",
+    .example = "tifftool repair cut-off.tif saved.tif",
+    .run = RunRepair,
+};
+
+} // namespace tifftool
