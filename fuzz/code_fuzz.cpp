@@ -1,13 +1,9 @@
 // Decodes any bytes as a bare stream: the first four choose scheme, width and fill order. CCITT code is
 // decoded again with the careful loops alone; the results must be equal.
-#include "core/process_state.h"
 #include "core/stream.h"
-#include "standin/standin.h"
+#include "scaffold.h"
 #include "support/ccitt_loops.h"
 #include "tiff/tiff.h"
-
-#include <cstdlib>
-#include <cstring>
 
 static intptr_t IgnoreLine(void*, uint32_t, void*)
 {
@@ -34,21 +30,18 @@ static void CompareLoops(const uint8_t* data, size_t bytes, tiff::CcittScheme sc
     const auto decode = [=](tiff::CcittLoops loops) {
         return DecodeWith(loops, block, static_cast<uint32_t>(headBytes + bytes), scheme, width, rows);
     };
-    if (decode(tiff::CcittLoops::All) != decode(tiff::CcittLoops::CarefulOnly))
-        std::abort();
+    fuzz::Demand(decode(tiff::CcittLoops::All) == decode(tiff::CcittLoops::CarefulOnly));
     GlobalFree(block);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const bool attached = tiff::AttachProcess(nullptr);
     static constexpr uint32_t schemes[] = {1, 2, 3, 4, 0x10003, 0x40003, 0x50003, 0x10005, 0x20005, 32773};
-    if (!attached || size < 5)
+    if (size < 5)
         return 0;
-    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, size);
-    std::memcpy(GlobalLock(block), data, size);
-    GlobalUnlock(block);
-    const TiffStream stream = tiff::OpenMemoryStream(block, static_cast<uint32_t>(size));
+    const fuzz::Run run(64u << 20);
+    const fuzz::Block block({data, size});
+    const TiffStream stream = tiff::OpenMemoryStream(block.Get(), static_cast<uint32_t>(size));
     const uint32_t width = 1u + data[1] + (data[2] & 0x0Fu) * 256u, fillOrder = data[3] & 3u;
     static constexpr uint32_t HEADER = 4, ROWS = 2000;
     if (const size_t scheme = data[0] % 11; scheme < std::size(schemes))
@@ -59,6 +52,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     mClose(stream);
     if (const uint32_t scheme = (data[3] >> 2) % 6u; scheme < 5)
         CompareLoops(data + HEADER, size - HEADER, static_cast<tiff::CcittScheme>(scheme), width, ROWS);
-    GlobalFree(block);
     return 0;
 }

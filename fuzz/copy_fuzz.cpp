@@ -1,11 +1,6 @@
 // Opens any bytes as a TIFF in memory, sets its page totals, and copies its first pages into another one,
 // which must then have exactly these pages.
-#include "core/process_state.h"
-#include "standin/standin.h"
-#include "tiff/tiff.h"
-
-#include <cstdlib>
-#include <cstring>
+#include "scaffold.h"
 
 static constexpr uint32_t PAGES = 3;
 static constexpr uint64_t LARGEST_COPY = 16 << 20;
@@ -23,32 +18,24 @@ static void ExpectPages(HGLOBAL copy, uint32_t expected)
 {
     HGLOBAL block = GetMemoryTiffHandle(copy);
     HGLOBAL file = OpenTiffInMemory(block, static_cast<uint32_t>(GlobalSize(block)), T_READ);
-    if (!file || NumberOfTiffImages(file, TIFF_ALL_PAGES) != expected || TiffError() != 0)
-        std::abort();
+    fuzz::Demand(file && NumberOfTiffImages(file, TIFF_ALL_PAGES) == expected && TiffError() == 0);
     CloseTiffFile(file);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const bool attached = tiff::AttachProcess(nullptr);
-    if (!attached || size == 0 || size > LARGEST_FILE)
+    if (size == 0 || size > LARGEST_FILE)
         return 0;
-    standin::LimitAllocation(LARGEST_COPY);
-    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, size);
-    if (!block)
+    const fuzz::Run run(LARGEST_COPY);
+    const fuzz::OpenTiff source({data, size});
+    if (!source.handle)
         return 0;
-    std::memcpy(GlobalLock(block), data, size);
-    GlobalUnlock(block);
-    if (HGLOBAL source = OpenTiffInMemory(block, static_cast<uint32_t>(size), T_READ)) {
-        UpdatePageNumbersInMemory(source, 7);
-        HGLOBAL copy = OpenTiffInMemory(nullptr, 0, T_CREAT);
-        if (const uint32_t copied = CopyFirstPages(source, copy); copied > 0)
-            ExpectPages(copy, copied);
-        HGLOBAL made = GetMemoryTiffHandle(copy);
-        CloseTiffFile(copy);
-        GlobalFree(made);
-        CloseTiffFile(source);
-    }
-    GlobalFree(block);
+    UpdatePageNumbersInMemory(source.handle, 7);
+    HGLOBAL copy = OpenTiffInMemory(nullptr, 0, T_CREAT);
+    if (const uint32_t copied = CopyFirstPages(source.handle, copy); copied > 0)
+        ExpectPages(copy, copied);
+    HGLOBAL made = GetMemoryTiffHandle(copy);
+    CloseTiffFile(copy);
+    GlobalFree(made);
     return 0;
 }

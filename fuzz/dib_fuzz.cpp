@@ -1,35 +1,21 @@
 // Takes any bytes for a packed DIB: cuts and stretches it, saves it as a page, and loads what was saved. The
 // first bytes choose how.
-#include "core/process_state.h"
-#include "standin/standin.h"
-#include "tiff/tiff.h"
-
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
+#include "scaffold.h"
 
 namespace {
 
 constexpr size_t ORDER_BYTES = 8;
-
-HGLOBAL BlockOf(const uint8_t* data, size_t size)
-{
-    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, size);
-    std::memcpy(GlobalLock(block), data, size);
-    GlobalUnlock(block);
-    return block;
-}
 
 // A page that was saved loads in its size.
 void DemandPage(HGLOBAL saved, const BITMAPINFOHEADER& header)
 {
     HGLOBAL file = OpenTiffInMemory(saved, static_cast<uint32_t>(GlobalSize(saved)), T_READ);
     HGLOBAL dib = file && GetTiffImage(file, 0) ? LoadTiffChainIntoDIB(file, 0) : nullptr;
-    const auto* loaded = static_cast<const BITMAPINFOHEADER*>(GlobalLock(dib));
-    if (loaded ? loaded->biWidth != header.biWidth || loaded->biHeight != std::abs(header.biHeight)
-               : TiffError() != TIFF_ERROR_MEMORY)
-        std::abort();
-    GlobalUnlock(dib);
+    const auto* loaded = static_cast<const BITMAPINFOHEADER*>(dib ? GlobalLock(dib) : nullptr);
+    fuzz::Demand(loaded ? loaded->biWidth == header.biWidth && loaded->biHeight == std::abs(header.biHeight)
+                        : TiffError() == TIFF_ERROR_MEMORY);
+    if (dib)
+        GlobalUnlock(dib);
     GlobalFree(dib);
     CloseTiffFile(file);
 }
@@ -38,13 +24,13 @@ void DemandPage(HGLOBAL saved, const BITMAPINFOHEADER& header)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const bool attached = tiff::AttachProcess(nullptr);
-    if (!attached || size < ORDER_BYTES + sizeof(BITMAPINFOHEADER))
+    if (size < ORDER_BYTES + sizeof(BITMAPINFOHEADER))
         return 0;
-    standin::LimitAllocation(16u << 20);
+    const fuzz::Run run(16u << 20);
     BITMAPINFOHEADER header;
     std::memcpy(&header, data + ORDER_BYTES, sizeof(header));
-    HGLOBAL dib = BlockOf(data + ORDER_BYTES, size - ORDER_BYTES);
+    const fuzz::Block block({data + ORDER_BYTES, size - ORDER_BYTES});
+    HGLOBAL dib = block.Get();
     GlobalFree(CropDIB(dib, data[0], data[1], data[2], data[3]));
     GlobalFree(StretchDIB(dib, data[2], data[3], data[4] & TIFF_SMOOTH));
     const RECT part = {data[0], data[1], data[0] + data[5], data[1] + data[6]};
@@ -55,6 +41,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             DemandPage(saved, header);
         GlobalFree(saved);
     }
-    GlobalFree(dib);
     return 0;
 }

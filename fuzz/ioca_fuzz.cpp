@@ -1,33 +1,20 @@
 // Takes any bytes for a file with an image segment, and for one with fields around it. What is found lies
 // inside the file; the picture is decoded, and the tool takes its code.
 #include "codecs/ccitt/mmr_records.h"
-#include "core/process_state.h"
 #include "core/stream.h"
-#include "standin/standin.h"
+#include "scaffold.h"
 #include "tools/wrapped_picture.h"
 
 #include <sys/mman.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <span>
-#include <string>
 
 namespace {
 
-using Input = std::span<const uint8_t>;
+using fuzz::Demand, fuzz::Input;
 using ReadHeader = int32_t (*)(HANDLE file, TiffIocaDescription* description);
 
 intptr_t IgnoreLine(void*, uint32_t, void*)
 {
     return 0;
-}
-
-void Demand(bool holds)
-{
-    if (!holds)
-        std::abort();
 }
 
 // A file in memory, so that a run costs no disk.
@@ -88,16 +75,14 @@ void TakeCode(const InputFile& file, Input input, tifftool::Wrapping wrapping)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const bool attached = tiff::AttachProcess(nullptr);
-    if (!attached || size == 0)
+    if (size == 0)
         return 0;
-    standin::LimitAllocation(64u << 20);
+    const fuzz::Run run(64u << 20);
     const Input input(data, size);
     const InputFile file(input);
     ReadFrom(file, input, ReadIOCAHeader);
     ReadFrom(file, input, ReadMODCAHeader);
     TakeCode(file, input, tifftool::Wrapping::Segment);
     TakeCode(file, input, tifftool::Wrapping::Document);
-    Demand(standin::Faults() == 0);
     return 0;
 }

@@ -1,12 +1,6 @@
 // Decodes any bytes as a page's JPEG streams: the first four choose size, samples, photometric value and
 // where the first stream ends; the tables come from the page, the stream or the standard.
-#include "core/process_state.h"
-#include "standin/standin.h"
-#include "tiff/tiff.h"
-
-#include <algorithm>
-#include <cstring>
-#include <vector>
+#include "scaffold.h"
 
 static constexpr uint64_t LARGEST_PICTURE = 16 << 20;
 
@@ -59,23 +53,16 @@ static std::vector<uint8_t> PageOf(const uint8_t* head, const uint8_t* data, siz
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const bool attached = tiff::AttachProcess(nullptr);
     static constexpr size_t HEADER = 4, MOST_BYTES = 1 << 20;
-    if (!attached || size < HEADER || size > MOST_BYTES)
+    if (size < HEADER || size > MOST_BYTES)
         return 0;
-    standin::LimitAllocation(LARGEST_PICTURE);
+    const fuzz::Run run(LARGEST_PICTURE);
     const std::vector<uint8_t> page = PageOf(data, data + HEADER, size - HEADER);
-    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, page.size());
-    std::memcpy(GlobalLock(block), page.data(), page.size());
-    GlobalUnlock(block);
-    if (HGLOBAL file = OpenTiffInMemory(block, static_cast<uint32_t>(page.size()), T_READ)) {
-        if (HGLOBAL dib = LoadTiffChainIntoDIB(file, 0)) {
-            HGLOBAL saved = SaveTiffToMemory(nullptr, dib, TIFF_SAVE_JPEG, 1);
-            GlobalFree(saved);
-            GlobalFree(dib);
-        }
-        CloseTiffFile(file);
-    }
-    GlobalFree(block);
+    const fuzz::OpenTiff tiff(page);
+    HGLOBAL dib = tiff.handle ? LoadTiffChainIntoDIB(tiff.handle, 0) : nullptr;
+    if (!dib)
+        return 0;
+    GlobalFree(SaveTiffToMemory(nullptr, dib, TIFF_SAVE_JPEG, 1));
+    GlobalFree(dib);
     return 0;
 }

@@ -1,12 +1,7 @@
 // Shows a picture of any rows in a window of any size, turn and zoom: every band must lie in the window, and
 // each pixel of it comes once.
-#include "core/process_state.h"
 #include "raster/screen_rows.h"
-#include "standin/standin.h"
-
-#include <cstdlib>
-#include <cstring>
-#include <vector>
+#include "scaffold.h"
 
 namespace {
 
@@ -19,8 +14,7 @@ struct Shown {
 void TakeBand(void* user, const tiff::ScreenBand& band)
 {
     auto& shown = *static_cast<Shown*>(user);
-    if (band.x + band.width > shown.width || band.y + band.height > shown.height)
-        std::abort();
+    fuzz::Demand(band.x + band.width <= shown.width && band.y + band.height <= shown.height);
     shown.pixels += uint64_t{band.width} * band.height;
     for (size_t at = 0; at < size_t{band.stride} * band.height; ++at)
         shown.sum += band.rows[at];
@@ -35,10 +29,10 @@ struct Order {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const bool attached = tiff::AttachProcess(nullptr);
     Order order;
-    if (!attached || size < sizeof(order))
+    if (size < sizeof(order))
         return 0;
+    const fuzz::Run run(64u << 20);
     std::memcpy(&order, data, sizeof(order));
     constexpr uint32_t depths[] = {1, 4, 8, 24};
     tiff::PictureFormat format =
@@ -69,7 +63,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         tiff::TakeScreenRow(rows, line.data(), row);
     }
     tiff::EndScreenRows(rows);
-    if (shown.pixels != uint64_t{shown.width} * shown.height)
-        std::abort();
+    fuzz::Demand(shown.pixels == uint64_t{shown.width} * shown.height);
     return static_cast<int>(shown.sum & 0);
 }
