@@ -97,11 +97,12 @@ bool PutRecord(HGLOBAL file, uint32_t page, TagRecord record, const void* values
         return false;
     // Room is made before the old record goes, so that a failure costs the page nothing.
     if (!need.fits) {
-        tagBlock = GlobalReAlloc(tagBlock, static_cast<SIZE_T>(sizeof(TagBlock) + need.bytes + BLOCK_SLACK),
-                                 GMEM_MOVEABLE | GMEM_ZEROINIT);
-        // A movable block keeps its handle.
-        if (!tagBlock)
+        HGLOBAL grown =
+            GlobalReAlloc(tagBlock, static_cast<SIZE_T>(sizeof(TagBlock) + need.bytes + BLOCK_SLACK),
+                          GMEM_MOVEABLE | GMEM_ZEROINIT);
+        if (!grown || (grown != tagBlock && !RegisterPage(file, page, grown)))
             return false;
+        tagBlock = grown;
     }
     Locked<TagBlock> block(tagBlock);
     if (!block)
