@@ -71,23 +71,25 @@ void ClearLine(CodecContext* context)
         std::memset(context->lineBuffer, 0, context->bytesPerLine);
 }
 
-static bool StripOffset(const CodecContext* context, uint32_t strip, uint32_t& offset)
+static Status StripOffset(const CodecContext* context, uint32_t strip, uint32_t& offset)
 {
-    Locked<uint8_t> offsets(strip < context->stripCount ? context->stripOffsets : nullptr);
+    if (!context->stripOffsets || strip >= context->stripCount)
+        return error::InputOutput;
+    Locked<uint8_t> offsets(context->stripOffsets);
     if (!offsets)
-        return false;
+        return error::NotEnoughMemory;
     offset = context->stripOffsetsType == fieldtype::Short ? Load16(&offsets[size_t{strip} * 2], TIFF_INTEL)
                                                            : Load32(&offsets[size_t{strip} * 4], TIFF_INTEL);
     offset += TileHeaderBytes(context);
-    return true;
+    return error::None;
 }
 
 // A strip that begins inside the bytes held needs no read.
 static Status PositionOnStrip(CodecContext* context)
 {
     uint32_t offset = 0;
-    if (!StripOffset(context, context->strip, offset))
-        return error::InputOutput;
+    if (const Status status = StripOffset(context, context->strip, offset); status != error::None)
+        return status;
     const uint32_t loaded = context->stripPos - context->bufferFilePos;
     const bool held = context->bufferFilePos != NOTHING_LOADED && offset >= context->bufferFilePos &&
                       offset - context->bufferFilePos <= loaded;
@@ -159,7 +161,7 @@ extern "C" uint32_t InitDecodeBuffers(CodecContext* context) noexcept
     context->bufferFilePos = NOTHING_LOADED;
     const Status loaded = context->stripOffsets ? PositionOnStrip(context) : FillCodeBuffer(context);
     if (loaded != error::None)
-        return error::InputOutput;
+        return loaded == error::NotEnoughMemory ? loaded : Status{error::InputOutput};
     BeginLine(context);
     return error::None;
 }

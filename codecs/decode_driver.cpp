@@ -24,6 +24,8 @@ Status PrepareCall(CodecCall* call, HGLOBAL file, uint32_t page, RowRange range)
 Status RunDecoder(CodecCall* context, HGLOBAL file)
 {
     Locked<TiffFileRecord> record(file);
+    if (!record)
+        return error::NotEnoughMemory;
     const Stream stream(OpenRecord(*record));
     context->stream = stream.Get();
     if (!SizeToRead(context->stream, context->dataEnd) || mSeek(context->stream, 0, 0) == STREAM_FAILED)

@@ -22,26 +22,36 @@ void EmptyCodeBuffer(CodecContext* context)
     context->codeBytesLeft = context->codeBufferSize;
 }
 
-static void StoreEntry(const CodecContext* context, HGLOBAL block, uint32_t value)
+// Strips beyond the list are not noted.
+static Status StoreEntry(const CodecContext* context, HGLOBAL block, uint32_t value)
 {
-    Locked<uint8_t> entries(context->strip < context->stripCount ? block : nullptr);
-    if (entries)
-        std::memcpy(&entries[size_t{context->strip} * 4], &value, sizeof(value));
+    if (!block || context->strip >= context->stripCount)
+        return error::None;
+    Locked<uint8_t> entries(block);
+    if (!entries)
+        return error::NotEnoughMemory;
+    std::memcpy(&entries[size_t{context->strip} * 4], &value, sizeof(value));
+    return error::None;
 }
 
 // The next strip begins behind the bytes in the buffer. Its count starts that far below zero, so that
 // flushing them brings it to 0.
-static void CloseStrip(CodecContext* context)
+static Status CloseStrip(CodecContext* context)
 {
     const uint32_t filled = FilledBytes(context);
     const uint32_t stripBytes = context->bufferFilePos + filled;
-    StoreEntry(context, context->stripOffsets, context->dataEnd);
-    StoreEntry(context, context->stripByteCounts, stripBytes);
+    if (const Status status = StoreEntry(context, context->stripOffsets, context->dataEnd);
+        status != error::None)
+        return status;
+    if (const Status status = StoreEntry(context, context->stripByteCounts, stripBytes);
+        status != error::None)
+        return status;
     SetStripLastRow(context);
     ++context->strip;
     context->dataEnd += stripBytes;
     context->stripPos = 0;
     context->bufferFilePos = 0u - filled;
+    return error::None;
 }
 
 void OrderSamples(const CodecContext* context)
@@ -86,7 +96,8 @@ extern "C" uint32_t InitEncodeBuffers(CodecContext* context) noexcept
 extern "C" uint32_t FillDataBuffer(CodecContext* context) noexcept
 {
     if (context->lastLineOfStrip)
-        CloseStrip(context);
+        if (const Status status = CloseStrip(context); status != error::None)
+            return status;
     if (context->row >= Rows(context))
         return ALL_ROWS_DONE;
     BeginLine(context);

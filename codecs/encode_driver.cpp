@@ -26,16 +26,27 @@ Status RunEncoder(CodecCall* call, const PageScheme& scheme)
     return FlushCodeBuffer(call);
 }
 
+// The tags are not locked any more afterwards: the page gets some while it is encoded.
+Status FindScheme(HGLOBAL file, uint32_t page, PageCodecs codecs, const PageScheme*& scheme)
+{
+    const PageTags tags(file, page);
+    if (!tags)
+        return error::NotEnoughMemory;
+    scheme = &SchemeOf(tags);
+    const bool hasPictureCodec = codecs == PageCodecs::All && scheme->encodePicture;
+    return scheme->isLeft(tags) && !hasPictureCodec ? scheme->notEncoded : Status{error::None};
+}
+
 // The open flags change only with the directory. A new file that fails here keeps its "no header" flag, so
 // that the next try begins it afresh.
 Status WritePage(CodecCall* call, HGLOBAL file, uint32_t page, PageCodecs codecs)
 {
     if (const Status status = DescribeLines(call, file, page); status != error::None)
         return status;
-    const PageScheme& scheme = SchemeOf(PageTags(file, page));
-    const bool hasPictureCodec = codecs == PageCodecs::All && scheme.encodePicture;
-    if (scheme.isLeft(PageTags(file, page)) && !hasPictureCodec)
-        return scheme.notEncoded;
+    const PageScheme* found = nullptr;
+    if (const Status status = FindScheme(file, page, codecs, found); status != error::None)
+        return status;
+    const PageScheme& scheme = *found;
     if (const Status status = scheme.describeEncoding(call, file, page); status != error::None)
         return status;
     WritingStream stream(file, OPEN_RETRIES);

@@ -103,7 +103,11 @@ static bool DefineTables(const CodecContext* context, HGLOBAL file, uint32_t pag
     } tables[] = {{tag::JpegQTables, context->quantisationTables},
                   {tag::JpegAcTables, context->acTables},
                   {tag::JpegDcTables, context->dcTables}};
-    const uint32_t samples = PageTags(file, page).Value(tag::SamplesPerPixel, 1);
+    uint32_t samples = 0;
+    if (const PageTags tags(file, page); tags)
+        samples = tags.Value(tag::SamplesPerPixel, 1);
+    else
+        return false;
     return std::all_of(std::begin(tables), std::end(tables), [=](const auto& table) {
         const uint64_t held = table.block ? GlobalSize(table.block) / 4 : 0;
         const auto count = static_cast<uint32_t>(std::min<uint64_t>(samples, held));

@@ -52,8 +52,14 @@ Status MakeLists(CodecContext* context, uint64_t count)
 // A strip without rows would never end: such a page becomes one strip.
 Status DescribeStripsToEncode(CodecContext* context, HGLOBAL file, uint32_t page)
 {
-    const uint32_t rowsPerStrip = PageTags(file, page).Value(tag::RowsPerStrip, 1);
-    const bool saysRows = PageTags(file, page).Value(tag::RowsPerStrip, 0) != 0;
+    uint32_t rowsPerStrip = 0;
+    bool saysRows = false;
+    if (const PageTags tags(file, page); tags) {
+        rowsPerStrip = tags.Value(tag::RowsPerStrip, 1);
+        saysRows = tags.Value(tag::RowsPerStrip, 0) != 0;
+    } else {
+        return error::NotEnoughMemory;
+    }
     context->rowsPerStrip = rowsPerStrip ? rowsPerStrip : Rows(context);
     if (const Status status = MakeLists(context, PartsOf(Rows(context), context->rowsPerStrip));
         status != error::None || saysRows)

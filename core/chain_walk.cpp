@@ -40,6 +40,8 @@ bool EnterPages(SeenOffsets& seen, const WalkedPage* pages, uint32_t pageCount)
         seen.entered = 0;
     }
     Locked<uint32_t> slots(seen.slots.Get());
+    if (!slots)
+        return false;
     for (; seen.entered < pageCount; ++seen.entered) {
         uint32_t slot = SlotOf(pages[seen.entered].directoryOffset, seen.slotCount);
         while (slots[slot] != 0)
@@ -61,6 +63,8 @@ bool FindSeen(SeenOffsets& seen, const WalkedPage* pages, uint32_t pageCount, ui
     if (!EnterPages(seen, pages, pageCount))
         return false;
     Locked<uint32_t> slots(seen.slots.Get());
+    if (!slots)
+        return false;
     for (uint32_t slot = SlotOf(offset, seen.slotCount); slots[slot] != 0;
          slot = (slot + 1) & (seen.slotCount - 1))
         if (pages[slots[slot] - 1].directoryOffset == offset)

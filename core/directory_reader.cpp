@@ -151,11 +151,11 @@ Status ReadTags(DirectoryWindow& window, uint32_t fileBytes, uint32_t directory,
 Status LoadTags(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes, bool& whole)
 {
     whole = true;
-    if (IsRegistered(file, page))
-        return error::None;
+    if (const Status status = PageStatus(file, page); status != error::NotRegistered)
+        return status;
     const auto entry = FindPage(file, page);
     if (!entry)
-        return error::IndexOutOfRange;
+        return error::NotEnoughMemory;
     if (entry->directoryOffset == 0)
         return error::InputOutput; // a page that was never written
     GlobalBlock block;
@@ -170,10 +170,8 @@ Status LoadTags(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t f
 
 Status LoadTags(HGLOBAL file, uint32_t page)
 {
-    if (IsRegistered(file, page))
-        return error::None;
-    if (!FindPage(file, page))
-        return error::IndexOutOfRange;
+    if (const Status status = PageStatus(file, page); status != error::NotRegistered)
+        return status;
     Locked<TiffFileRecord> record(file);
     if (!record)
         return error::NotEnoughMemory;

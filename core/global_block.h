@@ -4,6 +4,7 @@
 #include "core/win32.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 namespace tiff {
@@ -77,13 +78,15 @@ private:
     HGLOBAL block = nullptr;
 };
 
-// Locks a block for a scope; false when the block is null or gone.
+// Locks a block for a scope; false when the block is null or gone. Who would lose what lies in the block asks
+// for several tries.
 template <class T>
 class Locked {
 public:
-    explicit Locked(HGLOBAL block)
-        : block(block), address(block ? static_cast<T*>(GlobalLock(block)) : nullptr)
+    explicit Locked(HGLOBAL block, uint32_t tries = 1) : block(block), address(nullptr)
     {
+        for (; block && !address && tries > 0; --tries)
+            address = static_cast<T*>(GlobalLock(block));
     }
     Locked(const Locked&) = delete;
     Locked& operator=(const Locked&) = delete;

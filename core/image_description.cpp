@@ -309,6 +309,8 @@ extern "C" uint32_t GetTiffRowsPerStrip(HGLOBAL file, uint32_t page) noexcept
         return 0;
     const PageTags tags(file, page);
     const auto length = tags.Find(tag::ImageLength);
+    if (!tags)
+        SetTiffError(error::NotEnoughMemory);
     if (!length)
         return 0;
     const uint32_t rows = length->Number(0).value_or(0);
@@ -322,5 +324,7 @@ extern "C" uint32_t GetTiffStripCount(HGLOBAL file, uint32_t page) noexcept
         return 0;
     const PageTags tags(file, page);
     const auto offsets = tags.Find(tag::StripOffsets);
+    if (!tags)
+        SetTiffError(error::NotEnoughMemory);
     return offsets ? offsets->count : 0;
 }

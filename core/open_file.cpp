@@ -316,7 +316,8 @@ extern "C" HGLOBAL OpenTiffInMemory(HGLOBAL memory, uint32_t size, uint32_t mode
 
 extern "C" HGLOBAL GetMemoryTiffHandle(HGLOBAL file) noexcept
 {
-    Locked<TiffFileRecord> record(file);
+    // Without it the TIFF is lost: writing may have moved the block.
+    Locked<TiffFileRecord> record(file, 2);
     return record ? record->memoryBlock : nullptr;
 }
 
@@ -335,9 +336,11 @@ extern "C" uint32_t GetNumberOfImagesInTiffFile(const char* path) noexcept
     HGLOBAL file = OpenTiffFile(path, T_READ);
     if (!file)
         return 0xFFFFFFFF;
-    const uint32_t pageCount = NumberOfTiffImages(file, TIFF_ALL_PAGES);
+    const auto pageCount = CountPages(file);
     CloseTiffFile(file);
-    return pageCount;
+    if (!pageCount)
+        SetTiffError(error::NotEnoughMemory);
+    return pageCount.value_or(0xFFFFFFFF);
 }
 
 extern "C" int32_t GetTiffFileInfo(HGLOBAL file, TiffFileInformation* info) noexcept

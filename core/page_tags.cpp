@@ -264,6 +264,8 @@ extern "C" uint32_t DefineGeneralTags(HGLOBAL file, uint32_t page, const TiffPag
     uint32_t compression = compression::Stored;
     if (const PageTags tags(file, page); tags)
         compression = tags.Value(tag::Compression, compression);
+    else if (IsTiffImageRegistered(file, page))
+        return Fail(error::NotEnoughMemory);
     Definition definition{file, page, false};
     switch (SchemeTagsOf(compression).picture) {
     case PictureTags::Strips:

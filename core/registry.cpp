@@ -35,14 +35,20 @@ std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page)
     return Pages(record.Get())[page];
 }
 
+std::optional<uint32_t> CountPages(HGLOBAL file)
+{
+    Locked<TiffFileRecord> record(file);
+    return record ? std::optional(uint32_t{record->pageCount}) : std::nullopt;
+}
+
 Status PageStatus(HGLOBAL file, uint32_t page)
 {
-    if (!file)
+    Locked<TiffFileRecord> record(file);
+    if (!record)
         return error::InvalidHandle;
-    const auto entry = FindPage(file, page);
-    if (!entry)
+    if (page >= record->pageCount)
         return error::IndexOutOfRange;
-    return entry->kind & PAGE_REGISTERED ? error::None : error::NotRegistered;
+    return Pages(record.Get())[page].kind & PAGE_REGISTERED ? error::None : error::NotRegistered;
 }
 
 Status TagsStatus(HGLOBAL file, uint32_t page)
@@ -74,8 +80,8 @@ static void Drop(PageEntry& entry)
 
 void DropPages(HGLOBAL file)
 {
-    Locked<TiffFileRecord> record(file);
-    if (record)
+    // Without the record the tags stay in memory for good.
+    if (Locked<TiffFileRecord> record(file, 2); record)
         std::for_each_n(Pages(record.Get()), record->pageCount, Drop);
 }
 
@@ -106,8 +112,11 @@ extern "C" int32_t DropTiffImage(HGLOBAL file, uint32_t page) noexcept
 extern "C" uint32_t NumberOfTiffImages(HGLOBAL file, uint32_t kind) noexcept
 {
     Locked<TiffFileRecord> record(file);
-    if (!record)
+    if (!record) {
+        if (file)
+            SetTiffError(error::InvalidHandle);
         return 0;
+    }
     const uint32_t pageCount = record->pageCount;
     if (kind & TIFF_ALL_PAGES)
         return pageCount;

@@ -30,6 +30,9 @@ inline PageEntry* Pages(TiffFileRecord* record)
 // A copy of a page's entry in any state; nothing for a page outside the file.
 std::optional<PageEntry> FindPage(HGLOBAL file, uint32_t page);
 
+// Nothing when the record cannot be locked: such a file must not pass for one without pages.
+std::optional<uint32_t> CountPages(HGLOBAL file);
+
 // 0 for a page whose tags are loaded or defined; 3 no such page, 27 not loaded, 34 no such file.
 [[nodiscard]] Status PageStatus(HGLOBAL file, uint32_t page);
 

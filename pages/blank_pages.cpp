@@ -162,6 +162,10 @@ uint32_t FindPageThat(Search search, const char* path, int32_t firstPage, Status
     const BusyCursor busy;
     // A chain with a loop or a break is searched once; if no page matches, that is an error.
     const uint32_t pages = PagesBeforeRepeat(file.Get());
+    if (pages == 0) {
+        status = error::NotEnoughMemory;
+        return SEARCH_FAILED;
+    }
     for (uint32_t page = first; page < pages; ++page) {
         bool matches = false;
         status = TestPage(search, file.Get(), page, matches);

@@ -3,6 +3,7 @@
 #include "core/records.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace tiff {
 
@@ -14,30 +15,24 @@ GlobalBlock CopyOf(HGLOBAL block)
     if (!from)
         return {};
     GlobalBlock copy(GlobalSize(block));
-    if (const Locked<uint8_t> to(copy.Get()); to)
-        std::memcpy(to.Get(), from.Get(), GlobalSize(block));
+    const Locked<uint8_t> to(copy.Get());
+    if (!to)
+        return {};
+    std::memcpy(to.Get(), from.Get(), GlobalSize(block));
     return copy;
 }
 
-// A TIFF in memory that is copied into itself is read from a copy: growing may move it.
-GlobalBlock SnapshotOf(HGLOBAL file, HGLOBAL destination)
+// A TIFF in memory that is copied into itself is read from a copy: growing may move it. Without the records,
+// or memory for the copy, there is no stream.
+TiffStream OpenSource(HGLOBAL file, HGLOBAL destination, GlobalBlock& snapshot)
 {
-    const Locked<TiffFileRecord> record(file);
-    HGLOBAL block = record ? record->memoryBlock : nullptr;
-    const Locked<TiffFileRecord> other(destination);
-    return block && other && other->memoryBlock == block ? CopyOf(block) : GlobalBlock();
-}
-
-TiffStream OpenSource(HGLOBAL file, HGLOBAL destination, const GlobalBlock& snapshot)
-{
-    const Locked<TiffFileRecord> record(file);
-    if (!record)
+    const Locked<TiffFileRecord> record(file), other(destination);
+    if (!record || (destination && !other))
         return NO_STREAM;
-    if (snapshot)
-        return OpenMemoryStream(snapshot.Get(), record->memoryBytes);
-    const Locked<TiffFileRecord> other(destination);
-    const bool shared = other && record->memoryBlock && other->memoryBlock == record->memoryBlock;
-    return shared ? NO_STREAM : OpenRecord(*record); // no memory for the copy
+    if (!other || !record->memoryBlock || other->memoryBlock != record->memoryBlock)
+        return OpenRecord(*record);
+    snapshot = CopyOf(record->memoryBlock);
+    return snapshot ? OpenMemoryStream(snapshot.Get(), record->memoryBytes) : NO_STREAM;
 }
 
 // Of a file beyond 4 GiB, the part that offsets can reach.
@@ -47,19 +42,22 @@ uint32_t BytesOf(TiffStream stream)
     return SizeToRead(stream, bytes) ? std::min(bytes, STREAM_FAILED - 1) : STREAM_FAILED;
 }
 
-uint32_t ByteOrderOf(HGLOBAL file)
+std::optional<uint32_t> ByteOrderOf(HGLOBAL file)
 {
     const Locked<TiffFileRecord> record(file);
-    return record ? record->byteOrder : uint32_t{TIFF_INTEL};
+    return record ? std::optional<uint32_t>(record->byteOrder) : std::nullopt;
 }
 
 } // namespace
 
 CopySource::CopySource(HGLOBAL file, BrokenBranch brokenBranch, HGLOBAL destination)
-    : file(file), brokenBranch(brokenBranch), snapshot(SnapshotOf(file, destination)),
-      stream(OpenSource(file, destination, snapshot)),
-      bytes(BytesOf(stream.Get())), window{.stream = stream.Get(), .byteOrder = ByteOrderOf(file), .bytes{}}
+    : file(file), brokenBranch(brokenBranch), stream(OpenSource(file, destination, snapshot)),
+      bytes(BytesOf(stream.Get())), window{.stream = stream.Get(), .bytes{}}
 {
+    const auto byteOrder = ByteOrderOf(file);
+    window.byteOrder = byteOrder.value_or(TIFF_INTEL);
+    if (!byteOrder)
+        bytes = STREAM_FAILED;
 }
 
 } // namespace tiff

@@ -35,6 +35,7 @@ Status CopyUnlessEmpty(CopySource& source, PageRange range, const char* path)
 // A file whose links are changed in place.
 struct Relinking {
     HGLOBAL file;
+    uint32_t pageCount;
     Stream stream;
     DirectoryWindow window;
 };
@@ -45,7 +46,10 @@ Status LinkPosition(Relinking& work, uint32_t page, uint32_t& position)
     position = FIRST_LINK;
     if (page == 0)
         return error::None;
-    const uint32_t directory = FindPage(work.file, page - 1)->directoryOffset;
+    const auto before = FindPage(work.file, page - 1);
+    if (!before)
+        return error::NotEnoughMemory;
+    const uint32_t directory = before->directoryOffset;
     const uint8_t* counted = Fetch(work.window, directory, 2);
     if (!counted)
         return error::InputOutput;
@@ -53,26 +57,28 @@ Status LinkPosition(Relinking& work, uint32_t page, uint32_t& position)
     return error::None;
 }
 
-// Changes the link to a page.
-Status Relink(Relinking& work, uint32_t page, uint32_t directoryOffset)
+// Changes the link to a page, to lead to `target` or, behind the last page, to end the chain.
+Status Relink(Relinking& work, uint32_t page, uint32_t target)
 {
-    uint32_t position;
+    uint32_t position, directoryOffset = 0;
     if (const Status status = LinkPosition(work, page, position); status != error::None)
         return status;
+    if (target < work.pageCount) {
+        const auto entry = FindPage(work.file, target);
+        if (!entry)
+            return error::NotEnoughMemory;
+        directoryOffset = entry->directoryOffset;
+    }
     return PatchLink(work.stream.Get(), position, directoryOffset, work.window.byteOrder);
-}
-
-// Offset of a page's directory; 0, the end of the chain, after the last.
-uint32_t DirectoryOf(HGLOBAL file, uint32_t page)
-{
-    const auto entry = FindPage(file, page);
-    return entry ? entry->directoryOffset : 0;
 }
 
 Relinking BeginRelinking(const char* path, const OpenedTiff& file)
 {
     const TiffStream stream = OpenDiskStream(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING);
-    return {file.Get(), Stream(stream), {.stream = stream, .byteOrder = file.ByteOrder(), .bytes{}}};
+    return {file.Get(),
+            file.PageCount(),
+            Stream(stream),
+            {.stream = stream, .byteOrder = file.ByteOrder(), .bytes{}}};
 }
 
 Status InsertInPlace(const char* path, const NewPage& page, uint32_t position, bool replace)
@@ -91,11 +97,12 @@ Status InsertInPlace(const char* path, const NewPage& page, uint32_t position, b
         return error::InputOutput;
     // From the end of the chain to its beginning: at no moment has the chain a loop or lacks an old page that
     // stays.
-    Status status = Relink(work, last, 0);
+    const uint32_t none = file.PageCount();
+    Status status = Relink(work, last, none);
     if (status == error::None)
-        status = Relink(work, last + 1, next == last ? 0 : DirectoryOf(file.Get(), next));
+        status = Relink(work, last + 1, next == last ? none : next);
     if (status == error::None)
-        status = Relink(work, position, DirectoryOf(file.Get(), last));
+        status = Relink(work, position, last);
     return status;
 }
 
@@ -105,7 +112,7 @@ Status DeleteInPlace(const char* path, const OpenedTiff& file, uint32_t page)
     Relinking work = BeginRelinking(path, file);
     if (!work.stream)
         return error::InputOutput;
-    return Relink(work, page, DirectoryOf(file.Get(), page + 1));
+    return Relink(work, page, page + 1);
 }
 
 Status BuildInserted(const char* path, const OpenedTiff& file, const NewPage& page, uint32_t position,

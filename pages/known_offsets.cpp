@@ -27,9 +27,12 @@ bool HasOffsets(const RawEntry& entry)
 template <class Directory, class Entry>
 void ForEachEntry(CopySource& source, Directory directory, Entry entry)
 {
-    const uint32_t pageCount = NumberOfTiffImages(source.file, TIFF_ALL_PAGES);
-    for (uint32_t page = 0; page < pageCount; ++page) {
-        const uint32_t offset = FindPage(source.file, page)->directoryOffset;
+    const auto pageCount = CountPages(source.file);
+    source.window.failed |= !pageCount;
+    for (uint32_t page = 0; page < pageCount.value_or(0); ++page) {
+        const auto found = FindPage(source.file, page);
+        source.window.failed |= !found;
+        const uint32_t offset = found ? found->directoryOffset : 0;
         if (offset == 0)
             continue;
         directory(offset);

@@ -287,7 +287,10 @@ Status DescribePage(CopySource& source, uint32_t page, const PageTags& tags, Pag
     AddMissingLength(tags, tags.Find(tag::StripOffsets) ? stripReference : tiles, end);
     content.tags = {content.tags.data(), end};
     SortTags(content.tags);
-    const uint32_t directory = FindPage(source.file, page)->directoryOffset;
+    const auto entry = FindPage(source.file, page);
+    if (!entry)
+        return error::NotEnoughMemory;
+    const uint32_t directory = entry->directoryOffset;
     const Status status = directory != 0 ? RestoreForeignTypes(source, directory, content.tags) : error::None;
     return status == error::None && source.window.failed ? error::InputOutput : status;
 }

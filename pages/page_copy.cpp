@@ -56,7 +56,10 @@ Status AppendPlan(CopyRun& run, const CopyPlan& plan)
 Status PlanPage(CopySource& source, uint32_t page, const PageTags& tags, CopyPlan& plan)
 {
     source.scratch.GiveBack();
-    plan.offset = FindPage(source.file, page)->directoryOffset;
+    const auto entry = FindPage(source.file, page);
+    if (!entry)
+        return error::NotEnoughMemory;
+    plan.offset = entry->directoryOffset;
     Status status = DescribePage(source, page, tags, plan.page);
     if (status == error::None)
         status = FindContent(source, plan.page);
@@ -156,6 +159,8 @@ Status OpenOutput(CopyRun& run)
     uint32_t linkPosition;
     {
         Locked<TiffFileRecord> record(run.destination);
+        if (!record)
+            return error::NotEnoughMemory;
         isNew = record->openFlags & openflag::NoHeader;
         if (isNew && record->path[0] && IsSameFile(run.source.stream.Get(), record->path))
             return error::InvalidParameters;
@@ -233,6 +238,12 @@ uint32_t PagesBeforeRepeat(HGLOBAL file)
         if (sorted[at] >> 32 == sorted[at - 1] >> 32)
             distinct = std::min(distinct, sorted[at] & UINT32_MAX);
     return static_cast<uint32_t>(distinct);
+}
+
+bool IsRing(HGLOBAL file)
+{
+    const auto pageCount = CountPages(file);
+    return !pageCount || PagesBeforeRepeat(file) < *pageCount;
 }
 
 namespace {

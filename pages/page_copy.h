@@ -67,9 +67,7 @@ struct CopyRun {
 // The number of pages before the first whose directory came earlier: all pages, unless the chain has a loop.
 uint32_t PagesBeforeRepeat(HGLOBAL file);
 
-inline bool IsRing(HGLOBAL file)
-{
-    return PagesBeforeRepeat(file) < NumberOfTiffImages(file, TIFF_ALL_PAGES);
-}
+// True also when that cannot be found out.
+bool IsRing(HGLOBAL file);
 
 } // namespace tiff

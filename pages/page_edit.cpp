@@ -8,25 +8,26 @@
 
 namespace tiff {
 
-OpenedTiff::OpenedTiff(const char* path, uint32_t mode)
-    : file(OpenFile(path, mode, status)), whole(file && status == error::None && !IsRing(file))
+// What the record says is taken here: one that could not be locked later would seem to have no pages, and the
+// file would be deleted as empty.
+OpenedTiff::OpenedTiff(const char* path, uint32_t mode) : file(OpenFile(path, mode, status))
 {
+    if (!file)
+        return;
+    if (const Locked<TiffFileRecord> record(file); record) {
+        pageCount = record->pageCount;
+        byteOrder = record->byteOrder;
+        whole = status == error::None && !IsRing(file);
+        return;
+    }
+    CloseTiffFile(file);
+    file = nullptr;
+    status = error::NotEnoughMemory;
 }
 
 OpenedTiff::~OpenedTiff()
 {
     CloseTiffFile(file);
-}
-
-uint32_t OpenedTiff::PageCount() const
-{
-    return NumberOfTiffImages(file, TIFF_ALL_PAGES);
-}
-
-uint32_t OpenedTiff::ByteOrder() const
-{
-    const Locked<TiffFileRecord> record(file);
-    return record ? record->byteOrder : uint32_t{0};
 }
 
 Status BuildWithout(const OpenedTiff& file, PageRange range, const char* path)

@@ -32,13 +32,21 @@ public:
     {
         return file;
     }
-    uint32_t PageCount() const;
-    uint32_t ByteOrder() const;
+    // As it was opened.
+    uint32_t PageCount() const
+    {
+        return pageCount;
+    }
+    uint32_t ByteOrder() const
+    {
+        return byteOrder;
+    }
 
 private:
-    Status status = error::None; // before the file, because opening it sets this
+    Status status = error::None;
     HGLOBAL file;
-    bool whole;
+    uint32_t pageCount = 0, byteOrder = 0;
+    bool whole = false;
 };
 
 // Builds a new file from the pages of an open one, without those in a range.

@@ -30,8 +30,11 @@ using namespace tiff;
 extern "C" int32_t DecodeTiffImage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
                                    void* userData, TiffLineCallback lineCallback) noexcept
 {
+    const Status loaded = PageStatus(file, page);
+    if (file && loaded == error::InvalidHandle)
+        SetTiffError(loaded);
     // Deliberate: without a loaded page the thread's last outcome is reported again.
-    if (!IsRegistered(file, page))
+    if (loaded != error::None)
         return TiffError() == error::None;
     const Status status = DecodeForCaller(file, page, firstStrip, rowCount, userData, lineCallback);
     StoreLastError(status);

@@ -136,7 +136,7 @@ Status SaveInMemory(HGLOBAL memory, const PagePlan& plan, const LineFeed& feed, 
     }
     if (status == error::None)
         saved = memory ? block : fresh.Release();
-    return status;
+    return status == error::None && !saved ? Status{error::NotEnoughMemory} : status;
 }
 
 } // namespace

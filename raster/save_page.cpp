@@ -6,6 +6,7 @@
 #include "core/errors.h"
 #include "core/open_file.h"
 #include "core/page_tags.h"
+#include "core/registry.h"
 #include "raster/dib.h"
 #include "raster/save_dialog.h"
 #include "raster/save_settings.h"
@@ -137,9 +138,11 @@ bool DefineFillBits(HGLOBAL file, uint32_t page, const PagePlan& plan, FillBits 
 void DefinePageTags(HGLOBAL file, uint32_t page)
 {
     const uint32_t kind = PAGE_OF_MANY;
-    const uint16_t number[] = {static_cast<uint16_t>(NumberOfTiffImages(file, TIFF_ALL_PAGES) - 1), 0};
     (void)DefineTag(file, page, {tag::NewSubfileType, fieldtype::Long, 1, &kind});
-    (void)DefineTag(file, page, {tag::PageNumber, fieldtype::Short, 2, number});
+    if (const auto pageCount = CountPages(file)) {
+        const uint16_t number[] = {static_cast<uint16_t>(*pageCount - 1), 0};
+        (void)DefineTag(file, page, {tag::PageNumber, fieldtype::Short, 2, number});
+    }
 }
 
 bool DefineCoding(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveVariant& variant)
@@ -253,13 +256,6 @@ uint32_t SelectorOf(const SaveRequest& request)
     if (request.variant.unknownIsStored && (low < TIFF_SAVE_STORED || low > TIFF_SAVE_OLD_JPEG))
         return (request.selector & ~0xFFu) | TIFF_SAVE_STORED;
     return request.selector;
-}
-
-// Pages of one file keep one byte order: a link in the other order would lose the pages behind it.
-bool IsMotorola(HGLOBAL file)
-{
-    TiffFileInformation info;
-    return GetTiffFileInfo(file, &info) && info.byteOrder == TIFF_MOTOROLA;
 }
 
 // Bilevel and grey pages follow the source's first colour. A source without colours changes nothing.
@@ -380,7 +376,11 @@ Status PlanPage(const SaveRequest& request, const PictureFormat& format, PagePla
 Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant, const LineFeed& feed)
 {
     const BusyCursor busy;
-    if (IsMotorola(file))
+    // Pages of one file keep one byte order: a link in the other order would lose the pages behind it.
+    TiffFileInformation info;
+    if (!GetTiffFileInfo(file, &info))
+        return error::InvalidHandle;
+    if (info.byteOrder == TIFF_MOTOROLA)
         return error::MixedByteOrders;
     if (!ModiTiffFileInfo(file, nullptr, TIFF_INTEL))
         return error::InvalidHandle;

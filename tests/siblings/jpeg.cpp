@@ -32,10 +32,14 @@ void Keep(const CodecContext* context)
     call.cursor = GetCursor();
 }
 
-void Store(HGLOBAL block, std::initializer_list<uint32_t> values)
+bool Store(HGLOBAL block, std::initializer_list<uint32_t> values)
 {
-    std::copy(values.begin(), values.end(), static_cast<uint32_t*>(GlobalLock(block)));
+    auto* const entries = block ? static_cast<uint32_t*>(GlobalLock(block)) : nullptr;
+    if (!entries)
+        return false;
+    std::copy(values.begin(), values.end(), entries);
     GlobalUnlock(block);
+    return true;
 }
 
 } // namespace
@@ -85,11 +89,9 @@ extern "C" __declspec(dllexport) uint32_t JPEGEncoder(CodecContext* context)
     const uint32_t end = mTell(context->stream);
     if (start == STREAM_FAILED || end == STREAM_FAILED)
         return 6;
-    Store(context->stripOffsets, {start});
-    Store(context->stripByteCounts, {end - start});
     context->quantisationTables = GlobalAlloc(GMEM_MOVEABLE, 12);
-    if (!context->quantisationTables)
-        return 1;
-    Store(context->quantisationTables, {8, 9, 10});
-    return answer;
+    const bool stored = Store(context->stripOffsets, {start}) &&
+                        Store(context->stripByteCounts, {end - start}) &&
+                        Store(context->quantisationTables, {8, 9, 10});
+    return stored ? answer : 1;
 }

@@ -289,7 +289,9 @@ Outcome TakeBlock(HGLOBAL block)
 
 Outcome TakeFile(HGLOBAL file)
 {
-    const Outcome outcome = Answer(file ? NumberOfTiffImages(file, TIFF_ALL_PAGES) + 1 : 0);
+    constexpr uint32_t INVALID_HANDLE = 34;
+    const uint32_t pages = NumberOfTiffImages(file, TIFF_ALL_PAGES);
+    const Outcome outcome = Answer(file && TiffError() != INVALID_HANDLE ? pages + 1 : 0);
     CloseTiffFile(file);
     return outcome;
 }
