@@ -54,12 +54,16 @@ bool IsBreak(char byte)
 }
 
 // Draws the line's first bytes.
-void Draw(const Layout& layout, uint32_t length)
+Status Draw(const Layout& layout, uint32_t length)
 {
+    if (length == 0)
+        return TIFF_TEXT_DONE;
     const Locked<char> text(layout.line.Get());
-    if (text && length != 0)
-        layout.device.draw(layout.device.record, static_cast<int32_t>(layout.x),
-                           static_cast<int32_t>(layout.y), {text.Get(), length});
+    if (!text)
+        return TIFF_TEXT_NO_PAGE;
+    layout.device.draw(layout.device.record, static_cast<int32_t>(layout.x), static_cast<int32_t>(layout.y),
+                       {text.Get(), length});
+    return TIFF_TEXT_DONE;
 }
 
 void ClearLine(Layout& layout)
@@ -92,7 +96,8 @@ Status NextLine(Layout& layout)
 // Draws the line up to its last break character; the rest begins the next line.
 Status Wrap(Layout& layout, char* text)
 {
-    Draw(layout, layout.breakLength);
+    if (const Status status = Draw(layout, layout.breakLength); status != TIFF_TEXT_DONE)
+        return status;
     layout.length -= layout.breakLength;
     layout.width -= layout.breakWidth;
     std::memmove(text, text + layout.breakLength, layout.length);
@@ -143,7 +148,8 @@ Status AddText(Layout& layout, std::span<const char> added)
 // A stop behind the margin is as good as a line end.
 Status MoveToTab(Layout& layout)
 {
-    Draw(layout, layout.length);
+    if (const Status status = Draw(layout, layout.length); status != TIFF_TEXT_DONE)
+        return status;
     layout.x += layout.width;
     if (layout.tab < layout.page.tabStops.size())
         layout.x = std::max<int64_t>(layout.x, layout.page.tabStops[layout.tab++]);
@@ -153,7 +159,8 @@ Status MoveToTab(Layout& layout)
 
 Status EndLine(Layout& layout)
 {
-    Draw(layout, layout.length);
+    if (const Status status = Draw(layout, layout.length); status != TIFF_TEXT_DONE)
+        return status;
     ClearLine(layout);
     layout.afterReturn = true;
     return NextLine(layout);
@@ -196,8 +203,9 @@ Layout BeginLayout(const TextGeometry& geometry, const TextDevice& device, uint3
 
 Status EndText(const Layout& layout)
 {
-    Draw(layout, layout.length);
-    const Status status = layout.device.deliver(layout.device.record);
+    Status status = Draw(layout, layout.length);
+    if (status == TIFF_TEXT_DONE)
+        status = layout.device.deliver(layout.device.record);
     layout.pages += status == TIFF_TEXT_DONE;
     return status;
 }

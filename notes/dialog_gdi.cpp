@@ -138,6 +138,10 @@ int32_t ShowNoteDialog(HWND window, TiffNote& note, std::span<char> room, Status
     if (status != error::None)
         return 0;
     const Locked<const char> text(shown.Get());
+    if (!text) {
+        status = error::NotEnoughMemory;
+        return 0;
+    }
     NoteRequest request = {note, room, text.Get()};
     NoteRequest* const before = std::exchange(ThreadDialog().request, &request);
     const INT_PTR answer = DialogBoxParamW(processState.module, L"NOTEITDLG", window, RunNote, 0);

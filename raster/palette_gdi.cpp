@@ -46,6 +46,8 @@ extern "C" HPALETTE GetTiffImagePalette(const char* path, uint32_t page) noexcep
     GlobalBlock block;
     block.Adopt(GetTiffRGBQuad(loaded.File(), page));
     const Locked<BITMAPINFO> info(block.Get());
+    if (block && !info)
+        SetTiffError(error::NotEnoughMemory);
     if (!info || info->bmiHeader.biBitCount == 1 || info->bmiHeader.biClrUsed == 0)
         return nullptr;
     HPALETTE palette = MakePalette(*info);
