@@ -45,12 +45,13 @@ TIFF_LAYOUT(TiffRawFax, 36, longestBadRun, 32);
  * bytes  the code of one page, from its first row. They are only read.
  * size   their number.
  * fax    what is known; the found values and results are written into it, also when the file cannot be
- * written.
+ *        written.
  *
  * Returns 1, or 0 with the last error set; the file then has the pages it had.
- * Errors: 1 memory; 2 the file cannot be opened; 6 it cannot be written; 12 no row can be decoded; 29 no
- * path, code or record, or a value that does not exist; 36 more than 2,147,483,647 bytes of code. A success
- * clears the last error.
+ * Errors: 1 memory; 2 the file cannot be opened; 6 it cannot be written; 7 path too long; 12 no row can be
+ *         decoded; 29 no path, code or record, or a value that does not exist; 36 more than 2,147,483,647
+ *         bytes of code, or 1,000,000 rows.
+ * A success clears the last error.
  */
 int32_t TIFF_CALL AppendRawFaxToTiff(const char* path, const void* bytes, uint32_t size,
                                      TiffRawFax* fax) TIFF_NOEXCEPT;
