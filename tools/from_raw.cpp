@@ -94,6 +94,12 @@ bool ReadFile(const std::string& path, std::vector<uint8_t>& bytes)
     return whole && !bytes.empty() && bytes.size() <= INT32_MAX;
 }
 
+bool IsTiff(const std::vector<uint8_t>& bytes)
+{
+    return bytes.size() >= 4 &&
+           (memcmp(bytes.data(), "II*\0", 4) == 0 || memcmp(bytes.data(), "MM\0*", 4) == 0);
+}
+
 void ShowFound(const std::string& path, const TiffRawFax& fax)
 {
     const auto* known = std::ranges::find(schemes, fax.scheme, [](const auto& row) { return row.scheme; });
@@ -109,6 +115,9 @@ int AppendFile(const std::string& path, const char* output, const char* unfinish
     std::vector<uint8_t> bytes;
     if (!ReadFile(path, bytes)) {
         return FAILED;
+    }
+    if (IsTiff(bytes)) {
+        return ReportSentence(path, "is a TIFF file already; cat and convert take it");
     }
     TiffRawFax fax = order;
     if (!AppendRawFaxToTiff(unfinished, bytes.data(), static_cast<uint32_t>(bytes.size()), &fax)) {

@@ -43,8 +43,9 @@ Bytes TakeDib(HGLOBAL dib)
 
 std::string Detail()
 {
-    char text[512];
-    EXPECT_EQ(TiffErrorDetail(text, sizeof(text)), std::strlen(text) + 1);
+    char text[512] = "";
+    const uint32_t bytes = TiffErrorDetail(text, sizeof(text));
+    EXPECT_EQ(bytes, std::strlen(text) + 1);
     return text;
 }
 
