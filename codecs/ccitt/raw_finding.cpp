@@ -25,7 +25,10 @@ constexpr uint32_t fillOrders[] = {TIFF_MSB_FIRST, TIFF_LSB_FIRST};
 constexpr uint32_t widths[] = {1728, 2048, 2432, 2592, 3072, 3648, 3456, 4096, 4864};
 
 struct Eols {
-    bool any, aligned; // all end on a byte, those apart that follow another, as behind the last row
+    bool any;
+    // All end on a byte, those apart that follow another, as behind the last row. Some encoders of
+    // two-dimensional code let the tag bit behind an EOL end there.
+    bool aligned, alignedWithTag;
 };
 
 struct Code {
@@ -62,7 +65,7 @@ const Eols& EolsOf(const Code& code, uint32_t fillOrder)
 Eols FindEols(std::span<const uint8_t> code, uint32_t fillOrder)
 {
     constexpr uint32_t EOL_ZEROS = 11, TAG_BITS = 1;
-    Eols eols = {false, true};
+    Eols eols = {false, true, true};
     uint64_t zeros = 0, position = 0, lastEol = 0;
     for (const uint8_t stored : code) {
         const uint8_t byte = fillOrder == TIFF_LSB_FIRST ? reversedBits[stored] : stored;
@@ -75,6 +78,7 @@ Eols FindEols(std::span<const uint8_t> code, uint32_t fillOrder)
             if (zeros >= EOL_ZEROS) {
                 const bool follows = eols.any && position - zeros - 1 <= lastEol + TAG_BITS;
                 eols.aligned &= follows || mask == 1;
+                eols.alignedWithTag &= follows || mask == 2;
                 eols.any = true;
                 lastEol = position;
             }
@@ -187,7 +191,8 @@ Status FindOutRawFax(std::span<const uint8_t> code, TiffRawFax& fax)
     fax.badRows = IsGroup3(fax.scheme) ? best.damage.badRows : 0;
     fax.longestBadRun = IsGroup3(fax.scheme) ? best.damage.longestRun : 0;
     const Eols& eols = EolsOf(read, fax.fillOrder);
-    const bool aligned = IsGroup3(fax.scheme) && eols.any && eols.aligned;
+    const bool withTag = fax.scheme == TIFF_RAW_GROUP3_TWO_DIMENSIONAL && eols.alignedWithTag;
+    const bool aligned = IsGroup3(fax.scheme) && eols.any && (eols.aligned || withTag);
     if (fax.alignment == 0)
         fax.alignment = aligned ? TIFF_RAW_ALIGNED : TIFF_RAW_UNALIGNED;
     return error::None;

@@ -63,7 +63,7 @@ TEST(DecodeQuality, DamagedRowsOfGroup3AreCounted)
         {"whole rows", 3, 0, 2, Times(EOL + ROW, 2) + Times(EOL, 6), 0, 0},
         {"no EOLs", 3, 0, 2, Times(ROW, 2), 0, 0},
         {"cut rows, two together", 3, 0, 5, cut + EOL + ROW + cut + cut + Times(EOL + ROW, 2), 3, 2},
-        {"a run past the width", 3, 0, 2, EOL + "000101 000101" + EOL + ROW, 1, 1},
+        {"a run past the width", 3, 0, 2, EOL + "1000 000101" + EOL + ROW, 1, 1},
         {"a damaged mode row", 3, 1, 3, first + two + "1" + one + ROW, 1, 1},
         {"an extension", 3, 1, 2, first + two + "0000001 111", 1, 1},
         {"a mode past the width", 3, 1, 2, one + "10011" + two + "000011", 1, 1},
