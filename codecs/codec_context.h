@@ -62,12 +62,21 @@ struct RowsInPlace {
     uint8_t* end; // end of the rows decoded, as they lie in memory
 };
 
+// What the CCITT decoders notice of damage. Healthy lines change nothing in it.
+struct LineDamage {
+    uint32_t badRows = 0, longestRun = 0;
+    uint32_t run = 0, nextRow = 0; // the run of damaged rows before this one
+    uint32_t cutColumn = 0;        // where EOLs cut two lines short; 0 when they did not
+};
+
 // A call by the library itself. Codecs of applications have only the public part.
 struct CodecCall : CodecContext {
     // The line routine changes no line and reads no spare bytes, so it may get a line where it lies instead
     // of in the line buffer.
     bool readsLines = false;
     const RowsInPlace* rowsInPlace = nullptr;
+    bool endsAtEols = false; // a sequence of EOLs ends the picture, for code whose rows are not known
+    LineDamage damage;
 };
 
 inline uint32_t Width(const CodecContext* context)

@@ -2,6 +2,8 @@
 
 #include "codecs/buffers.h"
 #include "codecs/codec_table.h"
+#include "codecs/decode_quality.h"
+#include "core/error_detail.h"
 #include "core/image_description.h"
 #include "core/open_file.h"
 #include "core/registry.h"
@@ -58,20 +60,32 @@ Status DescribeLines(CodecContext* context, HGLOBAL file, uint32_t page)
     return context->fillOrder == 1 || context->fillOrder == TIFF_LSB_FIRST ? error::None : error::BadBitOrder;
 }
 
-Status DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
-                  const LineTarget& target)
+static Status DecodeRange(HGLOBAL file, uint32_t page, RowRange range, const LineTarget& target)
 {
     if (!target.routine)
         return error::InvalidParameters;
     CodecCall call{};
     const ContextBlocks blocks(&call);
-    if (const Status status = PrepareCall(&call, file, page, {firstStrip, rowCount}); status != error::None)
+    if (const Status status = PrepareCall(&call, file, page, range); status != error::None)
         return status;
     if (call.row >= Rows(&call))
         return error::None;
     RowsInPlace rows;
     TakeTarget(&call, target, rows);
-    return RunDecoder(&call, file);
+    const uint32_t firstRow = call.row;
+    const Status status = RunDecoder(&call, file);
+    NoteQuality(call, firstRow);
+    return status;
+}
+
+Status DecodePage(HGLOBAL file, uint32_t page, uint32_t firstStrip, uint32_t rowCount,
+                  const LineTarget& target)
+{
+    ForgetFacts();
+    ForgetQuality();
+    const Status status = DecodeRange(file, page, {firstStrip, rowCount}, target);
+    NotePage(status, file, page);
+    return status;
 }
 
 } // namespace tiff

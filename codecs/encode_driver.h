@@ -5,6 +5,8 @@
 #include "core/win32.h"
 #include "tiff/codecs.h"
 
+#include <span>
+
 namespace tiff {
 
 // Where lines come from.
@@ -17,5 +19,8 @@ struct LineFeed {
 // work line by line.
 enum class PageCodecs { Lines, All };
 [[nodiscard]] Status EncodePage(HGLOBAL file, uint32_t page, const LineFeed& feed, PageCodecs codecs);
+
+// Puts code that is finished into the file, as the one strip of a page whose other tags are defined.
+[[nodiscard]] Status PutCode(HGLOBAL file, uint32_t page, std::span<const uint8_t> bytes);
 
 } // namespace tiff

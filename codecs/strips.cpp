@@ -1,5 +1,6 @@
 #include "codecs/strips.h"
 
+#include "core/error_detail.h"
 #include "core/global_block.h"
 #include "tiff/define.h"
 #include "tiff/directory.h"
@@ -14,8 +15,12 @@ static constexpr uint64_t MOST_PARTS = (INT32_MAX - LIST_SLACK) / 4; // that fit
 Status DescribeStripsToDecode(CodecContext* context, HGLOBAL file, uint32_t page, RowRange range)
 {
     const PageTags tags(file, page);
-    if (!tags.Find(tag::StripOffsets))
-        return tags ? error::TagsMissing : error::NotEnoughMemory;
+    if (!tags)
+        return error::NotEnoughMemory;
+    if (!tags.Find(tag::StripOffsets)) {
+        NoteTag(error::TagsMissing, tag::StripOffsets);
+        return error::TagsMissing;
+    }
     if (!GetTiffImageInfoBuffer(file, page, tag::StripOffsets, &context->stripOffsets,
                                 &context->stripOffsetsType, &context->stripCount))
         return error::NotEnoughMemory;

@@ -2,6 +2,7 @@
 // the file again.
 #include "core/directory_reader.h"
 
+#include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/open_file.h"
 #include "core/registry.h"
@@ -71,6 +72,7 @@ uint64_t MeasureRecords(DirectoryLoad load)
 bool NoteFailure(const DirectoryLoad& load, const DirectoryEntry& entry)
 {
     load.window.failed |= IsInFile(load.window.stream, entry.Field(), entry.valueBytes);
+    NoteTag(error::InputOutput, entry.tag);
     return false;
 }
 
@@ -148,7 +150,8 @@ Status ReadTags(DirectoryWindow& window, uint32_t fileBytes, uint32_t directory,
 
 } // namespace
 
-Status LoadTags(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes, bool& whole)
+static Status LoadTagsThrough(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes,
+                              bool& whole)
 {
     whole = true;
     if (const Status status = PageStatus(file, page); status != error::NotRegistered)
@@ -168,7 +171,15 @@ Status LoadTags(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t f
     return status;
 }
 
-Status LoadTags(HGLOBAL file, uint32_t page)
+Status LoadTags(HGLOBAL file, uint32_t page, DirectoryWindow& window, uint32_t fileBytes, bool& whole)
+{
+    ForgetFacts();
+    const Status status = LoadTagsThrough(file, page, window, fileBytes, whole);
+    NotePage(status, file, page);
+    return status;
+}
+
+static Status OpenAndLoadTags(HGLOBAL file, uint32_t page)
 {
     if (const Status status = PageStatus(file, page); status != error::NotRegistered)
         return status;
@@ -182,8 +193,16 @@ Status LoadTags(HGLOBAL file, uint32_t page)
     record.Unlock();
     uint32_t fileBytes;
     bool whole;
-    return SizeToRead(stream.Get(), fileBytes) ? LoadTags(file, page, window, fileBytes, whole)
+    return SizeToRead(stream.Get(), fileBytes) ? LoadTagsThrough(file, page, window, fileBytes, whole)
                                                : Status{error::InputOutput};
+}
+
+Status LoadTags(HGLOBAL file, uint32_t page)
+{
+    ForgetFacts();
+    const Status status = OpenAndLoadTags(file, page);
+    NotePage(status, file, page);
+    return status;
 }
 
 } // namespace tiff

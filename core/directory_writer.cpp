@@ -4,6 +4,7 @@
 
 #include "core/byte_order.h"
 #include "core/directory_layout.h"
+#include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/open_file.h"
 #include "core/registry.h"
@@ -128,6 +129,7 @@ extern "C" uint32_t WriteTiffImageDirectory(HGLOBAL file, uint32_t page) noexcep
     // Opening may empty the file, so a page that is not loaded is refused first.
     if (!IsTiffImageRegistered(file, page))
         return error::NotEnoughMemory;
+    ForgetFacts();
     WritingStream stream(file);
     if (!stream)
         return Fail(stream.OpenStatus());
@@ -139,5 +141,6 @@ extern "C" uint32_t WriteTiffImageDirectory(HGLOBAL file, uint32_t page) noexcep
         stream.Commit();
     else if (!linked)
         stream.TakeBack();
+    NotePage(status, file, page);
     return Fail(status);
 }

@@ -1,6 +1,7 @@
 #include "core/errors.h"
 
 #include "core/desktop.h"
+#include "core/error_detail.h"
 #include "core/thread_state.h"
 
 #include <array>
@@ -52,6 +53,7 @@ static constexpr std::array<const char*, error::LastCode + 1> texts = {
 void StoreLastError(Status status)
 {
     ThreadState().lastError = status;
+    SealFacts(status);
 }
 
 static bool HasText(uint32_t code)
@@ -67,8 +69,10 @@ extern "C" uint32_t SetTiffError(uint32_t code) noexcept
 {
     TiffThreadState& state = ThreadState();
     const uint32_t previous = state.lastError;
-    if (HasText(code))
+    if (HasText(code)) {
         state.lastError = code;
+        SealFacts(code);
+    }
     return previous;
 }
 

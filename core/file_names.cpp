@@ -1,5 +1,6 @@
 #include "core/file_names.h"
 
+#include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/thread_state.h"
 #include "tiff/paths.h"
@@ -56,9 +57,7 @@ bool MakeWideTempFile(const char* folder, const char* prefix, FileName name)
     return named;
 }
 
-} // namespace
-
-HANDLE OpenNamedFile(const char* path, DWORD access, DWORD disposition)
+HANDLE CreateNamed(const char* path, DWORD access, DWORD disposition)
 {
     constexpr DWORD SHARED = FILE_SHARE_READ | FILE_SHARE_WRITE;
     if (!InUtf8())
@@ -67,6 +66,16 @@ HANDLE OpenNamedFile(const char* path, DWORD access, DWORD disposition)
     return wide
                ? CreateFileW(wide.Get(), access, SHARED, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr)
                : INVALID_HANDLE_VALUE;
+}
+
+} // namespace
+
+HANDLE OpenNamedFile(const char* path, DWORD access, DWORD disposition)
+{
+    const HANDLE file = CreateNamed(path, access, disposition);
+    if (file == INVALID_HANDLE_VALUE)
+        NoteSystemError(error::InputOutput, path);
+    return file;
 }
 
 bool DeleteNamedFile(const char* path)

@@ -1,5 +1,6 @@
 #include "core/file_rewrite.h"
 
+#include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/file_names.h"
 #include "core/handles.h"
@@ -111,16 +112,21 @@ Status Replacement::Commit()
 {
     finished = true;
     if (!DeleteNamedFile(path) && IsThere(path)) {
+        NotePath(error::InputOutput, path);
         DeleteNamedFile(name);
         return error::InputOutput;
     }
     stranded = !RenameFile(name, path);
+    if (stranded)
+        NoteSystemError(error::InputOutput, path);
     return stranded ? error::InputOutput : error::None;
 }
 
 Status Replacement::Place()
 {
     finished = RenameFile(name, path);
+    if (!finished)
+        NoteSystemError(error::InputOutput, path);
     return finished ? error::None : error::InputOutput;
 }
 

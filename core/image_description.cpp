@@ -1,6 +1,7 @@
 // What a page's tags say: single values, arrays, size, resolution and colours.
 #include "core/image_description.h"
 #include "core/desktop.h"
+#include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/registry.h"
 #include "tiff/directory.h"
@@ -196,6 +197,14 @@ Status DescribeColours(const PageTags& tags, const BITMAPINFOHEADER& header, std
     return error::None;
 }
 
+static int32_t MissTag(HGLOBAL file, uint32_t page, Status status, uint32_t tag)
+{
+    NoteTag(status, tag);
+    NotePage(status, file, page);
+    SetTiffError(status);
+    return 0;
+}
+
 } // namespace tiff
 
 using namespace tiff;
@@ -207,8 +216,7 @@ extern "C" int32_t GetTiffImageInfo(HGLOBAL file, uint32_t page, uint32_t tag, v
     const PageTags tags(file, page);
     const auto found = tags.Find(tag);
     if (!found) {
-        SetTiffError(tags ? error::TagNotDefined : error::NotEnoughMemory);
-        return 0;
+        return MissTag(file, page, tags ? error::TagNotDefined : error::NotEnoughMemory, tag);
     }
     if (!out)
         return 1;
@@ -239,8 +247,7 @@ extern "C" int32_t GetTiffImageInfoBuffer(HGLOBAL file, uint32_t page, uint32_t 
     const PageTags tags(file, page);
     const auto found = tag ? tags.Find(tag) : std::nullopt;
     if (!tags || (tag && !found)) {
-        SetTiffError(tags ? error::TagNotDefined : error::NotEnoughMemory);
-        return 0;
+        return MissTag(file, page, tags ? error::TagNotDefined : error::NotEnoughMemory, tag);
     }
     if (outBlock) {
         GlobalBlock block = found ? CopyValues(found->values) : ListTags(tags);

@@ -2,6 +2,7 @@
 #include "core/open_file.h"
 
 #include "core/chain_walk.h"
+#include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/file_names.h"
 #include "core/global_block.h"
@@ -23,8 +24,11 @@ static constexpr uint32_t RETRY_PAUSE_MILLISECONDS = 200;
 
 TiffStream OpenRecord(const TiffFileRecord& record)
 {
-    return record.path[0] ? OpenForReading(record.path)
-                          : OpenMemoryStream(record.memoryBlock, record.memoryBytes);
+    if (record.path[0])
+        return OpenForReading(record.path);
+    if (record.openFlags & openflag::PlainBytes)
+        return OpenByteStream(record.memoryBlock, record.memoryBytes);
+    return OpenMemoryStream(record.memoryBlock, record.memoryBytes);
 }
 
 static TiffStream OpenForWriting(const TiffFileRecord& record)
@@ -267,7 +271,7 @@ static Found LookFor(const char* path)
     return AttributesOf(path) == INVALID_FILE_ATTRIBUTES ? Found::Nothing : Found::Unreadable;
 }
 
-HGLOBAL OpenFile(const char* path, uint32_t mode, Status& status)
+static HGLOBAL OpenInMode(const char* path, uint32_t mode, Status& status)
 {
     status = error::InvalidParameters;
     if (!path)
@@ -287,6 +291,25 @@ HGLOBAL OpenFile(const char* path, uint32_t mode, Status& status)
     default:
         return block.Release();
     }
+}
+
+HGLOBAL OpenFile(const char* path, uint32_t mode, Status& status)
+{
+    ForgetFacts();
+    HGLOBAL file = OpenInMode(path, mode, status);
+    if (status != error::None)
+        NotePath(status, path);
+    return file;
+}
+
+HGLOBAL OpenBytes(const void* bytes, uint32_t size, Status& status)
+{
+    ForgetFacts();
+    status = error::InvalidParameters;
+    if (!bytes || size == 0 || size > INT32_MAX)
+        return nullptr;
+    GlobalBlock block = MakeRecord("", const_cast<void*>(bytes), size, status);
+    return OpenExisting(std::move(block), openflag::Read | openflag::PlainBytes, status);
 }
 
 } // namespace tiff

@@ -58,6 +58,10 @@ private:
 // Writes the header of a file that has none yet, or moves to the end of one that has.
 [[nodiscard]] Status BeginPage(TiffStream stream, HGLOBAL file);
 
+// A TIFF in the caller's memory, for reading. The bytes must live as long as the handle, which no caller of
+// the library may get: functions for files in memory would take their address for a block.
+HGLOBAL OpenBytes(const void* bytes, uint32_t size, Status& status);
+
 // As OpenTiffFile, and says why: a file whose chain of pages is broken opens with status 6.
 HGLOBAL OpenFile(const char* path, uint32_t mode, Status& status);
 

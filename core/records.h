@@ -57,7 +57,8 @@ inline constexpr uint32_t Existing = 0x2; // open for writing, must exist
 inline constexpr uint32_t Read = 0x20;
 inline constexpr uint32_t Append = 0x32;
 inline constexpr uint32_t New = 0x1032;
-inline constexpr uint32_t NoHeader = 0x1000; // nothing written yet: create or truncate
+inline constexpr uint32_t PlainBytes = 0x100; // the memory block is the address of bytes that are only read
+inline constexpr uint32_t NoHeader = 0x1000;  // nothing written yet: create or truncate
 } // namespace openflag
 
 } // namespace tiff

@@ -1,5 +1,6 @@
 #include "core/stream.h"
 
+#include "core/error_detail.h"
 #include "core/global_block.h"
 #include "core/handles.h"
 #include "core/thread_state.h"
@@ -34,22 +35,32 @@ static MemoryFileSlot* MemoryFile(TiffStream stream)
     return IsFree(slot) ? nullptr : &slot;
 }
 
-TiffStream OpenMemoryStream(HGLOBAL block, uint32_t size)
+static TiffStream TakeSlot(HGLOBAL block, const uint8_t* bytes, uint32_t size)
 {
-    // A size beyond the block would let reads pass its end.
-    if (block && size > GlobalSize(block))
-        size = static_cast<uint32_t>(GlobalSize(block));
     if (size > INT32_MAX)
         return NO_STREAM;
     auto& slots = ThreadState().memoryFiles;
     for (int32_t index = FIRST_MEMORY_SLOT; index <= LAST_MEMORY_SLOT; ++index) {
         MemoryFileSlot& slot = slots[static_cast<size_t>(index)];
         if (IsFree(slot)) {
-            slot = {block, 0, static_cast<int32_t>(size)};
+            slot = {block, 0, static_cast<int32_t>(size), bytes};
             return -index;
         }
     }
     return NO_STREAM;
+}
+
+TiffStream OpenMemoryStream(HGLOBAL block, uint32_t size)
+{
+    // A size beyond the block would let reads pass its end.
+    if (block && size > GlobalSize(block))
+        size = static_cast<uint32_t>(GlobalSize(block));
+    return TakeSlot(block, nullptr, size);
+}
+
+TiffStream OpenByteStream(const void* bytes, uint32_t size)
+{
+    return TakeSlot(nullptr, static_cast<const uint8_t*>(bytes), size);
 }
 
 HGLOBAL MemoryStreamBlock(TiffStream stream)
@@ -68,10 +79,11 @@ static uint32_t ReadMemory(MemoryFileSlot& slot, void* buffer, uint32_t count)
 {
     const auto available = static_cast<uint32_t>(slot.size - slot.position);
     const uint32_t bytes = count < available ? count : available;
-    Locked<uint8_t> block(slot.block);
-    if (!block)
+    const Locked<uint8_t> block(slot.block);
+    const uint8_t* file = slot.bytes ? slot.bytes : block.Get();
+    if (!file)
         return STREAM_FAILED;
-    std::memcpy(buffer, block.Get() + slot.position, bytes);
+    std::memcpy(buffer, file + slot.position, bytes);
     slot.position += static_cast<int32_t>(bytes);
     return bytes;
 }
@@ -101,7 +113,7 @@ static bool MakeRoom(MemoryFileSlot& slot, SIZE_T bytes)
 static uint32_t WriteMemory(MemoryFileSlot& slot, const void* buffer, uint32_t count)
 {
     const int64_t end = int64_t{slot.position} + count;
-    if (end > INT32_MAX)
+    if (slot.bytes || end > INT32_MAX)
         return STREAM_FAILED;
     if (end > slot.size) {
         if (!MakeRoom(slot, static_cast<SIZE_T>(end)))
@@ -182,7 +194,10 @@ extern "C" uint32_t mRead(TiffStream stream, void* buffer, uint32_t count) noexc
 {
     if (IsFile(stream)) {
         DWORD transferred = 0;
-        return ReadFile(FileOf(stream), buffer, count, &transferred, nullptr) ? transferred : 0;
+        if (ReadFile(FileOf(stream), buffer, count, &transferred, nullptr))
+            return transferred;
+        NoteSystemError(error::InputOutput, nullptr);
+        return 0;
     }
     MemoryFileSlot* slot = MemoryFile(stream);
     return slot ? ReadMemory(*slot, buffer, count) : STREAM_FAILED;
@@ -192,7 +207,10 @@ extern "C" uint32_t mWrite(TiffStream stream, const void* buffer, uint32_t count
 {
     if (IsFile(stream)) {
         DWORD transferred = 0;
-        return WriteFile(FileOf(stream), buffer, count, &transferred, nullptr) ? transferred : 0;
+        if (WriteFile(FileOf(stream), buffer, count, &transferred, nullptr))
+            return transferred;
+        NoteSystemError(error::InputOutput, nullptr);
+        return 0;
     }
     MemoryFileSlot* slot = MemoryFile(stream);
     return slot ? WriteMemory(*slot, buffer, count) : STREAM_FAILED;

@@ -14,6 +14,9 @@ inline constexpr TiffStream NO_STREAM = -1;
 // belongs to its owner and may be null for a new, empty file.
 TiffStream OpenMemoryStream(HGLOBAL block, uint32_t size);
 
+// The same over bytes that do not change. They must live as long as the stream; writing to it fails.
+TiffStream OpenByteStream(const void* bytes, uint32_t size);
+
 // The block after writing; null for anything but a memory stream. It may have more room than the file has
 // bytes.
 HGLOBAL MemoryStreamBlock(TiffStream stream);

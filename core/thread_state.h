@@ -12,7 +12,8 @@ namespace tiff {
 struct MemoryFileSlot {
     HGLOBAL block; // never owned by the slot
     int32_t position;
-    int32_t size; // MEMORY_FILE_FREE marks a slot that is not in use
+    int32_t size;                   // MEMORY_FILE_FREE marks a slot that is not in use
+    const uint8_t* bytes = nullptr; // of a file that is only read, instead of a block
 };
 
 inline constexpr int32_t MEMORY_FILE_FREE = -1;
@@ -27,12 +28,23 @@ struct LayerRoom {
     alignas(8) std::array<uint8_t, BYTES> bytes;
 };
 
+// What is known of a failure besides its code.
+struct ErrorFacts {
+    uint32_t status;      // that they are about; 0 without facts
+    uint32_t page, tag;   // when they are known
+    uint32_t systemError; // 0 for none
+    bool hasPage, hasTag;
+    bool sealed;    // the failure was reported
+    char path[260]; // empty when it is not known
+};
+
 struct TiffThreadState {
     uint32_t lastError;
     uint32_t pathCodePage;
+    ErrorFacts facts;
     std::array<MemoryFileSlot, LAST_MEMORY_SLOT + 1> memoryFiles;
-    LayerRoom<16> codecs;
-    LayerRoom<240> raster;
+    LayerRoom<32> codecs;
+    LayerRoom<256> raster;
     LayerRoom<264> pages;
     LayerRoom<8> containers;
     LayerRoom<8> notes;

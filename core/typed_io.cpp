@@ -1,7 +1,9 @@
 // Arrays of TIFF values to and from a stream, in the file's byte and bit order.
 #include "core/byte_order.h"
+#include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/global_block.h"
+#include "core/thread_state.h"
 #include "tiff/streams.h"
 
 #include <algorithm>
@@ -30,6 +32,13 @@ static bool TransferAll(uint8_t* bytes, uint64_t count, Transfer transfer)
     return true;
 }
 
+// The work that this is a part of may have more to say about the failure, so the facts stay open.
+static int32_t Failed()
+{
+    ThreadState().lastError = error::InputOutput;
+    return 0;
+}
+
 } // namespace tiff
 
 using namespace tiff;
@@ -37,11 +46,11 @@ using namespace tiff;
 extern "C" int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, void* buffer,
                             uint32_t byteOrder, uint32_t fillOrder) noexcept
 {
+    ForgetFacts();
     const uint64_t bytes = uint64_t{count} * ElementBytes(type);
     auto* target = static_cast<uint8_t*>(buffer);
     if (!TransferAll(target, bytes, [=](uint8_t* at, uint32_t part) { return mRead(stream, at, part); })) {
-        SetTiffError(error::InputOutput);
-        return 0;
+        return Failed();
     }
     if (NeedsSwap(type, byteOrder))
         SwapElements({target, static_cast<size_t>(bytes)}, type);
@@ -53,6 +62,7 @@ extern "C" int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, vo
 extern "C" int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, void* buffer,
                              uint32_t byteOrder, uint32_t fillOrder) noexcept
 {
+    ForgetFacts();
     const uint64_t bytes = uint64_t{count} * ElementBytes(type);
     const bool swap = NeedsSwap(type, byteOrder);
     auto* source = static_cast<uint8_t*>(buffer);
@@ -71,8 +81,7 @@ extern "C" int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, v
         ReverseBits({source, static_cast<size_t>(bytes)});
 
     if (!TransferAll(source, bytes, [=](uint8_t* at, uint32_t part) { return mWrite(stream, at, part); })) {
-        SetTiffError(error::InputOutput);
-        return 0;
+        return Failed();
     }
     return 1;
 }

@@ -41,6 +41,12 @@ extern "C" HGLOBAL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) noexcept
     return file ? LoadDib(file, page, PageRows::Any, LoadTags(file, page)) : nullptr;
 }
 
+extern "C" HGLOBAL LoadTiffFromMemory(const void* bytes, uint32_t size, uint32_t page) noexcept
+{
+    const LoadedPage loaded(bytes, size, page);
+    return LoadDib(loaded.File(), page, PageRows::Any, loaded.LoadStatus());
+}
+
 extern "C" HGLOBAL LoadNonRGBTiffIntoDIB(const char* path, uint32_t page) noexcept
 {
     const LoadedPage loaded(path, page);

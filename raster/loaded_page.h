@@ -11,11 +11,11 @@ class LoadedPage {
 public:
     LoadedPage(const char* path, uint32_t page) : file(OpenFile(path, T_READ, status))
     {
-        const bool broken = status != error::None;
-        if (file)
-            status = LoadTags(file, page);
-        if (broken && status == error::IndexOutOfRange)
-            status = error::InputOutput; // the page lies behind the break
+        Load(page);
+    }
+    LoadedPage(const void* bytes, uint32_t size, uint32_t page) : file(OpenBytes(bytes, size, status))
+    {
+        Load(page);
     }
     LoadedPage(const LoadedPage&) = delete;
     LoadedPage& operator=(const LoadedPage&) = delete;
@@ -35,6 +35,15 @@ public:
     }
 
 private:
+    void Load(uint32_t page)
+    {
+        const bool broken = status != error::None;
+        if (file)
+            status = LoadTags(file, page);
+        if (broken && status == error::IndexOutOfRange)
+            status = error::InputOutput; // the page lies behind the break
+    }
+
     Status status = error::None; // before the file: opening it sets this
     HGLOBAL file;
 };

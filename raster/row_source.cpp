@@ -2,6 +2,7 @@
 
 #include "codecs/codec_table.h"
 #include "codecs/decode_driver.h"
+#include "codecs/decode_quality.h"
 #include "core/registry.h"
 #include "raster/colour.h"
 
@@ -34,6 +35,7 @@ static intptr_t ConvertInkLine(void* line, uint32_t row, void* record)
 static Status DecodeWithPictureCodec(const RowSource& source, const LineTarget& target)
 {
     constexpr uint32_t INKS = 4;
+    ForgetQuality();
     const PageTags tags(source.file, source.page);
     if (!tags)
         return error::NotEnoughMemory;

@@ -3,6 +3,7 @@
 #include "codecs/codec_table.h"
 #include "codecs/jpeg/page_encoder.h"
 #include "core/desktop.h"
+#include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/open_file.h"
 #include "core/page_tags.h"
@@ -157,6 +158,12 @@ bool DefineCoding(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
             DefineShort(file, page, compression.extraTag, compression.extraValue));
 }
 
+bool DefineQuality(HGLOBAL file, uint32_t page)
+{
+    const RasterSettings& settings = ThreadRaster();
+    return !settings.saysQuality || DefineFaxQuality(file, page, settings.quality);
+}
+
 // A size above 65535 is written as a LONG: its low 16 bits would lose the picture.
 bool WidenSizes(HGLOBAL file, uint32_t page, const PagePlan& plan)
 {
@@ -208,7 +215,7 @@ Status DefinePage(HGLOBAL file, uint32_t page, const PagePlan& plan, const SaveV
 {
     if (variant.identityTags && !DefineIdentity(file, page))
         return error::NotEnoughMemory;
-    if (!DefineCoding(file, page, plan, variant))
+    if (!DefineCoding(file, page, plan, variant) || !DefineQuality(file, page))
         return error::NotEnoughMemory;
 
     const TiffPageGeometry geometry = {
@@ -333,6 +340,14 @@ Status ChooseSettings(const SaveRequest& request, const PictureFormat& format, S
 
 } // namespace
 
+bool DefineFaxQuality(HGLOBAL file, uint32_t page, const TiffFaxQuality& quality)
+{
+    return DefineTiffImageInfo(file, page, tag::BadFaxLines, fieldtype::Long, quality.badRows) &&
+           DefineShort(file, page, tag::CleanFaxData, quality.cleanFaxData) &&
+           DefineTiffImageInfo(file, page, tag::ConsecutiveBadFaxLines, fieldtype::Long,
+                               quality.longestBadRun);
+}
+
 uint32_t WrittenBits(const PagePlan& plan)
 {
     if (plan.bilevel)
@@ -402,7 +417,7 @@ Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, const 
     Status status = error::None;
     HGLOBAL file = OpenFile(request.path, T_APPEND, status);
     if (!file)
-        return status == error::NotEnoughMemory ? status : Status{error::CannotOpen};
+        return status == error::NotEnoughMemory ? status : ReportedAs(status, error::CannotOpen);
     status = AppendPage(file, plan, request.variant, feed);
     CloseTiffFile(file);
     return status;
@@ -415,3 +430,19 @@ int32_t FinishSave(Status status)
 }
 
 } // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t SetTiffFaxQuality(const TiffFaxQuality* quality) noexcept
+{
+    if (quality && (quality->cleanFaxData > TIFF_FAX_UNCLEAN ||
+                    (quality->cleanFaxData == TIFF_FAX_CLEAN && quality->badRows != 0))) {
+        SetTiffError(error::InvalidParameters);
+        return 0;
+    }
+    RasterSettings& settings = ThreadRaster();
+    settings.saysQuality = quality != nullptr;
+    if (quality)
+        settings.quality = *quality;
+    return 1;
+}

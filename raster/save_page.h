@@ -6,6 +6,7 @@
 #include "raster/picture_format.h"
 #include "raster/save_selector.h"
 #include "raster/save_variants.h"
+#include "tiff/fax_quality.h"
 
 namespace tiff {
 
@@ -44,6 +45,9 @@ uint32_t WrittenBits(const PagePlan& plan);
 
 // The same for a file on disk.
 [[nodiscard]] Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, const LineFeed& feed);
+
+// The tags of received-fax quality. False without memory.
+[[nodiscard]] bool DefineFaxQuality(HGLOBAL file, uint32_t page, const TiffFaxQuality& quality);
 
 // Makes a status the last error and the result of an exported function.
 int32_t FinishSave(Status status);

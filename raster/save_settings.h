@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/thread_state.h"
+#include "tiff/fax_quality.h"
 
 namespace tiff {
 
@@ -21,6 +22,8 @@ struct ScreenRows;
 
 struct RasterSettings {
     SaveSettings save;
+    bool saysQuality;
+    TiffFaxQuality quality;  // in the tags of saved pages
     BITMAPINFO* ccittSource; // of the bitmap for DllFillCcittLine; else null
     ScreenRows* drawing;     // of the thread's drawing on the screen; else null
 };

@@ -1,5 +1,6 @@
 #include "check_page.h"
 
+#include "fax_quality.h"
 #include "source.h"
 #include "tag_values.h"
 
@@ -252,6 +253,10 @@ void CheckPicture(HGLOBAL file, uint32_t page, PageVerdict& verdict)
     }
     const uint32_t error = CountRows(file, page, verdict.facts, verdict.rows);
     verdict.isWhole = verdict.rows >= verdict.facts.length && verdict.facts.length != 0;
+    TiffDecodeQuality quality = {};
+    if (GetTiffDecodeQuality(&quality) && quality.badRows != 0) {
+        verdict.wrong.push_back(DescribeDamage(quality.badRows, quality.longestBadRun));
+    }
     if (verdict.isWhole || verdict.facts.length == 0) {
         return;
     }

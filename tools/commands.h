@@ -40,6 +40,7 @@ extern const Command deleteCommand;
 extern const Command dumpCommand;
 extern const Command faxCommand;
 extern const Command fromjpegCommand;
+extern const Command fromRawCommand;
 extern const Command infoCommand;
 extern const Command insertCommand;
 extern const Command iocaCommand;

@@ -1,5 +1,6 @@
 /* tifftool fax and blank: pages for fax boards, and the numbers of blank pages. */
 #include "extension.h"
+#include "fax_quality.h"
 #include "json.h"
 #include "options.h"
 #include "pages.h"
@@ -72,6 +73,7 @@ bool IsOutputError(uint32_t code)
 int SavePage(const Picture& picture, const char* unfinished, const char* output, const Board& board,
              const FaxOrder& order)
 {
+    SaveQualityOfLast(picture.source, picture.page - 1);
     if (const int result = CheckDepth(picture, order.selector); result != ALL_FINE) {
         return result;
     }

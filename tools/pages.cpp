@@ -34,10 +34,12 @@ int HandlePage(const Source& source, uint32_t page, uint32_t count, Damage damag
     const HGLOBAL loaded = LoadTiffChainIntoDIB(source.file.handle, page - 1);
     const uint32_t error = TiffError();
     const std::string why = WhyNotWhole(source, page - 1, error);
-    DropTiffImage(source.file.handle, page - 1);
     const OwnedBlock dib(loaded);
-    return loaded && (error == 0 || damage == Damage::Tolerated) ? handle({dib, where, page, count, error})
-                                                                 : ReportSentence(where, why);
+    const int result = loaded && (error == 0 || damage == Damage::Tolerated)
+                           ? handle({dib, where, page, count, error, &source})
+                           : ReportSentence(where, why);
+    DropTiffImage(source.file.handle, page - 1);
+    return result;
 }
 
 // A picture by itself is page 1 of its file.
@@ -93,7 +95,7 @@ int HandlePicture(PictureFile& file, size_t index, Damage damage, const PictureH
     if (file.source) {
         return HandlePage(*file.source, file.pages[index], count, damage, handle);
     }
-    return handle({*file.single, file.path, 1, count, file.error});
+    return handle({*file.single, file.path, 1, count, file.error, nullptr});
 }
 
 int ForEachPicture(const Input& input, Damage damage, const PictureHandler& handle)

@@ -19,10 +19,11 @@ constexpr bool IsBilevel(uint32_t selector)
 // A packed DIB, and its source.
 struct Picture {
     const OwnedBlock& dib;
-    std::string where; // for messages
-    uint32_t page;     // counted from 1; of a BMP or a CALS file 1
-    uint32_t pages;    // number of pictures that its file gives
-    uint32_t error;    // 0, or why it is not whole
+    std::string where;    // for messages
+    uint32_t page;        // counted from 1; of a BMP or a CALS file 1
+    uint32_t pages;       // number of pictures that its file gives
+    uint32_t error;       // 0, or why it is not whole
+    const Source* source; // its file, with the page loaded; null for a file that is one picture
 };
 
 // Returns an exit code.

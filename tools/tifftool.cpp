@@ -18,12 +18,12 @@ namespace tifftool {
 namespace {
 
 const Command* const commands[] = {
-    &appendRawCommand,  &blankCommand,   &calsCommand,     &catCommand,    &checkCommand,   &compareCommand,
-    &completionCommand, &convertCommand, &copyCommand,     &cropCommand,   &cutCommand,     &deleteCommand,
-    &dumpCommand,       &faxCommand,     &fromjpegCommand, &infoCommand,   &insertCommand,  &iocaCommand,
-    &manualCommand,     &modcaCommand,   &noteCommand,     &numberCommand, &overlayCommand, &pasteCommand,
-    &renderCommand,     &reorderCommand, &repairCommand,   &scaleCommand,  &splitCommand,   &stampCommand,
-    &tagCommand,        &textCommand,    &toPdfCommand,    &tojpegCommand,
+    &appendRawCommand,  &blankCommand,   &calsCommand,     &catCommand,     &checkCommand,  &compareCommand,
+    &completionCommand, &convertCommand, &copyCommand,     &cropCommand,    &cutCommand,    &deleteCommand,
+    &dumpCommand,       &faxCommand,     &fromjpegCommand, &fromRawCommand, &infoCommand,   &insertCommand,
+    &iocaCommand,       &manualCommand,  &modcaCommand,    &noteCommand,    &numberCommand, &overlayCommand,
+    &pasteCommand,      &renderCommand,  &reorderCommand,  &repairCommand,  &scaleCommand,  &splitCommand,
+    &stampCommand,      &tagCommand,     &textCommand,     &toPdfCommand,   &tojpegCommand,
 };
 
 void PrintHelp()

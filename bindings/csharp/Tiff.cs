@@ -104,6 +104,22 @@ public unsafe struct TiffPageGeometry {
     public ushort bitsPerPlane;
 }
 
+[StructLayout(LayoutKind.Sequential, Pack = 8)]
+public unsafe struct TiffDecodeQuality {
+    public uint isCounted;
+    public uint rows;
+    public uint decodedRows;
+    public uint badRows;
+    public uint longestBadRun;
+}
+
+[StructLayout(LayoutKind.Sequential, Pack = 8)]
+public unsafe struct TiffFaxQuality {
+    public uint badRows;
+    public uint longestBadRun;
+    public uint cleanFaxData;
+}
+
 [StructLayout(LayoutKind.Sequential, Pack = 1)]
 public unsafe struct TiffFileInformation {
     public fixed byte path[260];
@@ -171,6 +187,19 @@ public unsafe struct TiffNote {
 }
 
 [StructLayout(LayoutKind.Sequential, Pack = 8)]
+public unsafe struct TiffRawFax {
+    public uint width;
+    public uint scheme;
+    public uint fillOrder;
+    public uint alignment;
+    public uint horizontalDpi;
+    public uint verticalDpi;
+    public uint rows;
+    public uint badRows;
+    public uint longestBadRun;
+}
+
+[StructLayout(LayoutKind.Sequential, Pack = 8)]
 public unsafe struct TiffSavePicture {
     public TiffPageGeometry geometry;
     public byte* bits;
@@ -231,6 +260,9 @@ public static unsafe class Tiff {
     public const uint TIFF_ANNOTATION_REPLACE = 1;
     public const uint TIFF_ANNOTATION_APPEND = 2;
     public const uint TIFF_SMOOTH = 1;
+    public const uint TIFF_FAX_CLEAN = 0;
+    public const uint TIFF_FAX_REGENERATED = 1;
+    public const uint TIFF_FAX_UNCLEAN = 2;
     public const uint T_READ = 0;
     public const uint T_APPEND = 2;
     public const uint T_CREAT = 3;
@@ -240,6 +272,13 @@ public static unsafe class Tiff {
     public const uint TIFF_NOTE_FRAMED = 70;
     public const uint TIFF_PATHS_ANSI = 0;
     public const uint TIFF_PATHS_UTF8 = 65001;
+    public const uint TIFF_RAW_FIND_OUT = 0;
+    public const uint TIFF_RAW_HUFFMAN = 2;
+    public const uint TIFF_RAW_GROUP3 = 3;
+    public const uint TIFF_RAW_GROUP4 = 4;
+    public const uint TIFF_RAW_GROUP3_TWO_DIMENSIONAL = 65539;
+    public const uint TIFF_RAW_ALIGNED = 1;
+    public const uint TIFF_RAW_UNALIGNED = 2;
     public const uint TIFF_FORMAT_ANY = 0;
     public const uint TIFF_FORMAT_TIFF = 1;
     public const uint TIFF_FORMAT_CALS = 2;
@@ -357,6 +396,9 @@ public static unsafe class Tiff {
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern uint TiffError();
+
+    [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
+    public static extern uint TiffErrorDetail(byte* buffer, uint size);
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern byte* TiffErrorString(byte* buffer, int code);
@@ -548,10 +590,22 @@ public static unsafe class Tiff {
     public static extern int LoadTiffFileIntoClipboard([MarshalAs(UTF8)] string path, uint page, int dialog);
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
+    public static extern IntPtr LoadTiffFromMemory(byte* bytes, uint size, uint page);
+
+    [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern IntPtr LoadTiffIntoBitmap([MarshalAs(UTF8)] string path, uint page, int dialog);
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern IntPtr LoadTiffIntoDIB([MarshalAs(UTF8)] string path, uint page, int dialog);
+
+    [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
+    public static extern int AppendRawFaxToTiff([MarshalAs(UTF8)] string path, byte* bytes, uint size, TiffRawFax* fax);
+
+    [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
+    public static extern int GetTiffDecodeQuality(TiffDecodeQuality* quality);
+
+    [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
+    public static extern int SetTiffFaxQuality(TiffFaxQuality* quality);
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern uint FindBlackPage([MarshalAs(UTF8)] string path, int threshold, int firstPage, byte* colour);

@@ -11,6 +11,9 @@ const
   TIFF_ANNOTATION_REPLACE = 1;
   TIFF_ANNOTATION_APPEND = 2;
   TIFF_SMOOTH = 1;
+  TIFF_FAX_CLEAN = 0;
+  TIFF_FAX_REGENERATED = 1;
+  TIFF_FAX_UNCLEAN = 2;
   T_READ = 0;
   T_APPEND = 2;
   T_CREAT = 3;
@@ -20,6 +23,13 @@ const
   TIFF_NOTE_FRAMED = 70;
   TIFF_PATHS_ANSI = 0;
   TIFF_PATHS_UTF8 = 65001;
+  TIFF_RAW_FIND_OUT = 0;
+  TIFF_RAW_HUFFMAN = 2;
+  TIFF_RAW_GROUP3 = 3;
+  TIFF_RAW_GROUP4 = 4;
+  TIFF_RAW_GROUP3_TWO_DIMENSIONAL = 65539;
+  TIFF_RAW_ALIGNED = 1;
+  TIFF_RAW_UNALIGNED = 2;
   TIFF_FORMAT_ANY = 0;
   TIFF_FORMAT_TIFF = 1;
   TIFF_FORMAT_CALS = 2;
@@ -216,6 +226,22 @@ type
     planes: Word;
     bitsPerPlane: Word;
   end;
+  {$A8}
+  PTiffDecodeQuality = ^TiffDecodeQuality;
+  TiffDecodeQuality = record
+    isCounted: LongWord;
+    rows: LongWord;
+    decodedRows: LongWord;
+    badRows: LongWord;
+    longestBadRun: LongWord;
+  end;
+  {$A8}
+  PTiffFaxQuality = ^TiffFaxQuality;
+  TiffFaxQuality = record
+    badRows: LongWord;
+    longestBadRun: LongWord;
+    cleanFaxData: LongWord;
+  end;
   {$A1}
   PTiffFileInformation = ^TiffFileInformation;
   TiffFileInformation = packed record
@@ -283,6 +309,19 @@ type
     text: PAnsiChar;
   end;
   {$A8}
+  PTiffRawFax = ^TiffRawFax;
+  TiffRawFax = record
+    width: LongWord;
+    scheme: LongWord;
+    fillOrder: LongWord;
+    alignment: LongWord;
+    horizontalDpi: LongWord;
+    verticalDpi: LongWord;
+    rows: LongWord;
+    badRows: LongWord;
+    longestBadRun: LongWord;
+  end;
+  {$A8}
   PTiffSavePicture = ^TiffSavePicture;
   TiffSavePicture = record
     geometry: TiffPageGeometry;
@@ -339,6 +378,8 @@ function SetTiffError(code: LongWord): LongWord;
   cdecl; external 'TIFF.DLL' name 'SetTiffError';
 function TiffError: LongWord;
   cdecl; external 'TIFF.DLL' name 'TiffError';
+function TiffErrorDetail(buffer: PAnsiChar; size: LongWord): LongWord;
+  cdecl; external 'TIFF.DLL' name 'TiffErrorDetail';
 function TiffErrorString(buffer: PAnsiChar; code: LongInt): PAnsiChar;
   cdecl; external 'TIFF.DLL' name 'TiffErrorString';
 function CloseTiffFile(&file: TiffHandle): LongInt;
@@ -465,10 +506,18 @@ function LoadTiffFileIntoBitmap(path: PAnsiChar; page: LongWord; dialog: LongInt
   cdecl; external 'TIFF.DLL' name 'LoadTiffFileIntoBitmap';
 function LoadTiffFileIntoClipboard(path: PAnsiChar; page: LongWord; dialog: LongInt): LongInt;
   cdecl; external 'TIFF.DLL' name 'LoadTiffFileIntoClipboard';
+function LoadTiffFromMemory(bytes: Pointer; size: LongWord; page: LongWord): TiffHandle;
+  cdecl; external 'TIFF.DLL' name 'LoadTiffFromMemory';
 function LoadTiffIntoBitmap(path: PAnsiChar; page: LongWord; dialog: LongInt): TiffHandle;
   cdecl; external 'TIFF.DLL' name 'LoadTiffIntoBitmap';
 function LoadTiffIntoDIB(path: PAnsiChar; page: LongWord; dialog: LongInt): TiffHandle;
   cdecl; external 'TIFF.DLL' name 'LoadTiffIntoDIB';
+function AppendRawFaxToTiff(path: PAnsiChar; bytes: Pointer; size: LongWord; fax: PTiffRawFax): LongInt;
+  cdecl; external 'TIFF.DLL' name 'AppendRawFaxToTiff';
+function GetTiffDecodeQuality(quality: PTiffDecodeQuality): LongInt;
+  cdecl; external 'TIFF.DLL' name 'GetTiffDecodeQuality';
+function SetTiffFaxQuality(quality: PTiffFaxQuality): LongInt;
+  cdecl; external 'TIFF.DLL' name 'SetTiffFaxQuality';
 function FindBlackPage(path: PAnsiChar; threshold: LongInt; firstPage: LongInt; colour: PByte): LongWord;
   cdecl; external 'TIFF.DLL' name 'FindBlackPage';
 function FindBlankPage(path: PAnsiChar; threshold: LongInt; firstPage: LongInt; colour: PByte): LongWord;

@@ -5,6 +5,9 @@ from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_int32, c_
 TIFF_ANNOTATION_REPLACE = 1
 TIFF_ANNOTATION_APPEND = 2
 TIFF_SMOOTH = 1
+TIFF_FAX_CLEAN = 0
+TIFF_FAX_REGENERATED = 1
+TIFF_FAX_UNCLEAN = 2
 T_READ = 0
 T_APPEND = 2
 T_CREAT = 3
@@ -14,6 +17,13 @@ TIFF_NOTE_TEXT = 84
 TIFF_NOTE_FRAMED = 70
 TIFF_PATHS_ANSI = 0
 TIFF_PATHS_UTF8 = 65001
+TIFF_RAW_FIND_OUT = 0
+TIFF_RAW_HUFFMAN = 2
+TIFF_RAW_GROUP3 = 3
+TIFF_RAW_GROUP4 = 4
+TIFF_RAW_GROUP3_TWO_DIMENSIONAL = 65539
+TIFF_RAW_ALIGNED = 1
+TIFF_RAW_UNALIGNED = 2
 TIFF_FORMAT_ANY = 0
 TIFF_FORMAT_TIFF = 1
 TIFF_FORMAT_CALS = 2
@@ -219,6 +229,26 @@ class TiffPageGeometry(Structure):
     ]
 
 
+class TiffDecodeQuality(Structure):
+    _pack_ = 8
+    _fields_ = [
+        ("isCounted", c_uint32),
+        ("rows", c_uint32),
+        ("decodedRows", c_uint32),
+        ("badRows", c_uint32),
+        ("longestBadRun", c_uint32),
+    ]
+
+
+class TiffFaxQuality(Structure):
+    _pack_ = 8
+    _fields_ = [
+        ("badRows", c_uint32),
+        ("longestBadRun", c_uint32),
+        ("cleanFaxData", c_uint32),
+    ]
+
+
 class TiffFileInformation(Structure):
     _pack_ = 1
     _fields_ = [
@@ -297,6 +327,21 @@ class TiffNote(Structure):
     ]
 
 
+class TiffRawFax(Structure):
+    _pack_ = 8
+    _fields_ = [
+        ("width", c_uint32),
+        ("scheme", c_uint32),
+        ("fillOrder", c_uint32),
+        ("alignment", c_uint32),
+        ("horizontalDpi", c_uint32),
+        ("verticalDpi", c_uint32),
+        ("rows", c_uint32),
+        ("badRows", c_uint32),
+        ("longestBadRun", c_uint32),
+    ]
+
+
 class TiffSavePicture(Structure):
     _pack_ = 8
     _fields_ = [
@@ -348,6 +393,7 @@ FUNCTIONS = {
     "mWrite": (c_uint32, (c_int64, c_void_p, c_uint32)),
     "SetTiffError": (c_uint32, (c_uint32,)),
     "TiffError": (c_uint32, ()),
+    "TiffErrorDetail": (c_uint32, (c_char_p, c_uint32)),
     "TiffErrorString": (c_char_p, (c_char_p, c_int32)),
     "CloseTiffFile": (c_int32, (c_void_p,)),
     "DropTiffImage": (c_int32, (c_void_p, c_uint32)),
@@ -411,8 +457,12 @@ FUNCTIONS = {
     "LoadTiffChainIntoDIB": (c_void_p, (c_void_p, c_uint32)),
     "LoadTiffFileIntoBitmap": (c_void_p, (c_char_p, c_uint32, c_int32)),
     "LoadTiffFileIntoClipboard": (c_int32, (c_char_p, c_uint32, c_int32)),
+    "LoadTiffFromMemory": (c_void_p, (c_void_p, c_uint32, c_uint32)),
     "LoadTiffIntoBitmap": (c_void_p, (c_char_p, c_uint32, c_int32)),
     "LoadTiffIntoDIB": (c_void_p, (c_char_p, c_uint32, c_int32)),
+    "AppendRawFaxToTiff": (c_int32, (c_char_p, c_void_p, c_uint32, POINTER(TiffRawFax))),
+    "GetTiffDecodeQuality": (c_int32, (POINTER(TiffDecodeQuality),)),
+    "SetTiffFaxQuality": (c_int32, (POINTER(TiffFaxQuality),)),
     "FindBlackPage": (c_uint32, (c_char_p, c_int32, c_int32, POINTER(c_uint8))),
     "FindBlankPage": (c_uint32, (c_char_p, c_int32, c_int32, POINTER(c_uint8))),
     "GetTiffJpegQuality": (c_uint32, ()),

@@ -142,6 +142,7 @@ Met AppendRun(CcittDecoder& decoder, uint32_t colour, int64_t& position)
             return Met::BadCode;
         if (decoder.framing.zeroRun == ZeroRun::EndsLine)
             return Met::Eol;
+        decoder.damaged = true;
         met = Met::Run;
     }
     if (met != Met::Run)
@@ -150,9 +151,22 @@ Met AppendRun(CcittDecoder& decoder, uint32_t colour, int64_t& position)
     return AppendRunEnd(decoder.coding, position, decoder.width) ? Met::Run : Met::BadCode;
 }
 
+// Two lines cut at the same column tell the width of the picture.
+void NoteCut(CcittDecoder& decoder)
+{
+    decoder.damaged = true;
+    const int32_t column = decoder.coding.count ? decoder.coding.ends[decoder.coding.count - 1] : 0;
+    LineDamage& damage = decoder.call->damage;
+    if (column == decoder.lastCut && damage.cutColumn == 0)
+        damage.cutColumn = static_cast<uint32_t>(column);
+    decoder.lastCut = column;
+}
+
 // Cuts the line short: the current run goes on to the end of the line.
 Met EndAtEol(CcittDecoder& decoder)
 {
+    if (decoder.decodedAny)
+        NoteCut(decoder);
     return AppendRunEnd(decoder.coding, decoder.width, decoder.width) ? Met::LineEnd : Met::BadCode;
 }
 
@@ -191,6 +205,7 @@ Met DecodeRunLine(CcittDecoder& decoder)
             return Met::Ended;
         return EndAtEol(decoder);
     }
+    decoder.damaged |= position > decoder.width;
     return Met::LineEnd;
 }
 
@@ -218,6 +233,7 @@ Met DecodeHorizontal(CcittDecoder& decoder, ModeLine& line)
     for (const uint32_t each : {colour, colour ^ 1})
         if (const Met met = AppendRun(decoder, each, position); met != Met::Run)
             return met;
+    decoder.damaged |= position > decoder.width;
     line.a0 = line.change = static_cast<int32_t>(std::min<int64_t>(position, decoder.width));
     line.reference.SkipThrough(line.change, decoder.width);
     return Met::Run;
@@ -226,6 +242,8 @@ Met DecodeHorizontal(CcittDecoder& decoder, ModeLine& line)
 Met DecodeVerticalMode(CcittDecoder& decoder, ModeLine& line, int32_t delta)
 {
     decoder.decodedAny = true;
+    const int64_t wanted = int64_t{line.reference.B1()} + delta;
+    decoder.damaged |= wanted < 0 || wanted > decoder.width;
     line.a0 = line.change = VerticalChange(delta, line.reference, decoder.width);
     if (WalksInCircles(line.reference, decoder.coding))
         return Met::BadCode;
@@ -255,6 +273,7 @@ Met DecodeMode(CcittDecoder& decoder, ModeLine& line)
             line.reference.SkipThrough(line.a0, decoder.width);
         return Met::Run;
     default:
+        decoder.damaged = true;
         return decoder.framing.skipsExtensions ? Met::Run : Met::BadCode;
     }
 }
@@ -363,11 +382,32 @@ Status PutLine(const CcittDecoder& decoder, CodecCall* context)
     return FlushDataBuffer(context);
 }
 
+void CountDamage(LineDamage& damage, uint32_t row)
+{
+    damage.run = row == damage.nextRow ? damage.run + 1 : 1;
+    damage.nextRow = row + 1;
+    damage.longestRun = std::max(damage.longestRun, damage.run);
+    ++damage.badRows;
+}
+
+// Six EOLs end a picture, and some encoders write fewer. A row that was lost leaves two.
+bool IsEndOfPicture(CcittDecoder& decoder)
+{
+    constexpr uint32_t EOLS_AT_END = 4;
+    return ++decoder.eols == EOLS_AT_END && decoder.call->endsAtEols && decoder.call->row > 0;
+}
+
 // Puts the finished line out and makes it the next reference; the first line of a strip has none.
 Status FinishLine(CcittDecoder& decoder, CodecCall* context)
 {
     FinishRunList(decoder.coding, decoder.width);
-    if (decoder.decodedAny) {
+    if (!decoder.decodedAny) {
+        if (IsEndOfPicture(decoder))
+            return ALL_ROWS_DONE;
+    } else {
+        decoder.eols = 0;
+        if (decoder.damaged || !decoder.coding.ordered) [[unlikely]]
+            CountDamage(context->damage, context->row);
         if (const Status status = PutLine(decoder, context); status != error::None)
             return status;
     }
@@ -382,7 +422,7 @@ Status DecodeLines(CcittDecoder& decoder, CodecCall* context)
     BeginWhiteReference(decoder);
     for (;;) {
         ClearRunList(decoder.coding);
-        decoder.decodedAny = false;
+        decoder.decodedAny = decoder.damaged = false;
         const Met met = modes ? DecodeModeLine(decoder) : DecodeRunLine(decoder);
         if (met != Met::LineEnd)
             return StatusOf(met, decoder.bits);
@@ -422,6 +462,7 @@ Status DecodeRows(CodecCall* context, const Framing& framing, bool fastLoops)
         .coding = MakeRunList(ends.Get(), room),
         .reference = MakeRunList(ends.Get() + RoomOfList(room), room),
         .width = context->lineFormat.biWidth,
+        .call = context,
         .fastLoops = fastLoops && context->lineFormat.biWidth <= WIDEST_FAST_LINE && room > Width(context),
     };
     return CodecResult(DecodeLines(decoder, context));

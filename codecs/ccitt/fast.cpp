@@ -69,6 +69,7 @@ struct ModeLoop {
     const int32_t* const lastB; // behind it only the parity matters
     const int32_t* const firstColumn;
     const int32_t width;
+    bool overran = false;
 };
 
 void WrapBehindList(ModeLoop& loop)
@@ -132,8 +133,10 @@ bool PlaceRuns(ModeLoop& loop)
     places.columns[0] = a1;
     places.columns[1] = a2;
     places.columns += 2;
-    if (a2 == loop.width)
+    if (a2 == loop.width) {
+        loop.overran = a1 + second > a2;
         return false;
+    }
     places.b += 2 * int{*places.b <= a2}; // often, and hard to predict
     while (*places.b <= a2)
         places.b += 2;
@@ -203,6 +206,7 @@ void DecodeModesFast(CcittDecoder& decoder, ModeLine& line)
     WrapBehindList(loop);
     GiveBack(loop.bits, decoder.bits);
     decoder.decodedAny |= PositionOf(loop.bits) != start;
+    decoder.damaged |= loop.overran || loop.places.overran;
     decoder.coding.count = static_cast<uint32_t>(loop.places.columns - coding.ends);
     line.reference.index = static_cast<uint32_t>(loop.places.b - reference.ends);
     line.change = loop.places.columns[-1];

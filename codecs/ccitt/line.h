@@ -20,8 +20,12 @@ struct CcittDecoder {
     RunList coding;
     RunList reference;
     int32_t width;
+    CodecCall* call;
     bool fastLoops;          // off: the careful coders do everything
     bool decodedAny = false; // a part of the current line, not counting an EOL
+    bool damaged = false;    // the current line
+    uint32_t eols = 0;       // in a row
+    int32_t lastCut = 0;     // column where an EOL cut a line short
 };
 
 // The place in the reference line: an index of the entry that is b1.

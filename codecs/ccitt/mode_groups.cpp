@@ -10,8 +10,10 @@ uint32_t PlaceSingly(const ModeGroup& group, uint32_t lane, ModePlaces& places, 
 {
     const int32_t* b = places.b + lane;
     int32_t* columns = places.columns + lane;
+    int32_t wanted = 0;
     for (; lane < group.count && columns[-1] < width; ++lane) {
-        const int32_t column = std::clamp(*b + group.deltas[lane], 0, width);
+        wanted = *b + group.deltas[lane];
+        const int32_t column = std::clamp(wanted, 0, width);
         if (column <= columns[-1])
             break;
         *columns++ = column;
@@ -22,7 +24,7 @@ uint32_t PlaceSingly(const ModeGroup& group, uint32_t lane, ModePlaces& places, 
         b += 2 * int{b[0] <= column && column < width};
         b += 2 * int{b[0] <= column && column < width};
     }
-    places = {b, columns};
+    places = {b, columns, wanted > width};
     return lane;
 }
 

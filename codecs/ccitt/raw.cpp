@@ -3,6 +3,7 @@
 
 #include "codecs/buffers.h"
 #include "codecs/ccitt/decoder.h"
+#include "codecs/decode_quality.h"
 #include "core/byte_order.h"
 #include "core/errors.h"
 #include "core/stream.h"
@@ -61,6 +62,7 @@ Status DescribeRawImage(CodecContext* context, const RawImage& image)
 
 Status DecodeRawImage(const RawImage& image, const LineTarget& target, CodecRoutine decode)
 {
+    ForgetQuality();
     if (!target.routine)
         return error::InvalidParameters;
     CodecCall call{};
@@ -71,7 +73,9 @@ Status DecodeRawImage(const RawImage& image, const LineTarget& target, CodecRout
         return error::InputOutput;
     RowsInPlace rows;
     TakeTarget(&call, target, rows);
-    return decode(&call);
+    const Status status = decode(&call);
+    NoteQuality(call, 0);
+    return status;
 }
 
 } // namespace tiff

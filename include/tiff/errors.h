@@ -32,6 +32,21 @@ uint32_t TIFF_CALL TiffError(void) TIFF_NOEXCEPT;
  */
 char* TIFF_CALL TiffErrorString(char* buffer, int32_t code) TIFF_NOEXCEPT;
 
+/* Tells what is known of the calling thread's last error besides its code, as one line: the path of the
+ * file, the index of the page, counted from 0, the number of the tag and the system's error, as far as each
+ * had a part in the failure. Such as "C:\fax\in.tif, page index 2, tag 273" or "out.tif, system error 5
+ * (access denied)". It is for people to read: programs go by the code.
+ *
+ * buffer  receives as much of the line as it can hold, with a terminating zero. May be null. A path stands
+ *         as it was passed, except that control characters become question marks.
+ * size    of the buffer in bytes; 512 hold every line. 0 writes nothing.
+ *
+ * Returns the bytes that the whole line takes with its terminating zero: 1 when nothing is known, which is
+ * so after a success that clears the last error, and after SetTiffError.
+ * The last error stays.
+ */
+uint32_t TIFF_CALL TiffErrorDetail(char* buffer, uint32_t size) TIFF_NOEXCEPT;
+
 TIFF_END
 
 #endif

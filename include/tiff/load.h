@@ -49,6 +49,19 @@ HGLOBAL TIFF_CALL LoadTiffIntoDIB(const char* path, uint32_t page, int32_t dialo
  */
 HGLOBAL TIFF_CALL LoadTiffChainIntoDIB(HGLOBAL file, uint32_t page) TIFF_NOEXCEPT;
 
+/* LoadTiffIntoDIB from bytes anywhere in the caller's memory: an attachment, a resource, a mapped file. They
+ * are read where they lie and never written, so they may be read-only, and nothing remains open.
+ *
+ * bytes  of a whole TIFF file. They must not change during the call.
+ * size   their number, up to 2,147,483,647.
+ * page   counted from 0.
+ *
+ * Returns as LoadTiffIntoDIB.
+ * Errors: 29 no bytes, or too many; others as LoadTiffIntoDIB.
+ * A success clears the last error; a picture that could only be decoded in part comes with its own.
+ */
+HGLOBAL TIFF_CALL LoadTiffFromMemory(const void* bytes, uint32_t size, uint32_t page) TIFF_NOEXCEPT;
+
 /* LoadTiffIntoDIB without a dialog, and pages with PhotometricInterpretation 7 to 17 are not converted:
  * only the first and third bytes of a pixel are swapped, as for RGB. The header's biCompression holds that
  * value.

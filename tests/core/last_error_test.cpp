@@ -116,6 +116,7 @@ TEST(LastError, IsClearedOrKeptByASuccess)
         {"save as CALS", [&] { return SaveDIBInCALSFormat(saved.Path(), dib, nullptr, nullptr, 0) == 1; }, 0},
         {"CALS header", [&] { return free(ReadCALSHead(saved.Path())); }, EARLIER},
         {"quality", [] { return SetTiffJpegQuality(75) == 1; }, EARLIER},
+        {"fax quality", [] { return SetTiffFaxQuality(nullptr) == 1; }, EARLIER},
         {"close", [&] { return CloseTiffFile(open) == 1; }, EARLIER},
     };
     for (const auto& [name, succeeds, after] : calls) {

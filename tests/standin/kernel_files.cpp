@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -28,6 +29,7 @@ struct OpenFile {
 std::array<OpenFile, 128> openFiles;
 size_t lastOpened = 0;
 uint64_t diskLeft = NO_LIMIT;
+thread_local DWORD lastError;
 
 using standin::kernel::Refuse;
 
@@ -139,12 +141,15 @@ namespace {
 HANDLE OpenPath(const std::string& path, DWORD access, DWORD disposition)
 {
     static constexpr int flags[] = {0, O_CREAT | O_EXCL, O_CREAT | O_TRUNC, 0, O_CREAT};
+    lastError = ERROR_ACCESS_DENIED;
     if (Refuse(standin::Open))
         return INVALID_HANDLE_VALUE;
     const int mode = access & GENERIC_WRITE ? access & GENERIC_READ ? O_RDWR : O_WRONLY : O_RDONLY;
     const int descriptor = open(path.c_str(), O_CLOEXEC | mode | flags[disposition], 0666);
-    if (descriptor < 0)
+    if (descriptor < 0) {
+        lastError = errno == ENOENT ? ERROR_FILE_NOT_FOUND : ERROR_ACCESS_DENIED;
         return INVALID_HANDLE_VALUE;
+    }
     do
         lastOpened = (lastOpened + 1) % openFiles.size();
     while (openFiles[lastOpened].descriptor >= 0);
@@ -161,6 +166,7 @@ BOOL DeletePath(const std::string& path)
 
 BOOL MovePath(const std::string& source, const std::string& target)
 {
+    lastError = ERROR_ACCESS_DENIED;
     return !Refuse(standin::Move) && !HeldOpen(source) && access(target.c_str(), F_OK) != 0 &&
            rename(source.c_str(), target.c_str()) == 0;
 }
@@ -188,6 +194,11 @@ UINT MakeTemporary(const std::string& folder, const std::string& prefix, std::st
 
 extern "C" {
 
+DWORD GetLastError(void)
+{
+    return lastError;
+}
+
 HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD, void*, DWORD disposition, DWORD, HANDLE)
 {
     const auto guard = standin::kernel::Guard();
@@ -204,6 +215,7 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, DWORD* bytesRead, void*
 {
     const auto guard = standin::kernel::Guard();
     *bytesRead = 0;
+    lastError = ERROR_ACCESS_DENIED;
     const OpenFile* file = Refuse(standin::Read) ? nullptr : Find(handle, GENERIC_READ);
     const ssize_t got = file ? read(file->descriptor, buffer, bytes) : -1;
     if (got >= 0)
@@ -215,6 +227,7 @@ BOOL WriteFile(HANDLE handle, const void* buffer, DWORD bytes, DWORD* bytesWritt
 {
     const auto guard = standin::kernel::Guard();
     *bytesWritten = 0;
+    lastError = diskLeft == NO_LIMIT ? ERROR_ACCESS_DENIED : ERROR_DISK_FULL;
     const OpenFile* file = Find(handle, GENERIC_WRITE);
     const bool refused = Refuse(standin::Write);
     if (file && refused && bytes > 8 && standin::kernel::TearsWrites())

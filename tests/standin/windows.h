@@ -47,6 +47,13 @@ typedef struct BY_HANDLE_FILE_INFORMATION {
 
 #define INVALID_HANDLE_VALUE ((HANDLE)(intptr_t)-1)
 #define INVALID_FILE_ATTRIBUTES ((DWORD)-1)
+#define ERROR_FILE_NOT_FOUND 2
+#define ERROR_PATH_NOT_FOUND 3
+#define ERROR_ACCESS_DENIED 5
+#define ERROR_SHARING_VIOLATION 32
+#define ERROR_LOCK_VIOLATION 33
+#define ERROR_DISK_FULL 112
+#define ERROR_ALREADY_EXISTS 183
 #define INVALID_FILE_SIZE ((DWORD)-1)
 #define GENERIC_READ 0x80000000u
 #define GENERIC_WRITE 0x40000000u
@@ -115,6 +122,7 @@ static_assert(sizeof(LOGFONTA) == 60, "layout");
 
 extern "C" {
 
+DWORD GetLastError(void);
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, void* security, DWORD disposition, DWORD flags,
                    HANDLE pattern);
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* bytesRead, void* overlapped);

@@ -11,6 +11,7 @@ struct CcittOutcome {
     uint32_t status = 0, rows = 0, position = 0; // of the stream: shows how often the buffer was refilled
     uint64_t pixels = 0;                         // a hash of the rows and their lengths
     uint32_t rowBytes = 0;
+    uint32_t badRows = 0, longestBadRun = 0;
 
     bool operator==(const CcittOutcome&) const = default;
 };
@@ -39,6 +40,8 @@ inline CcittOutcome DecodeWith(tiff::CcittLoops loops, HGLOBAL block, uint32_t b
     if (tiff::DescribeRawImage(&context, {stream, width, rows, 0, 1, TIFF_INTEL}) == tiff::error::None) {
         context.dataEnd = bytes;
         outcome.status = tiff::DecodeCcitt(&context, scheme, loops);
+        outcome.badRows = context.damage.badRows;
+        outcome.longestBadRun = context.damage.longestRun;
     }
     outcome.position = mTell(stream);
     mClose(stream);

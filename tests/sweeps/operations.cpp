@@ -343,6 +343,17 @@ void AddPictures(const Adder& add)
             return Rows(DecodeTiffImage(file, page, 0, 0, &collected, CollectRow), collected);
         });
     }
+    add({"LoadTiffFromMemory", "", {"coded.tif"}, Partial}, [](Scene& scene) {
+        const Bytes bytes = ReadFileBytes(scene.At("coded.tif"));
+        scene.Arm();
+        return TakeBlock(LoadTiffFromMemory(bytes.data(), static_cast<uint32_t>(bytes.size()), 3));
+    });
+    add({"AppendRawFaxToTiff", "", {"pages.tif"}, InPlace}, Armed([](Scene& scene) {
+            const Bytes code = Bits("000000000001 10011 000000000001 10011 000000000001");
+            TiffRawFax fax = {.width = 8};
+            return Answer(AppendRawFaxToTiff(scene.At("pages.tif"), code.data(),
+                                             static_cast<uint32_t>(code.size()), &fax));
+        }));
     add({"LoadTiffChainIntoDIB", "", {}, Partial}, [](Scene& scene) {
         HGLOBAL file = scene.InMemory("coded.tif");
         scene.Arm();

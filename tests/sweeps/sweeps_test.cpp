@@ -49,7 +49,7 @@ const char* const notSwept =
     "GetTiffImageInfo GetTiffRowsPerStrip GetTiffStripCount GetTiffNoteCount GetTiffNote GetTiffDimensions "
     "SetTiffError TiffError TiffErrorString SetTiffDllFileHandle GetTiffVersion IsRequiredTag SetKfactor "
     "GetTiffJpegQuality SetTiffJpegQuality FindCALSRecord mClose GetTiffPathCodePage SetTiffPathCodePage "
-    "GetTiffVersionNumber "
+    "GetTiffVersionNumber TiffErrorDetail GetTiffDecodeQuality SetTiffFaxQuality "
     // line routines always answer 0; the loaders and savers above run them
     "DllFillCcittLine DllFillMonoTiffLine DllFillTiffLine DllFillTiffLineBitmap24Bit DllFillTiffLineDIB "
     "DllFillTiffLineDIB24Bit DllFlushTiffLine DllFlushTiffLine24 DllFlushTiffLine24DIB DllFlushTiffLineDIB "

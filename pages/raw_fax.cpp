@@ -1,0 +1,121 @@
+// Raw fax code becomes a page: the code is written as it lies, and tags say how to read it.
+#include "codecs/ccitt/raw_finding.h"
+#include "codecs/encode_driver.h"
+#include "core/desktop.h"
+#include "core/error_detail.h"
+#include "core/errors.h"
+#include "core/open_file.h"
+#include "raster/save_page.h"
+#include "tiff/define.h"
+#include "tiff/files.h"
+
+namespace tiff {
+
+namespace {
+
+constexpr uint32_t FAX_HORIZONTAL = 204, FAX_COARSE = 98, FAX_FINE = 196, LEAST_FINE_ROWS = 1101;
+constexpr uint32_t WIDEST = 0xFFFF;
+constexpr uint32_t TWO_DIMENSIONAL_OPTION = 1, FILL_BITS_OPTION = 4;
+
+bool IsKnown(const TiffRawFax& fax)
+{
+    const uint32_t scheme = fax.scheme;
+    const bool hasScheme = scheme == TIFF_RAW_FIND_OUT || scheme == TIFF_RAW_HUFFMAN ||
+                           scheme == TIFF_RAW_GROUP3 || scheme == TIFF_RAW_GROUP4 ||
+                           scheme == TIFF_RAW_GROUP3_TWO_DIMENSIONAL;
+    return hasScheme && fax.width <= WIDEST && fax.fillOrder <= TIFF_LSB_FIRST &&
+           fax.alignment <= TIFF_RAW_UNALIGNED;
+}
+
+uint32_t Options(const TiffRawFax& fax)
+{
+    return (fax.scheme == TIFF_RAW_GROUP3_TWO_DIMENSIONAL ? TWO_DIMENSIONAL_OPTION : 0) |
+           (fax.alignment == TIFF_RAW_ALIGNED ? FILL_BITS_OPTION : 0);
+}
+
+TiffFaxQuality QualityOf(const TiffRawFax& fax)
+{
+    return {fax.badRows, fax.longestBadRun, fax.badRows == 0 ? TIFF_FAX_CLEAN : TIFF_FAX_UNCLEAN};
+}
+
+bool DefineResolution(HGLOBAL file, uint32_t page, const TiffRawFax& fax)
+{
+    const uint32_t fine = fax.rows >= LEAST_FINE_ROWS ? FAX_FINE : FAX_COARSE;
+    const uint32_t horizontal[] = {fax.horizontalDpi ? fax.horizontalDpi : FAX_HORIZONTAL, 1};
+    const uint32_t vertical[] = {fax.verticalDpi ? fax.verticalDpi : fine, 1};
+    return DefineTiffImageInfoBuffer(file, page, tag::XResolution, horizontal, fieldtype::Rational, 1) &&
+           DefineTiffImageInfoBuffer(file, page, tag::YResolution, vertical, fieldtype::Rational, 1) &&
+           DefineTiffImageInfo(file, page, tag::ResolutionUnit, fieldtype::Short, unit::Inch);
+}
+
+bool DefinePage(HGLOBAL file, uint32_t page, const TiffRawFax& fax)
+{
+    const uint32_t compression = fax.scheme & 0xFFFF;
+    const struct {
+        uint16_t tag, type;
+        uint32_t value;
+    } numbers[] = {
+        {tag::ImageWidth, fieldtype::Long, fax.width},
+        {tag::ImageLength, fieldtype::Long, fax.rows},
+        {tag::BitsPerSample, fieldtype::Short, 1},
+        {tag::Compression, fieldtype::Short, compression},
+        {tag::PhotometricInterpretation, fieldtype::Short, photometric::WhiteIsZero},
+        {tag::FillOrder, fieldtype::Short, fax.fillOrder},
+        {tag::SamplesPerPixel, fieldtype::Short, 1},
+        {tag::RowsPerStrip, fieldtype::Long, fax.rows},
+    };
+    for (const auto& number : numbers)
+        if (!DefineTiffImageInfo(file, page, number.tag, number.type, number.value))
+            return false;
+    if (!DefineResolution(file, page, fax))
+        return false;
+    if (compression == compression::Group4)
+        return DefineTiffImageInfo(file, page, tag::T6Options, fieldtype::Long, 0);
+    if (compression != compression::Group3)
+        return true;
+    return DefineTiffImageInfo(file, page, tag::T4Options, fieldtype::Long, Options(fax)) &&
+           DefineFaxQuality(file, page, QualityOf(fax));
+}
+
+Status AppendToOpenFile(HGLOBAL file, std::span<const uint8_t> code, const TiffRawFax& fax)
+{
+    const int32_t defined = DefineTiffImage(file);
+    if (defined < 0)
+        return error::NotEnoughMemory;
+    const auto page = static_cast<uint32_t>(defined);
+    const Status status =
+        DefinePage(file, page, fax) ? PutCode(file, page, code) : Status{error::NotEnoughMemory};
+    DropTiffImage(file, page);
+    return status;
+}
+
+Status AppendRawFax(const char* path, std::span<const uint8_t> code, TiffRawFax& fax)
+{
+    const BusyCursor busy;
+    if (const Status status = FindOutRawFax(code, fax); status != error::None)
+        return status;
+    Status status = error::None;
+    HGLOBAL file = OpenFile(path, T_APPEND, status);
+    if (!file)
+        return status == error::NotEnoughMemory ? status : ReportedAs(status, error::CannotOpen);
+    status = AppendToOpenFile(file, code, fax);
+    CloseTiffFile(file);
+    return status;
+}
+
+} // namespace
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t AppendRawFaxToTiff(const char* path, const void* bytes, uint32_t size,
+                                      TiffRawFax* fax) noexcept
+{
+    Status status = error::InvalidParameters;
+    if (size > INT32_MAX)
+        status = error::TooLarge;
+    else if (path && bytes && size > 0 && fax && IsKnown(*fax))
+        status = AppendRawFax(path, {static_cast<const uint8_t*>(bytes), size}, *fax);
+    return FinishSave(status);
+}
