@@ -1,11 +1,15 @@
 // Files that lie about sizes: an error, no access outside a block (the sanitizers watch), no
 // allocation that the picture does not call for, no work without end.
 #include "standin/standin.h"
+#include "support/jpeg_stream.h"
+#include "support/open_file.h"
 #include "support/pictures.h"
+#include "tiff/ioca.h"
 
 #include <cstring>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <set>
 
 TEST(Hostile, ValuesThatTheFileCannotHoldAreNotAllocated)
 {
@@ -270,4 +274,90 @@ TEST(Hostile, AMemoryBlockShorterThanClaimed)
     EXPECT_EQ(GetTiffImage(tiff, 0), 1);
     GlobalFree(LoadTiffChainIntoDIB(tiff, 0));
     CloseTiffFile(tiff);
+}
+
+namespace {
+
+// Three components that share samples, with everything that may stand before a scan.
+Bytes ColourJpeg()
+{
+    JpegStream page;
+    page.Start()
+        .Segment(0xEE, Hex("41646F6265 0064 0000 0000 01"))
+        .Tables()
+        .WideQuantisers(1, 300)
+        .Huffman(1)
+        .Interval(1)
+        .Frame(32, 16, {{0x22, 0}, {0x11, 1}, {0x11, 1}})
+        .Scan({0, 1, 2}, 1);
+    for (const int level : {1, 3}) {
+        for (int block = 0; block < 4; ++block)
+            page.Block(level + block);
+        page.Block(2, 1).Block(level, 2);
+        if (level == 1)
+            page.Restart(0);
+    }
+    return OnePage(TiffPage::Picture(32, 16, 8, 7, 6).Short(277, {3}).Short(278, {16}).Strips({page.End()}));
+}
+
+Bytes Cals()
+{
+    const TempFile file({});
+    const Block dib(PackedDib({24, 6, 1, {0xFFFFFF, 0}, Repeat(Hex("00A5C300"), 6)}));
+    EXPECT_EQ(SaveDIBInCALSFormat(file.Path(), dib.Get(), nullptr, nullptr, 0), 1);
+    return ReadFileBytes(file.Path());
+}
+
+uint32_t LoadCals(const Bytes& bytes)
+{
+    const TempFile file(bytes);
+    HGLOBAL dib = LoadCALSIntoDIB(file.Path(), 0);
+    const uint32_t error = TiffError();
+    EXPECT_TRUE(dib || error != 0);
+    GlobalFree(dib);
+    return error;
+}
+
+// These answer yes or no, whatever the last error is.
+uint32_t ReadField(const Bytes& bytes)
+{
+    const auto before = standin::Live().handles;
+    OpenedFile file(bytes);
+    TiffIocaDescription description;
+    const bool found = ReadMODCAHeader(file.handle, &description);
+    file.closed = standin::Live().handles == before; // the file ended early
+    EXPECT_FALSE(found && file.closed);
+    return 0;
+}
+
+} // namespace
+
+TEST(Hostile, AHeaderMayHoldAnyByteAnywhere)
+{
+    const Bytes field =
+        Repeat(Hex("5A"), 9) + Hex("D3EEFB 7000 9101FF 940900 07D0 07D0 06C0 0898 95020101 960101 "
+                                   "970100 FE92 0008 01020304 0506 93007100");
+    const struct {
+        const char* row;
+        Bytes file;
+        uint32_t (*read)(const Bytes&);
+        std::set<uint32_t> errors;
+    } formats[] = {
+        {"JPEG", ColourJpeg(), LoadFirst, {0, 5, 6, 8, 10, 11, 12, 14, 16}},
+        {"CALS", Cals(), LoadCals, {0, 18, 20}},
+        {"MO:DCA", field, ReadField, {0}},
+    };
+    for (const auto& [name, whole, read, errors] : formats) {
+        const standin::LeakCheck leaks;
+        EXPECT_EQ(read(whole), 0u) << name;
+        for (size_t at = 0; at < std::min<size_t>(whole.size(), 1200); ++at)
+            for (const int value : {0x00, 0x01, 0x7F, 0x80, 0xFF, -1, whole[at] ^ 1, whole[at] ^ 0x20}) {
+                SCOPED_TRACE(std::string(name) + ", byte " + std::to_string(at));
+                Bytes bytes = value < 0 ? Part(whole, 0, at) : whole;
+                if (value >= 0)
+                    bytes[at] = static_cast<uint8_t>(value);
+                const uint32_t error = read(bytes);
+                EXPECT_TRUE(errors.contains(error)) << error;
+            }
+    }
 }

@@ -258,6 +258,31 @@ void AddOpenFiles(const Adder& add)
                 SetTiffImageDPI(file, 1, 98u << 16 | 204) == 0 && GetTiffImageDPI(file, 1, &dpi) == 0;
             return Result(done, {static_cast<uint8_t>(dpi), static_cast<uint8_t>(dpi >> 16)});
         }));
+    add({"GetTiffImageInfo GetTiffRowsPerStrip GetTiffStripCount GetTiffDimensions", "", {}, Kept, {10}},
+        Query([](HGLOBAL file) {
+            BITMAPINFOHEADER header{};
+            uint32_t width = 0;
+            const bool done = GetTiffImageInfo(file, 1, 256, &width) && GetTiffRowsPerStrip(file, 1) &&
+                              GetTiffStripCount(file, 1) && GetTiffDimensions(file, 1, &header) == 0;
+            return Result(done, {static_cast<uint8_t>(width), static_cast<uint8_t>(header.biHeight)});
+        }));
+    add({"IsTiffImageRegistered NumberOfTiffImages GetTiffFileInfo ModiTiffFileInfo DropTiffImage",
+         "",
+         {},
+         Kept},
+        Query([](HGLOBAL file) {
+            TiffFileInformation info;
+            return Answer(IsTiffImageRegistered(file, 1) && NumberOfTiffImages(file, TIFF_ALL_PAGES) &&
+                          GetTiffFileInfo(file, &info) && ModiTiffFileInfo(file, nullptr, TIFF_INTEL) &&
+                          DropTiffImage(file, 1));
+        }));
+    add({"GetTiffNoteCount GetTiffNote", "", {}, Kept}, [](Scene& scene) {
+        HGLOBAL file = scene.InMemory("notes.tif");
+        scene.Arm();
+        TiffNote note{};
+        char text[64] = {};
+        return Answer(GetTiffNoteCount(file, 1) && GetTiffNote(file, 1, 0, &note, text, sizeof(text)));
+    });
     add({"GetTiffRGBQuad", "", {}, Kept},
         Query([](HGLOBAL file) { return TakeBlock(GetTiffRGBQuad(file, 1)); }));
     add({"GetTiffColorSpace", "", {"coded.tif"}, Silent},

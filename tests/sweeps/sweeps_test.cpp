@@ -43,10 +43,8 @@ const auto* const printing = testing::AddGlobalTestEnvironment(new PrintTotal);
 
 // These take no memory, no file and no drawing of their own, or cannot say that one failed.
 const char* const notSwept =
-    // what a thread or the caller holds, and blocks that are only locked
-    "DropTiffImage IsTiffImageRegistered NumberOfTiffImages GetMemoryTiffHandle GetTiffFileInfo "
-    "ModiTiffFileInfo "
-    "GetTiffImageInfo GetTiffRowsPerStrip GetTiffStripCount GetTiffNoteCount GetTiffNote GetTiffDimensions "
+    // what a thread or the caller holds
+    "GetMemoryTiffHandle "
     "SetTiffError TiffError TiffErrorString SetTiffDllFileHandle GetTiffVersion IsRequiredTag SetKfactor "
     "GetTiffJpegQuality SetTiffJpegQuality FindCALSRecord mClose GetTiffPathCodePage SetTiffPathCodePage "
     "GetTiffVersionNumber TiffErrorDetail GetTiffDecodeQuality SetTiffFaxQuality "
