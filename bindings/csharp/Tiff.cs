@@ -231,6 +231,9 @@ public static unsafe class Tiff {
     public const uint TIFF_ANNOTATION_REPLACE = 1;
     public const uint TIFF_ANNOTATION_APPEND = 2;
     public const uint TIFF_SMOOTH = 1;
+    public const uint TIFF_DITHER_THRESHOLD = 0;
+    public const uint TIFF_DITHER_ORDERED = 1;
+    public const uint TIFF_DITHER_DIFFUSION = 2;
     public const uint T_READ = 0;
     public const uint T_APPEND = 2;
     public const uint T_CREAT = 3;
@@ -765,6 +768,12 @@ public static unsafe class Tiff {
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern IntPtr StretchDIB(IntPtr dib, int width, int height, uint flags);
+
+    [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
+    public static extern IntPtr RotateDIB(IntPtr dib, int quarters);
+
+    [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
+    public static extern IntPtr DitherDIB(IntPtr dib, uint method, uint threshold);
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern IntPtr BitmapFormOverlay([MarshalAs(UTF8)] string formPath, TiffTextPageSettings* settings);
