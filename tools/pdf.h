@@ -29,6 +29,7 @@ struct PdfFile {
     std::unique_ptr<FILE, int (*)(FILE*)> file;
     std::vector<uint64_t> offsets; // of the objects, by number
     std::vector<uint32_t> pages;   // their numbers
+    uint64_t size = 0;             // bytes written
     bool good = true;
 
     explicit PdfFile(const char* path);
