@@ -8,7 +8,7 @@ namespace tifftool {
 namespace {
 
 constexpr uint32_t CATALOG = 1, PAGE_TREE = 2;
-constexpr size_t BUFFER_BYTES = 1u << 20;
+constexpr size_t BUFFER_BYTES = 1u << 14; // longer code goes past the buffer
 
 // The place is counted: asking the system for it would take a call for each object.
 void WriteBytes(PdfFile& pdf, std::span<const uint8_t> bytes)
@@ -106,7 +106,7 @@ void AddPage(PdfFile& pdf, const PdfPage& page)
         const uint32_t image = AddStream(pdf,
                                          "/Type/XObject/Subtype/Image/Width " + std::to_string(page.width) +
                                              "/Height " + std::to_string(strip.rows) + strip.form,
-                                         strip.code);
+                                         strip.code.Bytes());
         const std::string name = "/I" + std::to_string(image);
         row += strip.rows;
         const double height = page.height;

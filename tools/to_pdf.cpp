@@ -97,7 +97,7 @@ bool HasFaxCode(const PageFacts& facts)
 }
 
 // Reads bytes of a file, wherever the file lies.
-using ReadStrip = std::function<std::vector<uint8_t>(uint32_t at, uint32_t count)>;
+using ReadStrip = std::function<PdfCode(uint32_t at, uint32_t count)>;
 
 // False when the strips are not all there, or too many.
 bool TakeFaxStrips(HGLOBAL file, uint32_t page, const PageFacts& facts, const ReadStrip& read,
@@ -112,12 +112,14 @@ bool TakeFaxStrips(HGLOBAL file, uint32_t page, const PageFacts& facts, const Re
     uint32_t row = 0;
     for (size_t strip = 0; strip < offsets.size() && row < facts.length; ++strip) {
         const uint32_t rows = std::min(most, facts.length - row);
-        std::vector<uint8_t> code = read(offsets[strip], counts[strip]);
-        if (code.empty() || code.size() != counts[strip]) {
+        PdfCode code = read(offsets[strip], counts[strip]);
+        const std::span<const uint8_t> bytes = code.Bytes();
+        if (bytes.empty() || bytes.size() != counts[strip]) {
             return false;
         }
         if (facts.fillOrder == 2) {
-            ReverseBits(code);
+            code.own.assign(bytes.begin(), bytes.end());
+            ReverseBits(code.own);
         }
         pdfPage.strips.push_back({rows, FaxForm(facts, rows), std::move(code)});
         row += rows;
@@ -144,7 +146,7 @@ bool TakeJpeg(HGLOBAL file, uint32_t page, const PageFacts& facts, const std::st
                                   (isGrey ? "/DeviceGray"
                                           : "/DeviceRGB/DecodeParms<</ColorTransform " +
                                                 std::string(facts.photometric == YCBCR ? "1" : "0") + ">>"),
-                              std::move(code)});
+                              {.own = std::move(code)}});
     return true;
 }
 
@@ -187,11 +189,10 @@ struct MovedFile {
     }
 };
 
-std::vector<uint8_t> BytesOf(const OwnedBlock& block, uint32_t at, uint32_t count)
+PdfCode CodeIn(const OwnedBlock& block, uint32_t at, uint32_t count)
 {
-    return uint64_t{at} + count <= block.size
-               ? std::vector<uint8_t>(block.bytes + at, block.bytes + at + count)
-               : std::vector<uint8_t>();
+    return uint64_t{at} + count <= block.size ? PdfCode{.own = {}, .elsewhere = {block.bytes + at, count}}
+                                              : PdfCode{};
 }
 
 struct PdfOrder {
@@ -224,7 +225,8 @@ bool MovePage(const PictureFile& pictures, MovedFile& moved, uint32_t page, PdfO
     const PageFacts facts = ReadPageFacts(file, page);
     pdfPage = Measure(file, page, facts);
     const ReadStrip read = [&moved](uint32_t at, uint32_t count) {
-        return moved.opened.handle ? BytesOf(moved.whole, at, count) : ReadBytes(moved.raw, at, count);
+        return moved.opened.handle ? CodeIn(moved.whole, at, count)
+                                   : PdfCode{.own = ReadBytes(moved.raw, at, count)};
     };
     const bool isPlain = !facts.isTiled && facts.width != 0 && facts.length != 0;
     const bool isMoved =
@@ -276,7 +278,7 @@ PdfStrip DeflatedIndexes(const Pixels& pixels)
                                           Hexadecimal(pixels.colours) + "]";
     return {pixels.height,
             "/BitsPerComponent " + std::to_string(pixels.depth) + "/Filter/FlateDecode/ColorSpace" + colours,
-            Finish(deflater)};
+            {.own = Finish(deflater)}};
 }
 
 PdfStrip Deflated(const Pixels& pixels)
@@ -290,7 +292,9 @@ PdfStrip Deflated(const Pixels& pixels)
         ReadRow(pixels, index, row);
         Add(deflater, {row.data()->data(), row.size() * sizeof(Rgb)});
     }
-    return {pixels.height, "/BitsPerComponent 8/Filter/FlateDecode/ColorSpace/DeviceRGB", Finish(deflater)};
+    return {pixels.height,
+            "/BitsPerComponent 8/Filter/FlateDecode/ColorSpace/DeviceRGB",
+            {.own = Finish(deflater)}};
 }
 
 // The orientation is that of the page, but loading turns rows that come from the bottom.
@@ -317,7 +321,11 @@ int CodeAnew(const Picture& picture, uint32_t orientation, PdfPage& pdfPage)
     const OwnedBlock saved(SaveTiffToMemory(nullptr, picture.dib.handle, TIFF_SAVE_GROUP4, TIFF_MSB_FIRST));
     const OpenFile made(
         saved.handle ? OpenTiffInMemory(saved.handle, static_cast<uint32_t>(saved.size), T_READ) : nullptr);
-    const ReadStrip read = [&saved](uint32_t at, uint32_t count) { return BytesOf(saved, at, count); };
+    const ReadStrip read = [&saved](uint32_t at, uint32_t count) {
+        PdfCode code = CodeIn(saved, at, count);
+        code.own.assign(code.elsewhere.begin(), code.elsewhere.end());
+        return code;
+    };
     return made.handle && GetTiffImage(made.handle, 0) &&
                    TakeFaxStrips(made.handle, 0, ReadPageFacts(made.handle, 0), read, pdfPage)
                ? int{ALL_FINE}
