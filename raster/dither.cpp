@@ -172,6 +172,17 @@ const uint8_t* GreyRow(const Job& job, uint32_t row)
     return job.room;
 }
 
+// A row that alternates from a black pixel on has one run more than pixels when it is coded for a fax: the
+// white one of no length before it. Readers with room for as many runs as pixels, rounded to 32, would lose
+// the page from there. The first two pixels change places.
+void BreakAlternation(uint8_t* row, uint32_t width)
+{
+    constexpr uint8_t ALTERNATING = 0xAA, BROKEN = 0x6A;
+    const size_t bytes = width / 8;
+    if (width % 32 == 0 && row[0] == ALTERNATING && std::memcmp(row, row + 1, bytes - 1) == 0)
+        row[0] = BROKEN;
+}
+
 void DitherRow(const Job& job, uint32_t row, uint8_t* target)
 {
     const uint32_t width = job.view.width;
@@ -180,7 +191,8 @@ void DitherRow(const Job& job, uint32_t row, uint8_t* target)
     if (job.method == TIFF_DITHER_ORDERED) {
         const auto& square = orderedLimits[row % SIDE];
         const Limits ordered[2] = {square[0], square[1]};
-        return PackDark(greys, width, ordered, target);
+        PackDark(greys, width, ordered, target);
+        return BreakAlternation(target, width);
     }
     if (job.method == TIFF_DITHER_DIFFUSION) {
         // Rows go to and fro, so that dots form no slanted lines.
@@ -189,6 +201,8 @@ void DitherRow(const Job& job, uint32_t row, uint8_t* target)
         greys = job.room;
     }
     PackDark(greys, width, plain, target);
+    if (job.method == TIFF_DITHER_DIFFUSION)
+        BreakAlternation(target, width);
 }
 
 HGLOBAL Dither(const LockedDib& dib, uint32_t method, uint32_t threshold, Status& status)

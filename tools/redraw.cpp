@@ -2,6 +2,7 @@
 
 #include "chain.h"
 #include "describe.h"
+#include "extension.h"
 #include "progress.h"
 #include "source.h"
 #include "standard_streams.h"
@@ -224,6 +225,9 @@ int Redraw(const RedrawOrder& order, const DrawPage& draw)
     Source source(order.input.c_str());
     std::vector<uint32_t> pages;
     if (!IsWhole(source) || !SelectPages(source, order.selection, pages)) {
+        return FAILED;
+    }
+    if (order.output != order.input && !SuitsContent(order.output, ".tif")) {
         return FAILED;
     }
     if (IsMotorola(source)) {

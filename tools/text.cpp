@@ -2,6 +2,7 @@
 #include "bmp.h"
 #include "describe.h"
 #include "diagnosis.h"
+#include "extension.h"
 #include "faxable.h"
 #include "lengths.h"
 #include "page_target.h"
@@ -346,6 +347,9 @@ int RunText(Arguments arguments)
     }
     if (IsSameFile(order.input, order.output)) {
         return ReportSentence(order.output, "the pages would take the place of their text");
+    }
+    if (!SuitsContent(order.output, ".tif")) {
+        return FAILED;
     }
     const TemporaryFile copy;
     const bool ready = options.Has("--bare-lf") ? SetPath(order, order.input) : CopyText(order, copy);

@@ -145,6 +145,24 @@ TEST(Dither, KeepsTheMeanOfTheGreys)
         }
 }
 
+TEST(Dither, LeavesNoRowThatHasMoreRunsThanPixels)
+{
+    std::string alternating;
+    for (int pair = 0; pair < 32; ++pair)
+        alternating += "#.";
+    const Bytes grey = DibOf(64, std::vector<uint32_t>(64 * 40, 0x808080), 8, false);
+    for (const uint32_t method : {TIFF_DITHER_ORDERED, TIFF_DITHER_DIFFUSION}) {
+        const Dots dots = Dithered(grey, method, 0);
+        EXPECT_EQ(std::ranges::count(dots.rows, alternating), 0);
+        EXPECT_NEAR(dots.White(0, 0, 64), 64 * 20, 26);
+    }
+    // The threshold says what each pixel is.
+    std::vector<uint32_t> stripes(64);
+    for (size_t at = 1; at < stripes.size(); at += 2)
+        stripes[at] = 0xFFFFFF;
+    EXPECT_EQ(Dithered(DibOf(64, stripes, 8, false), TIFF_DITHER_THRESHOLD, 0).rows[0], alternating);
+}
+
 TEST(Dither, RefusesWhatItCannotTake)
 {
     NoLeaks leaks;
