@@ -198,21 +198,13 @@ PdfCode CodeIn(const OwnedBlock& block, uint32_t at, uint32_t count)
 struct PdfOrder {
     bool checks;           // fax code is decoded before it is moved
     int result = ALL_FINE; // FAILED when a page was not whole
+    PageFacts facts{};     // of the page; none of a single picture
 };
 
-// With a message when rows of the page are missing.
-bool HasAllRows(const PictureFile& pictures, HGLOBAL file, uint32_t page, const PageFacts& facts,
-                PdfOrder& order)
+bool HasAllRows(HGLOBAL file, uint32_t page, const PageFacts& facts)
 {
     uint32_t rows = 0;
-    const uint32_t error = CountRows(file, page, facts, rows);
-    if (error == 0 && rows == facts.length) {
-        return true;
-    }
-    order.result =
-        ReportSentence(PageName(pictures.path, page + 1),
-                       "is not whole; the document has the rows that are there: " + DescribeError(error));
-    return false;
+    return CountRows(file, page, facts, rows) == 0 && rows == facts.length;
 }
 
 // Moves the code of a page into the document; false when it must be coded anew.
@@ -222,7 +214,7 @@ bool MovePage(const PictureFile& pictures, MovedFile& moved, uint32_t page, PdfO
     if (!GetTiffImage(file, page)) {
         return false;
     }
-    const PageFacts facts = ReadPageFacts(file, page);
+    const PageFacts& facts = order.facts = ReadPageFacts(file, page);
     pdfPage = Measure(file, page, facts);
     const ReadStrip read = [&moved](uint32_t at, uint32_t count) {
         return moved.opened.handle ? CodeIn(moved.whole, at, count)
@@ -232,7 +224,7 @@ bool MovePage(const PictureFile& pictures, MovedFile& moved, uint32_t page, PdfO
     const bool isMoved =
         isPlain && (HasFaxCode(facts)
                         ? TakeFaxStrips(file, page, facts, read, pdfPage) &&
-                              (!order.checks || HasAllRows(pictures, file, page, facts, order))
+                              (!order.checks || HasAllRows(file, page, facts))
                         : facts.compression == JPEG && TakeJpeg(file, page, facts, pictures.path, pdfPage));
     DropTiffImage(file, page);
     return isMoved;
@@ -297,10 +289,24 @@ PdfStrip Deflated(const Pixels& pixels)
             {.own = Finish(deflater)}};
 }
 
-// The orientation is that of the page, but loading turns rows that come from the bottom.
-int CodeAnew(const Picture& picture, uint32_t orientation, PdfPage& pdfPage)
+// Loading gives 16 greys levels that do not reach from black to white. The document has those of the page.
+void SetPageGreys(const PageFacts& facts, Pixels& pixels)
 {
-    const Pixels pixels = ReadPixels({picture.dib.bytes, picture.dib.size});
+    if (facts.samplesPerPixel != 1 || facts.bitsPerSample != 4 || facts.photometric > BLACK_IS_ZERO ||
+        pixels.depth != 4) {
+        return;
+    }
+    for (size_t index = 0; index < pixels.colours.size(); ++index) {
+        const size_t step = facts.photometric == BLACK_IS_ZERO ? index : 15 - index;
+        pixels.colours[index].fill(static_cast<uint8_t>(step * 17));
+    }
+}
+
+// The orientation is that of the page, but loading turns rows that come from the bottom.
+int CodeAnew(const Picture& picture, const PageFacts& facts, uint32_t orientation, PdfPage& pdfPage)
+{
+    Pixels pixels = ReadPixels({picture.dib.bytes, picture.dib.size});
+    SetPageGreys(facts, pixels);
     if (pixels.depth == 0) {
         return ReportSentence(picture.where, "has pixels of an unknown form");
     }
@@ -343,11 +349,17 @@ int AddFile(const Input& input, PdfOrder& order, PdfFile& pdf)
     for (uint32_t index = 0; index < count; ++index) {
         PdfPage page = {};
         page.orientation = 1;
+        order.facts = {};
         int result = ALL_FINE;
         if (!pictures.source || !MovePage(pictures, moved, pictures.pages[index] - 1, order, page)) {
             const Damage damage = order.checks ? Damage::Tolerated : Damage::Refused;
             result = HandlePicture(pictures, index, damage, [&](const Picture& picture) {
-                return CodeAnew(picture, page.orientation, page);
+                if (picture.error != 0) {
+                    order.result = ReportSentence(picture.where,
+                                                  "is not whole; the document has the rows that are there: " +
+                                                      DescribeError(picture.error));
+                }
+                return CodeAnew(picture, order.facts, page.orientation, page);
             });
         }
         if (result != ALL_FINE || IsInterrupted()) {
