@@ -23,6 +23,7 @@ void RegisterOpenJobs(const BenchFolders& folders);
 void RegisterEditingJobs(const BenchFolders& folders);
 void RegisterWrappingJobs(const std::vector<Picture>& pictures, const BenchFolders& folders);
 void RegisterResizeJobs(const std::vector<Picture>& pictures);
+void RegisterDitherJobs(const std::vector<Picture>& pictures);
 void RegisterGrowthJobs(const BenchFolders& folders);
 
 // Peak memory of loads, as lines of a table on standard output.

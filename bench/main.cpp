@@ -46,6 +46,7 @@ int main(int argc, char** argv)
     RegisterEditingJobs(folders);
     RegisterWrappingJobs(pictures, folders);
     RegisterResizeJobs(pictures);
+    RegisterDitherJobs(pictures);
     RegisterGrowthJobs(folders);
     int options = argc - 1;
     argv[1] = argv[0];

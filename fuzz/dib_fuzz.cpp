@@ -1,5 +1,5 @@
-// Takes any bytes for a packed DIB: cuts and stretches it, saves it as a page, and loads what was saved. The
-// first bytes choose how.
+// Takes any bytes for a packed DIB: cuts, stretches, turns and dithers it, saves it as a page, and loads what
+// was saved. The first bytes choose how.
 #include "scaffold.h"
 
 namespace {
@@ -35,6 +35,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     GlobalFree(StretchDIB(dib, data[2], data[3], data[4] & TIFF_SMOOTH));
     const RECT part = {data[0], data[1], data[0] + data[5], data[1] + data[6]};
     GlobalFree(CropStretchDIB(dib, &part, data[2], data[3], data[4] & TIFF_SMOOTH));
+    GlobalFree(RotateDIB(dib, static_cast<int8_t>(data[0])));
+    GlobalFree(DitherDIB(dib, data[4] % 4, data[5]));
     if (HGLOBAL saved =
             SaveTiffToMemory(nullptr, dib, TIFF_SAVE_STORED + data[7] % 8u, 1 + (data[4] >> 1 & 1))) {
         if (header.biSize != sizeof(BITMAPCOREHEADER))

@@ -1,7 +1,6 @@
 // Parts and other sizes of packed DIBs, for callers.
 #include "tiff/crop.h"
 #include "core/errors.h"
-#include "core/global_block.h"
 #include "raster/resize.h"
 
 namespace tiff {
@@ -27,20 +26,15 @@ struct Size {
 // Without a part the whole picture.
 HGLOBAL Resize(HGLOBAL dib, const RECT* part, Size size, bool smooth, Status& status)
 {
-    const Locked<const uint8_t> block(dib);
-    status = error::NotEnoughMemory;
-    if (!block)
-        return nullptr;
-    DibView view;
-    status = ViewDib({block.Get(), GlobalSize(dib)}, view);
+    const LockedDib locked(dib);
+    const DibView& view = locked.view;
+    status = locked.status;
     if (status != error::None)
         return nullptr;
     const RECT whole = {0, 0, static_cast<LONG>(view.width), static_cast<LONG>(view.height)};
     const RECT& area = part ? *part : whole;
     if (!IsResizable(view))
         status = error::ColourFormat;
-    else if (view.bitCount <= 8 && view.ColourCount() > StandardColours(view.bitCount))
-        status = error::BadDib;
     else if (!IsInside(area, view) || size.width < 1 || size.height < 1)
         status = error::InvalidParameters;
     if (status != error::None)

@@ -82,6 +82,63 @@ Status ViewDib(std::span<const uint8_t> block, DibView& view)
     return error::None;
 }
 
+LockedDib::LockedDib(HGLOBAL dib) : block(dib), status(error::NotEnoughMemory)
+{
+    if (!block)
+        return;
+    status = ViewDib({block.Get(), GlobalSize(dib)}, view);
+    const uint32_t most = StandardColours(view.bitCount);
+    if (status == error::None && most != 0 && view.ColourCount() > most)
+        status = error::BadDib;
+}
+
+BITMAPINFOHEADER DibHeader(uint32_t width, uint32_t height, uint32_t bitCount, uint32_t colours)
+{
+    BITMAPINFOHEADER header{};
+    header.biSize = sizeof(header);
+    header.biWidth = static_cast<int32_t>(width);
+    header.biHeight = static_cast<int32_t>(height);
+    header.biPlanes = 1;
+    header.biBitCount = static_cast<WORD>(bitCount);
+    header.biSizeImage = static_cast<uint32_t>(DibStride(width, bitCount) * height);
+    header.biClrUsed = colours;
+    return header;
+}
+
+static uint64_t PixelsAt(const BITMAPINFOHEADER& header)
+{
+    return sizeof(header) + uint64_t{header.biClrUsed} * sizeof(RGBQUAD);
+}
+
+static uint64_t StrideOf(const BITMAPINFOHEADER& header)
+{
+    return DibStride(static_cast<uint32_t>(header.biWidth), header.biBitCount);
+}
+
+// More pixels than a header can count are more than there is memory for.
+static uint64_t BytesOf(const BITMAPINFOHEADER& header)
+{
+    const uint64_t pixelBytes = StrideOf(header) * static_cast<uint32_t>(header.biHeight);
+    return pixelBytes <= UINT32_MAX ? PixelsAt(header) + pixelBytes : UINT64_MAX;
+}
+
+FreshDib::FreshDib(const BITMAPINFOHEADER& header)
+    : block(GlobalBlock::Uncleared(BytesOf(header))), made(block.Get()),
+      stride(static_cast<size_t>(StrideOf(header)))
+{
+    if (!made)
+        return;
+    std::memcpy(made.Get(), &header, sizeof(header));
+    colours = reinterpret_cast<RGBQUAD*>(made.Get() + sizeof(header));
+    rows = made.Get() + PixelsAt(header);
+}
+
+HGLOBAL FreshDib::Release()
+{
+    made.Unlock();
+    return block.Release();
+}
+
 Status CompleteDib(std::span<uint8_t> block, DibView& view)
 {
     const Status status = ViewDib(block, view);

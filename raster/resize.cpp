@@ -94,24 +94,13 @@ struct Job {
 
     const uint8_t* SourceRow(uint32_t row) const
     {
-        const uint32_t stored = order.top + row;
-        return view.pixels + uint64_t{view.stride} * (view.topDown ? stored : view.height - 1 - stored);
+        return view.Row(order.top + row);
     }
     uint8_t* ResultRow(uint32_t row) const
     {
         return pixels + stride * (order.height - 1 - row);
     }
 };
-
-uint32_t BitAt(const uint8_t* row, uint32_t pixel)
-{
-    return row[pixel / 8] >> (7 - pixel % 8) & 1u;
-}
-
-uint32_t NibbleAt(const uint8_t* row, uint32_t pixel)
-{
-    return row[pixel / 2] >> (pixel % 2 ? 0 : 4) & 15u;
-}
 
 // Pixels from any bit on, to the beginning of a row. The bits behind the last pixel become 0.
 void CopyBits(uint8_t* target, const uint8_t* row, uint64_t firstBit, uint64_t bitCount)
@@ -380,16 +369,9 @@ int32_t InProportion(int32_t dotsPerMetre, uint32_t size, uint32_t part)
 
 BITMAPINFOHEADER HeaderOf(const DibView& view, const ResizeOrder& order, uint32_t bitCount, uint32_t colours)
 {
-    BITMAPINFOHEADER header{};
-    header.biSize = sizeof(header);
-    header.biWidth = static_cast<int32_t>(order.width);
-    header.biHeight = static_cast<int32_t>(order.height);
-    header.biPlanes = 1;
-    header.biBitCount = static_cast<WORD>(bitCount);
-    header.biSizeImage = static_cast<uint32_t>(DibStride(order.width, bitCount) * order.height);
+    BITMAPINFOHEADER header = DibHeader(order.width, order.height, bitCount, colours);
     header.biXPelsPerMeter = InProportion(view.dotsPerMetreX, order.width, order.partWidth);
     header.biYPelsPerMeter = InProportion(view.dotsPerMetreY, order.height, order.partHeight);
-    header.biClrUsed = colours;
     return header;
 }
 
@@ -416,26 +398,19 @@ HGLOBAL ResizeDib(const DibView& view, const ResizeOrder& order, Status& status)
     }
     const bool greys = order.smooth && bitCount == 8;
     const uint32_t colours = bitCount > 8 ? 0 : greys ? GREYS : view.ColourCount();
-    const uint64_t stride = DibStride(order.width, bitCount), imageBytes = stride * order.height;
-    const uint64_t pixelsAt = sizeof(BITMAPINFOHEADER) + uint64_t{colours} * sizeof(RGBQUAD);
     const size_t sumCount = order.smooth ? size_t{order.width} * smoothing.channels : 0;
-    GlobalBlock result =
-        GlobalBlock::Uncleared(imageBytes <= UINT32_MAX ? pixelsAt + imageBytes : UINT64_MAX);
+    FreshDib result(HeaderOf(view, order, bitCount, colours));
     GlobalBlock sumBlock(sumCount * sizeof(uint64_t));
-    Locked<uint8_t> dib(result.Get());
     const Locked<uint64_t> sums(sumBlock.Get());
-    status = dib && sums ? error::None : error::NotEnoughMemory;
+    status = result.made && sums ? error::None : error::NotEnoughMemory;
     if (status != error::None)
         return nullptr;
-    const BITMAPINFOHEADER header = HeaderOf(view, order, bitCount, colours);
-    std::memcpy(dib.Get(), &header, sizeof(header));
-    FillColours(reinterpret_cast<RGBQUAD*>(dib.Get() + sizeof(header)), view, greys, colours);
-    const Job job{view, order, dib.Get() + pixelsAt, stride};
+    FillColours(result.colours, view, greys, colours);
+    const Job job{view, order, result.rows, result.stride};
     if (order.smooth)
         Smooth(job, smoothing, {sums.Get(), sumCount});
     else
         Pick(job);
-    dib.Unlock();
     return result.Release();
 }
 

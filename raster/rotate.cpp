@@ -1,6 +1,7 @@
 #include "raster/rotate.h"
 
 #include "core/byte_order.h"
+#include "raster/dib.h"
 
 #include <algorithm>
 
@@ -11,7 +12,15 @@ namespace {
 struct Target {
     uint8_t* first;
     uint32_t stride;
+
+    uint8_t* Row(uint32_t row) const
+    {
+        return first + size_t{row} * stride;
+    }
 };
+
+// Rows of a column that are in the processor's cache while the next column is taken.
+constexpr uint32_t CLOSE_ROWS = 64;
 
 template <size_t PIXEL>
 void CopyPixel(uint8_t* target, const uint8_t* source)
@@ -24,8 +33,8 @@ template <size_t PIXEL>
 void ReversePixels(const PixelRows& rows, Target target)
 {
     for (uint32_t row = 0; row < rows.count; ++row) {
-        const uint8_t* from = rows.first + size_t{row} * rows.stride;
-        uint8_t* to = target.first + size_t{rows.count - 1 - row} * target.stride;
+        const uint8_t* from = rows.Row(row);
+        uint8_t* to = target.Row(rows.count - 1 - row);
         for (uint32_t column = 0; column < rows.width; ++column)
             CopyPixel<PIXEL>(to + size_t{rows.width - 1 - column} * PIXEL, from + size_t{column} * PIXEL);
     }
@@ -36,8 +45,8 @@ void ReverseBitRows(const PixelRows& rows, Target target)
 {
     const uint32_t bytes = (rows.width + 7) / 8, padding = bytes * 8 - rows.width;
     for (uint32_t row = 0; row < rows.count; ++row) {
-        const uint8_t* from = rows.first + size_t{row} * rows.stride;
-        uint8_t* to = target.first + size_t{rows.count - 1 - row} * target.stride;
+        const uint8_t* from = rows.Row(row);
+        uint8_t* to = target.Row(rows.count - 1 - row);
         uint32_t before = reversedBits[from[bytes - 1]];
         for (uint32_t byte = 0; byte + 1 < bytes; ++byte) {
             const uint32_t next = reversedBits[from[bytes - 2 - byte]];
@@ -65,10 +74,40 @@ struct Quarter {
 template <size_t PIXEL>
 void TurnPixels(Quarter turn, const PixelRows& rows, Target target)
 {
-    for (uint32_t column = 0; column < rows.width; ++column) {
-        uint8_t* to = target.first + size_t{turn.TargetRow(column, rows)} * target.stride;
-        for (uint32_t row = 0; row < rows.count; ++row, to += PIXEL)
-            CopyPixel<PIXEL>(to, rows.first + size_t{turn.Row(row, rows)} * rows.stride + column * PIXEL);
+    for (uint32_t left = 0; left < rows.count; left += CLOSE_ROWS) {
+        const uint32_t behind = std::min(rows.count - left, CLOSE_ROWS) + left;
+        for (uint32_t column = 0; column < rows.width; ++column) {
+            uint8_t* to = target.Row(turn.TargetRow(column, rows)) + size_t{left} * PIXEL;
+            for (uint32_t row = left; row < behind; ++row, to += PIXEL)
+                CopyPixel<PIXEL>(to, rows.Row(turn.Row(row, rows)) + size_t{column} * PIXEL);
+        }
+    }
+}
+
+// To be written from the left.
+void PutNibble(uint8_t* row, uint32_t pixel, uint32_t value)
+{
+    row[pixel / 2] = static_cast<uint8_t>(pixel % 2 ? row[pixel / 2] | value : value << 4);
+}
+
+void ReverseNibbles(const PixelRows& rows, Target target)
+{
+    for (uint32_t row = 0; row < rows.count; ++row) {
+        uint8_t* to = target.Row(rows.count - 1 - row);
+        for (uint32_t column = 0; column < rows.width; ++column)
+            PutNibble(to, column, NibbleAt(rows.Row(row), rows.width - 1 - column));
+    }
+}
+
+void TurnNibbles(Quarter turn, const PixelRows& rows, Target target)
+{
+    for (uint32_t left = 0; left < rows.count; left += CLOSE_ROWS) {
+        const uint32_t behind = std::min(rows.count - left, CLOSE_ROWS) + left;
+        for (uint32_t column = 0; column < rows.width; ++column) {
+            uint8_t* to = target.Row(turn.TargetRow(column, rows));
+            for (uint32_t row = left; row < behind; ++row)
+                PutNibble(to, row, NibbleAt(rows.Row(turn.Row(row, rows)), column));
+        }
     }
 }
 
@@ -90,7 +129,7 @@ void TurnBits(Quarter turn, const PixelRows& rows, Target target)
         const uint8_t* from[8];
         const uint32_t present = std::min(rows.count - left, 8u);
         for (uint32_t row = 0; row < present; ++row)
-            from[row] = rows.first + size_t{turn.Row(left + row, rows)} * rows.stride;
+            from[row] = rows.Row(turn.Row(left + row, rows));
         for (uint32_t column = 0; column < rows.width; column += 8) {
             uint64_t square = 0;
             for (uint32_t row = 0; row < present; ++row)
@@ -106,29 +145,27 @@ void TurnBits(Quarter turn, const PixelRows& rows, Target target)
     }
 }
 
+// By PixelForm.
+constexpr struct FormTurns {
+    void (*half)(const PixelRows& rows, Target target);
+    void (*quarter)(Quarter turn, const PixelRows& rows, Target target);
+} formTurns[] = {
+    {ReverseBitRows, TurnBits},    {ReversePixels<1>, TurnPixels<1>}, {ReversePixels<3>, TurnPixels<3>},
+    {ReverseNibbles, TurnNibbles}, {ReversePixels<2>, TurnPixels<2>}, {ReversePixels<4>, TurnPixels<4>},
+};
+
 } // namespace
 
 void TurnRows(Turn turn, PixelForm form, const PixelRows& rows, uint8_t* target, uint32_t targetStride)
 {
-    const Target to{target, targetStride};
     if (rows.count == 0 || rows.width == 0)
         return;
-    if (turn == Turn::Half) {
-        if (form == PixelForm::Bits)
-            ReverseBitRows(rows, to);
-        else if (form == PixelForm::Bytes)
-            ReversePixels<1>(rows, to);
-        else
-            ReversePixels<3>(rows, to);
-        return;
-    }
-    const Quarter quarter{turn == Turn::Quarter, turn == Turn::ThreeQuarters};
-    if (form == PixelForm::Bits)
-        TurnBits(quarter, rows, to);
-    else if (form == PixelForm::Bytes)
-        TurnPixels<1>(quarter, rows, to);
+    const FormTurns& turns = formTurns[static_cast<size_t>(form)];
+    const Target to{target, targetStride};
+    if (turn == Turn::Half)
+        turns.half(rows, to);
     else
-        TurnPixels<3>(quarter, rows, to);
+        turns.quarter({turn == Turn::Quarter, turn == Turn::ThreeQuarters}, rows, to);
 }
 
 } // namespace tiff

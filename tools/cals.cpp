@@ -3,6 +3,7 @@
 #include "bmp.h"
 #include "describe.h"
 #include "diagnosis.h"
+#include "extension.h"
 #include "options.h"
 #include "pages.h"
 #include "whole_file.h"
@@ -76,6 +77,9 @@ int RunToTiff(const Options& options)
         return UsageError(calsCommand, "--page goes with from-tiff");
     }
     const uint32_t selector = CompressionOption(calsCommand, options, "g4");
+    if (selector != 0 && !SuitsContent(options.others[2], ".tif")) {
+        return FAILED;
+    }
     return selector ? WriteTiff(options.others[1], options.others[2], selector) : int{WRONG_USAGE};
 }
 
@@ -89,7 +93,7 @@ int RunFromTiff(const Options& options)
         return WRONG_USAGE;
     }
     const char* const output = options.others[2];
-    if (!CheckOutput(output)) {
+    if (!SuitsContent(output, ".cal") || !CheckOutput(output)) {
         return FAILED;
     }
     if (IsSameFile(input.path, output)) {

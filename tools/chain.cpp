@@ -88,14 +88,21 @@ bool FindEntry(RawFile& raw, uint32_t directory, uint32_t tag, TagEntry& entry)
     return false;
 }
 
+bool WriteNumbers(RawFile& raw, uint64_t position, std::span<const uint32_t> numbers)
+{
+    std::vector<uint8_t> bytes;
+    for (const uint32_t number : numbers) {
+        for (uint32_t index = 0; index < 4; ++index) {
+            bytes.push_back(static_cast<uint8_t>(number >> 8 * (raw.motorola ? 3 - index : index)));
+        }
+    }
+    return Seek(raw, position) && fwrite(bytes.data(), 1, bytes.size(), raw.file.get()) == bytes.size() &&
+           fflush(raw.file.get()) == 0;
+}
+
 bool WriteCount(RawFile& raw, const TagEntry& entry, uint32_t count)
 {
-    uint8_t bytes[4];
-    for (uint32_t index = 0; index < 4; ++index) {
-        bytes[raw.motorola ? 3 - index : index] = static_cast<uint8_t>(count >> 8 * index);
-    }
-    return Seek(raw, entry.position + 4) && fwrite(bytes, 1, sizeof bytes, raw.file.get()) == sizeof bytes &&
-           fflush(raw.file.get()) == 0;
+    return WriteNumbers(raw, entry.position + 4, {&count, 1});
 }
 
 } // namespace tifftool

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,9 @@ bool FindEntry(RawFile& raw, uint32_t directory, uint32_t tag, TagEntry& entry);
 
 // Bytes as they are in the file; fewer when it ends before.
 std::vector<uint8_t> ReadBytes(RawFile& raw, uint64_t position, size_t count);
+
+// Overwrites numbers of four bytes.
+bool WriteNumbers(RawFile& raw, uint64_t position, std::span<const uint32_t> numbers);
 
 // Overwrites the count in an entry.
 bool WriteCount(RawFile& raw, const TagEntry& entry, uint32_t count);

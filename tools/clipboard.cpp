@@ -1,6 +1,7 @@
 /* tifftool copy and paste: a page to the clipboard as a bitmap, and the clipboard's bitmap as a
  * new page.
  */
+#include "extension.h"
 #include "options.h"
 #include "source.h"
 #include "whole_file.h"
@@ -53,7 +54,7 @@ int RunPaste(Arguments arguments)
     if (compression == 0) {
         return WRONG_USAGE;
     }
-    if (!CheckOutput(path) || !CanBeAddedTo(path)) {
+    if (!SuitsContent(path, ".tif") || !CheckOutput(path) || !CanBeAddedTo(path)) {
         return FAILED;
     }
     return SaveTiffFileFromClipboard(path, compression, 0) ? ALL_FINE : ReportError(path, TiffError());

@@ -53,6 +53,7 @@ extern const Command pasteCommand;
 extern const Command renderCommand;
 extern const Command reorderCommand;
 extern const Command repairCommand;
+extern const Command rotateCommand;
 extern const Command scaleCommand;
 extern const Command splitCommand;
 extern const Command stampCommand;

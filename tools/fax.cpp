@@ -1,6 +1,8 @@
 /* tifftool fax and blank: pages for fax boards, and the numbers of blank pages. */
+#include "chain.h"
 #include "extension.h"
 #include "fax_quality.h"
+#include "faxable.h"
 #include "json.h"
 #include "options.h"
 #include "pages.h"
@@ -17,9 +19,12 @@ namespace tifftool {
 
 namespace {
 
+constexpr uint32_t MOST_SAVED_DOWN = 196; // dots per inch
+
 struct FaxOrder {
     uint32_t selector;
     uint32_t fillOrder;
+    FaxForm form;
 };
 
 struct Board {
@@ -70,9 +75,19 @@ bool IsOutputError(uint32_t code)
     return code == 2 || code == 6 || code == 35;
 }
 
+// A picture that is to be made faxable is one before it is saved.
 int SavePage(const Picture& picture, const char* unfinished, const char* output, const Board& board,
              const FaxOrder& order)
 {
+    if (order.form.width != 0 || order.form.dithers) {
+        const OwnedBlock made(MakeFaxable(order.form, picture.dib));
+        FaxOrder rest = order;
+        rest.form = {};
+        return made.handle
+                   ? SavePage({made, picture.where, picture.page, picture.pages, picture.error, nullptr},
+                              unfinished, output, board, rest)
+                   : ReportError(picture.where, TiffError());
+    }
     SaveQualityOfLast(picture.source, picture.page - 1);
     if (const int result = CheckDepth(picture, order.selector); result != ALL_FINE) {
         return result;
@@ -84,14 +99,42 @@ int SavePage(const Picture& picture, const char* unfinished, const char* output,
     return ReportError(IsOutputError(error) ? output : picture.where, error);
 }
 
+// The savers know two resolutions of rows. Pages whose rows are closer are marked anew in the file, or they
+// would be shown too long.
+bool MarkResolution(const char* unfinished, size_t firstPage, uint32_t down)
+{
+    constexpr uint32_t Y_RESOLUTION = 283;
+    RawFile raw(unfinished, "r+b");
+    const std::vector<uint32_t> directories = WalkChain(raw).directories;
+    for (size_t page = firstPage; page < directories.size(); ++page) {
+        TagEntry entry;
+        const uint32_t rational[] = {down, 1};
+        if (!FindEntry(raw, directories[page], Y_RESOLUTION, entry) ||
+            !WriteNumbers(raw, entry.valuesAt, rational)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 int WritePages(std::span<const Input> inputs, const char* output, const char* unfinished, const Board& board,
                const FaxOrder& order)
 {
+    size_t before = 0;
+    {
+        RawFile raw(unfinished);
+        before = WalkChain(raw).directories.size();
+    }
     const int result = ForEachPicture(inputs, Damage::Refused, [&](const Picture& picture) {
         return SavePage(picture, unfinished, output, board, order);
     });
     if (result != ALL_FINE) {
         return result;
+    }
+    const bool isMarked = order.form.width == 0 || order.form.down <= MOST_SAVED_DOWN ||
+                          MarkResolution(unfinished, before, order.form.down);
+    if (!isMarked) {
+        return ReportSentence(output, "cannot be written");
     }
     if (board.numbered && !UpdatePageNumbers(unfinished, GetNumberOfImagesInTiffFile(unfinished))) {
         return ReportError(output, TiffError());
@@ -110,9 +153,10 @@ std::string BoardNames()
 
 int RunFax(Arguments arguments)
 {
-    const Options options =
-        ParseOptions(arguments, {"--board", "--compression", "--fill-order", "--pages", "--page"},
-                     {"--append", "--force"});
+    const Options options = ParseOptions(arguments,
+                                         {"--board", "--compression", "--fill-order", "--fit", "--resolution",
+                                          "--threshold", "--pages", "--page"},
+                                         {"--append", "--dither=", "--force"});
     if (!CheckOptions(faxCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
@@ -130,9 +174,8 @@ int RunFax(Arguments arguments)
     if (strcmp(board->name, "dialogic") == 0 && options.Has("--fill-order")) {
         return UsageError(faxCommand, "dialogic has a fill order of its own");
     }
-    const FaxOrder order = {CompressionOption(faxCommand, options, "g3"),
-                            FillOrderOption(faxCommand, options)};
-    if (order.selector == 0 || order.fillOrder == 0) {
+    FaxOrder order = {CompressionOption(faxCommand, options, "g3"), FillOrderOption(faxCommand, options), {}};
+    if (order.selector == 0 || order.fillOrder == 0 || !ReadFaxForm(faxCommand, options, order.form)) {
         return WRONG_USAGE;
     }
     const char* const output = options.others.back();
@@ -257,14 +300,20 @@ const Command faxCommand = {
     .name = "fax",
     .arguments = "IN... OUT.tif --board NAME [OPTION...]",
     .summary = "Saves pages in the form that a fax board reads.",
-    .details = "  --board gamma|bicom|nms|dialogic|cisco\n"
-               "  --compression NAME  none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4, not for bicom and nms;\n"
-               "                      without it g3\n"
-               "  --fill-order 1|2    for gamma and cisco; without it 1\n"
-               "  --append            adds the pages to OUT.tif instead of replacing it\n"
-               "\n"
-               "All pages are saved, or nothing is: OUT.tif changes when the result is whole.\n",
-    .example = "tifftool fax scan.tif out.tif --board dialogic",
+    .details =
+        "  --board gamma|bicom|nms|dialogic|cisco\n"
+        "  --compression NAME  none|packbits|lzw|lzw-pred|mh|g3|g3-2d|g4, not for bicom and nms;\n"
+        "                      without it g3\n"
+        "  --fill-order 1|2    for gamma and cisco; without it 1\n"
+        "  --fit WIDTH         scales each picture to so many pixels, such as 1728, in its proportions\n"
+        "  --resolution R      of the rows then: standard|fine|superfine; without it fine\n"
+        "  --dither[=METHOD]   makes black and white of greys and colours: diffusion|ordered|threshold;\n"
+        "                      without a method diffusion\n"
+        "  --threshold N       the least grey that becomes white, 1 to 255; without it 128\n"
+        "  --append            adds the pages to OUT.tif instead of replacing it\n"
+        "\n"
+        "All pages are saved, or nothing is: OUT.tif changes when the result is whole.\n",
+    .example = "tifftool fax photo.png out.tif --board dialogic --fit 1728 --dither",
     .run = RunFax,
 };
 

@@ -1,6 +1,7 @@
 /* tifftool ioca and modca: pages as image segments and documents, and back. */
 #include "bmp.h"
 #include "diagnosis.h"
+#include "extension.h"
 #include "options.h"
 #include "pages.h"
 #include "whole_file.h"
@@ -53,7 +54,7 @@ int Wrap(const Command& command, Wrapping wrapping, const Options& options)
     if (!ReadOnePage(command, options, options.others[1], input)) {
         return WRONG_USAGE;
     }
-    if (!CheckOutput(output)) {
+    if (!SuitsContent(output, wrapping == Wrapping::Segment ? ".ioca" : ".modca") || !CheckOutput(output)) {
         return FAILED;
     }
     if (IsSameFile(input.path, output)) {
@@ -85,6 +86,9 @@ int Unwrap(Wrapping wrapping, const char* input, const char* output)
     }
     if (IsSameFile(input, output)) {
         return ReportSentence(output, "the page would take the place of the file that it is in");
+    }
+    if (!SuitsContent(output, ".tif")) {
+        return FAILED;
     }
     PictureCode code{};
     if (const std::string failure = ReadCode(file.handle, wrapping, code); !failure.empty()) {

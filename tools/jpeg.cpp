@@ -348,7 +348,7 @@ int RunFromJpeg(Arguments arguments)
                                          " components; JFIF and Exif pictures have one or three");
     }
     const bool append = options.Has("--append");
-    if (append && !CanBeAddedTo(output)) {
+    if (!SuitsContent(output, ".tif") || (append && !CanBeAddedTo(output))) {
         return FAILED;
     }
     const Bytes page = PageOf(stream);

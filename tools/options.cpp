@@ -53,12 +53,16 @@ Options ParseOptions(Arguments arguments, std::initializer_list<const char*> wit
     bool onlyOthers = false;
     for (size_t i = 0; i < arguments.size() && options.wrong.empty(); ++i) {
         const std::string_view argument = arguments[i];
+        const std::string name(argument.substr(0, argument.find('=')));
+        const bool hasValue = name.size() < argument.size();
         if (!onlyOthers && argument == "--") {
             onlyOthers = true;
         } else if (onlyOthers || !IsOption(argument)) {
             options.others.push_back(arguments[i]);
-        } else if (options.Has(arguments[i])) {
-            options.wrong = std::string(argument) + " is given twice";
+        } else if (options.Has(name.c_str())) {
+            options.wrong = name + " is given twice";
+        } else if (IsAmong(name + "=", alone) || (hasValue && IsAmong(name, withValue))) {
+            options.values[name] = hasValue ? arguments[i] + name.size() + 1 : "";
         } else if (IsAmong(argument, alone)) {
             options.values[arguments[i]] = "";
         } else if (!IsAmong(argument, withValue)) {

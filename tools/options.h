@@ -26,8 +26,9 @@ struct Options {
     }
 };
 
-// Options in withValue, such as "--page", take the next argument; those in alone take none. A value may begin
-// with a minus sign, and negative numbers are not options.
+// Options in withValue, such as "--page", take the next argument or, as "--page=2", their own rest; those in
+// alone take none, or with a name such as "--dither=" their own rest if there is one. A value may begin with
+// a minus sign, and negative numbers are not options.
 Options ParseOptions(Arguments arguments, std::initializer_list<const char*> withValue,
                      std::initializer_list<const char*> alone);
 

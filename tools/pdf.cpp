@@ -8,18 +8,23 @@ namespace tifftool {
 namespace {
 
 constexpr uint32_t CATALOG = 1, PAGE_TREE = 2;
-constexpr size_t BUFFER_BYTES = 1u << 20;
+constexpr size_t BUFFER_BYTES = 1u << 14; // longer code goes past the buffer
+
+// The place is counted: asking the system for it would take a call for each object.
+void WriteBytes(PdfFile& pdf, std::span<const uint8_t> bytes)
+{
+    pdf.good = pdf.good && fwrite(bytes.data(), 1, bytes.size(), pdf.file.get()) == bytes.size();
+    pdf.size += bytes.size();
+}
 
 void Write(PdfFile& pdf, const std::string& text)
 {
-    pdf.good = pdf.good && fwrite(text.data(), 1, text.size(), pdf.file.get()) == text.size();
+    WriteBytes(pdf, {reinterpret_cast<const uint8_t*>(text.data()), text.size()});
 }
 
 void Begin(PdfFile& pdf, uint32_t number)
 {
-    if (pdf.good) {
-        pdf.offsets[number] = static_cast<uint64_t>(_ftelli64(pdf.file.get()));
-    }
+    pdf.offsets[number] = pdf.size;
     Write(pdf, std::to_string(number) + " 0 obj\n");
 }
 
@@ -35,7 +40,7 @@ uint32_t AddStream(PdfFile& pdf, const std::string& entries, std::span<const uin
 {
     const uint32_t number = NewObject(pdf);
     Write(pdf, "<<" + entries + "/Length " + std::to_string(bytes.size()) + ">>\nstream\n");
-    pdf.good = pdf.good && fwrite(bytes.data(), 1, bytes.size(), pdf.file.get()) == bytes.size();
+    WriteBytes(pdf, bytes);
     Write(pdf, "\nendstream\nendobj\n");
     return number;
 }
@@ -101,7 +106,7 @@ void AddPage(PdfFile& pdf, const PdfPage& page)
         const uint32_t image = AddStream(pdf,
                                          "/Type/XObject/Subtype/Image/Width " + std::to_string(page.width) +
                                              "/Height " + std::to_string(strip.rows) + strip.form,
-                                         strip.code);
+                                         strip.code.Bytes());
         const std::string name = "/I" + std::to_string(image);
         row += strip.rows;
         const double height = page.height;
@@ -128,7 +133,7 @@ bool FinishPdf(PdfFile& pdf)
     Write(pdf, "<</Type/Pages/Count " + std::to_string(pdf.pages.size()) + "/Kids[" + kids + "]>>\nendobj\n");
     Begin(pdf, CATALOG);
     Write(pdf, "<</Type/Catalog/Pages " + Reference(PAGE_TREE) + ">>\nendobj\n");
-    const auto table = pdf.good ? static_cast<uint64_t>(_ftelli64(pdf.file.get())) : 0;
+    const uint64_t table = pdf.size;
     const std::string count = std::to_string(pdf.offsets.size());
     Write(pdf, "xref\n0 " + count + "\n0000000000 65535 f \n");
     for (size_t number = 1; number < pdf.offsets.size(); ++number) {

@@ -11,11 +11,22 @@
 
 namespace tifftool {
 
+// Code of its own, or code that stays elsewhere until it is written.
+struct PdfCode {
+    std::vector<uint8_t> own{};
+    std::span<const uint8_t> elsewhere{};
+
+    std::span<const uint8_t> Bytes() const
+    {
+        return own.empty() ? elsewhere : std::span<const uint8_t>(own);
+    }
+};
+
 // A part of a page's picture, as wide as the page: its rows, and its code with what decodes it.
 struct PdfStrip {
     uint32_t rows;
     std::string form; // filter, colours and depth, as the entries of a dictionary
-    std::vector<uint8_t> code;
+    PdfCode code;
 };
 
 struct PdfPage {
@@ -29,6 +40,7 @@ struct PdfFile {
     std::unique_ptr<FILE, int (*)(FILE*)> file;
     std::vector<uint64_t> offsets; // of the objects, by number
     std::vector<uint32_t> pages;   // their numbers
+    uint64_t size = 0;             // bytes written
     bool good = true;
 
     explicit PdfFile(const char* path);

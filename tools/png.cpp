@@ -115,6 +115,84 @@ uint8_t OnPaper(uint8_t value, uint8_t alpha)
     return static_cast<uint8_t>((value * alpha + 255 * (255 - alpha) + 127) / 255);
 }
 
+// Every column and row from the first on with this step.
+struct Pass {
+    uint32_t left, top, across, down;
+};
+
+constexpr Pass wholePicture[] = {{0, 0, 1, 1}};
+constexpr Pass interlaced[] = {{0, 0, 8, 8}, {4, 0, 8, 8}, {0, 4, 4, 8}, {2, 0, 4, 4},
+                               {0, 2, 2, 4}, {1, 0, 2, 2}, {0, 1, 1, 2}};
+
+uint32_t PixelsOf(uint32_t size, uint32_t first, uint32_t step)
+{
+    return size > first ? (size - first - 1) / step + 1 : 0;
+}
+
+// The rows of a picture, coarse ones first when it is interlaced.
+struct PngRows {
+    uint32_t width, height, pixelBits;
+    std::span<const Pass> passes;
+
+    size_t RowBytes(const Pass& pass) const
+    {
+        return static_cast<size_t>((uint64_t{PixelsOf(width, pass.left, pass.across)} * pixelBits + 7) / 8);
+    }
+    // With a byte for each row's filter. A pass without columns has no rows.
+    uint64_t Bytes() const
+    {
+        uint64_t all = 0;
+        for (const Pass& pass : passes) {
+            const size_t row = RowBytes(pass);
+            all += row ? (uint64_t{row} + 1) * PixelsOf(height, pass.top, pass.down) : 0;
+        }
+        return all;
+    }
+};
+
+// Puts a row of a pass between the pixels of the others.
+void Spread(const PngRows& rows, const Pass& pass, std::span<const uint8_t> from, uint8_t* target)
+{
+    if (pass.across == 1) {
+        memcpy(target, from.data(), from.size());
+        return;
+    }
+    const uint32_t bits = rows.pixelBits, count = PixelsOf(rows.width, pass.left, pass.across);
+    for (uint32_t index = 0; index < count; ++index) {
+        const size_t at = size_t{pass.left} + size_t{index} * pass.across;
+        if (bits >= 8) {
+            memcpy(target + at * bits / 8, &from[size_t{index} * bits / 8], bits / 8);
+            continue;
+        }
+        const size_t bit = size_t{index} * bits;
+        const unsigned value = from[bit / 8] >> (8 - bits - bit % 8) & ((1u << bits) - 1);
+        target[at * bits / 8] |= static_cast<uint8_t>(value << (8 - bits - at * bits % 8));
+    }
+}
+
+// The picture's rows without filters; empty for a filter that does not exist.
+std::vector<uint8_t> UnfilteredRows(const PngRows& rows, std::span<uint8_t> filtered)
+{
+    const size_t whole = rows.RowBytes(wholePicture[0]);
+    std::vector<uint8_t> picture(whole * rows.height);
+    size_t at = 0;
+    for (const Pass& pass : rows.passes) {
+        const size_t bytes = rows.RowBytes(pass);
+        const std::vector<uint8_t> white(bytes);
+        std::span<const uint8_t> above = white;
+        for (uint64_t row = pass.top; bytes != 0 && row < rows.height; row += pass.down) {
+            const std::span<uint8_t> line = filtered.subspan(at + 1, bytes);
+            if (!Unfilter(filtered[at], line, above, std::max(1u, rows.pixelBits / 8))) {
+                return {};
+            }
+            Spread(rows, pass, line, &picture[static_cast<size_t>(row) * whole]);
+            above = line;
+            at += bytes + 1;
+        }
+    }
+    return picture;
+}
+
 void AppendRow(RasterPicture& picture, const PngParts& parts, std::span<const uint8_t> row, size_t samples)
 {
     if (picture.depth == 1) {
@@ -175,29 +253,25 @@ RasterPicture DecodePng(std::span<const uint8_t> bytes)
     if (!picture.fault.empty()) {
         return picture;
     }
-    const size_t rowBytes = (uint64_t{picture.width} * samples * parts.bits + 7) / 8;
-    const uint64_t all = (uint64_t{rowBytes} + 1) * picture.height;
+    const PngRows form = {picture.width, picture.height, static_cast<uint32_t>(samples) * parts.bits,
+                          parts.interlaced ? std::span<const Pass>(interlaced) : wholePicture};
+    const size_t rowBytes = form.RowBytes(wholePicture[0]);
+    const uint64_t all = form.Bytes();
     if (samples == 0 || !goodBits || picture.width == 0 || picture.height == 0 ||
         (parts.kind == PALETTE && picture.colours.empty()) || picture.width > INT32_MAX / 32 ||
         picture.height > INT32_MAX || all > MOST_RASTER_BYTES ||
         all > (parts.deflated.size() + 64) * MOST_RATIO) {
         picture.fault = "this is a PNG picture whose header makes no sense";
-    } else if (parts.interlaced) {
-        picture.fault = "this is an interlaced PNG picture, which is not read";
+        return picture;
     }
-    std::vector<uint8_t> rows;
-    if (picture.fault.empty() && (rows = Inflate(parts.deflated, static_cast<size_t>(all))).empty()) {
+    std::vector<uint8_t> rows = Inflate(parts.deflated, static_cast<size_t>(all));
+    if (rows.empty() || (rows = UnfilteredRows(form, rows)).empty()) {
         picture.fault = "this is a PNG picture that is damaged";
+        return picture;
     }
     picture.depth = samples > 2 ? 24 : parts.bits == 1 ? 1 : 8;
-    std::vector<uint8_t> above(rowBytes);
-    for (size_t at = 0; picture.fault.empty() && at < rows.size(); at += rowBytes + 1) {
-        const std::span row(&rows[at] + 1, rowBytes);
-        if (!Unfilter(rows[at], row, above, std::max<size_t>(1, samples * parts.bits / 8))) {
-            picture.fault = "this is a PNG picture that is damaged";
-        }
-        AppendRow(picture, parts, row, samples);
-        above.assign(row.begin(), row.end());
+    for (size_t at = 0; at < rows.size(); at += rowBytes) {
+        AppendRow(picture, parts, {&rows[at], rowBytes}, samples);
     }
     FinishColours(picture, parts);
     return picture;

@@ -2,6 +2,7 @@
 
 #include "chain.h"
 #include "describe.h"
+#include "extension.h"
 #include "progress.h"
 #include "source.h"
 #include "standard_streams.h"
@@ -16,6 +17,7 @@ namespace tifftool {
 namespace {
 
 constexpr uint32_t MOTOROLA_FILE = 35;
+constexpr uint32_t JPEG = 7, Y_RESOLUTION = 283;
 constexpr uint32_t LAST_KEPT_TYPE = 7; // the library holds values of larger types in part
 
 // Tags of the picture's code, which is new, and DateTime. 0 is the list of all.
@@ -68,17 +70,40 @@ std::vector<uint32_t> TagsOf(HGLOBAL file, uint32_t page)
     return tags;
 }
 
-// Why the page cannot be drawn upon without loss; empty when it can.
-std::string WhyNot(Source& source, uint32_t page, const PageFacts& facts)
+// What the orientation adds to a turn, by its number less 1. Loading turns mirrored rows only where they run
+// from the bottom.
+constexpr uint32_t MIRRORED = 4;
+constexpr uint32_t orientationQuarters[] = {0, MIRRORED, 2, 0, MIRRORED, 1, MIRRORED, 3};
+
+uint32_t OrientationQuarters(uint32_t orientation)
 {
-    if (facts.orientation != 1 && facts.orientation != 4) {
-        return "is stored turned";
+    return orientation - 1 < std::size(orientationQuarters) ? orientationQuarters[orientation - 1] : 0;
+}
+
+// A page that cannot be coded again without loss gets a scheme that loses nothing.
+uint32_t SelectorFor(const RedrawOrder& order, const PageFacts& facts)
+{
+    return order.turns && facts.compression == JPEG && facts.bitsPerSample == 8 ? uint32_t{TIFF_SAVE_LZW}
+                                                                                : OwnSelector(facts);
+}
+
+// Why the page cannot be drawn upon without loss; empty when it can.
+std::string WhyNot(const RedrawOrder& order, Source& source, uint32_t page, const PageFacts& facts)
+{
+    const bool isStraight = facts.orientation <= 1 || facts.orientation == 4;
+    if (order.turns ? OrientationQuarters(facts.orientation) == MIRRORED : !isStraight) {
+        return order.turns ? "is stored mirrored" : "is stored turned";
     }
-    if (facts.bitsPerSample > 8 || facts.photometric > 3 ||
-        (facts.bitsPerSample * facts.samplesPerPixel == 1 && facts.photometric > 1)) {
-        return "has colours that drawing would change";
+    if (!(order.turns && facts.compression == JPEG) &&
+        (facts.bitsPerSample > 8 || facts.photometric > 3 ||
+         (facts.bitsPerSample * facts.samplesPerPixel == 1 && facts.photometric > 1))) {
+        return order.turns ? "has colours that coding it anew would change"
+                           : "has colours that drawing would change";
     }
-    if (OwnSelector(facts) == 0) {
+    if (order.turns && GetTiffNoteCount(source.file.handle, page - 1) > 0) {
+        return "has notes, which would no longer stand where they belong";
+    }
+    if (SelectorFor(order, facts) == 0) {
         return "has a compression that cannot be written";
     }
     RawFile raw(source.path);
@@ -97,7 +122,7 @@ LONG HeightOf(const OwnedBlock& dib)
     return reinterpret_cast<const BITMAPINFOHEADER*>(dib.bytes)->biHeight;
 }
 
-int RedrawPage(Source& source, uint32_t page, HGLOBAL output, const DrawPage& draw)
+int RedrawPage(const RedrawOrder& order, Source& source, uint32_t page, HGLOBAL output, const DrawPage& draw)
 {
     const std::string where = PageName(source.path, page);
     const HGLOBAL file = source.file.handle;
@@ -105,38 +130,45 @@ int RedrawPage(Source& source, uint32_t page, HGLOBAL output, const DrawPage& dr
         return ReportError(where, TiffError());
     }
     const PageFacts facts = ReadPageFacts(file, page - 1);
-    if (const std::string fault = WhyNot(source, page, facts); !fault.empty()) {
+    if (const std::string fault = WhyNot(order, source, page, facts); !fault.empty()) {
         return ReportSentence(where, fault);
     }
     const OwnedBlock loaded(LoadTiffChainIntoDIB(file, page - 1));
     if (const uint32_t error = TiffError(); !loaded.handle || error != 0) {
         return ReportError(where, error);
     }
-    const OwnedBlock drawn(draw({loaded, page, source.pages}));
+    const uint32_t quarters = order.turns ? (order.quarters + OrientationQuarters(facts.orientation)) % 4 : 0;
+    const OwnedBlock drawn(draw({loaded, page, source.pages, quarters}));
+    if (!drawn.handle && order.turns) {
+        return ReportError(where, TiffError());
+    }
     if (!drawn.handle) {
         return ReportSentence(where, "cannot be drawn upon: memory or the font is missing");
     }
     // Their places count from the top.
-    if (HeightOf(drawn) != HeightOf(loaded) && GetTiffNoteCount(file, page - 1) > 0) {
+    if (!order.turns && HeightOf(drawn) != HeightOf(loaded) && GetTiffNoteCount(file, page - 1) > 0) {
         return ReportSentence(
             where, "has notes, which would no longer stand where they belong; --over adds no rows");
     }
-    const OwnedBlock saved(SaveTiffToMemory(nullptr, drawn.handle, OwnSelector(facts), facts.fillOrder));
+    const OwnedBlock saved(
+        SaveTiffToMemory(nullptr, drawn.handle, SelectorFor(order, facts), facts.fillOrder));
     const OpenFile made(
         saved.handle ? OpenTiffInMemory(saved.handle, static_cast<uint32_t>(saved.size), T_READ) : nullptr);
-    const bool done = made.handle && GetTiffImage(made.handle, 0) && CarryTags(file, page - 1, made.handle) &&
+    const bool done = made.handle && GetTiffImage(made.handle, 0) &&
+                      CarryTags(file, page - 1, made.handle, quarters % 2 != 0) &&
                       CopyTiffImage(made.handle, 0, output);
     const uint32_t error = TiffError();
     DropTiffImage(file, page - 1);
     return done ? int{ALL_FINE} : ReportError(where, error);
 }
 
-int WritePages(Source& source, const std::vector<bool>& drawn, HGLOBAL output, const DrawPage& draw)
+int WritePages(const RedrawOrder& order, Source& source, const std::vector<bool>& drawn, HGLOBAL output,
+               const DrawPage& draw)
 {
     for (uint32_t page = 1; page <= source.pages; ++page) {
         int result = ALL_FINE;
         if (drawn[page]) {
-            result = RedrawPage(source, page, output, draw);
+            result = RedrawPage(order, source, page, output, draw);
         } else if (!CopyTiffImage(source.file.handle, page - 1, output)) {
             result = ReportError(PageName(source.path, page), TiffError());
         }
@@ -152,7 +184,12 @@ int WritePages(Source& source, const std::vector<bool>& drawn, HGLOBAL output, c
 
 } // namespace
 
-bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to)
+static uint32_t TurnedTag(uint32_t tag)
+{
+    return tag == tag::XResolution ? Y_RESOLUTION : tag == Y_RESOLUTION ? uint32_t{tag::XResolution} : tag;
+}
+
+bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to, bool turned)
 {
     for (const uint32_t tag : TagsOf(from, page)) {
         HGLOBAL values = nullptr;
@@ -162,7 +199,8 @@ bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to)
         }
         const bool found = GetTiffImageInfoBuffer(from, page, tag, &values, &type, &count);
         const OwnedBlock block(values);
-        if (!found || !DefineTiffImageInfoBuffer(to, 0, tag, block.bytes, type, count)) {
+        if (!found ||
+            !DefineTiffImageInfoBuffer(to, 0, turned ? TurnedTag(tag) : tag, block.bytes, type, count)) {
             return false;
         }
     }
@@ -189,6 +227,9 @@ int Redraw(const RedrawOrder& order, const DrawPage& draw)
     if (!IsWhole(source) || !SelectPages(source, order.selection, pages)) {
         return FAILED;
     }
+    if (order.output != order.input && !SuitsContent(order.output, ".tif")) {
+        return FAILED;
+    }
     if (IsMotorola(source)) {
         return ReportError(source.path, MOTOROLA_FILE);
     }
@@ -198,7 +239,7 @@ int Redraw(const RedrawOrder& order, const DrawPage& draw)
     }
     return WriteWhole(order.output, false, [&](const char* unfinished) {
         const OpenFile output(OpenTiffFile(unfinished, T_CREAT));
-        return output.handle ? WritePages(source, drawn, output.handle, draw)
+        return output.handle ? WritePages(order, source, drawn, output.handle, draw)
                              : ReportError(order.output, TiffError());
     });
 }

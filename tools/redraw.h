@@ -11,11 +11,14 @@ namespace tifftool {
 struct RedrawOrder {
     std::string input, output;
     PageSelection selection; // the pages to draw upon
+    bool turns = false;      // they are turned, by so many quarters
+    uint32_t quarters = 0;
 };
 
 struct DrawnPage {
     const OwnedBlock& dib;
     uint32_t page, pages; // counted from 1, and how many there are
+    uint32_t quarters;    // to turn the pixels by, so that the page is turned as wanted
 };
 
 // Makes a new packed DIB of a page's; null when that fails.
@@ -28,8 +31,9 @@ bool ReadRedrawOrder(const Command& command, const Options& options, RedrawOrder
 // would lose something are refused. Returns an exit code.
 int Redraw(const RedrawOrder& order, const DrawPage& draw);
 
-// Gives page 0 of a file, which is loaded, the tags of another page that do not belong to its code.
-bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to);
+// Gives page 0 of a file, which is loaded, the tags of another page that do not belong to its code. With
+// `turned` the resolutions change places.
+bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to, bool turned = false);
 
 // A packed DIB's parts, for writing.
 struct DibParts {

@@ -12,8 +12,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <set>
+#include <string_view>
 
 namespace tifftool {
 
@@ -128,6 +130,14 @@ int RenderPicture(const RenderOrder& order, const Picture& picture)
     const std::string path = OutputPath(order, picture.page, picture.pages == 1, extension);
     if (!SuitsContent(path, extension)) {
         return FAILED;
+    }
+    // All of them begin alike, so other programs would take a .pbm of greys; people would not.
+    constexpr std::string_view kinds = ".pbm.pgm.ppm";
+    if (const size_t own = kinds.find(ExtensionOf(path));
+        own != kinds.npos && own < kinds.find(extension) && ExtensionOf(path).size() == 4) {
+        return ReportSentence(path, std::string("cannot hold the picture's ") +
+                                        (strcmp(extension, ".pgm") == 0 ? "greys" : "colours") +
+                                        "; its name would end in " + extension);
     }
     if (!order.written.insert(path).second) {
         return ReportSentence(path, "has a picture of this call already; it would be lost");

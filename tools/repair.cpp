@@ -4,6 +4,7 @@
 #include "anatomy.h"
 #include "check_page.h"
 #include "diagnosis.h"
+#include "extension.h"
 #include "inputs.h"
 #include "progress.h"
 #include "redraw.h"
@@ -280,6 +281,9 @@ int RunRepair(Arguments arguments)
     const bool toFolder = IsFolder(output);
     if (inputs.size() > 1 && !toFolder) {
         return UsageError(repairCommand, "several files are repaired into a folder");
+    }
+    if (!toFolder && !SuitsContent(output, ".tif")) {
+        return FAILED;
     }
     int result = ALL_FINE;
     for (const Input& input : inputs) {

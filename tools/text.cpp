@@ -2,6 +2,8 @@
 #include "bmp.h"
 #include "describe.h"
 #include "diagnosis.h"
+#include "extension.h"
+#include "faxable.h"
 #include "lengths.h"
 #include "page_target.h"
 #include "pages.h"
@@ -25,11 +27,6 @@ constexpr struct {
     const char* name;
     uint32_t width, height; // hundredths of an inch
 } papers[] = {{"a4", 826, 1169}, {"letter", 850, 1100}, {"legal", 850, 1400}};
-
-constexpr struct {
-    const char* name;
-    uint32_t horizontal, vertical;
-} resolutions[] = {{"standard", 204, 98}, {"fine", 204, 196}, {"superfine", 204, 391}};
 
 constexpr uint32_t TAB_DISTANCE = 50;
 constexpr uint32_t MOST_DOTS = 9600;
@@ -250,12 +247,10 @@ bool ReadPaper(const Options& options, TiffTextPageSettings& settings)
 bool ReadResolution(const Options& options, TiffTextPageSettings& settings)
 {
     const std::string text = options.Value("--resolution", "fine");
-    for (const auto& resolution : resolutions) {
-        if (text == resolution.name) {
-            settings.horizontalDpi = resolution.horizontal;
-            settings.verticalDpi = resolution.vertical;
-            return true;
-        }
+    if (const uint32_t down = FaxResolution(text)) {
+        settings.horizontalDpi = FAX_ACROSS;
+        settings.verticalDpi = down;
+        return true;
     }
     const size_t cross = text.find('x');
     const std::string down = cross == std::string::npos ? text : text.substr(cross + 1);
@@ -352,6 +347,9 @@ int RunText(Arguments arguments)
     }
     if (IsSameFile(order.input, order.output)) {
         return ReportSentence(order.output, "the pages would take the place of their text");
+    }
+    if (!SuitsContent(order.output, ".tif")) {
+        return FAILED;
     }
     const TemporaryFile copy;
     const bool ready = options.Has("--bare-lf") ? SetPath(order, order.input) : CopyText(order, copy);

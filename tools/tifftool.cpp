@@ -22,8 +22,8 @@ const Command* const commands[] = {
     &completionCommand, &convertCommand, &copyCommand,     &cropCommand,    &cutCommand,    &deleteCommand,
     &dumpCommand,       &faxCommand,     &fromjpegCommand, &fromRawCommand, &infoCommand,   &insertCommand,
     &iocaCommand,       &manualCommand,  &modcaCommand,    &noteCommand,    &numberCommand, &overlayCommand,
-    &pasteCommand,      &renderCommand,  &reorderCommand,  &repairCommand,  &scaleCommand,  &splitCommand,
-    &stampCommand,      &tagCommand,     &textCommand,     &toPdfCommand,   &tojpegCommand,
+    &pasteCommand,      &renderCommand,  &reorderCommand,  &repairCommand,  &rotateCommand, &scaleCommand,
+    &splitCommand,      &stampCommand,   &tagCommand,      &textCommand,    &toPdfCommand,  &tojpegCommand,
 };
 
 void PrintHelp()

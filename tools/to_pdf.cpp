@@ -2,6 +2,7 @@
  * are; other black and white pages become Group 4, and the rest is deflated.
  */
 #include "chain.h"
+#include "check_page.h"
 #include "deflate.h"
 #include "describe.h"
 #include "diagnosis.h"
@@ -96,7 +97,7 @@ bool HasFaxCode(const PageFacts& facts)
 }
 
 // Reads bytes of a file, wherever the file lies.
-using ReadStrip = std::function<std::vector<uint8_t>(uint32_t at, uint32_t count)>;
+using ReadStrip = std::function<PdfCode(uint32_t at, uint32_t count)>;
 
 // False when the strips are not all there, or too many.
 bool TakeFaxStrips(HGLOBAL file, uint32_t page, const PageFacts& facts, const ReadStrip& read,
@@ -111,12 +112,14 @@ bool TakeFaxStrips(HGLOBAL file, uint32_t page, const PageFacts& facts, const Re
     uint32_t row = 0;
     for (size_t strip = 0; strip < offsets.size() && row < facts.length; ++strip) {
         const uint32_t rows = std::min(most, facts.length - row);
-        std::vector<uint8_t> code = read(offsets[strip], counts[strip]);
-        if (code.empty() || code.size() != counts[strip]) {
+        PdfCode code = read(offsets[strip], counts[strip]);
+        const std::span<const uint8_t> bytes = code.Bytes();
+        if (bytes.empty() || bytes.size() != counts[strip]) {
             return false;
         }
         if (facts.fillOrder == 2) {
-            ReverseBits(code);
+            code.own.assign(bytes.begin(), bytes.end());
+            ReverseBits(code.own);
         }
         pdfPage.strips.push_back({rows, FaxForm(facts, rows), std::move(code)});
         row += rows;
@@ -143,53 +146,167 @@ bool TakeJpeg(HGLOBAL file, uint32_t page, const PageFacts& facts, const std::st
                                   (isGrey ? "/DeviceGray"
                                           : "/DeviceRGB/DecodeParms<</ColorTransform " +
                                                 std::string(facts.photometric == YCBCR ? "1" : "0") + ">>"),
-                              std::move(code)});
+                              {.own = std::move(code)}});
     return true;
 }
 
-// Moves the code of a page into the document; false when it must be coded anew.
-bool MovePage(PictureFile& pictures, RawFile& raw, uint32_t page, PdfPage& pdfPage)
+constexpr size_t MOST_IN_MEMORY = 1u << 29;
+
+HGLOBAL ReadWhole(const std::string& path)
 {
-    const HGLOBAL file = pictures.source->file.handle;
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path.c_str(), "rb"), fclose);
+    const int64_t size = file && _fseeki64(file.get(), 0, SEEK_END) == 0 ? _ftelli64(file.get()) : int64_t{0};
+    if (size <= 0 || static_cast<uint64_t>(size) > MOST_IN_MEMORY) {
+        return nullptr;
+    }
+    const auto bytes = static_cast<size_t>(size);
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, bytes);
+    void* const target = block ? GlobalLock(block) : nullptr;
+    const bool isRead = target && _fseeki64(file.get(), 0, SEEK_SET) == 0 &&
+                        setvbuf(file.get(), nullptr, _IONBF, 0) == 0 &&
+                        fread(target, 1, bytes, file.get()) == bytes;
+    if (target) {
+        GlobalUnlock(block);
+    }
+    return isRead ? block : GlobalFree(block);
+}
+
+// A file whose code moves: in memory, where each page costs no call of the system, or where it lies when it
+// is too large for that.
+struct MovedFile {
+    OwnedBlock whole;
+    OpenFile opened;
+    RawFile raw;
+    HGLOBAL file; // of the two
+
+    explicit MovedFile(const PictureFile& pictures)
+        : whole(pictures.source ? ReadWhole(pictures.path) : nullptr),
+          opened(whole.bytes ? OpenTiffInMemory(whole.handle, static_cast<uint32_t>(whole.size), T_READ)
+                             : nullptr),
+          raw(pictures.path),
+          file(opened.handle || !pictures.source ? opened.handle : pictures.source->file.handle)
+    {
+    }
+};
+
+PdfCode CodeIn(const OwnedBlock& block, uint32_t at, uint32_t count)
+{
+    return uint64_t{at} + count <= block.size ? PdfCode{.own = {}, .elsewhere = {block.bytes + at, count}}
+                                              : PdfCode{};
+}
+
+struct PdfOrder {
+    bool checks;           // fax code is decoded before it is moved
+    int result = ALL_FINE; // FAILED when a page was not whole
+    PageFacts facts{};     // of the page; none of a single picture
+};
+
+bool HasAllRows(HGLOBAL file, uint32_t page, const PageFacts& facts)
+{
+    uint32_t rows = 0;
+    return CountRows(file, page, facts, rows) == 0 && rows == facts.length;
+}
+
+// Moves the code of a page into the document; false when it must be coded anew.
+bool MovePage(const PictureFile& pictures, MovedFile& moved, uint32_t page, PdfOrder& order, PdfPage& pdfPage)
+{
+    const HGLOBAL file = moved.file;
     if (!GetTiffImage(file, page)) {
         return false;
     }
-    const PageFacts facts = ReadPageFacts(file, page);
+    const PageFacts& facts = order.facts = ReadPageFacts(file, page);
     pdfPage = Measure(file, page, facts);
-    const ReadStrip read = [&raw](uint32_t at, uint32_t count) { return ReadBytes(raw, at, count); };
+    const ReadStrip read = [&moved](uint32_t at, uint32_t count) {
+        return moved.opened.handle ? CodeIn(moved.whole, at, count)
+                                   : PdfCode{.own = ReadBytes(moved.raw, at, count)};
+    };
     const bool isPlain = !facts.isTiled && facts.width != 0 && facts.length != 0;
-    const bool moved =
+    const bool isMoved =
         isPlain && (HasFaxCode(facts)
-                        ? TakeFaxStrips(file, page, facts, read, pdfPage)
+                        ? TakeFaxStrips(file, page, facts, read, pdfPage) &&
+                              (!order.checks || HasAllRows(file, page, facts))
                         : facts.compression == JPEG && TakeJpeg(file, page, facts, pictures.path, pdfPage));
     DropTiffImage(file, page);
-    return moved;
+    return isMoved;
+}
+
+// Greys in even steps, from black or from white.
+bool IsEven(const Pixels& pixels, bool fromWhite)
+{
+    const size_t last = pixels.colours.size() - 1;
+    for (size_t index = 0; index <= last; ++index) {
+        const auto grey = static_cast<uint8_t>((fromWhite ? last - index : index) * 255 / last);
+        if (pixels.colours[index] != Rgb{grey, grey, grey}) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string Hexadecimal(std::span<const Rgb> colours)
+{
+    std::string text = "<";
+    for (const Rgb& colour : colours) {
+        char digits[7];
+        snprintf(digits, sizeof digits, "%02X%02X%02X", colour[0], colour[1], colour[2]);
+        text += digits;
+    }
+    return text + ">";
+}
+
+// Rows of few colours as they are stored.
+PdfStrip DeflatedIndexes(const Pixels& pixels)
+{
+    const size_t bytes = (size_t{pixels.width} * pixels.depth + 7) / 8;
+    Deflater deflater;
+    for (uint32_t row = 0; row < pixels.height; ++row) {
+        Add(deflater, StoredRow(pixels, row).first(bytes));
+    }
+    const bool fromWhite = IsEven(pixels, true);
+    const std::string colours = fromWhite ? "/DeviceGray/Decode[1 0]"
+                                : IsEven(pixels, false)
+                                    ? "/DeviceGray"
+                                    : "[/Indexed/DeviceRGB " + std::to_string(pixels.colours.size() - 1) +
+                                          Hexadecimal(pixels.colours) + "]";
+    return {pixels.height,
+            "/BitsPerComponent " + std::to_string(pixels.depth) + "/Filter/FlateDecode/ColorSpace" + colours,
+            {.own = Finish(deflater)}};
 }
 
 PdfStrip Deflated(const Pixels& pixels)
 {
-    const bool grey = IsGrey(pixels);
-    const size_t samples = grey ? 1 : 3;
+    if (pixels.depth <= 8) {
+        return DeflatedIndexes(pixels);
+    }
     std::vector<Rgb> row(pixels.width);
-    std::vector<uint8_t> bytes(pixels.width * samples);
     Deflater deflater;
     for (uint32_t index = 0; index < pixels.height; ++index) {
         ReadRow(pixels, index, row);
-        for (size_t column = 0; column < row.size(); ++column) {
-            memcpy(&bytes[column * samples], row[column].data(), samples);
-        }
-        Add(deflater, bytes);
+        Add(deflater, {row.data()->data(), row.size() * sizeof(Rgb)});
     }
     return {pixels.height,
-            std::string("/BitsPerComponent 8/Filter/FlateDecode/ColorSpace") +
-                (grey ? "/DeviceGray" : "/DeviceRGB"),
-            Finish(deflater)};
+            "/BitsPerComponent 8/Filter/FlateDecode/ColorSpace/DeviceRGB",
+            {.own = Finish(deflater)}};
+}
+
+// Loading gives 16 greys levels that do not reach from black to white. The document has those of the page.
+void SetPageGreys(const PageFacts& facts, Pixels& pixels)
+{
+    if (facts.samplesPerPixel != 1 || facts.bitsPerSample != 4 || facts.photometric > BLACK_IS_ZERO ||
+        pixels.depth != 4) {
+        return;
+    }
+    for (size_t index = 0; index < pixels.colours.size(); ++index) {
+        const size_t step = facts.photometric == BLACK_IS_ZERO ? index : 15 - index;
+        pixels.colours[index].fill(static_cast<uint8_t>(step * 17));
+    }
 }
 
 // The orientation is that of the page, but loading turns rows that come from the bottom.
-int CodeAnew(const Picture& picture, uint32_t orientation, PdfPage& pdfPage)
+int CodeAnew(const Picture& picture, const PageFacts& facts, uint32_t orientation, PdfPage& pdfPage)
 {
-    const Pixels pixels = ReadPixels({picture.dib.bytes, picture.dib.size});
+    Pixels pixels = ReadPixels({picture.dib.bytes, picture.dib.size});
+    SetPageGreys(facts, pixels);
     if (pixels.depth == 0) {
         return ReportSentence(picture.where, "has pixels of an unknown form");
     }
@@ -211,9 +328,9 @@ int CodeAnew(const Picture& picture, uint32_t orientation, PdfPage& pdfPage)
     const OpenFile made(
         saved.handle ? OpenTiffInMemory(saved.handle, static_cast<uint32_t>(saved.size), T_READ) : nullptr);
     const ReadStrip read = [&saved](uint32_t at, uint32_t count) {
-        return uint64_t{at} + count <= saved.size
-                   ? std::vector<uint8_t>(saved.bytes + at, saved.bytes + at + count)
-                   : std::vector<uint8_t>();
+        PdfCode code = CodeIn(saved, at, count);
+        code.own.assign(code.elsewhere.begin(), code.elsewhere.end());
+        return code;
     };
     return made.handle && GetTiffImage(made.handle, 0) &&
                    TakeFaxStrips(made.handle, 0, ReadPageFacts(made.handle, 0), read, pdfPage)
@@ -221,21 +338,28 @@ int CodeAnew(const Picture& picture, uint32_t orientation, PdfPage& pdfPage)
                : ReportError(picture.where, TiffError());
 }
 
-int AddFile(const Input& input, PdfFile& pdf)
+int AddFile(const Input& input, PdfOrder& order, PdfFile& pdf)
 {
     PictureFile pictures;
     if (const int result = OpenPictures(input, Damage::Refused, pictures); result != ALL_FINE) {
         return result;
     }
-    RawFile raw(input.path);
+    MovedFile moved(pictures);
     const auto count = static_cast<uint32_t>(pictures.pages.size());
     for (uint32_t index = 0; index < count; ++index) {
         PdfPage page = {};
         page.orientation = 1;
+        order.facts = {};
         int result = ALL_FINE;
-        if (!pictures.source || !MovePage(pictures, raw, pictures.pages[index] - 1, page)) {
-            result = HandlePicture(pictures, index, Damage::Refused, [&](const Picture& picture) {
-                return CodeAnew(picture, page.orientation, page);
+        if (!pictures.source || !MovePage(pictures, moved, pictures.pages[index] - 1, order, page)) {
+            const Damage damage = order.checks ? Damage::Tolerated : Damage::Refused;
+            result = HandlePicture(pictures, index, damage, [&](const Picture& picture) {
+                if (picture.error != 0) {
+                    order.result = ReportSentence(picture.where,
+                                                  "is not whole; the document has the rows that are there: " +
+                                                      DescribeError(picture.error));
+                }
+                return CodeAnew(picture, order.facts, page.orientation, page);
             });
         }
         if (result != ALL_FINE || IsInterrupted()) {
@@ -249,7 +373,7 @@ int AddFile(const Input& input, PdfFile& pdf)
 
 int RunToPdf(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--pages", "--page"}, {"--force"});
+    const Options options = ParseOptions(arguments, {"--pages", "--page"}, {"--check", "--force"});
     if (!CheckOptions(toPdfCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
@@ -263,29 +387,34 @@ int RunToPdf(Arguments arguments)
             return ReportSentence(output, "the document would take the place of its pages");
         }
     }
-    return WriteWhole(output, false, [&](const char* unfinished) {
+    PdfOrder order = {options.Has("--check")};
+    const int result = WriteWhole(output, false, [&](const char* unfinished) {
         PdfFile pdf(unfinished);
         for (const Input& input : inputs) {
-            if (const int result = AddFile(input, pdf); result != ALL_FINE) {
+            if (const int result = AddFile(input, order, pdf); result != ALL_FINE) {
                 return result;
             }
         }
         return FinishPdf(pdf) ? int{ALL_FINE} : ReportSentence(output, "cannot be written");
     });
+    return std::max(result, order.result);
 }
 
 } // namespace
 
 const Command toPdfCommand = {
     .name = "to-pdf",
-    .arguments = "IN... OUT.pdf [--pages LIST] [--force]",
+    .arguments = "IN... OUT.pdf [--pages LIST] [--check] [--force]",
     .summary = "Makes a PDF document of pages.",
     .details =
         "  --pages LIST  such as 1,3-5,last; without it all pages\n"
+        "  --check       decodes fax code first; pages with missing rows are coded anew with those that are\n"
+        "                there, and end the command with 1\n"
         "  --force       replaces OUT.pdf when there are several files\n"
         "\n"
         "Group 3, Group 4 and JPEG code moves into the document as it is. Other black and white pages\n"
-        "become Group 4, and the rest is deflated, without loss. The size of a page follows from its\n"
+        "become Group 4, and the rest is deflated, without loss and in its own depth. The size of a page "
+        "follows from its\n"
         "resolution; without one it has 200 dots per inch.\n",
     .example = "tifftool to-pdf fax.tif:1-3 fax.pdf",
     .run = RunToPdf,

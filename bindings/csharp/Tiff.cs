@@ -260,6 +260,9 @@ public static unsafe class Tiff {
     public const uint TIFF_ANNOTATION_REPLACE = 1;
     public const uint TIFF_ANNOTATION_APPEND = 2;
     public const uint TIFF_SMOOTH = 1;
+    public const uint TIFF_DITHER_THRESHOLD = 0;
+    public const uint TIFF_DITHER_ORDERED = 1;
+    public const uint TIFF_DITHER_DIFFUSION = 2;
     public const uint TIFF_FAX_CLEAN = 0;
     public const uint TIFF_FAX_REGENERATED = 1;
     public const uint TIFF_FAX_UNCLEAN = 2;
@@ -819,6 +822,12 @@ public static unsafe class Tiff {
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern IntPtr StretchDIB(IntPtr dib, int width, int height, uint flags);
+
+    [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
+    public static extern IntPtr RotateDIB(IntPtr dib, int quarters);
+
+    [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
+    public static extern IntPtr DitherDIB(IntPtr dib, uint method, uint threshold);
 
     [DllImport(LIBRARY, CallingConvention = CallingConvention.Cdecl, ExactSpelling = true)]
     public static extern IntPtr BitmapFormOverlay([MarshalAs(UTF8)] string formPath, TiffTextPageSettings* settings);

@@ -11,6 +11,9 @@ const
   TIFF_ANNOTATION_REPLACE = 1;
   TIFF_ANNOTATION_APPEND = 2;
   TIFF_SMOOTH = 1;
+  TIFF_DITHER_THRESHOLD = 0;
+  TIFF_DITHER_ORDERED = 1;
+  TIFF_DITHER_DIFFUSION = 2;
   TIFF_FAX_CLEAN = 0;
   TIFF_FAX_REGENERATED = 1;
   TIFF_FAX_UNCLEAN = 2;
@@ -660,6 +663,10 @@ function CropStretchDIB(dib: TiffHandle; part: PRECT; width: LongInt; height: Lo
   cdecl; external 'TIFF.DLL' name 'CropStretchDIB';
 function StretchDIB(dib: TiffHandle; width: LongInt; height: LongInt; flags: LongWord): TiffHandle;
   cdecl; external 'TIFF.DLL' name 'StretchDIB';
+function RotateDIB(dib: TiffHandle; quarters: LongInt): TiffHandle;
+  cdecl; external 'TIFF.DLL' name 'RotateDIB';
+function DitherDIB(dib: TiffHandle; method: LongWord; threshold: LongWord): TiffHandle;
+  cdecl; external 'TIFF.DLL' name 'DitherDIB';
 function BitmapFormOverlay(formPath: PAnsiChar; settings: PTiffTextPageSettings): TiffHandle;
   cdecl; external 'TIFF.DLL' name 'BitmapFormOverlay';
 function BitmapTextOverlay(bitmap: TiffHandle; x: LongInt; y: LongInt; text: PAnsiChar; faceName: PAnsiChar; fontSize: LongWord; horizontalDpi: LongWord; verticalDpi: LongWord): TiffHandle;

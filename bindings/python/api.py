@@ -5,6 +5,9 @@ from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_int32, c_
 TIFF_ANNOTATION_REPLACE = 1
 TIFF_ANNOTATION_APPEND = 2
 TIFF_SMOOTH = 1
+TIFF_DITHER_THRESHOLD = 0
+TIFF_DITHER_ORDERED = 1
+TIFF_DITHER_DIFFUSION = 2
 TIFF_FAX_CLEAN = 0
 TIFF_FAX_REGENERATED = 1
 TIFF_FAX_UNCLEAN = 2
@@ -534,6 +537,8 @@ FUNCTIONS = {
     "CropDIB": (c_void_p, (c_void_p, c_int32, c_int32, c_int32, c_int32)),
     "CropStretchDIB": (c_void_p, (c_void_p, POINTER(RECT), c_int32, c_int32, c_uint32)),
     "StretchDIB": (c_void_p, (c_void_p, c_int32, c_int32, c_uint32)),
+    "RotateDIB": (c_void_p, (c_void_p, c_int32)),
+    "DitherDIB": (c_void_p, (c_void_p, c_uint32, c_uint32)),
     "BitmapFormOverlay": (c_void_p, (c_char_p, POINTER(TiffTextPageSettings))),
     "BitmapTextOverlay": (c_void_p, (c_void_p, c_int32, c_int32, c_char_p, c_char_p, c_uint32, c_uint32, c_uint32)),
     "CreateBMPFaxPageFromASCII": (c_uint32, (POINTER(TiffTextPageSettings), c_uint32, POINTER(c_void_p), POINTER(c_uint32))),

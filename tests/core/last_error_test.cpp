@@ -109,6 +109,8 @@ TEST(LastError, IsClearedOrKeptByASuccess)
         {"colour space", [&] { return GetTiffColorSpace(file.Path(), 0) == 0; }, 0},
         {"save", [&] { return SaveDIBInTiffFile(saved.Path(), dib, TIFF_SAVE_GROUP4, 0) == 1; }, 0},
         {"stretch", [&] { return free(StretchDIB(dib, 4, 4, 0)); }, 0},
+        {"turn", [&] { return free(RotateDIB(dib, 1)); }, 0},
+        {"dither", [&] { return free(DitherDIB(dib, TIFF_DITHER_ORDERED, 0)); }, 0},
         {"merge", [&] { return MergeTiffFiles(saved.Path(), file.Path(), nullptr, 0) == 1; }, 0},
         {"delete", [&] { return DeleteTiffImage(saved.Path(), -1, 0) == 1; }, 0},
         {"search", [&] { return FindBlankPage(file.Path(), 0, 0, grey) <= 2; }, 0},

@@ -1,4 +1,4 @@
-// Parts and other sizes of DIBs, against a model that looks at single pixels.
+// Parts, other sizes and turns of DIBs, against a model that looks at single pixels.
 #include "support/leaks.h"
 #include "support/pictures.h"
 
@@ -32,6 +32,10 @@ Pixels LookAt(const Bytes& dib)
         for (uint32_t x = 0; x < pixels.width; ++x) {
             const uint8_t* row = rows + stride * (header.biHeight < 0 ? y : pixels.height - 1 - y);
             const size_t bit = size_t{x} * pixels.bits;
+            if (pixels.bits == 16 || pixels.bits == 32) {
+                std::memcpy(&pixels.colours.emplace_back(), row + bit / 8, pixels.bits / 8);
+                continue;
+            }
             const uint8_t* colour =
                 pixels.bits == 24
                     ? row + bit / 8
@@ -135,6 +139,38 @@ TEST(Crop, PartsInAnySizeAreThePixelsOfTheModel)
                             ExpectPixel(before, part, after, x, y, flags != 0);
                     EXPECT_EQ(Content(dib.Get(), bytes.size()), bytes);
                 }
+}
+
+TEST(Crop, TurnedPixelsLieWhereTheTurnPutsThem)
+{
+    NoLeaks leaks;
+    for (const uint16_t bits : std::initializer_list<uint16_t>{1, 4, 8, 16, 24, 32})
+        for (const uint32_t width : {1u, 8u, 37u, 150u})
+            for (const int32_t quarters : {0, 1, 2, 3, 4, -1, -6, INT32_MAX, INT32_MIN}) {
+                SCOPED_TRACE(testing::Message()
+                             << bits << " bits, " << width << " wide, quarters " << quarters);
+                const Bytes bytes = PackedDib(RandomDib(width, 69, bits, true, width == 37));
+                const Block dib(bytes);
+                const Pixels before = LookAt(bytes), after = Taken(RotateDIB(dib.Get(), quarters));
+                const uint32_t turn = static_cast<uint32_t>(quarters) & 3;
+                const bool odd = turn % 2 != 0;
+                ASSERT_EQ(after.width * 1000 + after.height, odd ? 69000 + width : width * 1000 + 69);
+                EXPECT_EQ(after.dotsPerMetre[odd], 7874);
+                EXPECT_EQ(after.dotsPerMetre[!odd], 3937);
+                for (uint32_t y = 0; y < after.height; ++y)
+                    for (uint32_t x = 0; x < after.width; ++x) {
+                        const uint32_t fromX[] = {x, y, width - 1 - x, width - 1 - y};
+                        const uint32_t fromY[] = {y, 68 - x, 68 - y, x};
+                        ASSERT_EQ(after.colours[y * after.width + x],
+                                  before.colours[fromY[turn] * width + fromX[turn]])
+                            << x << "," << y;
+                    }
+            }
+    const Block bad(Hex("28 00"));
+    EXPECT_EQ(RotateDIB(bad.Get(), 1), nullptr);
+    EXPECT_EQ(TiffError(), 30u);
+    EXPECT_EQ(RotateDIB(nullptr, 0), nullptr);
+    EXPECT_EQ(TiffError(), 1u);
 }
 
 TEST(Crop, RefusesWhatItCannotTake)

@@ -436,6 +436,11 @@ void AddPictures(const Adder& add)
             const RECT part = {3, 4, 90, 50};
             return TakeBlock(CropStretchDIB(dib, &part, 33, 77, TIFF_SMOOTH));
         }));
+    add({"RotateDIB", "", {}, Kept},
+        WithDib(Large, [](Scene&, HGLOBAL dib) { return TakeBlock(RotateDIB(dib, 1)); }));
+    add({"DitherDIB", "", {}, Kept}, WithDib(Large, [](Scene&, HGLOBAL dib) {
+            return TakeBlock(DitherDIB(dib, TIFF_DITHER_DIFFUSION, 0));
+        }));
     add({"FindBlankPage FindBlackPage", "", {"coded.tif"}, Kept, {6}}, Armed([](Scene& scene) {
             const uint8_t white[] = {1, 1, 1};
             const uint32_t found = FindBlankPage(scene.At("coded.tif"), 1000, 0, white);
