@@ -117,7 +117,8 @@ Status FollowChain(CopySource& source, CopyPlan& plan, SubDirectory* first, uint
 {
     Status status = error::None;
     SubDirectory* last = first;
-    while (status == error::None && !last->follower) {
+    while (status == error::None && !last->followed) {
+        last->followed = true;
         const uint32_t offset = FetchLink(source, last->offset);
         if (offset == 0)
             break;

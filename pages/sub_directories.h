@@ -10,6 +10,7 @@ struct SubDirectory {
     PageContent content;
     uint32_t offset;        // in the source
     bool open;              // the directories it leads to are being read
+    bool followed;          // its link was looked at; where that was cut, it stays cut
     SubDirectory* follower; // the next of its chain; null for the last
     SubDirectory* next;     // in the order of writing
 };
