@@ -208,6 +208,7 @@ bool SetNumbers(RawFile& raw, uint32_t directory, uint32_t tag, std::span<const 
 // The strips, or rows of tiles, of a page that are whole in the file.
 struct WholeParts {
     uint32_t offsetsTag, countsTag, rows = 0;
+    bool lacksSome = false;
     std::vector<uint32_t> offsets, counts;
 };
 
@@ -238,6 +239,7 @@ WholeParts FindWholeParts(Patient& patient, uint32_t directory, const PageFacts&
            uint64_t{parts.offsets[whole]} + parts.counts[whole] <= patient.bytes) {
         ++whole;
     }
+    parts.lacksSome = whole < std::min(parts.offsets.size(), parts.counts.size());
     const size_t rows = whole / across;
     parts.offsets.resize(rows * across);
     parts.counts.resize(rows * across);
@@ -245,12 +247,16 @@ WholeParts FindWholeParts(Patient& patient, uint32_t directory, const PageFacts&
     return parts;
 }
 
-// Keeps the code of whole strips and tiles as it is, whatever its compression.
-std::string KeepWholeParts(Patient& patient, uint32_t page, PageVerdict& verdict)
+// Copies a page whose code is not decoded here: that of whole strips and tiles, as it is.
+std::string KeepParts(Patient& patient, uint32_t page, PageVerdict& verdict)
 {
     const HGLOBAL file = patient.source.file.handle;
     const uint32_t directory = DirectoryOf(patient.source, page - 1);
     const WholeParts parts = FindWholeParts(patient, directory, verdict.facts);
+    verdict.isWhole = !parts.lacksSome;
+    if (verdict.isWhole) {
+        return CopyTiffImage(file, page - 1, patient.output) ? "" : DescribeError(TiffError());
+    }
     if (parts.rows == 0) {
         return "no row of it is left";
     }
@@ -275,15 +281,18 @@ int RepairPage(Patient& patient, uint32_t page)
         return ReportSentence(where, "is lost: " + verdict.wrong[0]);
     }
     const bool isKnown = WhyNotSupported(verdict.facts).empty();
-    if ((verdict.isWhole || !isKnown) && CopyTiffImage(file, page - 1, patient.output)) {
+    if (verdict.isWhole && CopyTiffImage(file, page - 1, patient.output)) {
         return ALL_FINE;
     }
     const bool isRecoded = isKnown && verdict.facts.compression == JPEG;
     const std::string why = isRecoded ? RecodePage(patient, page)
                             : isKnown ? ShortenPage(patient, page, verdict)
-                                      : KeepWholeParts(patient, page, verdict);
+                                      : KeepParts(patient, page, verdict);
     if (!why.empty()) {
         return ReportSentence(where, "is lost: " + why);
+    }
+    if (verdict.isWhole && !isKnown) {
+        return ALL_FINE;
     }
     printf("%s: %s of %s kept\n", where.c_str(),
            isRecoded ? "what is left" : std::to_string(verdict.rows).c_str(),
