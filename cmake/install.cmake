@@ -36,4 +36,6 @@ foreach(folder samples examples bindings)
                 PATTERN make-bindings EXCLUDE PATTERN __pycache__ EXCLUDE)
     endif()
 endforeach()
+# Made by the tool itself; ./package does it.
+install(DIRECTORY ${PROJECT_BINARY_DIR}/shell/ DESTINATION share OPTIONAL)
 install(DIRECTORY ${PROJECT_BINARY_DIR}/reference/ DESTINATION share/doc/tiffdll/reference OPTIONAL)

@@ -67,6 +67,7 @@ struct LineDamage {
     uint32_t badRows = 0, longestRun = 0;
     uint32_t run = 0, nextRow = 0; // the run of damaged rows before this one
     uint32_t cutColumn = 0;        // where EOLs cut two lines short; 0 when they did not
+    uint32_t strayFills = 0;       // rows aligned to bytes with a 1 among the bits skipped behind them
 };
 
 // A call by the library itself. Codecs of applications have only the public part.

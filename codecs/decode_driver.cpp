@@ -46,7 +46,7 @@ Status DescribeLines(CodecContext* context, HGLOBAL file, uint32_t page)
         return status;
     const uint64_t lineBits = uint64_t{Width(context)} * context->lineFormat.biBitCount;
     if (context->lineFormat.biWidth <= 0)
-        return error::TagsMissing;
+        return MissingTag(tag::ImageWidth);
     context->bytesPerLine = static_cast<uint32_t>((lineBits + 7) / 8);
     if (lineBits > uint64_t{UINT32_MAX - SPARE_LINE_BYTES} * 8)
         return error::NotEnoughMemory;
@@ -57,7 +57,10 @@ Status DescribeLines(CodecContext* context, HGLOBAL file, uint32_t page)
     context->byteOrder = record->byteOrder;
     context->compression = CompressionCode(tags);
     context->fillOrder = tags.Value(tag::FillOrder, 1);
-    return context->fillOrder == 1 || context->fillOrder == TIFF_LSB_FIRST ? error::None : error::BadBitOrder;
+    if (context->fillOrder == TIFF_MSB_FIRST || context->fillOrder == TIFF_LSB_FIRST)
+        return error::None;
+    NoteTag(error::BadBitOrder, tag::FillOrder);
+    return error::BadBitOrder;
 }
 
 static Status DecodeRange(HGLOBAL file, uint32_t page, RowRange range, const LineTarget& target)

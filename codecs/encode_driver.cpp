@@ -106,7 +106,7 @@ Status WriteFinished(void* record, TiffStream stream)
     const auto& code = *static_cast<const FinishedCode*>(record);
     const auto count = static_cast<uint32_t>(code.bytes.size());
     const uint32_t offset = mTell(stream);
-    if (offset == STREAM_FAILED || mWrite(stream, code.bytes.data(), count) != count)
+    if (offset == STREAM_FAILED || WriteStream(stream, code.bytes.data(), count) != count)
         return error::InputOutput;
     return DefineTiffImageInfo(code.file, code.page, tag::StripOffsets, fieldtype::Long, offset) &&
                    DefineTiffImageInfo(code.file, code.page, tag::StripByteCounts, fieldtype::Long, count)

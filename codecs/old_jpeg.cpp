@@ -1,6 +1,7 @@
 #include "codecs/old_jpeg.h"
 
 #include "codecs/strips.h"
+#include "core/error_detail.h"
 #include "core/global_block.h"
 #include "core/sibling_library.h"
 #include "tiff/directory.h"
@@ -63,7 +64,7 @@ Status DescribeTilesToDecode(CodecContext* context, HGLOBAL file, uint32_t page,
                  {tag::JpegDcTables, context->dcTables, nullptr}};
     for (const auto& list : lists) {
         if (!tags.Find(list.tag))
-            return error::TagsMissing;
+            return MissingTag(list.tag);
         if (!GetTiffImageInfoBuffer(file, page, list.tag, &list.block, list.type, nullptr))
             return error::NotEnoughMemory;
     }

@@ -18,8 +18,7 @@ Status DescribeStripsToDecode(CodecContext* context, HGLOBAL file, uint32_t page
     if (!tags)
         return error::NotEnoughMemory;
     if (!tags.Find(tag::StripOffsets)) {
-        NoteTag(error::TagsMissing, tag::StripOffsets);
-        return error::TagsMissing;
+        return MissingTag(tag::StripOffsets);
     }
     if (!GetTiffImageInfoBuffer(file, page, tag::StripOffsets, &context->stripOffsets,
                                 &context->stripOffsetsType, &context->stripCount))

@@ -91,7 +91,7 @@ TiffCalsInformation InformationOf(const DibView& view, const uint32_t* orientati
 Status WriteFile(const char* path, Header header, const DibView& view)
 {
     const Stream file(OpenDiskStream(path, GENERIC_READ | GENERIC_WRITE, CREATE_ALWAYS));
-    if (!file || mWrite(file.Get(), header.data(), HEADER_BYTES) != HEADER_BYTES)
+    if (!file || WriteStream(file.Get(), header.data(), HEADER_BYTES) != HEADER_BYTES)
         return error::InputOutput;
     DibLines lines = LinesOf(view);
     return EncodeRawImage({.stream = file.Get(),

@@ -20,7 +20,7 @@ Status DecodeNothing(const RowSource&, const LineTarget&)
 Status ReadHeader(TiffStream stream, NewHeader header)
 {
     uint32_t fileBytes;
-    if (mRead(stream, header.data(), HEADER_BYTES) == HEADER_BYTES)
+    if (ReadStream(stream, header.data(), HEADER_BYTES) == HEADER_BYTES)
         return IsHeader(header) ? error::None : error::NotCals;
     // A file that is long enough could not be read.
     return SizeToRead(stream, fileBytes) && fileBytes < HEADER_BYTES ? error::NotCals : error::InputOutput;

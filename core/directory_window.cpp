@@ -26,7 +26,7 @@ const uint8_t* Fetch(DirectoryWindow& window, uint64_t position, uint32_t count)
         return nullptr;
     }
     const size_t wanted = carriesOn ? window.bytes.size() : WINDOW_BYTES;
-    const uint32_t arrived = mRead(window.stream, window.bytes.data(), static_cast<uint32_t>(wanted));
+    const uint32_t arrived = ReadStream(window.stream, window.bytes.data(), static_cast<uint32_t>(wanted));
     if (arrived != STREAM_FAILED)
         window.length = arrived;
     if (window.length >= count)

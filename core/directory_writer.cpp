@@ -79,7 +79,7 @@ Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset,
 static bool RestoreLink(TiffStream stream, uint32_t position, std::span<uint8_t> before)
 {
     return mSeek(stream, position, 0) != STREAM_FAILED &&
-           mWrite(stream, before.data(), static_cast<uint32_t>(before.size())) == before.size();
+           WriteStream(stream, before.data(), static_cast<uint32_t>(before.size())) == before.size();
 }
 
 static Status SetLink(TiffStream stream, uint32_t position, uint32_t directoryOffset, uint32_t byteOrder,
@@ -87,7 +87,7 @@ static Status SetLink(TiffStream stream, uint32_t position, uint32_t directoryOf
 {
     std::array<uint8_t, 4> before;
     if (mSeek(stream, position, 0) == STREAM_FAILED ||
-        mRead(stream, before.data(), before.size()) != before.size())
+        ReadStream(stream, before.data(), before.size()) != before.size())
         return error::InputOutput;
     const Status status = PatchLink(stream, position, directoryOffset, byteOrder);
     linked = status == error::None || !RestoreLink(stream, position, before);

@@ -95,6 +95,11 @@ void NotePage(Status status, HGLOBAL file, uint32_t page)
     if (!facts.hasPage)
         facts.page = page;
     facts.hasPage = true;
+    NoteFile(status, file);
+}
+
+void NoteFile(Status status, HGLOBAL file)
+{
     const Locked<TiffFileRecord> record(file);
     if (record)
         NotePath(status, record->path);
@@ -106,6 +111,12 @@ void NoteTag(Status status, uint32_t tag)
     if (!facts.hasTag)
         facts.tag = tag;
     facts.hasTag = true;
+}
+
+Status MissingTag(uint32_t tag)
+{
+    NoteTag(error::TagsMissing, tag);
+    return error::TagsMissing;
 }
 
 void NoteSystemError(Status status, const char* path)

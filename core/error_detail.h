@@ -15,6 +15,10 @@ void ForgetFacts();
 void NotePath(Status status, const char* path);
 void NotePage(Status status, HGLOBAL file, uint32_t page);
 void NoteTag(Status status, uint32_t tag);
+void NoteFile(Status status, HGLOBAL file);
+
+// Error 10, which is about the tag.
+[[nodiscard]] Status MissingTag(uint32_t tag);
 
 // A call of the system that failed just now; the path may be null.
 void NoteSystemError(Status status, const char* path);

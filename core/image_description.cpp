@@ -81,17 +81,21 @@ Status Describe(const PageTags& tags, BITMAPINFOHEADER& header)
     const auto width = tags.Find(tag::ImageWidth);
     const auto length = tags.Find(tag::ImageLength);
     if (!width || !length)
-        return error::TagsMissing;
+        return MissingTag(width ? tag::ImageLength : tag::ImageWidth);
     header.biWidth = static_cast<int32_t>(width->Number(0).value_or(0));
     header.biHeight = static_cast<int32_t>(length->Number(0).value_or(0));
     if (header.biHeight == 0)
         header.biHeight = LENGTH_OF_UNMEASURED_PAGE; // some fax software leaves it out
-    if (tags.Value(tag::PlanarConfiguration, 1) != 1)
+    if (tags.Value(tag::PlanarConfiguration, 1) != 1) {
+        NoteTag(error::ColourFormat, tag::PlanarConfiguration);
         return error::ColourFormat;
-
-    const uint64_t bits = uint64_t{tags.Value(tag::BitsPerSample, 1)} * tags.Value(tag::SamplesPerPixel, 1);
-    if (!IsBitCount(bits))
+    }
+    const uint32_t sampleBits = tags.Value(tag::BitsPerSample, 1);
+    const uint64_t bits = uint64_t{sampleBits} * tags.Value(tag::SamplesPerPixel, 1);
+    if (!IsBitCount(bits)) {
+        NoteTag(error::ColourFormat, IsBitCount(sampleBits) ? tag::SamplesPerPixel : tag::BitsPerSample);
         return error::ColourFormat;
+    }
     header.biBitCount = static_cast<uint16_t>(bits);
     header.biClrUsed = header.biClrImportant =
         ColourCount(header.biBitCount, tags.Value(tag::PhotometricInterpretation, 0));
@@ -192,7 +196,7 @@ Status DescribeColours(const PageTags& tags, const BITMAPINFOHEADER& header, std
     colours = colours.first(header.biClrUsed);
     // Deliberate: two colours are white and black whatever the map holds, but the map must exist.
     if (photometric == photometric::Palette && !FillFromMap(colours, tags))
-        return error::TagsMissing;
+        return MissingTag(tag::ColorMap);
     FillPlainColours(colours, header.biClrImportant, photometric);
     return error::None;
 }
@@ -270,7 +274,9 @@ extern "C" uint32_t GetTiffDimensions(HGLOBAL file, uint32_t page, BITMAPINFOHEA
         return Fail(error::InvalidParameters);
     const PageTags tags(file, page);
     const Status described = Describe(tags, *header);
-    return Fail(tags ? described : TagsStatus(file, page));
+    const Status status = tags ? described : TagsStatus(file, page);
+    NotePage(status, file, page);
+    return Fail(status);
 }
 
 extern "C" uint32_t GetTiffImageDPI(HGLOBAL file, uint32_t page, uint32_t* out) noexcept

@@ -186,34 +186,66 @@ bool CutStream(TiffStream stream, uint32_t bytes)
     return true;
 }
 
+namespace {
+
+struct Transfer {
+    uint32_t bytes;
+    bool refused; // by the system, which says why
+};
+
+Transfer Read(TiffStream stream, void* buffer, uint32_t count)
+{
+    if (IsFile(stream)) {
+        DWORD transferred = 0;
+        const bool done = ReadFile(FileOf(stream), buffer, count, &transferred, nullptr);
+        return {done ? transferred : 0, !done};
+    }
+    MemoryFileSlot* slot = MemoryFile(stream);
+    return {slot ? ReadMemory(*slot, buffer, count) : STREAM_FAILED, false};
+}
+
+Transfer Write(TiffStream stream, const void* buffer, uint32_t count)
+{
+    if (IsFile(stream)) {
+        DWORD transferred = 0;
+        const bool done = WriteFile(FileOf(stream), buffer, count, &transferred, nullptr);
+        return {done ? transferred : 0, !done};
+    }
+    MemoryFileSlot* slot = MemoryFile(stream);
+    return {slot ? WriteMemory(*slot, buffer, count) : STREAM_FAILED, false};
+}
+
+uint32_t Noted(const Transfer& transfer)
+{
+    if (transfer.refused)
+        NoteSystemError(error::InputOutput, nullptr);
+    return transfer.bytes;
+}
+
+} // namespace
+
+uint32_t ReadStream(TiffStream stream, void* buffer, uint32_t count)
+{
+    return Noted(Read(stream, buffer, count));
+}
+
+uint32_t WriteStream(TiffStream stream, const void* buffer, uint32_t count)
+{
+    return Noted(Write(stream, buffer, count));
+}
+
 } // namespace tiff
 
 using namespace tiff;
 
 extern "C" uint32_t mRead(TiffStream stream, void* buffer, uint32_t count) noexcept
 {
-    if (IsFile(stream)) {
-        DWORD transferred = 0;
-        if (ReadFile(FileOf(stream), buffer, count, &transferred, nullptr))
-            return transferred;
-        NoteSystemError(error::InputOutput, nullptr);
-        return 0;
-    }
-    MemoryFileSlot* slot = MemoryFile(stream);
-    return slot ? ReadMemory(*slot, buffer, count) : STREAM_FAILED;
+    return Read(stream, buffer, count).bytes;
 }
 
 extern "C" uint32_t mWrite(TiffStream stream, const void* buffer, uint32_t count) noexcept
 {
-    if (IsFile(stream)) {
-        DWORD transferred = 0;
-        if (WriteFile(FileOf(stream), buffer, count, &transferred, nullptr))
-            return transferred;
-        NoteSystemError(error::InputOutput, nullptr);
-        return 0;
-    }
-    MemoryFileSlot* slot = MemoryFile(stream);
-    return slot ? WriteMemory(*slot, buffer, count) : STREAM_FAILED;
+    return Write(stream, buffer, count).bytes;
 }
 
 extern "C" uint32_t mSeek(TiffStream stream, uint32_t offset, int32_t origin) noexcept

@@ -3,6 +3,7 @@
 #include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/global_block.h"
+#include "core/stream.h"
 #include "core/thread_state.h"
 #include "tiff/streams.h"
 
@@ -49,7 +50,8 @@ extern "C" int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, vo
     ForgetFacts();
     const uint64_t bytes = uint64_t{count} * ElementBytes(type);
     auto* target = static_cast<uint8_t*>(buffer);
-    if (!TransferAll(target, bytes, [=](uint8_t* at, uint32_t part) { return mRead(stream, at, part); })) {
+    if (!TransferAll(target, bytes,
+                     [=](uint8_t* at, uint32_t part) { return ReadStream(stream, at, part); })) {
         return Failed();
     }
     if (NeedsSwap(type, byteOrder))
@@ -80,7 +82,8 @@ extern "C" int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, v
     if (fillOrder == TIFF_LSB_FIRST)
         ReverseBits({source, static_cast<size_t>(bytes)});
 
-    if (!TransferAll(source, bytes, [=](uint8_t* at, uint32_t part) { return mWrite(stream, at, part); })) {
+    if (!TransferAll(source, bytes,
+                     [=](uint8_t* at, uint32_t part) { return WriteStream(stream, at, part); })) {
         return Failed();
     }
     return 1;

@@ -18,8 +18,10 @@ Status SettleLink(CopyOutput& output)
         return error::None;
     if (const Status status =
             PatchLink(output.stream, output.waitingLink, output.waitingDirectory, output.byteOrder);
-        status != error::None)
+        status != error::None) {
+        output.failed = true;
         return status;
+    }
     output.waitingLink = 0;
     output.safe = output.whole;
     const bool back = mSeek(output.stream, output.flushed, 0) != STREAM_FAILED;
@@ -30,8 +32,10 @@ Status SettleLink(CopyOutput& output)
 
 Status Flush(CopyOutput& output)
 {
-    if (output.filled && mWrite(output.stream, output.buffer.data(), output.filled) != output.filled)
+    if (output.filled && WriteStream(output.stream, output.buffer.data(), output.filled) != output.filled) {
+        output.failed = true;
         return error::InputOutput;
+    }
     output.flushed += output.filled;
     output.filled = 0;
     if (const Status status = SettleLink(output); status != error::None)
@@ -63,7 +67,7 @@ Status AppendFrom(CopyOutput& output, TiffStream source, uint32_t offset, uint32
             if (const Status status = Flush(output); status != error::None)
                 return status;
         const auto room = static_cast<uint32_t>(output.buffer.size()) - output.filled;
-        const uint32_t arrived = mRead(source, &output.buffer[output.filled], std::min(bytes, room));
+        const uint32_t arrived = ReadStream(source, &output.buffer[output.filled], std::min(bytes, room));
         if (arrived == 0 || arrived == STREAM_FAILED)
             return error::InputOutput;
         output.filled += arrived;

@@ -26,6 +26,7 @@ struct CopyOutput {
     uint32_t waitingDirectory;
     uint32_t flushed; // bytes in the file
     uint32_t filled;  // bytes in the buffer
+    bool failed;      // the stream could not be written
     std::span<uint8_t> buffer;
 };
 

@@ -1,5 +1,6 @@
 #include "pages/page_content.h"
 
+#include "core/error_detail.h"
 #include "core/registry.h"
 #include "core/scheme_tags.h"
 #include "pages/foreign_values.h"
@@ -142,7 +143,7 @@ Status AddReference(CopySource& source, PageContent& content, Reference& referen
     DirectoryTag* offsets = FindTag(content.tags, reference.offsets);
     DirectoryTag* lengths = reference.lengths ? FindTag(content.tags, reference.lengths) : nullptr;
     if (!offsets || (reference.lengths && !lengths))
-        return error::TagsMissing;
+        return MissingTag(offsets ? reference.lengths : reference.offsets);
     if (offsets->view.count == 0 || (lengths && lengths->view.count != offsets->view.count))
         return error::BadTag;
     // The count matches the values that were loaded, or this first look fails.

@@ -1,6 +1,7 @@
 #include "pages/page_copy.h"
 
 #include "core/directory_reader.h"
+#include "core/error_detail.h"
 #include "core/errors.h"
 #include "core/file_rewrite.h"
 #include "core/registry.h"
@@ -193,6 +194,8 @@ Status FinishCopy(CopyRun& run, Status status)
         return status; // nothing was written
     if (status == error::None)
         status = Flush(run.output);
+    if (status == error::InputOutput)
+        NoteFile(status, run.output.failed ? run.destination : run.source.file);
     if (status == error::None)
         run.target->Commit();
     else

@@ -21,7 +21,7 @@ constexpr uint32_t ORDER = TIFF_INTEL;
 
 bool ReadWhole(TiffStream stream, std::span<uint8_t> bytes)
 {
-    return mRead(stream, bytes.data(), static_cast<uint32_t>(bytes.size())) == bytes.size();
+    return ReadStream(stream, bytes.data(), static_cast<uint32_t>(bytes.size())) == bytes.size();
 }
 
 // Patches a batch of entries; true when one changed.
@@ -43,7 +43,7 @@ bool UpdateBatch(TiffStream stream, uint32_t position, std::span<uint8_t> entrie
     if (!SetTotal(entries, total))
         return true;
     const auto bytes = static_cast<uint32_t>(entries.size());
-    return mSeek(stream, position, 0) != STREAM_FAILED && mWrite(stream, entries.data(), bytes) == bytes;
+    return mSeek(stream, position, 0) != STREAM_FAILED && WriteStream(stream, entries.data(), bytes) == bytes;
 }
 
 // Patches the entries from the stream's position on, and leaves the stream at the link.

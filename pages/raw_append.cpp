@@ -5,6 +5,7 @@
 #include "core/file_rewrite.h"
 #include "core/global_block.h"
 #include "core/handles.h"
+#include "core/stream.h"
 #include "core/thread_state.h"
 #include "pages/page_content.h"
 #include "pages/page_edit.h"
@@ -46,7 +47,7 @@ Status AppendSegment(HANDLE raw, TiffStream source, std::span<uint8_t> buffer, S
         return error::InputOutput;
     while (segment.bytes > 0) {
         const uint32_t arrived =
-            mRead(source, buffer.data(), std::min(segment.bytes, static_cast<uint32_t>(buffer.size())));
+            ReadStream(source, buffer.data(), std::min(segment.bytes, static_cast<uint32_t>(buffer.size())));
         DWORD written = 0;
         if (arrived == 0 || arrived == STREAM_FAILED ||
             !WriteFile(raw, buffer.data(), arrived, &written, nullptr) || written != arrived)

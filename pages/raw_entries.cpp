@@ -80,7 +80,7 @@ bool ReadAt(CopySource& source, uint32_t position, std::span<uint8_t> bytes)
 {
     const TiffStream stream = source.window.stream;
     if (mSeek(stream, position, 0) != STREAM_FAILED &&
-        mRead(stream, bytes.data(), static_cast<uint32_t>(bytes.size())) == bytes.size())
+        ReadStream(stream, bytes.data(), static_cast<uint32_t>(bytes.size())) == bytes.size())
         return true;
     source.window.failed |= IsInFile(stream, position, bytes.size());
     return false;

@@ -1,5 +1,6 @@
 #include "raster/dib_sink.h"
 
+#include "core/error_detail.h"
 #include "core/global_block.h"
 #include "raster/dib.h"
 #include "raster/dib_lines.h"
@@ -86,7 +87,7 @@ Status BeginDib(void* record, const PictureFormat& format, LineTarget& target)
 {
     auto& sink = *static_cast<DibRecord*>(record);
     if (format.dib.biWidth <= 0)
-        return error::TagsMissing;
+        return MissingTag(tag::ImageWidth);
     if (format.sharesChroma)
         return error::ColourFormat;
     if (const Status status = MakeBlock(sink, format); status != error::None)

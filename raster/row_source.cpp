@@ -3,6 +3,7 @@
 #include "codecs/codec_table.h"
 #include "codecs/decode_driver.h"
 #include "codecs/decode_quality.h"
+#include "core/error_detail.h"
 #include "core/registry.h"
 #include "raster/colour.h"
 
@@ -70,6 +71,7 @@ Status OpenPageRows(HGLOBAL file, uint32_t page, PageRows rows, RowSource& sourc
     const Status status = FormatOfPage(tags, rows == PageRows::ColourSpace, source.format);
     if (status == error::None && isPicture)
         TakeDibColours(source.format);
+    NotePage(status, file, page);
     return status;
 }
 
@@ -83,6 +85,8 @@ Status SendRows(const RowSource& source, RowSink& sink)
     Status status = sink.begin ? sink.begin(sink.record, source.format, sink.lines) : Status{error::None};
     if (status == error::None)
         status = source.decode(source, sink.lines);
+    if (source.file)
+        NotePage(status, source.file, source.page);
     return sink.end ? sink.end(sink.record, status) : status;
 }
 

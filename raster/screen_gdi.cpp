@@ -241,7 +241,7 @@ bool BeginsAsTiff(const char* path)
         return false;
     const Stream file(OpenForReading(path));
     std::array<uint8_t, 4> mark;
-    if (!file || mRead(file.Get(), mark.data(), mark.size()) != mark.size())
+    if (!file || ReadStream(file.Get(), mark.data(), mark.size()) != mark.size())
         return false;
     const uint32_t byteOrder = Load16(mark.data(), TIFF_INTEL);
     return (byteOrder == TIFF_INTEL || byteOrder == TIFF_MOTOROLA) && Load16(&mark[2], byteOrder) == VERSION;

@@ -6,8 +6,10 @@
 #include "extension.h"
 #include "options.h"
 #include "pages.h"
+#include "standard_streams.h"
 #include "whole_file.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace tifftool {
@@ -28,23 +30,34 @@ std::string Printable(const uint8_t* record)
 }
 
 // What can be decoded of a damaged picture is written, as a page that is rendered is.
-int WriteTiff(const char* input, const char* output, uint32_t selector)
+int AddPage(const std::string& input, const char* output, const char* unfinished, uint32_t selector,
+            int& warned)
 {
-    if (IsSameFile(input, output)) {
-        return ReportSentence(output, "the page would take the place of the file that it is in");
-    }
-    const OwnedBlock dib(LoadCALSIntoDIB(input, 0));
+    const OwnedBlock dib(LoadCALSIntoDIB(input.c_str(), 0));
     const uint32_t error = TiffError();
     if (!dib.bytes) {
         return ReportCals(input, error);
     }
+    if (!SaveDIBInTiffFile(unfinished, dib.handle, selector, 0)) {
+        return ReportError(output, TiffError());
+    }
+    if (error != 0) {
+        warned = ReportError(input + ": warning, the picture is not whole", error);
+    }
+    return ALL_FINE;
+}
+
+int WriteTiff(std::span<const Input> inputs, const char* output, uint32_t selector)
+{
+    int warned = ALL_FINE;
     const int result = WriteWhole(output, false, [&](const char* unfinished) {
-        return SaveDIBInTiffFile(unfinished, dib.handle, selector, 0) ? int{ALL_FINE}
-                                                                      : ReportError(output, TiffError());
+        int added = ALL_FINE;
+        for (size_t index = 0; index < inputs.size() && added == ALL_FINE; ++index) {
+            added = AddPage(inputs[index].path, output, unfinished, selector, warned);
+        }
+        return added;
     });
-    return result == ALL_FINE && error != 0
-               ? ReportError(std::string(input) + ": warning, the picture is not whole", error)
-               : result;
+    return result == ALL_FINE ? warned : result;
 }
 
 // Other programs take no file with a density of 0.
@@ -66,9 +79,11 @@ int WriteCals(const char* output, const Picture& picture)
                                                  " bits per pixel; CALS files are black and white");
     }
     GiveResolution(picture.dib.handle);
-    return SaveDIBInCALSFormat(output, picture.dib.handle, nullptr, nullptr, 0)
-               ? int{ALL_FINE}
-               : ReportError(output, TiffError());
+    return WriteWhole(output, false, [&](const char* unfinished) {
+        return SaveDIBInCALSFormat(unfinished, picture.dib.handle, nullptr, nullptr, 0)
+                   ? int{ALL_FINE}
+                   : ReportError(output, TiffError());
+    });
 }
 
 int RunToTiff(const Options& options)
@@ -77,14 +92,37 @@ int RunToTiff(const Options& options)
         return UsageError(calsCommand, "--page goes with from-tiff");
     }
     const uint32_t selector = CompressionOption(calsCommand, options, "g4");
-    if (selector != 0 && !SuitsContent(options.others[2], ".tif")) {
-        return FAILED;
+    const std::span all(options.others);
+    std::vector<Input> inputs;
+    if (selector == 0 || !ReadWholeInputs(calsCommand, options, all.subspan(1, all.size() - 2), inputs)) {
+        return WRONG_USAGE;
     }
-    return selector ? WriteTiff(options.others[1], options.others[2], selector) : int{WRONG_USAGE};
+    return SuitsContent(all.back(), ".tif") && MayReplace(options, all.back(), inputs)
+               ? WriteTiff(inputs, all.back(), selector)
+               : int{FAILED};
+}
+
+int RunInfo(const Options& options)
+{
+    std::vector<Input> inputs;
+    if (!options.values.empty()) {
+        return UsageError(calsCommand, "info takes files alone");
+    }
+    if (!ReadWholeInputs(calsCommand, options, std::span(options.others).subspan(1), inputs)) {
+        return WRONG_USAGE;
+    }
+    int result = ALL_FINE;
+    for (const Input& input : inputs) {
+        result = std::max(result, PrintCals(input.path.c_str()));
+    }
+    return result;
 }
 
 int RunFromTiff(const Options& options)
 {
+    if (options.others.size() != 3) {
+        return UsageError(calsCommand, "from-tiff takes two files");
+    }
     if (options.Has("--compression")) {
         return UsageError(calsCommand, "--compression goes with to-tiff; CALS files are Group 4");
     }
@@ -105,20 +143,18 @@ int RunFromTiff(const Options& options)
 
 int RunCals(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--compression", "--page"}, {});
-    if (!CheckOptions(calsCommand, options, 2, 3)) {
+    const Options options = ParseOptions(arguments, {"--compression", "--page"}, {"--force"});
+    if (!CheckOptions(calsCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
     const std::string verb = options.others[0];
     if (verb == "info") {
-        return options.others.size() == 2 && options.values.empty()
-                   ? PrintCals(options.others[1])
-                   : UsageError(calsCommand, "info takes a file");
+        return RunInfo(options);
     }
     if (verb != "to-tiff" && verb != "from-tiff") {
         return UsageError(calsCommand, "unknown verb \"" + verb + "\"; there are info, to-tiff, from-tiff");
     }
-    if (options.others.size() != 3) {
+    if (options.others.size() < 3) {
         return UsageError(calsCommand, verb + " takes two files");
     }
     return verb == "to-tiff" ? RunToTiff(options) : RunFromTiff(options);
@@ -150,8 +186,8 @@ int PrintCals(const char* path)
     const bool isPicture = ReadCALSInfo(path, &facts);
     const uint32_t error = TiffError();
     if (isPicture) {
-        printf("%s: CALS, %u x %u, 1 bit, Group 4, %u dpi\n", path, facts.pixelsPerLine, facts.lines,
-               facts.dotsPerInch);
+        printf("%s: CALS, %u x %u, 1 bit, Group 4, %u dpi\n", ShownName(path).c_str(), facts.pixelsPerLine,
+               facts.lines, facts.dotsPerInch);
     }
     for (size_t at = 0; at < HEADER_BYTES; at += RECORD_BYTES) {
         if (const std::string text = Printable(head.bytes + at); !text.empty()) {
@@ -163,11 +199,12 @@ int PrintCals(const char* path)
 
 const Command calsCommand = {
     .name = "cals",
-    .arguments = "info FILE.cal | to-tiff IN.cal OUT.tif | from-tiff IN.tif|IN.bmp OUT.cal",
+    .arguments = "info FILE.cal... | to-tiff IN.cal... OUT.tif | from-tiff IN.tif|IN.bmp OUT.cal",
     .summary = "Shows CALS raster files, makes TIFF pages of them and them of pages.",
     .details = "  info                prints the size and the records of the header\n"
-               "  to-tiff             writes the picture as the only page of OUT.tif\n"
-               "  --compression NAME  of that page; without it g4\n"
+               "  to-tiff             writes the pictures as the pages of OUT.tif\n"
+               "  --compression NAME  of the pages; without it g4\n"
+               "  --force             lets several files replace OUT.tif\n"
                "  from-tiff           writes a black and white page as OUT.cal\n"
                "  --page N            that page, counted from 1; without it the first\n"
                "                      a picture without a resolution gets 200 dots per inch\n"

@@ -5,6 +5,7 @@
 #include "tag_values.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 
 namespace tifftool {
@@ -171,6 +172,33 @@ bool CheckList(Checker& check, uint32_t tag, const Parts& parts)
     return true;
 }
 
+// Parts that lie in each other or in their directory. Readers that decode them take them without a word, so
+// it is only worth knowing. Two parts that are one and the same save room for blank ones.
+void NoteOverlaps(Checker& check, const std::string& noun, std::span<const uint32_t> offsets,
+                  std::span<const uint32_t> counts)
+{
+    const uint64_t directory = check.directory.offset;
+    std::vector<std::array<uint64_t, 2>> places = {
+        {directory, directory + 2 + 12 * uint64_t{check.directory.claimedEntries} + 4}};
+    for (size_t index = 0; index < offsets.size(); ++index) {
+        if (counts[index] != 0) {
+            places.push_back({offsets[index], uint64_t{offsets[index]} + counts[index]});
+        }
+    }
+    std::ranges::sort(places);
+    const auto [end, rest] = std::ranges::unique(places);
+    places.erase(end, rest);
+    for (size_t index = 1; index < places.size(); ++index) {
+        if (places[index][0] < places[index - 1][1]) {
+            const bool inDirectory = places[index - 1][0] == directory || places[index][0] == directory;
+            check.verdict.notes.push_back("a " + noun + " at " + std::to_string(places[index - 1][0]) +
+                                          " overlaps " + (inDirectory ? "the directory" : "the next one") +
+                                          " at " + std::to_string(places[index][0]));
+            return;
+        }
+    }
+}
+
 void CheckParts(Checker& check)
 {
     const Parts parts = PartsOfPage(check);
@@ -200,6 +228,7 @@ void CheckParts(Checker& check)
     if (empty > 1) {
         check.Wrong(std::to_string(empty) + " " + noun + "s in all have no bytes");
     }
+    NoteOverlaps(check, noun, std::span(offsets).first(both), std::span(counts).first(both));
 }
 
 intptr_t CountRow(void*, uint32_t, void* rows)

@@ -23,6 +23,7 @@ constexpr struct {
     {"g32d", "Group 3 two-dimensional", TIFF_RAW_GROUP3_TWO_DIMENSIONAL},
     {"g4", "Group 4", TIFF_RAW_GROUP4},
     {"mh", "modified Huffman", TIFF_RAW_HUFFMAN},
+    {"g31d-bare", "Group 3 without end-of-line codes", TIFF_RAW_GROUP3_WITHOUT_EOLS},
 };
 
 bool ParseScheme(const Options& options, TiffRawFax& fax)
@@ -38,7 +39,7 @@ bool ParseScheme(const Options& options, TiffRawFax& fax)
         }
     }
     UsageError(fromRawCommand,
-               std::string("unknown scheme \"") + wanted + "\"; there are g31d, g32d, g4, mh");
+               std::string("unknown scheme \"") + wanted + "\"; there are g31d, g32d, g4, mh, g31d-bare");
     return false;
 }
 
@@ -100,13 +101,19 @@ bool IsTiff(const std::vector<uint8_t>& bytes)
            (memcmp(bytes.data(), "II*\0", 4) == 0 || memcmp(bytes.data(), "MM\0*", 4) == 0);
 }
 
+bool IsEncodedAnew(const TiffRawFax& fax)
+{
+    return fax.scheme == TIFF_RAW_GROUP3_WITHOUT_EOLS ||
+           (fax.scheme == TIFF_RAW_GROUP4 && fax.alignment == TIFF_RAW_ALIGNED);
+}
+
 void ShowFound(const std::string& path, const TiffRawFax& fax)
 {
     const auto* known = std::ranges::find(schemes, fax.scheme, [](const auto& row) { return row.scheme; });
     const std::string damage = DescribeDamage(fax.badRows, fax.longestBadRun);
-    printf("%s: %u x %u, %s, fill order %u%s%s%s\n", ShownName(path).c_str(), fax.width, fax.rows,
+    printf("%s: %u x %u, %s, fill order %u%s%s%s%s\n", ShownName(path).c_str(), fax.width, fax.rows,
            known->shown, fax.fillOrder, fax.alignment == TIFF_RAW_ALIGNED ? ", with fill bits" : "",
-           damage.empty() ? "" : "; ", damage.c_str());
+           IsEncodedAnew(fax) ? ", encoded anew in Group 4" : "", damage.empty() ? "" : "; ", damage.c_str());
 }
 
 // Each file is one page.
@@ -143,14 +150,13 @@ int RunFromRaw(Arguments arguments)
     const char* const output = options.others.back();
     const bool append = options.Has("--append");
     std::vector<Input> inputs;
-    if (!SuitsContent(output, ".tif") || !ReadInputsBefore(fromRawCommand, options, output, inputs) ||
+    const std::span all(options.others);
+    if (!ReadWholeInputs(fromRawCommand, options, all.first(all.size() - 1), inputs)) {
+        return WRONG_USAGE;
+    }
+    if (!SuitsContent(output, ".tif") || !MayReplace(options, output, inputs) ||
         (append && !CanBeAddedTo(output))) {
         return FAILED;
-    }
-    for (const Input& input : inputs) {
-        if (!input.pages.empty()) {
-            return UsageError(fromRawCommand, input.path + " is raw code, which has no pages to select");
-        }
     }
     return WriteWhole(output, append, [&](const char* unfinished) {
         for (const Input& input : inputs) {
@@ -170,14 +176,16 @@ const Command fromRawCommand = {
     .summary = "Makes pages of raw fax code, one of each file.",
     .details =
         "  --width W           pixels of a row, 1 to 65535\n"
-        "  --scheme NAME       g31d|g32d|g4|mh\n"
+        "  --scheme NAME       g31d|g32d|g4|mh|g31d-bare, which has no end-of-line codes\n"
         "  --fill 1|2          1: the first pixel is in the highest bit; 2: in the lowest\n"
-        "  --align             end-of-line codes end on bytes\n"
+        "  --align             end-of-line codes end on bytes; in Group 4, rows\n"
         "  --resolution WxH    dots per inch; without it 204x98, and 204x196 from 1101 rows on\n"
         "  --append            adds the pages to OUT.tif instead of replacing it\n"
         "\n"
         "What is not given is found out: of all ways to read the code the one with the fewest damaged rows\n"
-        "is taken. The code itself stays as it is, and the tags of the pages say what was damaged.\n",
+        "is taken. The code itself stays as it is, and the tags of the pages say what was damaged. Code "
+        "that\n"
+        "TIFF has no tags for, aligned g4 and g31d-bare, is encoded anew in Group 4.\n",
     .example = "tifftool from-raw received.g3 out.tif --width 1728 --resolution 204x196",
     .run = RunFromRaw,
 };

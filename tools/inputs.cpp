@@ -100,6 +100,15 @@ bool AddFiles(const Command& command, const Input& input, std::vector<Input>& in
     return true;
 }
 
+bool IsForced(const Options& options, const char* output, std::span<const Input> inputs)
+{
+    if (inputs.size() > 1 && Exists(output) && !options.Has("--append") && !options.Has("--force")) {
+        ReportSentence(output, "is there already; several files replace it with --force");
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 bool ReadInputs(const Command& command, const Options& options, std::span<const char* const> arguments,
@@ -162,11 +171,31 @@ bool ReadInputsBefore(const Command& command, const Options& options, const char
     if (!ReadInputs(command, options, all.first(all.size() - 1), inputs)) {
         return false;
     }
-    if (inputs.size() > 1 && Exists(output) && !options.Has("--append") && !options.Has("--force")) {
-        ReportSentence(output, "is there already; several files replace it with --force");
+    return IsForced(options, output, inputs);
+}
+
+bool ReadWholeInputs(const Command& command, const Options& options, std::span<const char* const> arguments,
+                     std::vector<Input>& inputs)
+{
+    if (!ReadInputs(command, options, arguments, inputs)) {
         return false;
     }
-    return true;
+    const auto paged = std::ranges::find_if(inputs, [](const Input& input) { return !input.pages.empty(); });
+    if (paged != inputs.end()) {
+        UsageError(command, paged->path + " has no pages to select");
+    }
+    return paged == inputs.end();
+}
+
+bool MayReplace(const Options& options, const char* output, std::span<const Input> inputs)
+{
+    for (const Input& input : inputs) {
+        if (IsSameFile(input.path, output)) {
+            ReportSentence(output, "the pages would take the place of the file that they are made of");
+            return false;
+        }
+    }
+    return IsForced(options, output, inputs);
 }
 
 } // namespace tifftool

@@ -28,6 +28,13 @@ bool ReadOnePage(const Command& command, const Options& options, const char* arg
 bool ReadInputsBefore(const Command& command, const Options& options, const char* output,
                       std::vector<Input>& inputs);
 
+// The same for files that have no pages to select.
+bool ReadWholeInputs(const Command& command, const Options& options, std::span<const char* const> arguments,
+                     std::vector<Input>& inputs);
+
+// False, with a message, when the output is one of the inputs, or is replaced by several without "--force".
+bool MayReplace(const Options& options, const char* output, std::span<const Input> inputs);
+
 } // namespace tifftool
 
 #endif

@@ -4,6 +4,7 @@
 #include "extension.h"
 #include "options.h"
 #include "pages.h"
+#include "unfinished.h"
 #include "whole_file.h"
 #include "wrapped_picture.h"
 
@@ -78,46 +79,66 @@ uint32_t FindDamage(const char* tiff)
     return isWhole ? 0 : TiffError();
 }
 
-int Unwrap(Wrapping wrapping, const char* input, const char* output)
+// Adds a page; `warned` becomes FAILED, with a message, when it is not whole.
+int AddPage(Wrapping wrapping, const std::string& input, const char* output, const char* unfinished,
+            int& warned)
 {
-    const OpenHandle file(input, GENERIC_READ);
+    const OpenHandle file(input.c_str(), GENERIC_READ);
     if (file.handle == INVALID_HANDLE_VALUE) {
         return ReportSentence(input, "cannot be opened: " + SystemCause(GetLastError()));
-    }
-    if (IsSameFile(input, output)) {
-        return ReportSentence(output, "the page would take the place of the file that it is in");
-    }
-    if (!SuitsContent(output, ".tif")) {
-        return FAILED;
     }
     PictureCode code{};
     if (const std::string failure = ReadCode(file.handle, wrapping, code); !failure.empty()) {
         return ReportSentence(input, failure);
     }
-    uint32_t damage = 0;
-    const int result = WriteWhole(output, false, [&](const char* unfinished) {
-        if (!WriteTiffPage(unfinished, code)) {
-            return ReportError(output, TiffError());
-        }
-        damage = FindDamage(unfinished);
-        return int{ALL_FINE};
-    });
-    if (result == ALL_FINE && damage != 0) {
-        return ReportError(std::string(input) + ": warning, the picture is not whole", damage);
+    const std::string alone = MakeUnfinishedFile(TemporaryFolder());
+    if (alone.empty() || !WriteTiffPage(alone.c_str(), code) ||
+        !CopyTiffImageInFile(alone.c_str(), 0, unfinished, T_APPEND)) {
+        return ReportError(output, TiffError());
     }
-    return result != ALL_FINE || code.isWhole
-               ? result
-               : ReportSentence(input,
-                                "warning, the image segment has no end; the page has all that is there");
+    const uint32_t damage = FindDamage(alone.c_str());
+    DeleteUnfinished(alone);
+    if (damage != 0) {
+        warned = ReportError(input + ": warning, the picture is not whole", damage);
+    } else if (!code.isWhole) {
+        warned =
+            ReportSentence(input, "warning, the image segment has no end; the page has all that is there");
+    }
+    return ALL_FINE;
+}
+
+int Unwrap(const Command& command, Wrapping wrapping, const Options& options)
+{
+    const std::span all(options.others);
+    const char* const output = all.back();
+    std::vector<Input> inputs;
+    if (!ReadWholeInputs(command, options, all.subspan(1, all.size() - 2), inputs)) {
+        return WRONG_USAGE;
+    }
+    if (!SuitsContent(output, ".tif") || !MayReplace(options, output, inputs)) {
+        return FAILED;
+    }
+    int warned = ALL_FINE;
+    const int result = WriteWhole(output, false, [&](const char* unfinished) {
+        int added = ALL_FINE;
+        for (size_t index = 0; index < inputs.size() && added == ALL_FINE; ++index) {
+            added = AddPage(wrapping, inputs[index].path, output, unfinished, warned);
+        }
+        return added;
+    });
+    return result == ALL_FINE ? warned : result;
 }
 
 int RunWrapping(const Command& command, Wrapping wrapping, Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--page"}, {});
-    if (!CheckOptions(command, options, 3, 3)) {
+    const Options options = ParseOptions(arguments, {"--page"}, {"--force"});
+    if (!CheckOptions(command, options, 3, SIZE_MAX)) {
         return WRONG_USAGE;
     }
     const std::string verb = options.others[0];
+    if (verb == "wrap" && options.others.size() > 3) {
+        return UsageError(command, "wrap takes two files");
+    }
     if (verb == "wrap") {
         return Wrap(command, wrapping, options);
     }
@@ -125,7 +146,7 @@ int RunWrapping(const Command& command, Wrapping wrapping, Arguments arguments)
         return UsageError(command, "unknown verb \"" + verb + "\"; there are wrap, unwrap");
     }
     return options.Has("--page") ? UsageError(command, "--page goes with wrap")
-                                 : Unwrap(wrapping, options.others[1], options.others[2]);
+                                 : Unwrap(command, wrapping, options);
 }
 
 int RunIoca(Arguments arguments)
@@ -142,29 +163,30 @@ int RunModca(Arguments arguments)
 
 const Command iocaCommand = {
     .name = "ioca",
-    .arguments = "wrap IN.tif|IN.bmp OUT.ica [--page N] | unwrap IN.ica OUT.tif",
+    .arguments = "wrap IN.tif|IN.bmp OUT.ica [--page N] | unwrap IN.ica... OUT.tif [--force]",
     .summary = "Wraps black and white pages as IOCA image segments, and unwraps them.",
-    .details =
-        "  wrap      writes a page as a segment in Group 4 code, in records of 65,520 bytes\n"
-        "  --page N  that page, counted from 1; without it the first\n"
-        "  unwrap    writes the first picture as the only page of OUT.tif, its code as it is: Group 4,\n"
-        "            Group 3 or not compressed\n"
-        "\n"
-        "A damaged page is not wrapped. A damaged picture is unwrapped as far as it goes, with a\n"
-        "warning and exit code 1. The output changes when the result is whole.\n",
+    .details = "  wrap      writes a page as a segment in Group 4 code, in records of 65,520 bytes\n"
+               "  --page N  that page, counted from 1; without it the first\n"
+               "  unwrap    writes the first picture of each file as a page of OUT.tif, its code as it is:\n"
+               "            Group 4, Group 3 or not compressed\n"
+               "  --force   lets several files replace OUT.tif\n"
+               "\n"
+               "A damaged page is not wrapped. A damaged picture is unwrapped as far as it goes, with a\n"
+               "warning and exit code 1. The output changes when the result is whole.\n",
     .example = "tifftool ioca wrap fax.tif fax.ica --page 2",
     .run = RunIoca,
 };
 
 const Command modcaCommand = {
     .name = "modca",
-    .arguments = "wrap IN.tif|IN.bmp OUT.afp [--page N] | unwrap IN.afp OUT.tif",
+    .arguments = "wrap IN.tif|IN.bmp OUT.afp [--page N] | unwrap IN.afp... OUT.tif [--force]",
     .summary = "Wraps black and white pages as MO:DCA documents, and unwraps them.",
     .details =
         "  wrap      writes a document of one page, as large as its picture; the segment as ioca has it\n"
         "            lies in fields of at most 32,767 bytes\n"
         "  --page N  that page, counted from 1; without it the first\n"
-        "  unwrap    writes the first picture of a document as the only page of OUT.tif\n"
+        "  unwrap    writes the first picture of each document as a page of OUT.tif\n"
+        "  --force   lets several documents replace OUT.tif\n"
         "\n"
         "Damage and output are treated as by ioca.\n",
     .example = "tifftool modca wrap fax.tif fax.afp",

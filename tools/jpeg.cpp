@@ -326,14 +326,8 @@ int AddPage(const char* input, const char* output, const char* unfinished, const
     return ALL_FINE;
 }
 
-int RunFromJpeg(Arguments arguments)
+int AddFile(const char* input, const char* output, const char* unfinished)
 {
-    const Options options = ParseOptions(arguments, {}, {"--append"});
-    if (!CheckOptions(fromjpegCommand, options, 2, 2)) {
-        return WRONG_USAGE;
-    }
-    const char* const input = options.others[0];
-    const char* const output = options.others[1];
     WIN32_FILE_ATTRIBUTE_DATA facts = {};
     if (!GetFileAttributesExA(input, GetFileExInfoStandard, &facts)) {
         return ReportSentence(input, "there is no such file");
@@ -347,13 +341,31 @@ int RunFromJpeg(Arguments arguments)
         return ReportSentence(input, "has " + std::to_string(stream.components.size()) +
                                          " components; JFIF and Exif pictures have one or three");
     }
+    return AddPage(input, output, unfinished, PageOf(stream));
+}
+
+int RunFromJpeg(Arguments arguments)
+{
+    const Options options = ParseOptions(arguments, {}, {"--append", "--force"});
+    std::vector<Input> inputs;
+    if (!CheckOptions(fromjpegCommand, options, 2, SIZE_MAX) ||
+        !ReadWholeInputs(fromjpegCommand, options, std::span(options.others).first(options.others.size() - 1),
+                         inputs)) {
+        return WRONG_USAGE;
+    }
+    const char* const output = options.others.back();
     const bool append = options.Has("--append");
-    if (!SuitsContent(output, ".tif") || (append && !CanBeAddedTo(output))) {
+    if (!SuitsContent(output, ".tif") || !MayReplace(options, output, inputs) ||
+        (append && !CanBeAddedTo(output))) {
         return FAILED;
     }
-    const Bytes page = PageOf(stream);
-    return WriteWhole(output, append,
-                      [&](const char* unfinished) { return AddPage(input, output, unfinished, page); });
+    return WriteWhole(output, append, [&](const char* unfinished) {
+        int result = ALL_FINE;
+        for (size_t index = 0; index < inputs.size() && result == ALL_FINE; ++index) {
+            result = AddFile(inputs[index].path.c_str(), output, unfinished);
+        }
+        return result;
+    });
 }
 
 } // namespace
@@ -372,9 +384,10 @@ const Command tojpegCommand = {
 
 const Command fromjpegCommand = {
     .name = "fromjpeg",
-    .arguments = "IN.jpg OUT.tif [--append]",
-    .summary = "Takes a baseline JFIF or Exif file as a page, without coding it again.",
-    .details = "  --append  adds the page to OUT.tif instead of replacing it\n"
+    .arguments = "IN.jpg... OUT.tif [--append] [--force]",
+    .summary = "Takes baseline JFIF or Exif files as pages, without coding them again.",
+    .details = "  --append  adds the pages to OUT.tif instead of replacing it\n"
+               "  --force   lets several files replace OUT.tif\n"
                "\n"
                "Resolution and orientation come from the file's markers. Its other notes are left out.\n",
     .example = "tifftool fromjpeg photo.jpg album.tif --append",

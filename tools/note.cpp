@@ -1,7 +1,8 @@
 /* tifftool note: lists, adds, changes and deletes the text notes of a page. */
-#include "options.h"
+#include "inputs.h"
 #include "progress.h"
 #include "source.h"
+#include "standard_streams.h"
 #include "system_text.h"
 #include "whole_file.h"
 
@@ -69,25 +70,54 @@ void PrintNote(uint32_t number, const OwnedNote& read)
            static_cast<int>(note.bottom), height.c_str(), Shown(read.text).c_str());
 }
 
-int List(const NoteOrder& order)
+int ListPage(const Source& source, uint32_t page, bool isNamed)
 {
-    const Source source(order.path);
-    if (!HasPages(source) || !HasPage(source, order.page)) {
-        return FAILED;
-    }
     const HGLOBAL file = source.file.handle;
-    const uint32_t page = order.page - 1;
-    if (!GetTiffImage(file, page)) {
-        return ReportError(PageName(order.path, order.page), TiffError());
+    const std::string where = PageName(source.path, page);
+    if (!GetTiffImage(file, page - 1)) {
+        return ReportError(where, TiffError());
     }
-    const auto count = static_cast<uint32_t>(GetTiffNoteCount(file, page));
-    if (count == 0 && TiffError() != 0) {
-        return ReportError(PageName(order.path, order.page), TiffError());
+    SetTiffError(0);
+    const auto count = static_cast<uint32_t>(GetTiffNoteCount(file, page - 1));
+    const uint32_t error = count == 0 ? TiffError() : 0;
+    if (isNamed && count != 0) {
+        printf("%s:\n", ShownName(where).c_str());
     }
     for (uint32_t index = 0; index < count; ++index) {
-        PrintNote(index + 1, ReadNote(file, page, index));
+        PrintNote(index + 1, ReadNote(file, page - 1, index));
     }
-    return ReportChain(source);
+    DropTiffImage(file, page - 1);
+    return error ? ReportError(where, error) : int{ALL_FINE};
+}
+
+int ListFile(const Input& input, bool isNamed)
+{
+    const Source source(input.path.c_str());
+    std::vector<uint32_t> pages;
+    if (!HasPages(source) || !SelectPages(source, input.pages, pages)) {
+        return FAILED;
+    }
+    int result = ALL_FINE;
+    for (const uint32_t page : pages) {
+        result = std::max(result, ListPage(source, page, isNamed || pages.size() > 1));
+    }
+    return std::max(result, ReportChain(source));
+}
+
+int RunList(const Options& options)
+{
+    std::vector<Input> inputs;
+    if (!ReadInputs(noteCommand, options, std::span(options.others).subspan(1), inputs)) {
+        return WRONG_USAGE;
+    }
+    int result = ALL_FINE;
+    for (Input& input : inputs) {
+        if (input.pages.empty()) {
+            input.pages = {{1, 1}};
+        }
+        result = std::max(result, ListFile(input, inputs.size() > 1));
+    }
+    return result;
 }
 
 // False, with a message, unless the page is there and has the note, which is read.
@@ -233,24 +263,33 @@ int Delete(const NoteOrder& order, bool dryRun)
 
 int RunNote(Arguments arguments)
 {
-    const Options options = ParseOptions(arguments, {"--page", "--box", "--kind", "--height"}, {"--dry-run"});
-    if (!CheckOptions(noteCommand, options, 2, 4)) {
+    const Options options =
+        ParseOptions(arguments, {"--page", "--pages", "--box", "--kind", "--height"}, {"--dry-run"});
+    if (!CheckOptions(noteCommand, options, 2, SIZE_MAX)) {
         return WRONG_USAGE;
     }
     const std::span others(options.others);
     const std::string verb = others[0];
+    if (options.Has("--dry-run") && verb != "delete") {
+        return UsageError(noteCommand, "--dry-run goes with delete only");
+    }
+    if (verb == "list") {
+        return RunList(options);
+    }
+    if (options.Has("--pages")) {
+        return UsageError(noteCommand, "--pages goes with list only");
+    }
     const bool numbered = verb == "change" || verb == "delete";
     NoteOrder order = {others[1], PageOption(noteCommand, options, "--page", "1"), 0};
     if (order.page == 0) {
         return WRONG_USAGE;
     }
-    if (verb != "list" && verb != "add" && !numbered) {
+    if (verb != "add" && !numbered) {
         return UsageError(noteCommand, "unknown verb \"" + verb + "\"; there are list, add, change, delete");
     }
-    const size_t least = verb == "list" ? 2 : 3, most = verb == "change" ? 4 : least;
-    if (others.size() < least || others.size() > most) {
-        return UsageError(noteCommand, verb == "list"  ? "list takes a file"
-                                       : verb == "add" ? "add takes a file and a text"
+    const size_t most = verb == "change" ? 4 : 3;
+    if (others.size() < 3 || others.size() > most) {
+        return UsageError(noteCommand, verb == "add" ? "add takes a file and a text"
                                        : verb == "delete"
                                            ? "delete takes a file and a number"
                                            : "change takes a file, a number and perhaps a text");
@@ -260,12 +299,6 @@ int RunNote(Arguments arguments)
         return UsageError(noteCommand, "notes are numbered from 1, as note list shows");
     }
     order.number = static_cast<uint32_t>(number);
-    if (options.Has("--dry-run") && verb != "delete") {
-        return UsageError(noteCommand, "--dry-run goes with delete only");
-    }
-    if (verb == "list") {
-        return List(order);
-    }
     return verb == "add"      ? Add(order, options, others[2])
            : verb == "change" ? Change(order, options, others.size() > 3 ? others[3] : nullptr)
                               : Delete(order, options.Has("--dry-run"));
@@ -275,12 +308,13 @@ int RunNote(Arguments arguments)
 
 const Command noteCommand = {
     .name = "note",
-    .arguments = "list FILE.tif [--page N]\n"
+    .arguments = "list FILE.tif... [--pages LIST]\n"
                  "       tifftool note add FILE.tif [--page N] --box L,T,R,B [OPTION...] TEXT\n"
                  "       tifftool note change FILE.tif [--page N] NUMBER [OPTION...] [TEXT]\n"
                  "       tifftool note delete FILE.tif [--page N] NUMBER [--dry-run]",
     .summary = "Lists, adds, changes or deletes the notes of a page.",
     .details = "  --page N       the page, counted from 1; without it the first\n"
+               "  --pages LIST   the pages that list shows, such as 1,4-6; without it the first\n"
                "  NUMBER         the note, counted from 1 as list shows it\n"
                "  --box L,T,R,B  its left, top, right and bottom in pixels of the page\n"
                "  --kind KIND    text, framed, or another character; without it text\n"

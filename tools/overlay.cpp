@@ -28,8 +28,10 @@ const BITMAPINFOHEADER& HeaderOf(const DrawnPage& page)
 int RunOverlay(Arguments arguments)
 {
     const Options options = ParseOptions(arguments, {"--at", "--pages", "--font", "--size", "-o"}, {});
-    RedrawOrder order;
-    if (!CheckOptions(overlayCommand, options, 2, 2) || !ReadRedrawOrder(overlayCommand, options, order)) {
+    std::vector<RedrawOrder> orders;
+    const std::span all(options.others);
+    if (!CheckOptions(overlayCommand, options, 2, SIZE_MAX) ||
+        !ReadRedrawOrders(overlayCommand, options, all.first(all.size() - 1), orders)) {
         return WRONG_USAGE;
     }
     uint32_t place[2];
@@ -41,10 +43,10 @@ int RunOverlay(Arguments arguments)
         return WRONG_USAGE;
     }
     std::string text;
-    if (!TakeText(options.others[1], text)) {
+    if (!TakeText(all.back(), text)) {
         return WRONG_USAGE;
     }
-    return Redraw(order, [&](const DrawnPage& page) {
+    return Redraw(orders, [&](const DrawnPage& page) {
         const BITMAPINFOHEADER& header = HeaderOf(page);
         return DrawString(page.dib.handle, {PixelsOf(place[0], ResolutionOf(header.biXPelsPerMeter)),
                                             PixelsOf(place[1], ResolutionOf(header.biYPelsPerMeter)),
@@ -129,8 +131,9 @@ int RunStamp(Arguments arguments)
 {
     const Options options =
         ParseOptions(arguments, {"--from", "--date", "--pages", "--font", "--size", "-o"}, {"--over"});
-    RedrawOrder order;
-    if (!CheckOptions(stampCommand, options, 1, 1) || !ReadRedrawOrder(stampCommand, options, order)) {
+    std::vector<RedrawOrder> orders;
+    if (!CheckOptions(stampCommand, options, 1, SIZE_MAX) ||
+        !ReadRedrawOrders(stampCommand, options, options.others, orders)) {
         return WRONG_USAGE;
     }
     Stamp stamp = {{},
@@ -145,20 +148,20 @@ int RunStamp(Arguments arguments)
     if (stamp.sender.size() + stamp.date.size() > MOST_CHARACTERS) {
         return UsageError(stampCommand, "--from and --date are longer than a line");
     }
-    return Redraw(order, [&](const DrawnPage& page) { return StampPage(page, stamp); });
+    return Redraw(orders, [&](const DrawnPage& page) { return StampPage(page, stamp); });
 }
 
 } // namespace
 
 const Command overlayCommand = {
     .name = "overlay",
-    .arguments = "FILE.tif TEXT --at X,Y [OPTION...]",
+    .arguments = "FILE.tif... TEXT --at X,Y [OPTION...]",
     .summary = "Draws a text on pages.",
     .details =
         "  --at X,Y      from the top left corner, in millimetres, or in inches with \"in\" behind them\n"
         "  --pages LIST  such as 1,4-6; without it all pages\n"
         "  --font NAME   without it Arial; --size POINTS, without it 12\n"
-        "  -o OUT.tif    leaves FILE.tif as it is\n"
+        "  -o OUT.tif    leaves FILE.tif as it is; with one file\n"
         "\n"
         "The other pages keep their bytes, and the pages drawn upon their compression and tags. All\n"
         "pages are written, or nothing is.\n",
@@ -168,7 +171,7 @@ const Command overlayCommand = {
 
 const Command stampCommand = {
     .name = "stamp",
-    .arguments = "FILE.tif [OPTION...]",
+    .arguments = "FILE.tif... [OPTION...]",
     .summary = "Prints a header line on pages, as fax machines do.",
     .details =
         "  --from SENDER  printed between the date and \"Page 1 of 3\"\n"
@@ -176,7 +179,7 @@ const Command stampCommand = {
         "  --over         covers the first rows; without it the pages become higher\n"
         "  --pages LIST   such as 1,4-6; without it all pages\n"
         "  --font NAME    without it Arial; --size POINTS, without it 9\n"
-        "  -o OUT.tif     leaves FILE.tif as it is\n"
+        "  -o OUT.tif     leaves FILE.tif as it is; with one file\n"
         "\n"
         "The other pages keep their bytes, and the stamped ones their compression and tags. All pages\n"
         "are written, or nothing is. Pages with notes take --over only.\n",

@@ -207,16 +207,22 @@ bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to, bool turned)
     return true;
 }
 
-bool ReadRedrawOrder(const Command& command, const Options& options, RedrawOrder& order)
+bool ReadRedrawOrders(const Command& command, const Options& options, std::span<const char* const> files,
+                      std::vector<RedrawOrder>& orders)
 {
-    Input input;
-    if (!ReadInput(command, options, options.others[0], input)) {
+    std::vector<Input> inputs;
+    if (!ReadInputs(command, options, files, inputs)) {
         return false;
     }
-    order.input = input.path;
-    order.selection = input.pages;
-    order.output = options.Value(
-        "-o", options.others[0] == std::string(STANDARD_STREAM) ? STANDARD_STREAM : order.input.c_str());
+    if (options.Has("-o") && inputs.size() != 1) {
+        UsageError(command, "-o goes with one file");
+        return false;
+    }
+    for (const Input& input : inputs) {
+        const bool isStream = ShownName(input.path) != input.path;
+        const char* const place = isStream ? STANDARD_STREAM : input.path.c_str();
+        orders.push_back({input.path, options.Value("-o", place), input.pages});
+    }
     return true;
 }
 
@@ -242,6 +248,15 @@ int Redraw(const RedrawOrder& order, const DrawPage& draw)
         return output.handle ? WritePages(order, source, drawn, output.handle, draw)
                              : ReportError(order.output, TiffError());
     });
+}
+
+int Redraw(std::span<const RedrawOrder> orders, const DrawPage& draw)
+{
+    int result = ALL_FINE;
+    for (const RedrawOrder& order : orders) {
+        result = std::max(result, Redraw(order, draw));
+    }
+    return result;
 }
 
 DibParts PartsOf(void* dib)

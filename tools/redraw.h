@@ -24,12 +24,16 @@ struct DrawnPage {
 // Makes a new packed DIB of a page's; null when that fails.
 using DrawPage = std::function<HGLOBAL(const DrawnPage& page)>;
 
-// Options "-o" and "--pages"; false with a message.
-bool ReadRedrawOrder(const Command& command, const Options& options, RedrawOrder& order);
+// Files, "-o" and "--pages"; false with a message. "-o" goes with one file.
+bool ReadRedrawOrders(const Command& command, const Options& options, std::span<const char* const> files,
+                      std::vector<RedrawOrder>& orders);
 
 // Writes the file, whole or not at all. Drawn pages keep their compression and their other tags. Pages that
 // would lose something are refused. Returns an exit code.
 int Redraw(const RedrawOrder& order, const DrawPage& draw);
+
+// All files, also when one fails.
+int Redraw(std::span<const RedrawOrder> orders, const DrawPage& draw);
 
 // Gives page 0 of a file, which is loaded, the tags of another page that do not belong to its code. With
 // `turned` the resolutions change places.

@@ -20,7 +20,8 @@ namespace tifftool {
 
 namespace {
 
-constexpr uint32_t LONG_TYPE = 4, JPEG = 7, ROWS_PER_STRIP = 278, STRIP_BYTE_COUNTS = 279;
+constexpr uint32_t LONG_TYPE = 4, JPEG = 7, ROWS_PER_STRIP = 278, STRIP_BYTE_COUNTS = 279, TILE_LENGTH = 323,
+                   TILE_OFFSETS = 324, TILE_BYTE_COUNTS = 325;
 
 // What the rows of a page depend on, besides its size.
 constexpr uint32_t codingTags[] = {256, 258, 259, 262, 266, 277, 284, 292, 293, 317, 320};
@@ -47,25 +48,31 @@ intptr_t GiveRow(void* line, uint32_t row, void* user)
     return 0;
 }
 
-// Codes rows as one strip, in the page's own way. Empty, with the library's error, when that fails.
-std::vector<uint8_t> CodeRows(HGLOBAL file, uint32_t page, Rows& rows, bool motorola)
+// Codes rows as the only page of a new file, in one strip and in the page's own way.
+bool CodePage(HGLOBAL file, uint32_t page, Rows& rows, bool motorola, HGLOBAL made)
 {
-    const OpenFile made(OpenTiffInMemory(nullptr, 0, T_CREAT));
     if (motorola) {
-        ModiTiffFileInfo(made.handle, nullptr, TIFF_MOTOROLA);
+        ModiTiffFileInfo(made, nullptr, TIFF_MOTOROLA);
     }
-    bool done = DefineTiffImage(made.handle) == 0;
+    bool done = DefineTiffImage(made) == 0;
     for (const uint32_t tag : codingTags) {
         HGLOBAL values = nullptr;
         uint32_t type = 0, count = 0;
         if (done && GetTiffImageInfoBuffer(file, page, tag, &values, &type, &count)) {
             const OwnedBlock block(values);
-            done = DefineTiffImageInfoBuffer(made.handle, 0, tag, block.bytes, type, count);
+            done = DefineTiffImageInfoBuffer(made, 0, tag, block.bytes, type, count);
         }
     }
-    done = done && DefineTiffImageInfo(made.handle, 0, tag::ImageLength, LONG_TYPE, rows.count) &&
-           DefineTiffImageInfo(made.handle, 0, ROWS_PER_STRIP, LONG_TYPE, rows.count) &&
-           EncodeTiffImage(made.handle, 0, &rows, GiveRow);
+    return done && DefineTiffImageInfo(made, 0, tag::ImageLength, LONG_TYPE, rows.count) &&
+           DefineTiffImageInfo(made, 0, ROWS_PER_STRIP, LONG_TYPE, rows.count) &&
+           EncodeTiffImage(made, 0, &rows, GiveRow);
+}
+
+// Their code. Empty, with the library's error, when that fails.
+std::vector<uint8_t> CodeRows(HGLOBAL file, uint32_t page, Rows& rows, bool motorola)
+{
+    const OpenFile made(OpenTiffInMemory(nullptr, 0, T_CREAT));
+    const bool done = CodePage(file, page, rows, motorola, made.handle);
     const OwnedBlock block(GetMemoryTiffHandle(made.handle));
     uint32_t at = 0, bytes = 0;
     if (!done || !GetTiffImageInfo(made.handle, 0, tag::StripOffsets, &at) ||
@@ -125,6 +132,7 @@ struct Patient {
     Source& source;   // the copy
     RawFile& raw;     // the same, for writing
     HGLOBAL output;
+    uint64_t bytes; // of the damaged file; rows that are coded anew lie behind
 };
 
 // Codes the rows that are there anew, behind the end of the copy. Returns why not, or an empty text.
@@ -167,9 +175,100 @@ std::string RecodePage(Patient& patient, uint32_t page)
     const OwnedBlock saved(SaveTiffToMemory(nullptr, dib.handle, TIFF_SAVE_LZW, TIFF_MSB_FIRST));
     const OpenFile made(
         saved.handle ? OpenTiffInMemory(saved.handle, static_cast<uint32_t>(saved.size), T_READ) : nullptr);
-    const bool done = made.handle && GetTiffImage(made.handle, 0) && CarryTags(file, page - 1, made.handle) &&
-                      CopyTiffImage(made.handle, 0, patient.output);
+    if (!made.handle || !GetTiffImage(made.handle, 0)) {
+        return DescribeError(TiffError());
+    }
+    // The library saves in Intel order; a file has one order.
+    const OpenFile turned(patient.raw.motorola ? OpenTiffInMemory(nullptr, 0, T_CREAT) : nullptr);
+    const PageFacts facts = ReadPageFacts(made.handle, 0);
+    Rows rows = {(size_t{facts.width} * facts.bitsPerSample * facts.samplesPerPixel + 7) / 8};
+    const bool ready = !turned.handle || (DecodeTiffImage(made.handle, 0, 0, 0, &rows, KeepRow) &&
+                                          CodePage(made.handle, 0, rows, true, turned.handle));
+    const HGLOBAL saver = turned.handle ? turned.handle : made.handle;
+    const bool done = ready && GetTiffImage(saver, 0) && CarryTags(file, page - 1, saver) &&
+                      CopyTiffImage(saver, 0, patient.output);
     return done ? "" : DescribeError(TiffError());
+}
+
+// Writes LONGs behind the end of the copy, for the values of an entry that is there.
+bool SetNumbers(RawFile& raw, uint32_t directory, uint32_t tag, std::span<const uint32_t> numbers)
+{
+    const uint64_t at = (SizeOf(raw) + 1) / 2 * 2;
+    TagEntry entry;
+    std::vector<uint8_t> bytes;
+    for (const uint32_t number : numbers) {
+        Append(raw, bytes, number, 4);
+    }
+    return SetEntry(raw, directory, tag, numbers.size() == 1 ? numbers[0] : static_cast<uint32_t>(at)) &&
+           (numbers.size() == 1 ||
+            (at + bytes.size() <= UINT32_MAX && WriteAt(raw, at, bytes.data(), bytes.size()) &&
+             FindEntry(raw, directory, tag, entry) &&
+             WriteCount(raw, entry, static_cast<uint32_t>(numbers.size()))));
+}
+
+// The strips, or rows of tiles, of a page that are whole in the file.
+struct WholeParts {
+    uint32_t offsetsTag, countsTag, rows = 0;
+    bool lacksSome = false;
+    std::vector<uint32_t> offsets, counts;
+};
+
+WholeParts FindWholeParts(Patient& patient, uint32_t directory, const PageFacts& facts)
+{
+    const auto numbers = [&](uint32_t tag) {
+        DirectoryEntry entry;
+        return FindEntry(patient.raw, directory, tag, entry) ? ReadNumbers(patient.raw, entry)
+                                                             : std::vector<uint32_t>();
+    };
+    const auto number = [&](uint32_t tag) {
+        const std::vector<uint32_t> values = numbers(tag);
+        return values.empty() ? 0 : values[0];
+    };
+    WholeParts parts = {facts.isTiled ? TILE_OFFSETS : tag::StripOffsets,
+                        facts.isTiled ? TILE_BYTE_COUNTS : STRIP_BYTE_COUNTS};
+    const uint32_t width = facts.isTiled ? number(tag::TileWidth) : facts.width;
+    const uint32_t given = number(facts.isTiled ? TILE_LENGTH : ROWS_PER_STRIP);
+    const uint32_t length = facts.isTiled || given != 0 ? std::min(given, facts.length) : facts.length;
+    if (width == 0 || length == 0 || facts.planarConfiguration != 1) {
+        return parts;
+    }
+    const size_t across = (size_t{facts.width} + width - 1) / width;
+    parts.offsets = numbers(parts.offsetsTag);
+    parts.counts = numbers(parts.countsTag);
+    size_t whole = 0;
+    while (whole < std::min(parts.offsets.size(), parts.counts.size()) &&
+           uint64_t{parts.offsets[whole]} + parts.counts[whole] <= patient.bytes) {
+        ++whole;
+    }
+    parts.lacksSome = whole < std::min(parts.offsets.size(), parts.counts.size());
+    const size_t rows = whole / across;
+    parts.offsets.resize(rows * across);
+    parts.counts.resize(rows * across);
+    parts.rows = static_cast<uint32_t>(std::min<uint64_t>(uint64_t{rows} * length, facts.length));
+    return parts;
+}
+
+// Copies a page whose code is not decoded here: that of whole strips and tiles, as it is.
+std::string KeepParts(Patient& patient, uint32_t page, PageVerdict& verdict)
+{
+    const HGLOBAL file = patient.source.file.handle;
+    const uint32_t directory = DirectoryOf(patient.source, page - 1);
+    const WholeParts parts = FindWholeParts(patient, directory, verdict.facts);
+    verdict.isWhole = !parts.lacksSome;
+    if (verdict.isWhole) {
+        return CopyTiffImage(file, page - 1, patient.output) ? "" : DescribeError(TiffError());
+    }
+    if (parts.rows == 0) {
+        return "no row of it is left";
+    }
+    const bool written = SetEntry(patient.raw, directory, tag::ImageLength, parts.rows) &&
+                         SetNumbers(patient.raw, directory, parts.offsetsTag, parts.offsets) &&
+                         SetNumbers(patient.raw, directory, parts.countsTag, parts.counts);
+    verdict.rows = parts.rows;
+    DropTiffImage(file, page - 1);
+    return !written                                        ? "its rows cannot be written"
+           : CopyTiffImage(file, page - 1, patient.output) ? ""
+                                                           : DescribeError(TiffError());
 }
 
 // Returns an exit code: FAILED when the page is lost.
@@ -183,19 +282,21 @@ int RepairPage(Patient& patient, uint32_t page)
         return ReportSentence(where, "is lost: " + verdict.wrong[0]);
     }
     const bool isKnown = WhyNotSupported(verdict.facts).empty();
-    if ((verdict.isWhole || !isKnown) && CopyTiffImage(file, page - 1, patient.output)) {
+    if (verdict.isWhole && CopyTiffImage(file, page - 1, patient.output)) {
         return ALL_FINE;
     }
-    std::string why = DescribeError(TiffError());
-    if (isKnown) {
-        why = verdict.facts.compression == JPEG ? RecodePage(patient, page)
-                                                : ShortenPage(patient, page, verdict);
-    }
+    const bool isRecoded = isKnown && verdict.facts.compression == JPEG;
+    const std::string why = isRecoded ? RecodePage(patient, page)
+                            : isKnown ? ShortenPage(patient, page, verdict)
+                                      : KeepParts(patient, page, verdict);
     if (!why.empty()) {
         return ReportSentence(where, "is lost: " + why);
     }
+    if (verdict.isWhole && !isKnown) {
+        return ALL_FINE;
+    }
     printf("%s: %s of %s kept\n", where.c_str(),
-           verdict.facts.compression == JPEG ? "what is left" : std::to_string(verdict.rows).c_str(),
+           isRecoded ? "what is left" : std::to_string(verdict.rows).c_str(),
            Counted(verdict.facts.length, "row").c_str());
     return ALL_FINE;
 }
@@ -232,6 +333,7 @@ int Repair(const std::string& input, const std::string& output)
     }
     SetFileAttributesA(copy.c_str(), FILE_ATTRIBUTE_NORMAL);
     RawFile raw(copy, "r+b");
+    const uint64_t damagedBytes = SizeOf(raw);
     MendLastDirectory(raw);
     Source source(copy.c_str());
     if (source.pages == 0) {
@@ -243,7 +345,7 @@ int Repair(const std::string& input, const std::string& output)
         if (!target.handle || (raw.motorola && !ModiTiffFileInfo(target.handle, nullptr, TIFF_MOTOROLA))) {
             return ReportError(output, TiffError());
         }
-        Patient patient = {input, source, raw, target.handle};
+        Patient patient = {input, source, raw, target.handle, damagedBytes};
         repaired = RepairPages(patient);
         return repaired == WRONG_USAGE ? ReportSentence(input, "nothing of it could be saved")
                                        : int{ALL_FINE};
@@ -305,7 +407,8 @@ const Command repairCommand = {
         "\n"
         "Pages that are whole are copied as they are. Pages that are cut short get the rows that are left,\n"
         "in their own compression; JPEG pages come in lzw at their full height, with what is missing in\n"
-        "black. Where the chain of pages is broken it ends. DAMAGED.tif is never changed. The exit code is\n"
+        "black. Of tiles, and of compressions that are not decoded here, the whole ones are kept. Where the "
+        "chain of pages is broken it ends. DAMAGED.tif is never changed. The exit code is\n"
         "1 when a page is lost, and OUT.tif is written when any page is left.\n",
     .example = "tifftool repair cut-off.tif saved.tif",
     .run = RunRepair,

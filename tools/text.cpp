@@ -202,7 +202,7 @@ int SavePages(const TextOrder& order, Handles& pages, uint32_t count, const char
     return ALL_FINE;
 }
 
-int WriteText(const TextOrder& order)
+int DrawPages(const TextOrder& order, const char* unfinished)
 {
     Bitmap form;
     if (!order.form.empty()) {
@@ -220,8 +220,7 @@ int WriteText(const TextOrder& order)
     if (error != TIFF_TEXT_DONE) {
         return ReportText(order, error);
     }
-    return WriteWhole(order.output, order.append,
-                      [&](const char* unfinished) { return SavePages(order, pages, count, unfinished); });
+    return SavePages(order, pages, count, unfinished);
 }
 
 bool ReadPaper(const Options& options, TiffTextPageSettings& settings)
@@ -321,13 +320,15 @@ int RunText(Arguments arguments)
     const Options options = ParseOptions(arguments,
                                          {"--paper", "--margins", "--font", "--size", "--spacing", "--tabs",
                                           "--resolution", "--compression", "--fill-order", "--form"},
-                                         {"--bold", "--italic", "--append", "--bare-lf"});
-    if (!CheckOptions(textCommand, options, 2, 2)) {
+                                         {"--bold", "--italic", "--append", "--force", "--bare-lf"});
+    std::vector<Input> inputs;
+    if (!CheckOptions(textCommand, options, 2, SIZE_MAX) ||
+        !ReadWholeInputs(textCommand, options, std::span(options.others).first(options.others.size() - 1),
+                         inputs)) {
         return WRONG_USAGE;
     }
     TextOrder order;
-    order.input = options.others[0];
-    order.output = options.others[1];
+    order.output = options.others.back();
     order.form = options.Value("--form", "");
     order.append = options.Has("--append");
     if (options.Has("--form") && (options.Has("--paper") || options.Has("--resolution"))) {
@@ -342,26 +343,29 @@ int RunText(Arguments arguments)
     if (order.selector == 0 || order.fillOrder == 0) {
         return WRONG_USAGE;
     }
-    if (!CheckOutput(order.output) || (order.append && !CanBeAddedTo(order.output))) {
+    if (!CheckOutput(order.output) || !MayReplace(options, order.output.c_str(), inputs) ||
+        !SuitsContent(order.output, ".tif") || (order.append && !CanBeAddedTo(order.output))) {
         return FAILED;
     }
-    if (IsSameFile(order.input, order.output)) {
-        return ReportSentence(order.output, "the pages would take the place of their text");
-    }
-    if (!SuitsContent(order.output, ".tif")) {
-        return FAILED;
-    }
-    const TemporaryFile copy;
-    const bool ready = options.Has("--bare-lf") ? SetPath(order, order.input) : CopyText(order, copy);
-    return ready && (order.form.empty() || FollowForm(order)) ? WriteText(order) : int{FAILED};
+    return WriteWhole(order.output, order.append, [&](const char* unfinished) {
+        int result = ALL_FINE;
+        for (size_t index = 0; index < inputs.size() && result == ALL_FINE; ++index) {
+            order.input = inputs[index].path;
+            const TemporaryFile copy;
+            const bool ready = options.Has("--bare-lf") ? SetPath(order, order.input) : CopyText(order, copy);
+            result = ready && (order.form.empty() || FollowForm(order)) ? DrawPages(order, unfinished)
+                                                                        : int{FAILED};
+        }
+        return result;
+    });
 }
 
 } // namespace
 
 const Command textCommand = {
     .name = "text",
-    .arguments = "IN.txt OUT.tif [OPTION...]",
-    .summary = "Draws a text file as fax pages.",
+    .arguments = "IN.txt... OUT.tif [OPTION...]",
+    .summary = "Draws text files as fax pages.",
     .details =
         "  --paper NAME|WxH    a4, letter, legal or a size; without it a4\n"
         "  --margins X[xY]     left and right, top and bottom; without it 20x15\n"
@@ -375,6 +379,7 @@ const Command textCommand = {
         "  --fill-order 1|2    1 stores the most significant bit first, 2 the least\n"
         "  --form FORM.tif     draws page 1 on the first page of FORM.tif, in its size\n"
         "  --append            adds the pages to OUT.tif instead of replacing it\n"
+        "  --force             lets several files replace OUT.tif\n"
         "  --bare-lf           takes the bytes as they are: LF without CR is left out, and so is the\n"
         "                      byte behind a CR; without it LF, CR and CR LF end lines\n"
         "\n"

@@ -280,6 +280,7 @@ public static unsafe class Tiff {
     public const uint TIFF_RAW_GROUP3 = 3;
     public const uint TIFF_RAW_GROUP4 = 4;
     public const uint TIFF_RAW_GROUP3_TWO_DIMENSIONAL = 65539;
+    public const uint TIFF_RAW_GROUP3_WITHOUT_EOLS = 131075;
     public const uint TIFF_RAW_ALIGNED = 1;
     public const uint TIFF_RAW_UNALIGNED = 2;
     public const uint TIFF_FORMAT_ANY = 0;

@@ -53,12 +53,14 @@ inline uint32_t PeekByte(BitReader& bits)
     return true;
 }
 
-// Goes on at the next byte of the data.
-inline void AlignToByte(BitReader& bits)
+// Goes on at the next byte of the data. False when a bit that was skipped is no zero.
+inline bool AlignToByte(BitReader& bits)
 {
     const uint32_t partial = bits.held % 8;
+    const uint64_t skipped = bits.window & ~(UINT64_MAX >> partial);
     bits.window <<= partial;
     bits.held -= partial;
+    return skipped == 0;
 }
 
 // For a cursor that was moved, perhaps back from the end of the data.

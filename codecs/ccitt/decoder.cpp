@@ -87,6 +87,16 @@ constexpr Framing group4 = {
     .refill = FillFromStrip,
     .init = InitStripBuffers,
 };
+constexpr Framing group4Aligned = {
+    .beginsWithModes = true,
+    .tagAfterEol = false,
+    .alignedRows = true,
+    .zeroRun = ZeroRun::BadCode,
+    .endsWithEofb = true,
+    .skipsExtensions = true,
+    .refill = FillFromStrip,
+    .init = InitStripBuffers,
+};
 constexpr Framing mmrRecords = {
     .beginsWithModes = true,
     .tagAfterEol = false,
@@ -104,8 +114,8 @@ constexpr int32_t WIDEST_FAST_LINE = INT32_MAX / 2;
 static_assert(SPARE_LINE_BYTES >= PAINT_MARGIN);
 
 // By CcittScheme.
-constexpr const Framing* framings[] = {&modifiedHuffman, &group3, &group3TwoDimensional, &group4,
-                                       &mmrRecords};
+constexpr const Framing* framings[] = {&modifiedHuffman, &group3,     &group3TwoDimensional,
+                                       &group4,          &mmrRecords, &group4Aligned};
 
 // Adds one run, make-up codes included, to a position.
 Met DecodeRun(CcittDecoder& decoder, uint32_t colour, int64_t& position)
@@ -435,7 +445,7 @@ Status DecodeLines(CcittDecoder& decoder, CodecCall* context)
             continue;
         }
         if (framing.alignedRows)
-            AlignToByte(decoder.bits);
+            context->damage.strayFills += !AlignToByte(decoder.bits);
         if (framing.tagAfterEol) {
             if (!TakeEol(decoder))
                 return decoder.bits.ended;

@@ -15,7 +15,14 @@ namespace tiff {
 
 // The same by scheme. CarefulOnly switches the fast loops off; rows and status must not change. For tests
 // and fuzzers.
-enum class CcittScheme { ModifiedHuffman, Group3, Group3TwoDimensional, Group4, MmrRecords };
+enum class CcittScheme {
+    ModifiedHuffman,
+    Group3,
+    Group3TwoDimensional,
+    Group4,
+    MmrRecords,
+    Group4Aligned, // every row begins on a byte, which no page of a TIFF file can say
+};
 enum class CcittLoops { All, CarefulOnly };
 
 [[nodiscard]] Status DecodeCcitt(CodecCall* context, CcittScheme scheme, CcittLoops loops = CcittLoops::All);

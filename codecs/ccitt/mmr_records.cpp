@@ -2,6 +2,7 @@
 
 #include "codecs/buffers.h"
 #include "core/byte_order.h"
+#include "core/stream.h"
 
 #include <algorithm>
 
@@ -12,7 +13,7 @@ Status FillFromRecord(CodecContext* context)
     uint8_t header[RECORD_HEADER_BYTES];
     context->codeCursor = CodeBuffer(context);
     context->codeBytesLeft = 0;
-    if (mRead(context->stream, header, RECORD_HEADER_BYTES) != RECORD_HEADER_BYTES ||
+    if (ReadStream(context->stream, header, RECORD_HEADER_BYTES) != RECORD_HEADER_BYTES ||
         header[0] != RECORD_MARK[0] || header[1] != RECORD_MARK[1])
         return error::UnexpectedEndOfFile;
     uint32_t length = Load16(header + 2, TIFF_MOTOROLA);
@@ -20,7 +21,7 @@ Status FillFromRecord(CodecContext* context)
         length = context->codeBufferSize;
     if (length > context->codeBufferSize)
         return error::UnexpectedEndOfFile;
-    const uint32_t arrived = mRead(context->stream, context->codeCursor, length);
+    const uint32_t arrived = ReadStream(context->stream, context->codeCursor, length);
     if (arrived == 0 || arrived == STREAM_FAILED)
         return error::UnexpectedEndOfFile;
     context->codeBytesLeft = arrived;

@@ -51,7 +51,7 @@ Status Refill(ByteSource& source)
     source.next = source.end = source.bytes;
     const uint32_t count = std::min(SOURCE_BYTES, source.fileEnd - position);
     if (mSeek(source.stream, position, 0) == STREAM_FAILED ||
-        mRead(source.stream, source.bytes, count) != count)
+        ReadStream(source.stream, source.bytes, count) != count)
         return error::InputOutput;
     source.held = count;
     source.end = source.bytes + std::min(count, source.partEnd - position);

@@ -2,6 +2,7 @@
 
 #include "codecs/buffers.h"
 #include "codecs/jpeg/decoder.h"
+#include "core/error_detail.h"
 #include "core/image_description.h"
 #include "core/open_file.h"
 #include "core/registry.h"
@@ -59,7 +60,7 @@ Status DescribePage(const PageTags& tags, Page& page)
     if (const Status status = DescribeImage(tags, header); status != error::None)
         return status;
     if (!tags.Find(tag::StripOffsets) || header.biWidth <= 0)
-        return error::TagsMissing;
+        return MissingTag(header.biWidth <= 0 ? tag::ImageWidth : tag::StripOffsets);
     const uint32_t samples = header.biBitCount / SAMPLE_BITS;
     if (tags.Value(tag::BitsPerSample, 1) != SAMPLE_BITS || samples == 0 || samples > MOST_COMPONENTS)
         return error::BadCode;

@@ -12,8 +12,9 @@
 #define TIFF_RAW_GROUP3 3u  /* Group 3, one-dimensional */
 #define TIFF_RAW_GROUP4 4u
 #define TIFF_RAW_GROUP3_TWO_DIMENSIONAL 0x10003u
+#define TIFF_RAW_GROUP3_WITHOUT_EOLS 0x20003u /* one-dimensional rows, one directly behind the other */
 
-/* Whether fill bits let every end-of-line code end on a byte. */
+/* Whether fill bits let every end-of-line code end on a byte; in Group 4, which has none, every row. */
 #define TIFF_RAW_ALIGNED 1u
 #define TIFF_RAW_UNALIGNED 2u
 
@@ -33,9 +34,10 @@ typedef struct TiffRawFax {
 } TiffRawFax;
 TIFF_LAYOUT(TiffRawFax, 36, longestBadRun, 32);
 
-/* Appends raw fax code to a TIFF file as a page. The code is written as it lies, in one strip: nothing is
- * encoded again, and the tags say how to read it. Group 3 pages also get the tags of their received quality
- * (fax_quality.h).
+/* Appends raw fax code to a TIFF file as a page. The code is written as it lies, in one strip, and the tags
+ * say how to read it. Two kinds of code have no such tags: aligned Group 4, and TIFF_RAW_GROUP3_WITHOUT_EOLS.
+ * Their rows are encoded anew, as a Group 4 page of fill order 1 that every reader takes. Pages of Group 3
+ * code also get the tags of their received quality (fax_quality.h).
  *
  * What is not known is found out by decoding: of all ways to read the code the one with the fewest damaged
  * rows is taken. A width is looked for among those of fax machines from 200 to 400 dots per inch, and in

@@ -121,6 +121,9 @@ TEST(Failures, AFullDiskNeitherHarmsACopyNorLeavesHalfAFax)
         HGLOBAL from = OpenTiffFile(source.Path(), T_READ), to = OpenTiffFile(file.Path(), T_APPEND);
         standin::LimitDisk(room);
         EXPECT_EQ(Refusal(CopyTiffImage(from, 0, to)), 6u);
+        char detail[512];
+        TiffErrorDetail(detail, sizeof(detail));
+        EXPECT_EQ(detail, file.Path() + std::string(room ? "" : ", system error 112 (disk full)"));
         standin::StopFailing();
         EXPECT_EQ(NumberOfTiffImages(to, TIFF_ALL_PAGES), 2u);
         CloseTiffFile(to);

@@ -4,6 +4,7 @@
 #include "support/target.h"
 
 #include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -150,6 +151,51 @@ TEST(RawFax, EverySchemeIsFoundOutAndStaysAsItLies)
         }
 }
 
+TEST(RawFax, CodeThatTagsCannotDescribeIsEncodedAnew)
+{
+    Bytes aligned = Bits("001 1000 11 1");
+    std::string bare;
+    for (uint32_t row = 1; row < 30; ++row)
+        aligned = aligned + Bits("011 011 1");
+    for (uint32_t row = 0; row < 30; ++row) // a white run of 3 or 2, a black one of 2, white up to 1728
+        bare += row % 2 == 0 ? "1000 11 011000 01001010" : "0111 11 011000 01001011";
+    const struct {
+        const char* row;
+        Bytes code;
+        uint32_t scheme, alignment, given;
+        std::function<size_t(size_t)> column;
+    } rows[] = {
+        {"Group 4", aligned + Bits("000000000001 000000000001"), TIFF_RAW_GROUP4, TIFF_RAW_ALIGNED,
+         TIFF_RAW_FIND_OUT, [](size_t row) { return 3 + row; }},
+        {"rows alone", Bits(bare), TIFF_RAW_GROUP3_WITHOUT_EOLS, TIFF_RAW_UNALIGNED, TIFF_RAW_GROUP3,
+         [](size_t row) { return 3 - row % 2; }},
+    };
+    for (const auto& row : rows)
+        for (const bool reversed : {false, true})
+            for (const uint32_t scheme : {uint32_t{TIFF_RAW_FIND_OUT}, row.scheme, row.given}) {
+                SCOPED_TRACE(row.row);
+                const NewFile out;
+                const Bytes code = reversed ? ReversedBits(row.code) : row.code;
+                TiffRawFax fax = {.scheme = scheme};
+                ASSERT_TRUE(
+                    AppendRawFaxToTiff(out.Path(), code.data(), static_cast<uint32_t>(code.size()), &fax));
+                EXPECT_EQ(fax.scheme, row.scheme);
+                EXPECT_EQ(fax.alignment, row.alignment);
+                EXPECT_EQ(fax.width, 1728u);
+                EXPECT_EQ(fax.fillOrder, reversed ? 2u : 1u);
+                const Target file(true, ReadFileBytes(out.Path()));
+                ASSERT_EQ(LoadPages(file.file), 1u);
+                EXPECT_EQ(TagNumber(file.file, 0, 259), 4u);
+                EXPECT_EQ(TagNumber(file.file, 0, 266), 1u);
+                const Decoded decoded = DecodePage(file.file, 0);
+                ASSERT_EQ(decoded.rows.size(), 30u);
+                std::string pixels;
+                for (size_t at = 0; at < 30; ++at)
+                    pixels += (at ? "/" : "") + std::string(1728, '.').replace(row.column(at), 2, "##");
+                EXPECT_EQ(decoded.Pixels(1728), pixels);
+            }
+}
+
 TEST(RawFax, DamageIsCountedAndImpossibleCodeRefused)
 {
     const TempFile out(OnePage(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("01")}), TIFF_MOTOROLA));
@@ -232,6 +278,23 @@ TEST(ErrorDetail, BelongsToTheLastErrorAlone)
     EXPECT_FALSE(GetTiffImageInfo(made, 0, 256, nullptr));
     EXPECT_EQ(Detail(), "");
     CloseTiffFile(made);
+    const OpenedFile unwritable(Hex("00"), false);
+    EXPECT_EQ(mWrite(unwritable.Stream(), "x", 1), 0u); // the application's own
+    EXPECT_FALSE(LoadTiffFromMemory("II*", 3, 0));
+    EXPECT_EQ(TiffError(), 6u);
+    EXPECT_EQ(Detail(), "");
+    const struct {
+        uint16_t tag;
+        uint32_t value;
+    } wrong[] = {{256, 0}, {258, 3}, {266, 3}, {277, 9}, {284, 2}, {257, 0}};
+    for (const auto& [tag, value] : wrong) {
+        TiffPage odd = TiffPage::Picture(8, 1, 1, 4).Short(tag, {value}).Strips({Bits("1")});
+        if (tag == 257) // missing: 0 rows are of unknown length
+            odd = TiffPage().Short(256, {8}).Short(259, {4}).Strips({Bits("1")});
+        const TempFile faulty(OnePage(odd));
+        EXPECT_FALSE(LoadTiffIntoDIB(faulty.Path(), 0, 0));
+        EXPECT_EQ(Detail(), std::string(faulty.Path()) + ", page index 0, tag " + std::to_string(tag));
+    }
     HGLOBAL file = OpenTiffFile(path.c_str(), T_READ);
     ASSERT_TRUE(GetTiffImage(file, 0));
     EXPECT_FALSE(GetTiffImageInfo(file, 0, 326, nullptr));
