@@ -89,7 +89,10 @@ Bytes WithLongerStrip(Bytes file)
     std::memcpy(&directory, &file[4], sizeof(directory));
     for (size_t at = directory + COUNT; at + ENTRY <= file.size(); at += ENTRY)
         if (std::memcmp(&file[at], STRIP_BYTE_COUNTS, VALUE) == 0) {
-            file[at + VALUE] = static_cast<uint8_t>(file[at + VALUE] + 2);
+            uint32_t bytes;
+            std::memcpy(&bytes, &file[at + VALUE], sizeof(bytes));
+            bytes += 2;
+            std::memcpy(&file[at + VALUE], &bytes, sizeof(bytes));
             break;
         }
     return file;

@@ -13,7 +13,8 @@ std::vector<PageTags> PagesOf(Input file)
     std::vector<PageTags> pages;
     const OpenTiff tiff(file);
     const uint32_t count = tiff.handle ? NumberOfTiffImages(tiff.handle, TIFF_ALL_PAGES) : 0;
-    for (uint32_t page = 0; page < count; ++page) {
+    constexpr uint32_t MOST_COMPARED = 500; // a ring repeats its pages
+    for (uint32_t page = 0; page < std::min(count, MOST_COMPARED); ++page) {
         if (!GetTiffImage(tiff.handle, page))
             return {};
         pages.push_back(TagsOf(tiff.handle, page));

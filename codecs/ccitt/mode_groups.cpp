@@ -10,12 +10,13 @@ uint32_t PlaceSingly(const ModeGroup& group, uint32_t lane, ModePlaces& places, 
 {
     const int32_t* b = places.b + lane;
     int32_t* columns = places.columns + lane;
-    int32_t wanted = 0;
+    int32_t outside = 0; // below zero once a mode left the line
     for (; lane < group.count && columns[-1] < width; ++lane) {
-        wanted = *b + group.deltas[lane];
+        const int32_t wanted = *b + group.deltas[lane];
         const int32_t column = std::clamp(wanted, 0, width);
         if (column <= columns[-1])
             break;
+        outside |= wanted | (width - wanted);
         *columns++ = column;
         ++b;
         b -= 2 * int{b[-2] > column};
@@ -24,7 +25,7 @@ uint32_t PlaceSingly(const ModeGroup& group, uint32_t lane, ModePlaces& places, 
         b += 2 * int{b[0] <= column && column < width};
         b += 2 * int{b[0] <= column && column < width};
     }
-    places = {b, columns, wanted > width};
+    places = {b, columns, places.overran || outside < 0};
     return lane;
 }
 

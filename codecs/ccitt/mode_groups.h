@@ -93,15 +93,15 @@ inline constexpr auto verticalLengths = [] {
 }();
 
 struct ModePlaces {
-    const int32_t* b; // b1 in the reference line
-    int32_t* columns; // place of the next change
-    bool overran = false;
+    const int32_t* b;     // b1 in the reference line
+    int32_t* columns;     // place of the next change
+    bool overran = false; // a mode led out of the line
 };
 
 // Places the vertical modes of a group one by one, from the first that needs the place in the reference
-// moved, up to the end of the line; notes one beyond it. Stops before a change that is not right of the last
-// one. Returns the number of modes done. The reference must be in order. Not inline: the loop over groups
-// needs the registers.
+// moved, up to the end of the line; notes one that leads out of it. Stops before a change that is not right
+// of the last one. Returns the number of modes done. The reference must be in order. Not inline: the loop
+// over groups needs the registers.
 uint32_t PlaceSingly(const ModeGroup& group, uint32_t lane, ModePlaces& places, int32_t width);
 
 // Length of a group's passes and of some of its vertical modes.
