@@ -18,7 +18,7 @@ TIFF_BEGIN
  *            bilevel pages.
  *
  * Returns the number of the page counted from 1; 0 when there is none; 0xFFFFFFFF for a failure.
- * Errors: 3 no such first page; 6 no colour, no pages, a page that cannot be loaded; 29 no path.
+ * Errors: 1 memory; 3 no such first page; 6 no colour, no pages, a page that cannot be loaded; 29 no path.
  * A success clears the last error, or leaves there the code of a page that could only be decoded in part.
  */
 uint32_t TIFF_CALL FindBlankPage(const char* path, int32_t threshold, int32_t firstPage,
