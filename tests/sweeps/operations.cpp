@@ -390,6 +390,10 @@ void AddPictures(const Adder& add)
         Armed([](Scene& scene) { return TakeBlock(LoadTiffIntoDIB(scene.At("oldjpeg.tif"), 0, 0)); }));
     add({"LoadTiffIntoDIB", "with the dialog", {"pages.tif"}, Partial | KeepsLibrary},
         Armed([](Scene& scene) { return TakeBlock(LoadTiffIntoDIB(scene.At("pages.tif"), 1, 1)); }));
+    add({"SaveDIBInTiffFile", "with the dialog", {"pages.tif"}, InPlace | KeepsLibrary},
+        WithDib(Bilevel, [](Scene& scene, HGLOBAL dib) {
+            return Answer(SaveDIBInTiffFile(scene.At("pages.tif"), dib, 208, 1));
+        }));
     add({"SaveDIBInTiffFile", "as old-style JPEG", {"pages.tif"}, InPlace, {23}},
         WithDib(Colour, [](Scene& scene, HGLOBAL dib) {
             return Answer(SaveDIBInTiffFile(scene.At("pages.tif"), dib, 210, 0));
