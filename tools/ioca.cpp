@@ -55,11 +55,11 @@ int Wrap(const Command& command, Wrapping wrapping, const Options& options)
     if (!ReadOnePage(command, options, options.others[1], input)) {
         return WRONG_USAGE;
     }
-    if (!SuitsContent(output, wrapping == Wrapping::Segment ? ".ioca" : ".modca") || !CheckOutput(output)) {
-        return FAILED;
-    }
     if (IsSameFile(input.path, output)) {
         return ReportSentence(output, "the picture would take the place of the file that it is in");
+    }
+    if (!SuitsContent(output, wrapping == Wrapping::Segment ? ".ioca" : ".modca") || !CheckOutput(output)) {
+        return FAILED;
     }
     return ForEachPicture(input, Damage::Refused,
                           [&](const Picture& picture) { return WrapPicture(output, wrapping, picture); });
