@@ -4,6 +4,7 @@
 #include "made_tiff.h"
 #include "peer_decoder.h"
 
+#include <algorithm>
 #include <cstring>
 
 using namespace fuzz;
@@ -98,6 +99,21 @@ Bytes WithLongerStrip(Bytes file)
     return file;
 }
 
+// A row that alternates from a black pixel has one run more than pixels: the white one of no length before
+// it. libtiff has room for as many runs as pixels, rounded to 32.
+bool OverflowsPeer(const Picture& picture)
+{
+    const auto alternates = [](Input row) {
+        return (row[0] == 0xAA || row[0] == 0x55) &&
+               std::ranges::all_of(row, [&](uint8_t byte) { return byte == row[0]; });
+    };
+    const size_t rowBytes = picture.width / 8;
+    bool overflows = false;
+    for (size_t at = 0; picture.width % 32 == 0 && at + rowBytes <= picture.rows.size(); at += rowBytes)
+        overflows |= alternates(Input(picture.rows).subspan(at, rowBytes));
+    return overflows;
+}
+
 // Bilevel pages. LZW with differences is left out: libtiff takes them of whole bytes only.
 void ShowOurs(Choices& choices)
 {
@@ -108,7 +124,7 @@ void ShowOurs(Choices& choices)
     const uint32_t selector = choices.OneOf(selectors), fillOrder = 1 + choices.Below(2);
     SetKfactor(2 + static_cast<int32_t>(choices.Below(4)));
     const Picture picture = PictureOf(choices);
-    if (picture.bits != 1)
+    if (picture.bits != 1 || OverflowsPeer(picture))
         return;
     const Bytes dib = DibOf(picture);
     const Block block(dib);
