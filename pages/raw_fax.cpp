@@ -17,7 +17,6 @@ namespace tiff {
 
 namespace {
 
-constexpr uint32_t FAX_HORIZONTAL = 204, FAX_COARSE = 98, FAX_FINE = 196, LEAST_FINE_ROWS = 1101;
 constexpr uint32_t WIDEST = 0xFFFF;
 constexpr uint32_t TWO_DIMENSIONAL_OPTION = 1, FILL_BITS_OPTION = 4;
 
@@ -53,11 +52,10 @@ TiffFaxQuality QualityOf(const TiffRawFax& fax)
 
 bool DefineResolution(HGLOBAL file, uint32_t page, const TiffRawFax& fax)
 {
-    const uint32_t fine = fax.rows >= LEAST_FINE_ROWS ? FAX_FINE : FAX_COARSE;
-    const uint32_t horizontal[] = {fax.horizontalDpi ? fax.horizontalDpi : FAX_HORIZONTAL, 1};
-    const uint32_t vertical[] = {fax.verticalDpi ? fax.verticalDpi : fine, 1};
-    return DefineTiffImageInfoBuffer(file, page, tag::XResolution, horizontal, fieldtype::Rational, 1) &&
-           DefineTiffImageInfoBuffer(file, page, tag::YResolution, vertical, fieldtype::Rational, 1) &&
+    const DotsPerInch usual = UsualFaxResolution(fax.rows);
+    return DefineDotsPerInch(file, page,
+                             {fax.horizontalDpi ? fax.horizontalDpi : usual.horizontal,
+                              fax.verticalDpi ? fax.verticalDpi : usual.vertical}) &&
            DefineTiffImageInfo(file, page, tag::ResolutionUnit, fieldtype::Short, unit::Inch);
 }
 

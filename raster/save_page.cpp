@@ -107,19 +107,15 @@ DotsPerInch OwnResolution(const PagePlan& plan)
 
 DotsPerInch FaxResolution(const PagePlan& plan)
 {
-    const bool fine = plan.format.stored.biYPelsPerMeter
-                          ? DotsPerInchOf(plan.format.stored.biYPelsPerMeter, 0) >= LEAST_FINE
-                          : HeightOf(plan) >= LEAST_FINE_ROWS;
+    if (plan.format.stored.biYPelsPerMeter == 0)
+        return UsualFaxResolution(HeightOf(plan));
+    const bool fine = DotsPerInchOf(plan.format.stored.biYPelsPerMeter, 0) >= LEAST_FINE;
     return {FAX_HORIZONTAL, fine ? FAX_FINE : FAX_COARSE};
 }
 
 bool DefineResolution(HGLOBAL file, uint32_t page, const PagePlan& plan, Resolution rule)
 {
-    const DotsPerInch dots = rule == Resolution::Fax ? FaxResolution(plan) : OwnResolution(plan);
-    const uint32_t horizontal[] = {dots.horizontal, 1};
-    const uint32_t vertical[] = {dots.vertical, 1};
-    return DefineTiffImageInfoBuffer(file, page, tag::XResolution, horizontal, fieldtype::Rational, 1) &&
-           DefineTiffImageInfoBuffer(file, page, tag::YResolution, vertical, fieldtype::Rational, 1);
+    return DefineDotsPerInch(file, page, rule == Resolution::Fax ? FaxResolution(plan) : OwnResolution(plan));
 }
 
 bool DefineOptions(HGLOBAL file, uint32_t page, uint32_t options)
@@ -339,6 +335,19 @@ Status ChooseSettings(const SaveRequest& request, const PictureFormat& format, S
 }
 
 } // namespace
+
+DotsPerInch UsualFaxResolution(uint32_t rows)
+{
+    return {FAX_HORIZONTAL, rows >= LEAST_FINE_ROWS ? FAX_FINE : FAX_COARSE};
+}
+
+bool DefineDotsPerInch(HGLOBAL file, uint32_t page, DotsPerInch dots)
+{
+    const uint32_t horizontal[] = {dots.horizontal, 1};
+    const uint32_t vertical[] = {dots.vertical, 1};
+    return DefineTiffImageInfoBuffer(file, page, tag::XResolution, horizontal, fieldtype::Rational, 1) &&
+           DefineTiffImageInfoBuffer(file, page, tag::YResolution, vertical, fieldtype::Rational, 1);
+}
 
 bool DefineFaxQuality(HGLOBAL file, uint32_t page, const TiffFaxQuality& quality)
 {

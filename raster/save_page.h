@@ -3,6 +3,7 @@
 #pragma once
 
 #include "codecs/encode_driver.h"
+#include "core/desktop.h"
 #include "raster/picture_format.h"
 #include "raster/save_selector.h"
 #include "raster/save_variants.h"
@@ -45,6 +46,12 @@ uint32_t WrittenBits(const PagePlan& plan);
 
 // The same for a file on disk.
 [[nodiscard]] Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, const LineFeed& feed);
+
+// Of a fax page that says none: coarse rows, and fine ones on a long page.
+DotsPerInch UsualFaxResolution(uint32_t rows);
+
+// The two resolutions, without their unit. False without memory.
+[[nodiscard]] bool DefineDotsPerInch(HGLOBAL file, uint32_t page, DotsPerInch dots);
 
 // The tags of received-fax quality. False without memory.
 [[nodiscard]] bool DefineFaxQuality(HGLOBAL file, uint32_t page, const TiffFaxQuality& quality);

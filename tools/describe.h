@@ -22,6 +22,7 @@ inline constexpr uint32_t SamplesPerPixel = 277;
 inline constexpr uint32_t ImageWidth = 256;
 inline constexpr uint32_t ImageLength = 257;
 inline constexpr uint32_t XResolution = 282;
+inline constexpr uint32_t YResolution = 283;
 inline constexpr uint32_t PlanarConfiguration = 284;
 inline constexpr uint32_t Group3Options = 292;
 inline constexpr uint32_t Predictor = 317;

@@ -1,5 +1,6 @@
 /* tifftool fax and blank: pages for fax boards, and the numbers of blank pages. */
 #include "chain.h"
+#include "describe.h"
 #include "extension.h"
 #include "fax_quality.h"
 #include "faxable.h"
@@ -103,13 +104,12 @@ int SavePage(const Picture& picture, const char* unfinished, const char* output,
 // would be shown too long.
 bool MarkResolution(const char* unfinished, size_t firstPage, uint32_t down)
 {
-    constexpr uint32_t Y_RESOLUTION = 283;
     RawFile raw(unfinished, "r+b");
     const std::vector<uint32_t> directories = WalkChain(raw).directories;
     for (size_t page = firstPage; page < directories.size(); ++page) {
         TagEntry entry;
         const uint32_t rational[] = {down, 1};
-        if (!FindEntry(raw, directories[page], Y_RESOLUTION, entry) ||
+        if (!FindEntry(raw, directories[page], tag::YResolution, entry) ||
             !WriteNumbers(raw, entry.valuesAt, rational)) {
             return false;
         }

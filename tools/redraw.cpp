@@ -17,7 +17,7 @@ namespace tifftool {
 namespace {
 
 constexpr uint32_t MOTOROLA_FILE = 35;
-constexpr uint32_t JPEG = 7, Y_RESOLUTION = 283;
+constexpr uint32_t JPEG = 7;
 constexpr uint32_t LAST_KEPT_TYPE = 7; // the library holds values of larger types in part
 
 // Tags of the picture's code, which is new, and DateTime. 0 is the list of all.
@@ -186,7 +186,7 @@ int WritePages(const RedrawOrder& order, Source& source, const std::vector<bool>
 
 static uint32_t TurnedTag(uint32_t tag)
 {
-    return tag == tag::XResolution ? Y_RESOLUTION : tag == Y_RESOLUTION ? uint32_t{tag::XResolution} : tag;
+    return tag == tag::XResolution ? tag::YResolution : tag == tag::YResolution ? tag::XResolution : tag;
 }
 
 bool CarryTags(HGLOBAL from, uint32_t page, HGLOBAL to, bool turned)
