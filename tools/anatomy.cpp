@@ -92,4 +92,57 @@ std::vector<uint32_t> ReadNumbers(RawFile& raw, const DirectoryEntry& entry)
     return numbers;
 }
 
+namespace {
+
+// Copies a part of a file to where it lies in it, as far as it does. False when that is more than is left.
+bool CopyPart(RawFile& raw, std::span<uint8_t> target, Extent part, size_t& left)
+{
+    if (part.at >= target.size()) {
+        return true;
+    }
+    const auto at = static_cast<size_t>(part.at);
+    const auto count = static_cast<size_t>(std::min<uint64_t>(part.bytes, target.size() - at));
+    if (count > left) {
+        return false;
+    }
+    left -= count;
+    std::ranges::copy(ReadBytes(raw, at, count), target.begin() + static_cast<ptrdiff_t>(at));
+    return true;
+}
+
+bool CopyDirectory(RawFile& raw, std::span<uint8_t> target, uint32_t offset, size_t& left)
+{
+    const Directory directory = ReadDirectory(raw, offset);
+    return CopyPart(raw, target, {offset, 2 + ENTRY_BYTES * directory.claimedEntries + 4}, left) &&
+           std::ranges::all_of(directory.entries, [&](const DirectoryEntry& entry) {
+               const Extent values = ValuesOf(entry);
+               return values.bytes <= INLINE_BYTES || CopyPart(raw, target, values, left);
+           });
+}
+
+} // namespace
+
+HGLOBAL CopyDirectories(RawFile& raw)
+{
+    constexpr uint64_t HEADER_BYTES = 8;
+    const uint64_t size = SizeOf(raw);
+    if (size < HEADER_BYTES || size > UINT32_MAX) {
+        return nullptr;
+    }
+    const HGLOBAL block = GlobalAlloc(GHND, static_cast<size_t>(size));
+    void* const bytes = block ? GlobalLock(block) : nullptr;
+    if (!bytes) {
+        return GlobalFree(block);
+    }
+    const std::span target(static_cast<uint8_t*>(bytes), static_cast<size_t>(size));
+    size_t left = target.size();
+    const bool isCopied =
+        CopyPart(raw, target, {0, HEADER_BYTES}, left) &&
+        std::ranges::all_of(WalkChain(raw).directories, [&](uint32_t offset) {
+            return CopyDirectory(raw, target, offset, left);
+        });
+    GlobalUnlock(block);
+    return isCopied ? block : GlobalFree(block);
+}
+
 } // namespace tifftool

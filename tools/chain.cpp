@@ -2,6 +2,7 @@
 
 #include "tiff/files.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 namespace tifftool {
@@ -9,10 +10,16 @@ namespace tifftool {
 namespace {
 
 constexpr uint32_t ENTRY_BYTES = 12;
+constexpr size_t WINDOW_BYTES = 2048; // most directories and their values
 
 bool Seek(RawFile& raw, uint64_t position)
 {
     return raw.file && _fseeki64(raw.file.get(), static_cast<int64_t>(position), SEEK_SET) == 0;
+}
+
+size_t Read(RawFile& raw, uint64_t position, std::span<uint8_t> bytes)
+{
+    return Seek(raw, position) ? fread(bytes.data(), 1, bytes.size(), raw.file.get()) : 0;
 }
 
 uint32_t Number(const RawFile& raw, const uint8_t* bytes, uint32_t count)
@@ -39,6 +46,9 @@ bool ReadNumber(RawFile& raw, uint64_t position, uint32_t count, uint32_t& numbe
 RawFile::RawFile(const std::string& path, const char* mode)
     : file(fopen(path.c_str(), mode), [](FILE* opened) { return fclose(opened); }), motorola(false)
 {
+    if (file) {
+        setvbuf(file.get(), nullptr, _IONBF, 0);
+    }
     const std::vector<uint8_t> order = ReadBytes(*this, 0, 1);
     motorola = !order.empty() && order[0] == 'M';
 }
@@ -46,7 +56,18 @@ RawFile::RawFile(const std::string& path, const char* mode)
 std::vector<uint8_t> ReadBytes(RawFile& raw, uint64_t position, size_t count)
 {
     std::vector<uint8_t> bytes(count);
-    bytes.resize(Seek(raw, position) ? fread(bytes.data(), 1, count, raw.file.get()) : 0);
+    if (count > WINDOW_BYTES) {
+        bytes.resize(Read(raw, position, bytes));
+        return bytes;
+    }
+    if (position < raw.windowAt || position + count > raw.windowAt + raw.window.size()) {
+        raw.window.resize(WINDOW_BYTES);
+        raw.windowAt = position;
+        raw.window.resize(Read(raw, position, raw.window));
+    }
+    const auto at = static_cast<size_t>(position - raw.windowAt);
+    bytes.resize(std::min(count, raw.window.size() - at));
+    std::copy_n(raw.window.begin() + static_cast<ptrdiff_t>(at), bytes.size(), bytes.begin());
     return bytes;
 }
 
@@ -88,6 +109,13 @@ bool FindEntry(RawFile& raw, uint32_t directory, uint32_t tag, TagEntry& entry)
     return false;
 }
 
+bool WriteBytes(RawFile& raw, uint64_t position, std::span<const uint8_t> bytes)
+{
+    raw.window.clear();
+    return Seek(raw, position) && fwrite(bytes.data(), 1, bytes.size(), raw.file.get()) == bytes.size() &&
+           fflush(raw.file.get()) == 0;
+}
+
 bool WriteNumbers(RawFile& raw, uint64_t position, std::span<const uint32_t> numbers)
 {
     std::vector<uint8_t> bytes;
@@ -96,8 +124,7 @@ bool WriteNumbers(RawFile& raw, uint64_t position, std::span<const uint32_t> num
             bytes.push_back(static_cast<uint8_t>(number >> 8 * (raw.motorola ? 3 - index : index)));
         }
     }
-    return Seek(raw, position) && fwrite(bytes.data(), 1, bytes.size(), raw.file.get()) == bytes.size() &&
-           fflush(raw.file.get()) == 0;
+    return WriteBytes(raw, position, bytes);
 }
 
 bool WriteCount(RawFile& raw, const TagEntry& entry, uint32_t count)

@@ -28,6 +28,8 @@ struct TagEntry {
 // A classic TIFF file that is read field by field.
 struct RawFile {
     std::unique_ptr<FILE, int (*)(FILE*)> file;
+    std::vector<uint8_t> window; // a part of it, for small fields that lie close together
+    uint64_t windowAt = 0;
     bool motorola;
 
     explicit RawFile(const std::string& path, const char* mode = "rb");
@@ -40,6 +42,9 @@ bool FindEntry(RawFile& raw, uint32_t directory, uint32_t tag, TagEntry& entry);
 
 // Bytes as they are in the file; fewer when it ends before.
 std::vector<uint8_t> ReadBytes(RawFile& raw, uint64_t position, size_t count);
+
+// False when not all of them could be written.
+bool WriteBytes(RawFile& raw, uint64_t position, std::span<const uint8_t> bytes);
 
 // Overwrites numbers of four bytes.
 bool WriteNumbers(RawFile& raw, uint64_t position, std::span<const uint32_t> numbers);

@@ -1,6 +1,7 @@
 #include "pdf.h"
 
 #include <array>
+#include <span>
 #include <utility>
 
 namespace tifftool {
@@ -106,7 +107,7 @@ void AddPage(PdfFile& pdf, const PdfPage& page)
         const uint32_t image = AddStream(pdf,
                                          "/Type/XObject/Subtype/Image/Width " + std::to_string(page.width) +
                                              "/Height " + std::to_string(strip.rows) + strip.form,
-                                         strip.code.Bytes());
+                                         strip.code);
         const std::string name = "/I" + std::to_string(image);
         row += strip.rows;
         const double height = page.height;

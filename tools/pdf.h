@@ -5,28 +5,16 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
-#include <span>
 #include <string>
 #include <vector>
 
 namespace tifftool {
 
-// Code of its own, or code that stays elsewhere until it is written.
-struct PdfCode {
-    std::vector<uint8_t> own{};
-    std::span<const uint8_t> elsewhere{};
-
-    std::span<const uint8_t> Bytes() const
-    {
-        return own.empty() ? elsewhere : std::span<const uint8_t>(own);
-    }
-};
-
 // A part of a page's picture, as wide as the page: its rows, and its code with what decodes it.
 struct PdfStrip {
     uint32_t rows;
     std::string form; // filter, colours and depth, as the entries of a dictionary
-    PdfCode code;
+    std::vector<uint8_t> code;
 };
 
 struct PdfPage {

@@ -6,16 +6,17 @@
 
 #include <cstdio>
 
-#include <io.h>
-
 namespace tifftool {
 
 namespace {
 
-// Another program gets the messages alone.
+// Another program gets the messages alone. The null device passes for a terminal, but has no console's mode.
 bool IsTerminal()
 {
-    static const bool terminal = _isatty(_fileno(stderr)) != 0;
+    static const bool terminal = [] {
+        DWORD mode = 0;
+        return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+    }();
     return terminal;
 }
 

@@ -82,12 +82,6 @@ std::vector<uint8_t> CodeRows(HGLOBAL file, uint32_t page, Rows& rows, bool moto
     return {block.bytes + at, block.bytes + at + bytes};
 }
 
-bool WriteAt(RawFile& raw, uint64_t position, const void* bytes, size_t count)
-{
-    return _fseeki64(raw.file.get(), static_cast<int64_t>(position), SEEK_SET) == 0 &&
-           fwrite(bytes, 1, count, raw.file.get()) == count && fflush(raw.file.get()) == 0;
-}
-
 void Append(const RawFile& raw, std::vector<uint8_t>& bytes, uint32_t number, uint32_t count)
 {
     for (uint32_t index = 0; index < count; ++index) {
@@ -106,25 +100,25 @@ bool SetEntry(RawFile& raw, uint32_t directory, uint32_t tag, uint32_t value)
     Append(raw, bytes, LONG_TYPE, 2);
     Append(raw, bytes, 1, 4);
     Append(raw, bytes, value, 4);
-    return WriteAt(raw, entry.position + 2, bytes.data(), bytes.size());
+    return WriteBytes(raw, entry.position + 2, bytes);
 }
 
 // A directory that the end of the file cuts off keeps its whole entries, and is the last one.
-void MendLastDirectory(RawFile& raw)
+bool MendLastDirectory(RawFile& raw)
 {
     const Chain chain = WalkChain(raw);
     if (chain.directories.empty()) {
-        return;
+        return true;
     }
     const Directory directory = ReadDirectory(raw, chain.directories.back());
     if (directory.entries.empty() || directory.hasLink) {
-        return;
+        return true;
     }
     std::vector<uint8_t> count;
-    const uint32_t link = 0;
+    const uint32_t noLink = 0;
     Append(raw, count, static_cast<uint32_t>(directory.entries.size()), 2);
-    WriteAt(raw, directory.offset, count.data(), count.size());
-    WriteAt(raw, directory.entries.back().position + 12, &link, sizeof link);
+    return WriteBytes(raw, directory.offset, count) &&
+           WriteNumbers(raw, directory.entries.back().position + 12, {&noLink, 1});
 }
 
 struct Patient {
@@ -153,7 +147,7 @@ std::string ShortenPage(Patient& patient, uint32_t page, const PageVerdict& verd
     }
     const auto at = static_cast<uint32_t>(end);
     const bool written =
-        WriteAt(patient.raw, end, code.data(), code.size()) &&
+        WriteBytes(patient.raw, end, code) &&
         SetEntry(patient.raw, directory, tag::ImageLength, rows.count) &&
         SetEntry(patient.raw, directory, ROWS_PER_STRIP, rows.count) &&
         SetEntry(patient.raw, directory, tag::StripOffsets, at) &&
@@ -201,7 +195,7 @@ bool SetNumbers(RawFile& raw, uint32_t directory, uint32_t tag, std::span<const 
     }
     return SetEntry(raw, directory, tag, numbers.size() == 1 ? numbers[0] : static_cast<uint32_t>(at)) &&
            (numbers.size() == 1 ||
-            (at + bytes.size() <= UINT32_MAX && WriteAt(raw, at, bytes.data(), bytes.size()) &&
+            (at + bytes.size() <= UINT32_MAX && WriteBytes(raw, at, bytes) &&
              FindEntry(raw, directory, tag, entry) &&
              WriteCount(raw, entry, static_cast<uint32_t>(numbers.size()))));
 }
@@ -334,7 +328,9 @@ int Repair(const std::string& input, const std::string& output)
     SetFileAttributesA(copy.c_str(), FILE_ATTRIBUTE_NORMAL);
     RawFile raw(copy, "r+b");
     const uint64_t damagedBytes = SizeOf(raw);
-    MendLastDirectory(raw);
+    if (!MendLastDirectory(raw)) {
+        return ReportSentence(copy, "cannot be written: " + SystemCause(GetLastError()));
+    }
     Source source(copy.c_str());
     if (source.pages == 0) {
         return ReportSentence(input, "no page of it can be reached");

@@ -1,7 +1,7 @@
 /* tifftool to-pdf: pages as a PDF document. Strips of Group 3, Group 4 and JPEG code move into it as they
  * are; other black and white pages become Group 4, and the rest is deflated.
  */
-#include "chain.h"
+#include "anatomy.h"
 #include "check_page.h"
 #include "deflate.h"
 #include "describe.h"
@@ -97,7 +97,7 @@ bool HasFaxCode(const PageFacts& facts)
 }
 
 // Reads bytes of a file, wherever the file lies.
-using ReadStrip = std::function<PdfCode(uint32_t at, uint32_t count)>;
+using ReadStrip = std::function<std::vector<uint8_t>(uint32_t at, uint32_t count)>;
 
 // False when the strips are not all there, or too many.
 bool TakeFaxStrips(HGLOBAL file, uint32_t page, const PageFacts& facts, const ReadStrip& read,
@@ -112,14 +112,12 @@ bool TakeFaxStrips(HGLOBAL file, uint32_t page, const PageFacts& facts, const Re
     uint32_t row = 0;
     for (size_t strip = 0; strip < offsets.size() && row < facts.length; ++strip) {
         const uint32_t rows = std::min(most, facts.length - row);
-        PdfCode code = read(offsets[strip], counts[strip]);
-        const std::span<const uint8_t> bytes = code.Bytes();
-        if (bytes.empty() || bytes.size() != counts[strip]) {
+        std::vector<uint8_t> code = read(offsets[strip], counts[strip]);
+        if (code.empty() || code.size() != counts[strip]) {
             return false;
         }
         if (facts.fillOrder == 2) {
-            code.own.assign(bytes.begin(), bytes.end());
-            ReverseBits(code.own);
+            ReverseBits(code);
         }
         pdfPage.strips.push_back({rows, FaxForm(facts, rows), std::move(code)});
         row += rows;
@@ -146,54 +144,29 @@ bool TakeJpeg(HGLOBAL file, uint32_t page, const PageFacts& facts, const std::st
                                   (isGrey ? "/DeviceGray"
                                           : "/DeviceRGB/DecodeParms<</ColorTransform " +
                                                 std::string(facts.photometric == YCBCR ? "1" : "0") + ">>"),
-                              {.own = std::move(code)}});
+                              std::move(code)});
     return true;
 }
 
-constexpr size_t MOST_IN_MEMORY = 1u << 29;
-
-HGLOBAL ReadWhole(const std::string& path)
-{
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path.c_str(), "rb"), fclose);
-    const int64_t size = file && _fseeki64(file.get(), 0, SEEK_END) == 0 ? _ftelli64(file.get()) : int64_t{0};
-    if (size <= 0 || static_cast<uint64_t>(size) > MOST_IN_MEMORY) {
-        return nullptr;
-    }
-    const auto bytes = static_cast<size_t>(size);
-    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, bytes);
-    void* const target = block ? GlobalLock(block) : nullptr;
-    const bool isRead = target && _fseeki64(file.get(), 0, SEEK_SET) == 0 &&
-                        setvbuf(file.get(), nullptr, _IONBF, 0) == 0 &&
-                        fread(target, 1, bytes, file.get()) == bytes;
-    if (target) {
-        GlobalUnlock(block);
-    }
-    return isRead ? block : GlobalFree(block);
-}
-
-// A file whose code moves: in memory, where each page costs no call of the system, or where it lies when it
-// is too large for that.
+// A file whose code moves. Its directories are in memory, where a page costs no call of the system, unless they
+// are odd or pages are decoded too.
 struct MovedFile {
-    OwnedBlock whole;
-    OpenFile opened;
     RawFile raw;
-    HGLOBAL file; // of the two
+    uint64_t size;
+    OwnedBlock directories;
+    OpenFile opened;
+    HGLOBAL file; // for tags
 
-    explicit MovedFile(const PictureFile& pictures)
-        : whole(pictures.source ? ReadWhole(pictures.path) : nullptr),
-          opened(whole.bytes ? OpenTiffInMemory(whole.handle, static_cast<uint32_t>(whole.size), T_READ)
-                             : nullptr),
-          raw(pictures.path),
+    MovedFile(const PictureFile& pictures, bool decodes)
+        : raw(pictures.path), size(SizeOf(raw)),
+          directories(pictures.source && !decodes ? CopyDirectories(raw) : nullptr),
+          opened(directories.handle
+                     ? OpenTiffInMemory(directories.handle, static_cast<uint32_t>(directories.size), T_READ)
+                     : nullptr),
           file(opened.handle || !pictures.source ? opened.handle : pictures.source->file.handle)
     {
     }
 };
-
-PdfCode CodeIn(const OwnedBlock& block, uint32_t at, uint32_t count)
-{
-    return uint64_t{at} + count <= block.size ? PdfCode{.own = {}, .elsewhere = {block.bytes + at, count}}
-                                              : PdfCode{};
-}
 
 struct PdfOrder {
     bool checks;           // fax code is decoded before it is moved
@@ -217,8 +190,7 @@ bool MovePage(const PictureFile& pictures, MovedFile& moved, uint32_t page, PdfO
     const PageFacts& facts = order.facts = ReadPageFacts(file, page);
     pdfPage = Measure(file, page, facts);
     const ReadStrip read = [&moved](uint32_t at, uint32_t count) {
-        return moved.opened.handle ? CodeIn(moved.whole, at, count)
-                                   : PdfCode{.own = ReadBytes(moved.raw, at, count)};
+        return uint64_t{at} + count <= moved.size ? ReadBytes(moved.raw, at, count) : std::vector<uint8_t>();
     };
     const bool isPlain = !facts.isTiled && facts.width != 0 && facts.length != 0;
     const bool isMoved =
@@ -270,7 +242,7 @@ PdfStrip DeflatedIndexes(const Pixels& pixels)
                                           Hexadecimal(pixels.colours) + "]";
     return {pixels.height,
             "/BitsPerComponent " + std::to_string(pixels.depth) + "/Filter/FlateDecode/ColorSpace" + colours,
-            {.own = Finish(deflater)}};
+            Finish(deflater)};
 }
 
 PdfStrip Deflated(const Pixels& pixels)
@@ -286,7 +258,7 @@ PdfStrip Deflated(const Pixels& pixels)
     }
     return {pixels.height,
             "/BitsPerComponent 8/Filter/FlateDecode/ColorSpace/DeviceRGB",
-            {.own = Finish(deflater)}};
+            Finish(deflater)};
 }
 
 // Loading gives 16 greys levels that do not reach from black to white. The document has those of the page.
@@ -328,9 +300,9 @@ int CodeAnew(const Picture& picture, const PageFacts& facts, uint32_t orientatio
     const OpenFile made(
         saved.handle ? OpenTiffInMemory(saved.handle, static_cast<uint32_t>(saved.size), T_READ) : nullptr);
     const ReadStrip read = [&saved](uint32_t at, uint32_t count) {
-        PdfCode code = CodeIn(saved, at, count);
-        code.own.assign(code.elsewhere.begin(), code.elsewhere.end());
-        return code;
+        return uint64_t{at} + count <= saved.size
+                   ? std::vector<uint8_t>(saved.bytes + at, saved.bytes + at + count)
+                   : std::vector<uint8_t>();
     };
     return made.handle && GetTiffImage(made.handle, 0) &&
                    TakeFaxStrips(made.handle, 0, ReadPageFacts(made.handle, 0), read, pdfPage)
@@ -344,7 +316,7 @@ int AddFile(const Input& input, PdfOrder& order, PdfFile& pdf)
     if (const int result = OpenPictures(input, Damage::Refused, pictures); result != ALL_FINE) {
         return result;
     }
-    MovedFile moved(pictures);
+    MovedFile moved(pictures, order.checks);
     const auto count = static_cast<uint32_t>(pictures.pages.size());
     for (uint32_t index = 0; index < count; ++index) {
         PdfPage page = {};
