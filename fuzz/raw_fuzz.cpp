@@ -3,6 +3,10 @@
 // told.
 #include "scaffold.h"
 
+// Each byte may be eight rows, which are decoded in each way that is possible: ten times as often for any
+// width.
+static constexpr size_t MOST_BYTES = 600, MOST_BYTES_OF_ANY_WIDTH = 100;
+
 static void AppendAndLoad(fuzz::Input code, TiffRawFax fax)
 {
     const fuzz::DiskFile file({});
@@ -30,7 +34,7 @@ static void AppendAndLoad(fuzz::Input code, TiffRawFax fax)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static constexpr uint32_t schemes[] = {0, 2, 3, 4, 0x10003, 0x20003};
-    static constexpr uint32_t widths[] = {0, 8, 1728, 1, 300, 65535};
+    static constexpr uint32_t widths[] = {0, 8, 1728, 1, 300, 2500};
     const fuzz::Run run(64u << 20);
     fuzz::Choices choices{{data, size}};
     TiffRawFax fax = {};
@@ -38,7 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fax.scheme = choices.OneOf(schemes);
     fax.fillOrder = choices.Below(3);
     fax.alignment = choices.Below(3);
-    const fuzz::Input bytes = choices.left;
+    const fuzz::Input bytes = choices.left.first(
+        std::min(choices.left.size(), fax.width == 0 ? MOST_BYTES_OF_ANY_WIDTH : MOST_BYTES));
     if (bytes.empty())
         return 0;
     if (const HGLOBAL dib =

@@ -136,11 +136,10 @@ HGLOBAL CopyDirectories(RawFile& raw)
     }
     const std::span target(static_cast<uint8_t*>(bytes), static_cast<size_t>(size));
     size_t left = target.size();
-    const bool isCopied =
-        CopyPart(raw, target, {0, HEADER_BYTES}, left) &&
-        std::ranges::all_of(WalkChain(raw).directories, [&](uint32_t offset) {
-            return CopyDirectory(raw, target, offset, left);
-        });
+    const bool isCopied = CopyPart(raw, target, {0, HEADER_BYTES}, left) &&
+                          std::ranges::all_of(WalkChain(raw).directories, [&](uint32_t offset) {
+                              return CopyDirectory(raw, target, offset, left);
+                          });
     GlobalUnlock(block);
     return isCopied ? block : GlobalFree(block);
 }

@@ -148,8 +148,8 @@ bool TakeJpeg(HGLOBAL file, uint32_t page, const PageFacts& facts, const std::st
     return true;
 }
 
-// A file whose code moves. Its directories are in memory, where a page costs no call of the system, unless they
-// are odd or pages are decoded too.
+// A file whose code moves. Its directories are in memory, where a page costs no call of the system, unless
+// they are odd or pages are decoded too.
 struct MovedFile {
     RawFile raw;
     uint64_t size;
@@ -256,9 +256,7 @@ PdfStrip Deflated(const Pixels& pixels)
         ReadRow(pixels, index, row);
         Add(deflater, {row.data()->data(), row.size() * sizeof(Rgb)});
     }
-    return {pixels.height,
-            "/BitsPerComponent 8/Filter/FlateDecode/ColorSpace/DeviceRGB",
-            Finish(deflater)};
+    return {pixels.height, "/BitsPerComponent 8/Filter/FlateDecode/ColorSpace/DeviceRGB", Finish(deflater)};
 }
 
 // Loading gives 16 greys levels that do not reach from black to white. The document has those of the page.
