@@ -373,12 +373,18 @@ void AddPictures(const Adder& add)
         scene.Arm();
         return TakeBlock(LoadTiffFromMemory(bytes.data(), static_cast<uint32_t>(bytes.size()), 3));
     });
-    add({"AppendRawFaxToTiff", "", {"pages.tif"}, InPlace}, Armed([](Scene& scene) {
-            const Bytes code = Bits("000000000001 10011 000000000001 10011 000000000001");
-            TiffRawFax fax = {.width = 8};
+    const auto appendRaw = [](const char* bits, uint32_t scheme) {
+        return Armed([bits, scheme](Scene& scene) {
+            const Bytes code = Bits(bits);
+            TiffRawFax fax = {.width = 8, .scheme = scheme};
             return Answer(AppendRawFaxToTiff(scene.At("pages.tif"), code.data(),
                                              static_cast<uint32_t>(code.size()), &fax));
-        }));
+        });
+    };
+    add({"AppendRawFaxToTiff", "", {"pages.tif"}, InPlace},
+        appendRaw("000000000001 10011 000000000001 10011 000000000001", TIFF_RAW_FIND_OUT));
+    add({"AppendRawFaxToTiff", "encoded anew", {"pages.tif"}, InPlace},
+        appendRaw("10011 10011 10011 0", TIFF_RAW_GROUP3_WITHOUT_EOLS));
     add({"LoadTiffChainIntoDIB", "", {}, Partial}, [](Scene& scene) {
         HGLOBAL file = scene.InMemory("coded.tif");
         scene.Arm();
