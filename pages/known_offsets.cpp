@@ -1,6 +1,7 @@
 #include "pages/known_offsets.h"
 
 #include "core/registry.h"
+#include "pages/page_copy.h"
 #include "pages/raw_entries.h"
 #include "tiff/files.h"
 
@@ -25,11 +26,9 @@ bool HasOffsets(const RawEntry& entry)
 
 // Calls back for each page's directory and for each entry whose values lie in the file.
 template <class Directory, class Entry>
-void ForEachEntry(CopySource& source, Directory directory, Entry entry)
+void ForEachEntry(CopySource& source, uint32_t pageCount, Directory directory, Entry entry)
 {
-    const auto pageCount = CountPages(source.file);
-    source.window.failed |= !pageCount;
-    for (uint32_t page = 0; page < pageCount.value_or(0); ++page) {
+    for (uint32_t page = 0; page < pageCount; ++page) {
         const auto found = FindPage(source.file, page);
         source.window.failed |= !found;
         const uint32_t offset = found ? found->directoryOffset : 0;
@@ -45,11 +44,11 @@ void ForEachEntry(CopySource& source, Directory directory, Entry entry)
 }
 
 // Offsets that do not overlap are fewer than the bytes of the file; more are not collected.
-uint64_t Measure(CopySource& source)
+uint64_t Measure(CopySource& source, uint32_t pageCount)
 {
     uint64_t count = 0;
     ForEachEntry(
-        source, [&](uint32_t) { ++count; },
+        source, pageCount, [&](uint32_t) { ++count; },
         [&](const RawEntry& entry) {
             count += (entry.valueBytes > 4) + (HasOffsets(entry) ? entry.count : 0);
         });
@@ -91,14 +90,17 @@ void AddValues(CopySource& source, const RawEntry& entry, Filling& filling)
 
 Status Collect(CopySource& source)
 {
-    const uint64_t room = Measure(source);
+    const uint32_t pageCount = PagesBeforeRepeat(source.file);
+    if (pageCount == 0)
+        return error::NotEnoughMemory;
+    const uint64_t room = Measure(source, pageCount);
     GlobalBlock block(room * sizeof(uint32_t));
     const Locked<uint32_t> offsets(block.Get());
     if (!offsets)
         return error::NotEnoughMemory;
     Filling filling{offsets.Get(), room, 0, true};
     ForEachEntry(
-        source, [&](uint32_t directory) { Add(filling, directory); },
+        source, pageCount, [&](uint32_t directory) { Add(filling, directory); },
         [&](const RawEntry& entry) {
             if (entry.valueBytes > 4)
                 Add(filling, entry.valuePosition);
@@ -107,10 +109,11 @@ Status Collect(CopySource& source)
         });
     if (source.window.failed)
         return error::InputOutput;
-    if (!filling.complete)
+    source.known.overlap = !filling.complete;
+    if (source.known.overlap)
         return error::BadTag;
     std::sort(filling.offsets, filling.offsets + filling.count);
-    source.known = {std::move(block), filling.count};
+    source.known = {std::move(block), filling.count, false};
     return error::None;
 }
 
@@ -118,7 +121,7 @@ Status Collect(CopySource& source)
 
 Status BytesToNext(CopySource& source, uint32_t offset, uint32_t& bytes)
 {
-    if (offset < HEADER_BYTES || offset >= source.bytes)
+    if (offset < HEADER_BYTES || offset >= source.bytes || source.known.overlap)
         return error::BadTag;
     if (!source.known.offsets)
         if (const Status status = Collect(source); status != error::None)

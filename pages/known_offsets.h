@@ -12,10 +12,11 @@ struct CopySource;
 struct KnownOffsets {
     GlobalBlock offsets; // in order
     uint32_t count = 0;
+    bool overlap = false; // there are more than the file can hold, and none is known
 };
 
 // The bytes from an offset to the next item, or to the end of the file. Walks all pages of the file once.
-// Returns 1, 6, or 9 when the offset lies outside the file or in its header.
+// Returns 1, 6, or 9 when the offset lies outside the file or in its header, or items overlap.
 [[nodiscard]] Status BytesToNext(CopySource& source, uint32_t offset, uint32_t& bytes);
 
 } // namespace tiff

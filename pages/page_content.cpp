@@ -165,16 +165,17 @@ Status AddReference(CopySource& source, PageContent& content, Reference& referen
     return error::None;
 }
 
-// A whole stream is cut at the end of the file. Without a length it goes up to the next item. Returns nothing
-// without such a stream.
-std::optional<Segment> FindStream(CopySource& source, PageContent& content, uint32_t offset)
+// A whole stream is cut at the end of the file. Without a length it goes up to the next item. Finds nothing
+// where there is no such stream.
+Status FindStream(CopySource& source, PageContent& content, uint32_t offset, std::optional<Segment>& stream)
 {
     uint32_t bytes = ValueOf(source, content, tag::JpegStreamLength, 0);
     if (offset >= source.bytes)
-        return std::nullopt;
-    if (bytes == 0 && BytesToNext(source, offset, bytes) != error::None)
-        return std::nullopt;
-    return Segment{offset, std::min(bytes, source.bytes - offset)};
+        return error::None;
+    const Status status = bytes == 0 ? BytesToNext(source, offset, bytes) : Status{error::None};
+    if (status == error::None)
+        stream = {offset, std::min(bytes, source.bytes - offset)};
+    return status == error::BadTag ? Status{error::None} : status;
 }
 
 // The stream comes first. Strips and tables inside it are not copied again.
@@ -186,7 +187,9 @@ Status AddStream(CopySource& source, PageContent& content, const SchemeTags& sch
     const uint32_t offset = ValueOf(source, content, tag::JpegStream, 0);
     if (offset == 0)
         return error::None;
-    const auto stream = FindStream(source, content, offset);
+    std::optional<Segment> stream;
+    if (const Status status = FindStream(source, content, offset, stream); status != error::None)
+        return status;
     if (!stream && scheme.dataInTiles && offset < source.bytes)
         return error::BadTag;
     if (!stream) {

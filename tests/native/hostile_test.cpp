@@ -74,6 +74,19 @@ TEST(Hostile, ACycleOfDirectoriesIsReadOnce)
     CloseTiffFile(tiff);
 }
 
+TEST(Hostile, ACycleOfDirectoriesIsSearchedOnceForTheEndOfAStrip)
+{
+    TiffBuilder builder;
+    Bytes cycle = builder.Add(TiffPage::Picture(8, 1, 1, 1).Data(273, 0, {{0xA5}}).Long(279, {0})).Build();
+    std::memcpy(&cycle[builder.links[0]], &builder.directories[0], 4);
+    TempFile file(cycle);
+    NewFile copy;
+    standin::ResetCalls();
+    EXPECT_EQ(CopyTiffImageInFile(file.Path(), 0, copy.Path(), T_CREAT), 1);
+    EXPECT_LE(standin::CallsMade(standin::Lock), 1000u);
+    EXPECT_EQ(GetNumberOfImagesInTiffFile(copy.Path()), 1u);
+}
+
 TEST(Hostile, DirectoriesOverEachOtherAreABrokenChain)
 {
     // Each counts 300 entries and begins four bytes behind the one before.

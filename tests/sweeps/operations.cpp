@@ -528,6 +528,10 @@ void AddEditing(const Adder& add)
     add({"CopyTiffImageInFile", "", {"pages.tif", "two.tif"}, InPlace}, Armed([](Scene& scene) {
             return Answer(CopyTiffImageInFile(scene.At("pages.tif"), 3, scene.At("two.tif"), T_APPEND));
         }));
+    add({"CopyTiffImageInFile", "without a length", {"stream.tif", "two.tif"}, InPlace},
+        Armed([](Scene& scene) {
+            return Answer(CopyTiffImageInFile(scene.At("stream.tif"), 0, scene.At("two.tif"), T_APPEND));
+        }));
     add({"SplitTiffFile", "over another file", {"pages.tif", "0002.tif"}, Strands}, Armed([](Scene& scene) {
             return Answer(SplitTiffFile(scene.At("pages.tif"), scene.At("0002.tif"), 2, nullptr, 0));
         }));

@@ -85,6 +85,15 @@ Bytes OldJpeg()
                        .Short(530, {1, 1}));
 }
 
+// A whole JPEG stream that ends at the next page.
+Bytes OpenEnded()
+{
+    return TiffBuilder()
+        .Add(TiffPage::Picture(8, 8, 8, 6, 6).Data(513, 0, {Hex("FFD8 010203 FFD9")}))
+        .Add(Page(1))
+        .Build();
+}
+
 Bytes Nested()
 {
     return TiffBuilder()
@@ -133,6 +142,7 @@ const Bytes& Fixture(const std::string& name)
         {"coded.tif", Coded},
         {"palette.tif", Palette},
         {"oldjpeg.tif", OldJpeg},
+        {"stream.tif", OpenEnded},
         {"segment.ioca", Segment},
         {"page.cal", Cals},
     };
