@@ -46,11 +46,30 @@ uint32_t AddStream(PdfFile& pdf, const std::string& entries, std::span<const uin
     return number;
 }
 
-std::string Decimal(double number)
+std::string Decimal(double number, int digits = 6)
 {
     char text[40];
-    snprintf(text, sizeof text, "%.6f", number);
+    snprintf(text, sizeof text, "%.*f", digits, number);
     return text;
+}
+
+// A length of the page that is never above the given one: readers round a page's pixels up.
+double RoundedDown(double points)
+{
+    constexpr double STEP = 1e-6; // of Decimal
+    return points > 3 * STEP ? points - 1.5 * STEP : points;
+}
+
+// Readers count a pixel that a picture's edge merely touches as covered. So the edges lie a little inside:
+// at the page's own resolution each pixel is then one of the reader's.
+std::string PlaceOfStrip(const PdfPage& page, uint32_t rows, uint32_t endRow)
+{
+    constexpr double INSET = 0.001; // of a pixel
+    constexpr int DIGITS = 9;
+    const double width = page.width, height = page.height;
+    return Decimal((width - 2 * INSET) / width, DIGITS) + " 0 0 " +
+           Decimal((rows - 2 * INSET) / height, DIGITS) + " " + Decimal(INSET / width, DIGITS) + " " +
+           Decimal(1 - (endRow - INSET) / height, DIGITS);
 }
 
 std::string Reference(uint32_t number)
@@ -97,6 +116,8 @@ void AddPage(PdfFile& pdf, const PdfPage& page)
     if (turned) {
         std::swap(across, down);
     }
+    across = RoundedDown(across);
+    down = RoundedDown(down);
     std::string content = "q " + Decimal(across) + " 0 0 " + Decimal(down) + " 0 0 cm\n", images;
     for (const double part : MatrixOf(page.orientation)) {
         content += Decimal(part) + " ";
@@ -110,9 +131,7 @@ void AddPage(PdfFile& pdf, const PdfPage& page)
                                          strip.code);
         const std::string name = "/I" + std::to_string(image);
         row += strip.rows;
-        const double height = page.height;
-        content += "q 1 0 0 " + Decimal(strip.rows / height) + " 0 " + Decimal(1 - row / height) + " cm " +
-                   name + " Do Q\n";
+        content += "q " + PlaceOfStrip(page, strip.rows, row) + " cm " + name + " Do Q\n";
         images += name + " " + Reference(image);
     }
     content += "Q\n";
