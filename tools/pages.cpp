@@ -31,7 +31,7 @@ int HandlePage(const Source& source, uint32_t page, uint32_t count, Damage damag
                const PictureHandler& handle)
 {
     const std::string where = PageName(source.path, page);
-    const HGLOBAL loaded = LoadTiffChainIntoDIB(source.file.handle, page - 1);
+    const HGLOBAL loaded = LoadPage(source.file.handle, page - 1);
     const uint32_t error = TiffError();
     const std::string why = WhyNotWhole(source, page - 1, error);
     const OwnedBlock dib(loaded);
@@ -61,7 +61,51 @@ int OpenTiff(const Input& input, Damage damage, PictureFile& file)
                : FAILED;
 }
 
+// Loading takes 16-bit greys without a MaxSampleValue for 12-bit ones and cuts the others off. Other programs
+// take them for what the format says, the full range. Only the loaded tags change.
+void SetFullRange(HGLOBAL file, uint32_t page)
+{
+    constexpr uint32_t MAX_SAMPLE_VALUE = 281, SHORT_TYPE = 3, BLACK_IS_ZERO = 1;
+    if (!GetTiffImage(file, page)) {
+        return;
+    }
+    const PageFacts facts = ReadPageFacts(file, page);
+    uint32_t most = 0;
+    if (facts.samplesPerPixel == 1 && facts.bitsPerSample == 16 && facts.photometric <= BLACK_IS_ZERO &&
+        !GetTiffImageInfo(file, page, MAX_SAMPLE_VALUE, &most)) {
+        DefineTiffImageInfo(file, page, MAX_SAMPLE_VALUE, SHORT_TYPE, 0xFFFF);
+    }
+}
+
+// Loading gives 4-bit greys levels that do not reach from black to white. Here they are those of the page.
+void SetPageGreys(const PageFacts& facts, HGLOBAL dib)
+{
+    constexpr uint32_t BLACK_IS_ZERO = 1;
+    auto* const header = static_cast<BITMAPINFOHEADER*>(GlobalLock(dib));
+    if (header && header->biBitCount == 4 && facts.samplesPerPixel == 1 && facts.bitsPerSample == 4 &&
+        facts.photometric <= BLACK_IS_ZERO) {
+        auto* const colours = reinterpret_cast<RGBQUAD*>(header + 1);
+        for (uint32_t index = 0; index < 16; ++index) {
+            const auto level =
+                static_cast<uint8_t>((facts.photometric == BLACK_IS_ZERO ? index : 15 - index) * 17);
+            colours[index] = {level, level, level, 0};
+        }
+    }
+    GlobalUnlock(dib);
+}
+
 } // namespace
+
+HGLOBAL LoadPage(HGLOBAL file, uint32_t page)
+{
+    SetFullRange(file, page);
+    const HGLOBAL loaded = LoadTiffChainIntoDIB(file, page);
+    if (const uint32_t error = TiffError(); loaded) {
+        SetPageGreys(ReadPageFacts(file, page), loaded);
+        SetTiffError(error);
+    }
+    return loaded;
+}
 
 int OpenPictures(const Input& input, Damage damage, PictureFile& file)
 {

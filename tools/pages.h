@@ -34,6 +34,9 @@ enum class Damage {
     Tolerated // the decoded part of each page
 };
 
+// Loads a page as a DIB, counted from 0; null on failure, or damaged as the thread's error says.
+HGLOBAL LoadPage(HGLOBAL file, uint32_t page);
+
 // A file whose pictures are handed over one by one.
 struct PictureFile {
     std::string path;

@@ -3,6 +3,7 @@
 #include "chain.h"
 #include "describe.h"
 #include "extension.h"
+#include "pages.h"
 #include "progress.h"
 #include "source.h"
 #include "standard_streams.h"
@@ -133,7 +134,7 @@ int RedrawPage(const RedrawOrder& order, Source& source, uint32_t page, HGLOBAL 
     if (const std::string fault = WhyNot(order, source, page, facts); !fault.empty()) {
         return ReportSentence(where, fault);
     }
-    const OwnedBlock loaded(LoadTiffChainIntoDIB(file, page - 1));
+    const OwnedBlock loaded(LoadPage(file, page - 1));
     if (const uint32_t error = TiffError(); !loaded.handle || error != 0) {
         return ReportError(where, error);
     }

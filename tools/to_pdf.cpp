@@ -171,7 +171,6 @@ struct MovedFile {
 struct PdfOrder {
     bool checks;           // fax code is decoded before it is moved
     int result = ALL_FINE; // FAILED when a page was not whole
-    PageFacts facts{};     // of the page; none of a single picture
 };
 
 bool HasAllRows(HGLOBAL file, uint32_t page, const PageFacts& facts)
@@ -187,7 +186,7 @@ bool MovePage(const PictureFile& pictures, MovedFile& moved, uint32_t page, PdfO
     if (!GetTiffImage(file, page)) {
         return false;
     }
-    const PageFacts& facts = order.facts = ReadPageFacts(file, page);
+    const PageFacts facts = ReadPageFacts(file, page);
     pdfPage = Measure(file, page, facts);
     const ReadStrip read = [&moved](uint32_t at, uint32_t count) {
         return uint64_t{at} + count <= moved.size ? ReadBytes(moved.raw, at, count) : std::vector<uint8_t>();
@@ -259,24 +258,10 @@ PdfStrip Deflated(const Pixels& pixels)
     return {pixels.height, "/BitsPerComponent 8/Filter/FlateDecode/ColorSpace/DeviceRGB", Finish(deflater)};
 }
 
-// Loading gives 16 greys levels that do not reach from black to white. The document has those of the page.
-void SetPageGreys(const PageFacts& facts, Pixels& pixels)
-{
-    if (facts.samplesPerPixel != 1 || facts.bitsPerSample != 4 || facts.photometric > BLACK_IS_ZERO ||
-        pixels.depth != 4) {
-        return;
-    }
-    for (size_t index = 0; index < pixels.colours.size(); ++index) {
-        const size_t step = facts.photometric == BLACK_IS_ZERO ? index : 15 - index;
-        pixels.colours[index].fill(static_cast<uint8_t>(step * 17));
-    }
-}
-
 // The orientation is that of the page, but loading turns rows that come from the bottom.
-int CodeAnew(const Picture& picture, const PageFacts& facts, uint32_t orientation, PdfPage& pdfPage)
+int CodeAnew(const Picture& picture, uint32_t orientation, PdfPage& pdfPage)
 {
-    Pixels pixels = ReadPixels({picture.dib.bytes, picture.dib.size});
-    SetPageGreys(facts, pixels);
+    const Pixels pixels = ReadPixels({picture.dib.bytes, picture.dib.size});
     if (pixels.depth == 0) {
         return ReportSentence(picture.where, "has pixels of an unknown form");
     }
@@ -319,7 +304,6 @@ int AddFile(const Input& input, PdfOrder& order, PdfFile& pdf)
     for (uint32_t index = 0; index < count; ++index) {
         PdfPage page = {};
         page.orientation = 1;
-        order.facts = {};
         int result = ALL_FINE;
         if (!pictures.source || !MovePage(pictures, moved, pictures.pages[index] - 1, order, page)) {
             const Damage damage = order.checks ? Damage::Tolerated : Damage::Refused;
@@ -329,7 +313,7 @@ int AddFile(const Input& input, PdfOrder& order, PdfFile& pdf)
                                                   "is not whole; the document has the rows that are there: " +
                                                       DescribeError(picture.error));
                 }
-                return CodeAnew(picture, order.facts, page.orientation, page);
+                return CodeAnew(picture, page.orientation, page);
             });
         }
         if (result != ALL_FINE || IsInterrupted()) {
