@@ -64,7 +64,12 @@ void Append32(std::string& bytes, uint64_t value)
 bool WriteAll(HANDLE file, const void* bytes, DWORD count)
 {
     DWORD written = 0;
-    return WriteFile(file, bytes, count, &written, nullptr) && written == count;
+    if (!WriteFile(file, bytes, count, &written, nullptr)) {
+        return false;
+    }
+    // A full disk may take a part without calling that an error.
+    SetLastError(ERROR_DISK_FULL);
+    return written == count;
 }
 
 } // namespace

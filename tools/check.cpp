@@ -58,7 +58,6 @@ int CheckPages(const Input& input, FileVerdict& file)
 {
     const Source source(input.path.c_str());
     RawFile raw(input.path);
-    file.size = SizeOf(raw);
     const std::vector<uint32_t> directories = FollowChain(raw, file);
     // The library does not follow chains that would take hours, so nothing behind its last page is read but
     // the directory at which it stopped.
@@ -154,6 +153,10 @@ void WriteVerdict(Json& json, const FileVerdict& file)
 int CheckFile(const Input& input, Json* json)
 {
     FileVerdict file = {ShownName(input.path)};
+    if (!IsFolder(input.path)) {
+        RawFile raw(input.path);
+        file.size = SizeOf(raw);
+    }
     if (const std::string reason = WhyNotTiff(input.path); !reason.empty()) {
         file.wrong.push_back(reason);
     } else if (const int result = CheckPages(input, file); result != ALL_FINE) {

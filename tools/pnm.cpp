@@ -131,9 +131,9 @@ std::vector<uint8_t> ReadAll(const std::string& path)
                                                      fclose);
     std::vector<uint8_t> bytes, part(65536);
     const auto isRaster = [&bytes] {
-        return bytes.size() > 8 &&
-               (memcmp(bytes.data(), "\x89PNG\r\n\x1A\n", 8) == 0 ||
-                (bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '6' && bytes[2] <= ' '));
+        return bytes.size() > 8 && (memcmp(bytes.data(), "\x89PNG\r\n\x1A\n", 8) == 0 ||
+                                    (bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '6' &&
+                                     (bytes[2] <= ' ' || bytes[2] == '#')));
     };
     while (const size_t got = file ? fread(part.data(), 1, part.size(), file.get()) : 0) {
         bytes.insert(bytes.end(), part.begin(), part.begin() + static_cast<ptrdiff_t>(got));

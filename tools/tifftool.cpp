@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <io.h>
 #include <new>
 #include <vector>
 
@@ -131,6 +132,19 @@ int ReportError(const std::string& where, uint32_t code)
 } // namespace tifftool
 
 // File names may have characters that only the wide command line has.
+// What was printed may still be in the buffer. A reader that has left a pipe wants no message.
+static int FlushOutput(int result)
+{
+    if (fflush(stdout) == 0 && !ferror(stdout)) {
+        return result;
+    }
+    const auto output = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stdout)));
+    if (GetFileType(output) != FILE_TYPE_PIPE) {
+        tifftool::ReportSentence("the standard output", "cannot be written");
+    }
+    return result == tifftool::ALL_FINE ? int{tifftool::FAILED} : result;
+}
+
 int wmain(int count, wchar_t** wide)
 {
     std::vector<std::string> texts;
@@ -152,5 +166,5 @@ int wmain(int count, wchar_t** wide)
     tifftool::EndProgress();
     tifftool::DeleteUnfinished();
     tifftool::RestoreNames();
-    return result;
+    return FlushOutput(result);
 }
