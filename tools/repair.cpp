@@ -194,10 +194,9 @@ bool SetNumbers(RawFile& raw, uint32_t directory, uint32_t tag, std::span<const 
         Append(raw, bytes, number, 4);
     }
     return SetEntry(raw, directory, tag, numbers.size() == 1 ? numbers[0] : static_cast<uint32_t>(at)) &&
-           (numbers.size() == 1 ||
-            (at + bytes.size() <= UINT32_MAX && WriteBytes(raw, at, bytes) &&
-             FindEntry(raw, directory, tag, entry) &&
-             WriteCount(raw, entry, static_cast<uint32_t>(numbers.size()))));
+           (numbers.size() == 1 || (at + bytes.size() <= UINT32_MAX && WriteBytes(raw, at, bytes) &&
+                                    FindEntry(raw, directory, tag, entry) &&
+                                    WriteCount(raw, entry, static_cast<uint32_t>(numbers.size()))));
 }
 
 // The strips, or rows of tiles, of a page that are whole in the file.
@@ -223,21 +222,31 @@ WholeParts FindWholeParts(Patient& patient, uint32_t directory, const PageFacts&
     const uint32_t width = facts.isTiled ? number(tag::TileWidth) : facts.width;
     const uint32_t given = number(facts.isTiled ? TILE_LENGTH : ROWS_PER_STRIP);
     const uint32_t length = facts.isTiled || given != 0 ? std::min(given, facts.length) : facts.length;
-    if (width == 0 || length == 0 || facts.planarConfiguration != 1) {
+    if (width == 0 || length == 0) {
         return parts;
     }
+    const std::vector<uint32_t> offsets = numbers(parts.offsetsTag), counts = numbers(parts.countsTag);
+    const size_t all = std::min(offsets.size(), counts.size());
     const size_t across = (size_t{facts.width} + width - 1) / width;
-    parts.offsets = numbers(parts.offsetsTag);
-    parts.counts = numbers(parts.countsTag);
-    size_t whole = 0;
-    while (whole < std::min(parts.offsets.size(), parts.counts.size()) &&
-           uint64_t{parts.offsets[whole]} + parts.counts[whole] <= patient.bytes) {
-        ++whole;
+    const size_t down = (size_t{facts.length} + length - 1) / length;
+    const size_t planes = facts.planarConfiguration == 2 ? std::max(facts.samplesPerPixel, 1u) : 1;
+    // Each plane has its own parts, one plane after the other; a row is whole where all have it.
+    size_t rows = down;
+    for (size_t plane = 0; plane < planes; ++plane) {
+        const size_t first = plane * across * down, end = std::min(all, first + across * down);
+        size_t part = first;
+        while (part < end && uint64_t{offsets[part]} + counts[part] <= patient.bytes) {
+            ++part;
+        }
+        parts.lacksSome = parts.lacksSome || part < end;
+        rows = std::min(rows, (part - first) / across);
     }
-    parts.lacksSome = whole < std::min(parts.offsets.size(), parts.counts.size());
-    const size_t rows = whole / across;
-    parts.offsets.resize(rows * across);
-    parts.counts.resize(rows * across);
+    for (size_t plane = 0; plane < planes && rows > 0; ++plane) {
+        const auto first = static_cast<ptrdiff_t>(plane * across * down);
+        const auto kept = static_cast<ptrdiff_t>(rows * across);
+        parts.offsets.insert(parts.offsets.end(), offsets.begin() + first, offsets.begin() + first + kept);
+        parts.counts.insert(parts.counts.end(), counts.begin() + first, counts.begin() + first + kept);
+    }
     parts.rows = static_cast<uint32_t>(std::min<uint64_t>(uint64_t{rows} * length, facts.length));
     return parts;
 }
