@@ -1,7 +1,10 @@
 /* The tables of names and the few rules that turn a page's numbers into words. */
 #include "describe.h"
 
+#include "commands.h"
+
 #include <algorithm>
+#include <cstring>
 #include <span>
 
 namespace tifftool {
@@ -180,6 +183,24 @@ uint32_t ReadOr(HGLOBAL file, uint32_t page, uint32_t number, uint32_t absent)
     return value;
 }
 
+bool SharesChroma(HGLOBAL file, uint32_t page)
+{
+    constexpr uint32_t YCBCR = 6, JPEG = 7, SUB_SAMPLING = 530, SHORT_TYPE = 3;
+    if (ReadOr(file, page, tag::PhotometricInterpretation, 0) != YCBCR ||
+        ReadOr(file, page, tag::Compression, 1) == JPEG) {
+        return false;
+    }
+    HGLOBAL values = nullptr;
+    uint32_t type = 0, count = 0;
+    GetTiffImageInfoBuffer(file, page, SUB_SAMPLING, &values, &type, &count);
+    const OwnedBlock block(values);
+    uint16_t ratios[2] = {1, 1};
+    if (type == SHORT_TYPE && count >= 2 && block.size >= sizeof ratios) {
+        memcpy(ratios, block.bytes, sizeof ratios);
+    }
+    return ratios[0] != 1 || ratios[1] != 1;
+}
+
 constexpr uint64_t depths[] = {1, 4, 8, 16, 24, 32};
 
 bool CanDecode(const PageFacts& facts)
@@ -223,6 +244,7 @@ PageFacts ReadPageFacts(HGLOBAL file, uint32_t page)
         .hasResolution = has(tag::XResolution),
         .isTiled = has(tag::TileWidth),
         .hasStrips = has(tag::StripOffsets),
+        .sharesChroma = SharesChroma(file, page),
     };
 }
 
@@ -294,6 +316,9 @@ std::string WhyNotSupported(const PageFacts& facts)
     }
     if (facts.planarConfiguration != 1) {
         return "samples in separate planes";
+    }
+    if (facts.sharesChroma) {
+        return "YCbCr with shared colours outside JPEG";
     }
     const bool greyAndMore = facts.samplesPerPixel == 2 && facts.photometric <= 1;
     if (facts.samplesPerPixel > 1 &&
