@@ -40,8 +40,8 @@ std::vector<uint8_t> ReadValues(RawFile& raw, const DirectoryEntry& entry, size_
 std::vector<uint32_t> ReadNumbers(RawFile& raw, const DirectoryEntry& entry);
 
 // A block as long as the file that has its header, its directories and their values, and of the rest nothing:
-// opened in memory it tells all tags without reading a picture. Null without memory, and when values overlap so
-// that there is more to copy than the file is long.
+// opened in memory it tells all tags without reading a picture. Null without memory, and when values overlap
+// so that there is more to copy than the file is long.
 HGLOBAL CopyDirectories(RawFile& raw);
 
 } // namespace tifftool

@@ -131,7 +131,6 @@ int ReportError(const std::string& where, uint32_t code)
 
 } // namespace tifftool
 
-// File names may have characters that only the wide command line has.
 // What was printed may still be in the buffer. A reader that has left a pipe wants no message.
 static int FlushOutput(int result)
 {
@@ -145,6 +144,7 @@ static int FlushOutput(int result)
     return result == tifftool::ALL_FINE ? int{tifftool::FAILED} : result;
 }
 
+// File names may have characters that only the wide command line has.
 int wmain(int count, wchar_t** wide)
 {
     std::vector<std::string> texts;
