@@ -131,9 +131,9 @@ constexpr auto orderedLimits = [] {
 }();
 
 // The greys of a row become black or white. A pixel's error goes on in sixteenths: 7 to the next pixel, 3, 5
-// and 1 to the row below. Shares that would leave the picture at its sides stay at the row's end, so that
-// only the last row loses any.
-template <int32_t STEP>
+// and 1 to the row below. Shares that would leave the picture at its sides stay at the row's end. In the last
+// row the next pixel gets all of it, so that pictures of few rows keep their mean, too.
+template <int32_t STEP, bool LAST>
 void DiffuseRow(const uint8_t* greys, uint32_t width, int32_t* pending, uint8_t* target)
 {
     const ptrdiff_t first = STEP > 0 ? 0 : ptrdiff_t{width} - 1, behind = first + STEP * ptrdiff_t{width};
@@ -143,8 +143,8 @@ void DiffuseRow(const uint8_t* greys, uint32_t width, int32_t* pending, uint8_t*
         const int32_t dot = (static_cast<int32_t>(MIDDLE) - 1 - level) >> 31 & static_cast<int32_t>(WHITE);
         target[x] = static_cast<uint8_t>(dot);
         const int32_t error = level - dot;
-        const int32_t back = error * 3 >> 4, down = error * 5 >> 4;
-        forward = (error * 7 + 8) >> 4;
+        const int32_t back = LAST ? 0 : error * 3 >> 4, down = LAST ? 0 : error * 5 >> 4;
+        forward = LAST ? error : (error * 7 + 8) >> 4;
         pending[x - STEP] = below + back;
         below = corner + down;
         corner = error - forward - back - down;
@@ -196,8 +196,10 @@ void DitherRow(const Job& job, uint32_t row, uint8_t* target)
     }
     if (job.method == TIFF_DITHER_DIFFUSION) {
         // Rows go to and fro, so that dots form no slanted lines.
-        const auto diffuse = row % 2 ? DiffuseRow<-1> : DiffuseRow<1>;
-        diffuse(greys, width, job.pending, job.room);
+        const bool last = row + 1 == job.view.height;
+        const auto there = last ? DiffuseRow<1, true> : DiffuseRow<1, false>;
+        const auto back = last ? DiffuseRow<-1, true> : DiffuseRow<-1, false>;
+        (row % 2 ? back : there)(greys, width, job.pending, job.room);
         greys = job.room;
     }
     PackDark(greys, width, plain, target);

@@ -83,8 +83,8 @@ HGLOBAL TIFF_CALL RotateDIB(HGLOBAL dib, int32_t quarters) TIFF_NOEXCEPT;
 #define TIFF_DITHER_DIFFUSION 2u /* errors go on to the pixels around: the finest greys */
 
 /* Makes a black and white DIB of a picture: white is colour 0, black 1. A pixel counts as grey as it looks,
- * 0.299 red + 0.587 green + 0.114 blue of the stored values. The ordered and the diffused picture keep the
- * mean of these greys. Size and resolution stay.
+ * 0.299 red + 0.587 green + 0.114 blue of the stored values. The diffused picture keeps the mean of these
+ * greys, the ordered one that of every 16 x 16 pixels. Size and resolution stay.
  *
  * dib        the picture, a packed DIB of 1, 4, 8, 16, 24 or 32 bits per pixel, rows either way up; it
  *            stays the caller's.

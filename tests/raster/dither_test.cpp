@@ -114,9 +114,17 @@ TEST(Dither, ThresholdIsWhereTheLumaOfAColourIs)
 
 TEST(Dither, DiffusedDotsAreThoseWorkedOutByHand)
 {
-    const std::vector<uint32_t> greys(6, 100 * 0x010101);
+    const std::vector<uint32_t> greys(9, 100 * 0x010101);
     EXPECT_EQ(Dithered(DibOf(3, greys, 24, false), TIFF_DITHER_DIFFUSION, 0).rows,
-              (std::vector<std::string>{"#.#", ".#."}));
+              (std::vector<std::string>{"#.#", ".#.", "##."}));
+    // However few rows there are, the rest of the error is less than a dot.
+    for (const uint32_t height : {1u, 2u, 4u})
+        for (const uint32_t grey : {20u, 64u, 240u}) {
+            const Bytes flat = DibOf(131, std::vector<uint32_t>(131 * height, grey * 0x010101), 24, false);
+            EXPECT_NEAR(Dithered(flat, TIFF_DITHER_DIFFUSION, 0).White(0, 0, 131), 131 * height * grey / 255.,
+                        1)
+                << height << " rows of " << grey;
+        }
 }
 
 TEST(Dither, KeepsTheMeanOfTheGreys)
