@@ -26,6 +26,23 @@ void NoteSystemError(Status status, const char* path);
 // The failure goes on under another status.
 Status ReportedAs(Status known, Status reported);
 
+// Keeps the facts of a failure from what cleans up after it.
+class KeptFacts {
+public:
+    KeptFacts() : kept(ThreadState().facts)
+    {
+    }
+    KeptFacts(const KeptFacts&) = delete;
+    KeptFacts& operator=(const KeptFacts&) = delete;
+    ~KeptFacts()
+    {
+        ThreadState().facts = kept;
+    }
+
+private:
+    const ErrorFacts kept;
+};
+
 // An exported function sets the last error. Facts of another status go; so do those of a failure that was
 // reported before.
 void SealFacts(Status status);

@@ -196,6 +196,7 @@ Status FinishCopy(CopyRun& run, Status status)
         status = Flush(run.output);
     if (status == error::InputOutput)
         NoteFile(status, run.output.failed ? run.destination : run.source.file);
+    const KeptFacts facts;
     if (status == error::None)
         run.target->Commit();
     else

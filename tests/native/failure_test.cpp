@@ -112,6 +112,13 @@ TEST(Failures, AFullDiskKeepsTheEarlierPagesWhole)
         }
 }
 
+static std::string Detail()
+{
+    char detail[512];
+    TiffErrorDetail(detail, sizeof(detail));
+    return detail;
+}
+
 TEST(Failures, AFullDiskNeitherHarmsACopyNorLeavesHalfAFax)
 {
     const Bytes pages = Pages(4), two = Pages(2);
@@ -121,16 +128,18 @@ TEST(Failures, AFullDiskNeitherHarmsACopyNorLeavesHalfAFax)
         HGLOBAL from = OpenTiffFile(source.Path(), T_READ), to = OpenTiffFile(file.Path(), T_APPEND);
         standin::LimitDisk(room);
         EXPECT_EQ(Refusal(CopyTiffImage(from, 0, to)), 6u);
-        char detail[512];
-        TiffErrorDetail(detail, sizeof(detail));
-        EXPECT_EQ(detail, file.Path() + std::string(room ? "" : ", system error 112 (disk full)"));
+        EXPECT_EQ(Detail(), file.Path() + std::string(room ? "" : ", system error 112 (disk full)"));
         standin::StopFailing();
         EXPECT_EQ(NumberOfTiffImages(to, TIFF_ALL_PAGES), 2u);
         CloseTiffFile(to);
         CloseTiffFile(from);
         EXPECT_EQ(ReadFileBytes(file.Path()), two);
     }
-    const TempFile source(pages), raw(Hex("FFFEFD")), fax(pages);
+    const TempFile source(pages), file(two), raw(Hex("FFFEFD")), fax(pages);
+    standin::FailNth(1, standin::Write); // what takes the copy back finds nothing wrong
+    EXPECT_EQ(Refusal(CopyTiffImageInFile(source.Path(), 0, file.Path(), T_APPEND)), 6u);
+    EXPECT_EQ(Detail(), file.Path() + std::string(", system error 5 (access denied)"));
+    standin::StopFailing();
     standin::LimitDisk(0);
     EXPECT_EQ(AppendCCITTImageFile(raw.Path(), source.Path(), 0, 0), nullptr);
     standin::LimitDisk(10);
