@@ -421,7 +421,7 @@ Status AppendPage(HGLOBAL file, const PagePlan& plan, const SaveVariant& variant
 
 Status AppendPageToFile(const SaveRequest& request, const PagePlan& plan, const LineFeed& feed)
 {
-    if (!request.path)
+    if (!request.path || !*request.path) // an empty one stands for a TIFF in memory, which nobody would get
         return error::InvalidParameters;
     Status status = error::None;
     HGLOBAL file = OpenFile(request.path, T_APPEND, status);

@@ -166,6 +166,7 @@ TEST(SaveDib, RequestsThatCannotBeMetLeaveNoFile)
     Block dib(fax);
     EXPECT_EQ(SaveDIBInTiffFile("no-such-folder/file.tif", dib.Get(), 201, 0), 0);
     EXPECT_EQ(Refusal(SaveDIBInTiffFile("file.tif", nullptr, 201, 0)), 1u);
+    EXPECT_EQ(Refusal(SaveDIBInTiffFile("", dib.Get(), 201, 0)), 29u);
     EXPECT_EQ(Save(twoRows, 208, 3).error, 15u);
 }
 
