@@ -149,8 +149,10 @@ Status AppendRawFax(const char* path, std::span<const uint8_t> code, TiffRawFax&
         return status;
     Status status = error::None;
     HGLOBAL file = OpenFile(path, T_APPEND, status);
+    if (!file && (status == error::NotEnoughMemory || status == error::PathTooLong))
+        return status;
     if (!file)
-        return status == error::NotEnoughMemory ? status : ReportedAs(status, error::CannotOpen);
+        return ReportedAs(status, error::CannotOpen);
     status = AppendToOpenFile(file, code, fax);
     CloseTiffFile(file);
     return status;
@@ -168,7 +170,7 @@ extern "C" int32_t AppendRawFaxToTiff(const char* path, const void* bytes, uint3
     Status status = error::InvalidParameters;
     if (size > INT32_MAX)
         status = error::TooLarge;
-    else if (path && bytes && size > 0 && fax && IsKnown(*fax))
+    else if (path && *path && bytes && size > 0 && fax && IsKnown(*fax))
         status = AppendRawFax(path, {static_cast<const uint8_t*>(bytes), size}, *fax);
     return FinishSave(status);
 }

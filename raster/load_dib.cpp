@@ -1,4 +1,5 @@
 // Pages to packed DIBs.
+#include "codecs/decode_quality.h"
 #include "core/desktop.h"
 #include "core/errors.h"
 #include "raster/dib_sink.h"
@@ -11,6 +12,7 @@ namespace tiff {
 // Loads a page whose tags are loaded; a status other than 0 is passed on.
 static HGLOBAL LoadDib(HGLOBAL file, uint32_t page, PageRows rows, Status status)
 {
+    ForgetQuality(); // also when there is no page
     RowSource source{};
     if (status == error::None)
         status = OpenPageRows(file, page, rows, source);

@@ -61,6 +61,7 @@ static void TakeDibColours(PictureFormat& format)
 
 Status OpenPageRows(HGLOBAL file, uint32_t page, PageRows rows, RowSource& source)
 {
+    ForgetQuality(); // also of a page that fails here
     const PageTags tags(file, page);
     if (!tags)
         return TagsStatus(file, page);

@@ -15,6 +15,7 @@ namespace tiff {
 namespace {
 
 constexpr uint32_t MOST_ROWS = 1000000; // a roll of paper 125 metres long
+constexpr uint32_t ROWS_READ = MOST_ROWS + 1;
 constexpr uint32_t WIDEST = 0xFFFF;
 
 struct Kind {
@@ -107,14 +108,16 @@ bool LacksEols(const Eols& eols, uint32_t rows)
 }
 
 // A damaged row counts as one. Code that is left unread counts as the rows that it could have had, one in
-// every byte, but for what may stand behind a picture. Group 3 without EOLs is likely to be something else.
+// every byte, but for what may stand behind a picture: anything when its end is marked. Group 3 without EOLs
+// is likely to be something else.
 uint64_t CostOf(const CodecCall& call, Status status, const Code& code, const Way& way)
 {
     constexpr uint64_t END_BYTES = 16;
     if (call.row == 0)
         return UINT64_MAX;
     const uint64_t left = code.bytes.size() - (call.stripPos - call.codeBytesLeft);
-    const bool readAll = status == error::UnexpectedEndOfFile || left <= END_BYTES;
+    const bool ended = status == error::EofbUnexpected || (status == error::None && call.row < ROWS_READ);
+    const bool readAll = ended || status == error::UnexpectedEndOfFile || left <= END_BYTES;
     const bool lacksEols = IsGroup3(way.kind->scheme) && LacksEols(EolsOf(code, way.fillOrder), call.row);
     return uint64_t{call.damage.badRows} + call.damage.strayFills + (readAll ? 0 : left) +
            (status == error::BadCode) + lacksEols;
@@ -143,7 +146,7 @@ Status Read(const Code& code, const Way& way, Reading& reading)
 {
     CodecCall call{};
     const ContextBlocks blocks(&call);
-    const Status status = DecodeAs(call, code.bytes, way, MOST_ROWS, {CountRow, nullptr});
+    const Status status = DecodeAs(call, code.bytes, way, ROWS_READ, {CountRow, nullptr});
     if (status == error::NotEnoughMemory || call.stream == 0) // no stream could be opened
         return status;
     reading = {way, call.damage, call.row, CostOf(call, status, code, way)};
@@ -211,7 +214,7 @@ Status FindBest(const Code& code, const TiffRawFax& fax, Reading& best)
         }
     if (best.rows == 0)
         return error::BadCode;
-    return best.rows == MOST_ROWS ? error::TooLarge : error::None;
+    return best.rows > MOST_ROWS ? error::TooLarge : error::None;
 }
 
 uint32_t AlignmentOf(const Kind& kind, const Eols& eols)

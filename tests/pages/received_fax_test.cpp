@@ -86,10 +86,21 @@ TEST(DecodeQuality, DamagedRowsOfGroup3AreCounted)
         EXPECT_EQ(quality.badRows, row.bad);
         EXPECT_EQ(quality.longestBadRun, row.longest);
     }
-    LoadTiffIntoDIB("no file", 0, 0);
-    DecodeFile(OnePage(TiffPage::Picture(8, 1, 1, 9).Strips({Bits("1")})));
-    TiffDecodeQuality quality = {1, 1, 1, 1, 1};
-    EXPECT_TRUE(GetTiffDecodeQuality(&quality) && quality.isCounted == 0 && quality.badRows == 0);
+    // Nothing is said of a page that cannot be begun.
+    const TempFile file(OnePage(TiffPage::Picture(8, 2, 1, 3).Strips({Bits(Times(EOL + ROW, 2))})));
+    const Bytes odd = OnePage(TiffPage::Picture(8, 1, 3, 1).Strips({Bits("1")}));
+    const std::function<HGLOBAL()> refused[] = {
+        [] { return LoadTiffIntoDIB("no file", 0, 0); },
+        [&] { return LoadTiffIntoDIB(file.Path(), 1, 0); },
+        [&] { return LoadTiffFromMemory(odd.data(), static_cast<uint32_t>(odd.size()), 0); },
+    };
+    for (const auto& load : refused) {
+        TakeDib(LoadTiffIntoDIB(file.Path(), 0, 0));
+        TiffDecodeQuality quality = {};
+        EXPECT_TRUE(GetTiffDecodeQuality(&quality) && quality.decodedRows == 2);
+        EXPECT_EQ(load(), nullptr);
+        EXPECT_TRUE(GetTiffDecodeQuality(&quality) && quality.isCounted == 0 && quality.rows == 0);
+    }
     EXPECT_FALSE(GetTiffDecodeQuality(nullptr));
 }
 
@@ -196,6 +207,36 @@ TEST(RawFax, CodeThatTagsCannotDescribeIsEncodedAnew)
             }
 }
 
+TEST(RawFax, WhatStandsBehindAPictureIsNoPartOfIt)
+{
+    for (const uint32_t compression : {3u, 0x40003u, 0x10003u, 4u})
+        for (const Bytes& padding : {Bytes(100), Repeat(Hex("1A"), 127), Coded(4, 60)}) {
+            SCOPED_TRACE(std::to_string(compression) + ", " + std::to_string(padding.size()));
+            const NewFile out;
+            const Bytes code = Coded(compression, 40) + padding;
+            TiffRawFax fax = {};
+            ASSERT_TRUE(
+                AppendRawFaxToTiff(out.Path(), code.data(), static_cast<uint32_t>(code.size()), &fax));
+            EXPECT_EQ(fax.scheme, compression & ~0x40000u);
+            EXPECT_EQ(fax.width, 1728u);
+            EXPECT_EQ(fax.rows, 40u);
+            EXPECT_EQ(fax.badRows, 0u);
+        }
+}
+
+TEST(RawFax, HasUpToAMillionRows)
+{
+    for (const uint32_t rows : {1000000u, 1000008u}) {
+        const NewFile out;
+        const Bytes code = Repeat(Hex("FF"), rows / 8) + Hex("001001");
+        TiffRawFax fax = {1728, TIFF_RAW_GROUP4, TIFF_MSB_FIRST, TIFF_RAW_UNALIGNED, 0, 0, 0, 0, 0};
+        const bool taken = rows == 1000000;
+        EXPECT_EQ(AppendRawFaxToTiff(out.Path(), code.data(), static_cast<uint32_t>(code.size()), &fax),
+                  taken);
+        EXPECT_EQ(TiffError(), taken ? 0u : 36u);
+    }
+}
+
 TEST(RawFax, DamageIsCountedAndImpossibleCodeRefused)
 {
     const TempFile out(OnePage(TiffPage::Picture(8, 1, 1, 1).Strips({Hex("01")}), TIFF_MOTOROLA));
@@ -214,6 +255,10 @@ TEST(RawFax, DamageIsCountedAndImpossibleCodeRefused)
     EXPECT_FALSE(AppendRawFaxToTiff("no folder/out.tif", code.data(), size, &fax));
     EXPECT_TRUE(TiffError() == 2 || TiffError() == 6);
     EXPECT_EQ(Detail().find("no folder/out.tif"), 0u) << Detail();
+    EXPECT_FALSE(AppendRawFaxToTiff("", code.data(), size, &fax));
+    EXPECT_EQ(TiffError(), 29u);
+    EXPECT_FALSE(AppendRawFaxToTiff(std::string(300, 'a').c_str(), code.data(), size, &fax));
+    EXPECT_EQ(TiffError(), 7u);
     EXPECT_EQ(ReadFileBytes(out.Path()), before);
     ASSERT_TRUE(AppendRawFaxToTiff(out.Path(), code.data(), size, &fax));
     EXPECT_EQ(fax.rows, 7u);
