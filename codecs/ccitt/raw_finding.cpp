@@ -107,19 +107,20 @@ bool LacksEols(const Eols& eols, uint32_t rows)
     return eols.count < (rows + 1) / 2;
 }
 
-// A damaged row counts as one. Code that is left unread counts as the rows that it could have had, one in
-// every byte, but for what may stand behind a picture: anything when its end is marked. Group 3 without EOLs
-// is likely to be something else.
+// The bytes that are not read well: those of the damaged rows, as long as the others, and those left unread,
+// but for what may stand behind a picture: anything when its end is marked. Group 3 without EOLs is likely to
+// be something else.
 uint64_t CostOf(const CodecCall& call, Status status, const Code& code, const Way& way)
 {
     constexpr uint64_t END_BYTES = 16;
     if (call.row == 0)
         return UINT64_MAX;
-    const uint64_t left = code.bytes.size() - (call.stripPos - call.codeBytesLeft);
+    const uint64_t read = call.stripPos - call.codeBytesLeft, left = code.bytes.size() - read;
     const bool ended = status == error::EofbUnexpected || (status == error::None && call.row < ROWS_READ);
     const bool readAll = ended || status == error::UnexpectedEndOfFile || left <= END_BYTES;
     const bool lacksEols = IsGroup3(way.kind->scheme) && LacksEols(EolsOf(code, way.fillOrder), call.row);
-    return uint64_t{call.damage.badRows} + call.damage.strayFills + (readAll ? 0 : left) +
+    const uint64_t damagedRows = uint64_t{call.damage.badRows} + call.damage.strayFills;
+    return (damagedRows * read + call.row - 1) / call.row + (readAll ? 0 : left) +
            (status == error::BadCode) + lacksEols;
 }
 

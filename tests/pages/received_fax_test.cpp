@@ -224,6 +224,22 @@ TEST(RawFax, WhatStandsBehindAPictureIsNoPartOfIt)
         }
 }
 
+TEST(RawFax, DamageDoesNotHideTheScheme)
+{
+    for (const uint32_t compression : {3u, 0x40003u, 0x10003u, 4u, 2u})
+        for (const size_t eighths : {3, 4, 5, 6}) {
+            SCOPED_TRACE(std::to_string(compression) + ", " + std::to_string(eighths));
+            const NewFile out;
+            Bytes code = Coded(compression, 200);
+            code[code.size() * eighths / 8] ^= 0x18;
+            TiffRawFax fax = {};
+            ASSERT_TRUE(
+                AppendRawFaxToTiff(out.Path(), code.data(), static_cast<uint32_t>(code.size()), &fax));
+            EXPECT_EQ(fax.scheme, compression & ~0x40000u);
+            EXPECT_EQ(fax.width, 1728u);
+        }
+}
+
 TEST(RawFax, HasUpToAMillionRows)
 {
     for (const uint32_t rows : {1000000u, 1000008u}) {
