@@ -147,6 +147,7 @@ Status LoadForCopy(CopySource& source, uint32_t page)
     if (whole)
         return error::None;
     DropTiffImage(source.file, page);
+    NotePage(error::InputOutput, source.file, page);
     return error::InputOutput;
 }
 
@@ -180,8 +181,10 @@ Status OpenOutput(CopyRun& run)
 
 Status CopyPages(CopyRun& run, PageRange range, Progress* progress)
 {
-    if (run.source.bytes == STREAM_FAILED)
+    if (run.source.bytes == STREAM_FAILED) {
+        NoteFile(error::InputOutput, run.source.file);
         return error::InputOutput;
+    }
     for (uint32_t page = range.first; page < range.end; ++page)
         if (const Status status = CopyAndReport(run, page, progress); status != error::None)
             return status;

@@ -136,6 +136,17 @@ TEST(Failures, AFullDiskNeitherHarmsACopyNorLeavesHalfAFax)
         EXPECT_EQ(ReadFileBytes(file.Path()), two);
     }
     const TempFile source(pages), file(two), raw(Hex("FFFEFD")), fax(pages);
+    HGLOBAL loaded = OpenTiffFile(source.Path(), T_READ), to = OpenTiffFile(file.Path(), T_APPEND);
+    GetTiffImage(loaded, 1);
+    standin::FailNth(1, standin::Open);
+    EXPECT_EQ(Refusal(CopyTiffImage(loaded, 1, to)), 6u);
+    EXPECT_EQ(Detail(), source.Path());
+    DropTiffImage(loaded, 1);
+    standin::FailNth(1, standin::Read);
+    EXPECT_EQ(Refusal(CopyTiffImage(loaded, 1, to)), 6u);
+    EXPECT_EQ(Detail(), source.Path() + std::string(", page index 1, system error 5 (access denied)"));
+    CloseTiffFile(to);
+    CloseTiffFile(loaded);
     standin::FailNth(1, standin::Write); // what takes the copy back finds nothing wrong
     EXPECT_EQ(Refusal(CopyTiffImageInFile(source.Path(), 0, file.Path(), T_APPEND)), 6u);
     EXPECT_EQ(Detail(), file.Path() + std::string(", system error 5 (access denied)"));
