@@ -39,9 +39,9 @@ TIFF_LAYOUT(TiffRawFax, 36, longestBadRun, 32);
  * Their rows are encoded anew, as a Group 4 page of fill order 1 that every reader takes. Pages of Group 3
  * code also get the tags of their received quality (fax_quality.h).
  *
- * What is not known is found out by decoding: of all ways to read the code the one with the fewest damaged
- * rows is taken. A width is looked for among those of fax machines from 200 to 400 dots per inch, and in
- * Group 3 code among the lengths of its rows, too.
+ * What is not known is found out by decoding: of all ways to read the code the one with the least damage is
+ * taken. What stands behind the end of the picture does not count. A width is looked for among those of fax
+ * machines from 200 to 400 dots per inch, and in Group 3 code among the lengths of its rows, too.
  *
  * path   of the TIFF file, to which the page is added; a missing or empty one is made.
  * bytes  the code of one page, from its first row. They are only read.

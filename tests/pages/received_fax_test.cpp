@@ -210,7 +210,7 @@ TEST(RawFax, CodeThatTagsCannotDescribeIsEncodedAnew)
 TEST(RawFax, WhatStandsBehindAPictureIsNoPartOfIt)
 {
     for (const uint32_t compression : {3u, 0x40003u, 0x10003u, 4u})
-        for (const Bytes& padding : {Bytes(100), Repeat(Hex("1A"), 127), Coded(4, 60)}) {
+        for (const Bytes& padding : {Bytes(100), Repeat(Hex("1A"), 30000), Coded(4, 60)}) {
             SCOPED_TRACE(std::to_string(compression) + ", " + std::to_string(padding.size()));
             const NewFile out;
             const Bytes code = Coded(compression, 40) + padding;
@@ -303,6 +303,7 @@ TEST(LoadFromMemory, GivesWhatAFileGives)
     EXPECT_EQ(Detail(), "page index 2");
     EXPECT_FALSE(LoadTiffFromMemory(nullptr, 8, 0) || LoadTiffFromMemory(bytes.data(), 0, 0));
     EXPECT_EQ(TiffError(), 29u);
+    EXPECT_EQ(Refusal(LoadTiffFromMemory(bytes.data(), 0x80000000u, 0)), 29u);
     for (uint32_t length = 1; length < size; ++length) {
         const Bytes cut(bytes.begin(), bytes.begin() + length);
         TakeDib(LoadTiffFromMemory(cut.data(), length, 1));
