@@ -3,6 +3,7 @@
 #include "codecs/old_jpeg.h"
 #include "core/byte_order.h"
 #include "core/global_block.h"
+#include "core/stream.h"
 
 #include <algorithm>
 #include <cstring>
@@ -177,8 +178,8 @@ extern "C" uint32_t FillCodeBuffer(CodecContext* context) noexcept
     if (count == 0)
         return error::UnexpectedEndOfFile;
     context->stripPos += count;
-    if (!LongRead(context->stream, fieldtype::Byte, count, context->codeCursor, TIFF_INTEL,
-                  context->fillOrder))
+    if (!ReadArray(context->stream, fieldtype::Byte, count, context->codeCursor, TIFF_INTEL,
+                   context->fillOrder))
         return error::InputOutput;
     context->codeBytesLeft = count;
     return error::None;

@@ -4,6 +4,7 @@
 
 #include "core/byte_order.h"
 #include "core/global_block.h"
+#include "core/stream.h"
 
 #include <algorithm>
 
@@ -113,8 +114,8 @@ extern "C" uint32_t FlushCodeBuffer(CodecContext* context) noexcept
     EmptyCodeBuffer(context);
     if (bytes == 0)
         return error::None;
-    return LongWrite(context->stream, fieldtype::Byte, bytes, context->codeCursor, TIFF_INTEL,
-                     context->fillOrder)
+    return WriteArray(context->stream, fieldtype::Byte, bytes, context->codeCursor, TIFF_INTEL,
+                      context->fillOrder)
                ? error::None
                : error::InputOutput;
 }

@@ -87,7 +87,7 @@ bool ReadValue(DirectoryLoad& load, const DirectoryEntry& entry, Value value, ui
         const TiffStream stream = load.window.stream;
         if (mSeek(stream, entry.Field(), 0) == STREAM_FAILED)
             return NoteFailure(load, entry);
-        if (LongRead(stream, entry.type, entry.count, target, load.window.byteOrder, 0))
+        if (ReadArray(stream, entry.type, entry.count, target, load.window.byteOrder, 0))
             return true;
         if (IsRequiredTag(entry.tag))
             return NoteFailure(load, entry);

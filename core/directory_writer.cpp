@@ -50,8 +50,8 @@ Status WriteBytes(TiffStream stream, HGLOBAL block, uint32_t count)
     Locked<uint8_t> bytes(block);
     if (!bytes)
         return error::NotEnoughMemory;
-    return LongWrite(stream, fieldtype::Byte, count, bytes.Get(), TIFF_INTEL, 0) ? error::None
-                                                                                 : error::InputOutput;
+    return WriteArray(stream, fieldtype::Byte, count, bytes.Get(), TIFF_INTEL, 0) ? error::None
+                                                                                  : error::InputOutput;
 }
 
 void TakeDirectory(TiffFileRecord* record, uint32_t page, const DirectoryLayout& layout)
@@ -71,8 +71,8 @@ Status PatchLink(TiffStream stream, uint32_t position, uint32_t directoryOffset,
     Store32(link.data(), directoryOffset, byteOrder);
     if (mSeek(stream, position, 0) == STREAM_FAILED)
         return error::InputOutput;
-    return LongWrite(stream, fieldtype::Byte, 4, link.data(), TIFF_INTEL, 0) ? error::None
-                                                                             : error::InputOutput;
+    return WriteArray(stream, fieldtype::Byte, 4, link.data(), TIFF_INTEL, 0) ? error::None
+                                                                              : error::InputOutput;
 }
 
 // A link that was not written whole may lead anywhere, so it is restored. Returns whether that worked.

@@ -134,7 +134,7 @@ static Status MoveToEnd(TiffStream stream, uint32_t linkPosition)
         return error::None;
     uint8_t noPage[LINK_BYTES] = {};
     const bool completed = mSeek(stream, linkPosition, 0) != STREAM_FAILED &&
-                           LongWrite(stream, fieldtype::Byte, LINK_BYTES, noPage, TIFF_INTEL, 0);
+                           WriteArray(stream, fieldtype::Byte, LINK_BYTES, noPage, TIFF_INTEL, 0);
     return completed ? error::None : error::InputOutput;
 }
 
@@ -152,7 +152,7 @@ Status BeginPage(TiffStream stream, HGLOBAL file)
     if (!(openFlags & openflag::NoHeader))
         return MoveToEnd(stream, linkPosition);
     auto header = FileHeader(byteOrder);
-    const bool written = LongWrite(stream, fieldtype::Byte, header.size(), header.data(), TIFF_INTEL, 0);
+    const bool written = WriteArray(stream, fieldtype::Byte, header.size(), header.data(), TIFF_INTEL, 0);
     return written ? error::None : error::InputOutput;
 }
 

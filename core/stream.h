@@ -32,6 +32,12 @@ void GiveBackRoom(TiffStream stream);
 uint32_t ReadStream(TiffStream stream, void* buffer, uint32_t count);
 uint32_t WriteStream(TiffStream stream, const void* buffer, uint32_t count);
 
+// As LongRead and LongWrite, inside other work: its facts stay open.
+bool ReadArray(TiffStream stream, uint32_t type, uint32_t count, void* buffer, uint32_t byteOrder,
+               uint32_t fillOrder);
+bool WriteArray(TiffStream stream, uint32_t type, uint32_t count, void* buffer, uint32_t byteOrder,
+                uint32_t fillOrder);
+
 // Cuts the file back to this size. False when that fails.
 bool CutStream(TiffStream stream, uint32_t bytes);
 

@@ -34,18 +34,14 @@ static bool TransferAll(uint8_t* bytes, uint64_t count, Transfer transfer)
 }
 
 // The work that this is a part of may have more to say about the failure, so the facts stay open.
-static int32_t Failed()
+static bool Failed()
 {
     ThreadState().lastError = error::InputOutput;
-    return 0;
+    return false;
 }
 
-} // namespace tiff
-
-using namespace tiff;
-
-extern "C" int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, void* buffer,
-                            uint32_t byteOrder, uint32_t fillOrder) noexcept
+bool ReadArray(TiffStream stream, uint32_t type, uint32_t count, void* buffer, uint32_t byteOrder,
+               uint32_t fillOrder)
 {
     ForgetFacts();
     const uint64_t bytes = uint64_t{count} * ElementBytes(type);
@@ -58,11 +54,11 @@ extern "C" int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, vo
         SwapElements({target, static_cast<size_t>(bytes)}, type);
     if (fillOrder == TIFF_LSB_FIRST)
         ReverseBits({target, static_cast<size_t>(bytes)});
-    return 1;
+    return true;
 }
 
-extern "C" int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, void* buffer,
-                             uint32_t byteOrder, uint32_t fillOrder) noexcept
+bool WriteArray(TiffStream stream, uint32_t type, uint32_t count, void* buffer, uint32_t byteOrder,
+                uint32_t fillOrder)
 {
     ForgetFacts();
     const uint64_t bytes = uint64_t{count} * ElementBytes(type);
@@ -86,7 +82,31 @@ extern "C" int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, v
                      [=](uint8_t* at, uint32_t part) { return WriteStream(stream, at, part); })) {
         return Failed();
     }
-    return 1;
+    return true;
+}
+
+// For an application the work ends here.
+static int32_t Finish(bool done)
+{
+    if (!done)
+        SealFacts(error::InputOutput);
+    return done;
+}
+
+} // namespace tiff
+
+using namespace tiff;
+
+extern "C" int32_t LongRead(TiffStream stream, uint32_t type, uint32_t count, void* buffer,
+                            uint32_t byteOrder, uint32_t fillOrder) noexcept
+{
+    return Finish(ReadArray(stream, type, count, buffer, byteOrder, fillOrder));
+}
+
+extern "C" int32_t LongWrite(TiffStream stream, uint32_t type, uint32_t count, void* buffer,
+                             uint32_t byteOrder, uint32_t fillOrder) noexcept
+{
+    return Finish(WriteArray(stream, type, count, buffer, byteOrder, fillOrder));
 }
 
 extern "C" uint32_t SetTiffDllFileHandle(uint32_t count) noexcept

@@ -48,8 +48,8 @@ Status FlushToRecord(CodecContext* context)
     uint8_t header[RECORD_HEADER_BYTES] = {RECORD_MARK[0], RECORD_MARK[1], static_cast<uint8_t>(bytes >> 8),
                                            static_cast<uint8_t>(bytes)};
     const bool written =
-        LongWrite(context->stream, fieldtype::Byte, RECORD_HEADER_BYTES, header, TIFF_INTEL, 1) &&
-        LongWrite(context->stream, fieldtype::Byte, bytes, context->codeCursor, TIFF_INTEL, 1);
+        WriteArray(context->stream, fieldtype::Byte, RECORD_HEADER_BYTES, header, TIFF_INTEL, 1) &&
+        WriteArray(context->stream, fieldtype::Byte, bytes, context->codeCursor, TIFF_INTEL, 1);
     return written ? error::None : error::InputOutput;
 }
 

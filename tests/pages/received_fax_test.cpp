@@ -342,6 +342,11 @@ TEST(ErrorDetail, BelongsToTheLastErrorAlone)
     CloseTiffFile(made);
     const OpenedFile unwritable(Hex("00"), false);
     EXPECT_EQ(mWrite(unwritable.Stream(), "x", 1), 0u); // the application's own
+    char byte = 'x';
+    EXPECT_FALSE(LongWrite(unwritable.Stream(), 1, 1, &byte, TIFF_INTEL, 1));
+    EXPECT_EQ(Detail().find("system error 5"), 0u) << Detail();
+    EXPECT_FALSE(LoadCALSIntoDIB("missing.cal", 0)); // is about a file of its own
+    EXPECT_EQ(Detail(), "missing.cal, system error 2 (not found)");
     EXPECT_FALSE(LoadTiffFromMemory("II*", 3, 0));
     EXPECT_EQ(TiffError(), 6u);
     EXPECT_EQ(Detail(), "");
