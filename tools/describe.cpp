@@ -225,6 +225,7 @@ bool CanDecode(const PageFacts& facts)
 
 PageFacts ReadPageFacts(HGLOBAL file, uint32_t page)
 {
+    constexpr uint32_t SAMPLE_FORMAT = 339, FLOATING_POINT = 3;
     const auto value = [&](uint32_t number, uint32_t absent) { return ReadOr(file, page, number, absent); };
     const auto has = [&](uint32_t number) { return GetTiffImageInfo(file, page, number, nullptr) != 0; };
     return {
@@ -244,6 +245,7 @@ PageFacts ReadPageFacts(HGLOBAL file, uint32_t page)
         .hasResolution = has(tag::XResolution),
         .isTiled = has(tag::TileWidth),
         .hasStrips = has(tag::StripOffsets),
+        .hasFractions = value(SAMPLE_FORMAT, 1) == FLOATING_POINT,
         .sharesChroma = SharesChroma(file, page),
     };
 }
@@ -319,6 +321,9 @@ std::string WhyNotSupported(const PageFacts& facts)
     }
     if (facts.sharesChroma) {
         return "YCbCr with shared colours outside JPEG";
+    }
+    if (facts.hasFractions) {
+        return "floating-point samples";
     }
     const bool greyAndMore = facts.samplesPerPixel == 2 && facts.photometric <= 1;
     if (facts.samplesPerPixel > 1 &&

@@ -39,6 +39,7 @@ struct PageFacts {
     uint32_t planarConfiguration;
     uint32_t fillOrder, orientation, newSubfileType;
     bool hasPhotometric, hasResolution, isTiled, hasStrips;
+    bool hasFractions; // samples that are no whole numbers
     bool sharesChroma; // YCbCr with fewer samples of colour than of light, outside JPEG
 };
 

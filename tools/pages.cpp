@@ -63,13 +63,9 @@ int OpenTiff(const Input& input, Damage damage, PictureFile& file)
 
 // Loading takes 16-bit greys without a MaxSampleValue for 12-bit ones and cuts the others off. Other programs
 // take them for what the format says, the full range. Only the loaded tags change.
-void SetFullRange(HGLOBAL file, uint32_t page)
+void SetFullRange(HGLOBAL file, uint32_t page, const PageFacts& facts)
 {
     constexpr uint32_t MAX_SAMPLE_VALUE = 281, SHORT_TYPE = 3, BLACK_IS_ZERO = 1;
-    if (!GetTiffImage(file, page)) {
-        return;
-    }
-    const PageFacts facts = ReadPageFacts(file, page);
     uint32_t most = 0;
     if (facts.samplesPerPixel == 1 && facts.bitsPerSample == 16 && facts.photometric <= BLACK_IS_ZERO &&
         !GetTiffImageInfo(file, page, MAX_SAMPLE_VALUE, &most)) {
@@ -98,7 +94,15 @@ void SetPageGreys(const PageFacts& facts, HGLOBAL dib)
 
 HGLOBAL LoadPage(HGLOBAL file, uint32_t page)
 {
-    SetFullRange(file, page);
+    constexpr uint32_t UNSUPPORTED = 16;
+    if (GetTiffImage(file, page)) {
+        const PageFacts facts = ReadPageFacts(file, page);
+        if (facts.hasFractions) {
+            SetTiffError(UNSUPPORTED);
+            return nullptr;
+        }
+        SetFullRange(file, page, facts);
+    }
     const HGLOBAL loaded = LoadTiffChainIntoDIB(file, page);
     if (const uint32_t error = TiffError(); loaded) {
         SetPageGreys(ReadPageFacts(file, page), loaded);
