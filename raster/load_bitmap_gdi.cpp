@@ -1,5 +1,6 @@
 // Pages to bitmaps: the page's header unchanged, and the decode driver with GDI at its end.
 #include "codecs/buffers.h"
+#include "codecs/decode_quality.h"
 #include "core/desktop.h"
 #include "core/errors.h"
 #include "core/global_block.h"
@@ -129,6 +130,7 @@ extern "C" HBITMAP LoadTiffIntoBitmap(const char* path, uint32_t page, int32_t d
         status = ShowLoadDialog(dialog, loaded.File(), page);
     if (status == error::None)
         return LoadTiffChainIntoBitmap(loaded.File(), page);
+    ForgetQuality(); // of a page before
     RefuseLoad(status);
     return nullptr;
 }

@@ -1,6 +1,5 @@
 #include "raster/load_dialog.h"
 
-#include "codecs/decode_quality.h"
 #include "core/errors.h"
 #include "raster/dialogs.h"
 #include "tiff/load.h"
@@ -37,7 +36,6 @@ Status ShowLoadDialog(int32_t dialog, HGLOBAL file, uint32_t page)
 
 void RefuseLoad(Status status)
 {
-    ForgetQuality(); // of a page before
     StoreLastError(status == CANCELLED ? error::None : status);
 }
 

@@ -142,6 +142,12 @@ TEST(Bitmaps, FailuresHaveTheirErrors)
         EXPECT_EQ(Refusal(LoadTiffFileIntoBitmap(path, page, 0)), error);
     }
     EXPECT_EQ(LoadTiffChainIntoBitmap(nullptr, 0), nullptr);
+    // Nothing is said of the page before.
+    DeleteObject(LoadTiffIntoBitmap(good.Path(), 0, 0));
+    TiffDecodeQuality quality = {};
+    EXPECT_TRUE(GetTiffDecodeQuality(&quality) && quality.rows == 1);
+    EXPECT_EQ(LoadTiffIntoBitmap("no-such-file.tif", 0, 0), nullptr);
+    EXPECT_TRUE(GetTiffDecodeQuality(&quality) && quality.rows == 0);
     const MemoryTiff memory(jpeg);
     EXPECT_EQ(Refusal(LoadTiffChainIntoBitmap(memory.file, 0)), 12u);
 }
