@@ -134,7 +134,7 @@ int WritePages(std::span<const Input> inputs, const char* output, const char* un
     const bool isMarked = order.form.width == 0 || order.form.down <= MOST_SAVED_DOWN ||
                           MarkResolution(unfinished, before, order.form.down);
     if (!isMarked) {
-        return ReportSentence(output, "cannot be written");
+        return ReportUnwritten(output);
     }
     if (board.numbered && !UpdatePageNumbers(unfinished, GetNumberOfImagesInTiffFile(unfinished))) {
         return ReportError(output, TiffError());

@@ -142,9 +142,8 @@ int CodeAnew(const Picture& picture, const char* unfinished, const char* output,
     const OwnedBlock tables(block);
     JpegStream stream = ReadJpeg({saved.bytes + offset, bytes});
     stream.tables = ReadJpeg({tables.bytes, tables.size}).tables;
-    return WriteBytes(unfinished, JfifOf(stream, Heads(dots, orientation)))
-               ? ALL_FINE
-               : ReportSentence(output, "cannot be written");
+    return WriteBytes(unfinished, JfifOf(stream, Heads(dots, orientation))) ? ALL_FINE
+                                                                            : ReportUnwritten(output);
 }
 
 // Loading turns pages whose rows come from the bottom, but no others.
@@ -175,8 +174,7 @@ int WriteJpeg(const Input& input, const char* output)
     }
     return WriteWhole(output, false, [&](const char* unfinished) {
         if (!moved.empty()) {
-            return WriteBytes(unfinished, moved) ? int{ALL_FINE}
-                                                 : ReportSentence(output, "cannot be written");
+            return WriteBytes(unfinished, moved) ? int{ALL_FINE} : ReportUnwritten(output);
         }
         return ForEachPicture(input, Damage::Refused, [&](const Picture& picture) {
             return CodeAnew(picture, unfinished, output, TurnLeft(orientation));

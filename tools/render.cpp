@@ -99,7 +99,7 @@ int WritePicture(const RenderOrder& order, const OwnedBlock& block, const std::s
                            fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() &&
                            fflush(file.get()) == 0
                        ? int{ALL_FINE}
-                       : ReportSentence(path, "cannot be written");
+                       : ReportUnwritten(path);
         });
     }
     const bool isStream = path == STANDARD_STREAM;
@@ -128,6 +128,12 @@ int RenderPicture(const RenderOrder& order, const Picture& picture)
     const OwnedBlock& shown = order.notes ? noted : picture.dib;
     const char* const extension = ExtensionFor(order, shown);
     const std::string path = OutputPath(order, picture.page, picture.pages == 1, extension);
+    if (path == STANDARD_STREAM && picture.pages > 1) {
+        return order.written.insert(path).second
+                   ? ReportSentence(order.input,
+                                    "has several pictures, and the standard output takes one; select a page")
+                   : FAILED;
+    }
     if (!SuitsContent(path, extension)) {
         return FAILED;
     }

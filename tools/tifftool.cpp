@@ -138,7 +138,7 @@ static int FlushOutput(int result)
         return result;
     }
     const auto output = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stdout)));
-    if (GetFileType(output) != FILE_TYPE_PIPE) {
+    if (result == tifftool::ALL_FINE && GetFileType(output) != FILE_TYPE_PIPE) {
         tifftool::ReportSentence("the standard output", "cannot be written");
     }
     return result == tifftool::ALL_FINE ? int{tifftool::FAILED} : result;

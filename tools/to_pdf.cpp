@@ -349,7 +349,7 @@ int RunToPdf(Arguments arguments)
                 return result;
             }
         }
-        return FinishPdf(pdf) ? int{ALL_FINE} : ReportSentence(output, "cannot be written");
+        return FinishPdf(pdf) ? int{ALL_FINE} : ReportUnwritten(output);
     });
     return std::max(result, order.result);
 }

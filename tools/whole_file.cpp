@@ -18,6 +18,15 @@ std::string FolderOf(const std::string& path)
     return separator == std::string::npos ? "" : path.substr(0, separator + 1);
 }
 
+int ReportUnwritten(const std::string& path)
+{
+    // A full disk may take a part without calling that an error. What is left then is what opening the file
+    // said.
+    const DWORD cause = _doserrno;
+    const bool isTold = cause != 0 && cause != ERROR_ALREADY_EXISTS;
+    return ReportSentence(path, "cannot be written: " + SystemCause(isTold ? cause : ERROR_DISK_FULL));
+}
+
 bool CheckOutput(const std::string& path)
 {
     const std::string folder = FolderOf(path);
@@ -43,8 +52,7 @@ namespace {
 int Deliver(const std::string& unfinished, const std::string& path)
 {
     if (path == STANDARD_STREAM) {
-        return CopyToStandardOutput(unfinished) ? int{ALL_FINE}
-                                                : ReportSentence("the standard output", "cannot be written");
+        return CopyToStandardOutput(unfinished) ? int{ALL_FINE} : ReportUnwritten("the standard output");
     }
     if (MoveFileExA(unfinished.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
         KeepFile(unfinished);
@@ -70,6 +78,7 @@ int WriteWhole(const std::string& path, bool append, const std::function<int(con
     if (unfinished.empty()) {
         return ReportSentence(path, "cannot be written: " + SystemCause(GetLastError()));
     }
+    _doserrno = 0; // what failed before is another cause
     int result = write(unfinished.c_str());
     if (result == ALL_FINE) {
         result = Deliver(unfinished, path);

@@ -14,6 +14,9 @@ namespace tifftool {
 // other file.
 int WriteWhole(const std::string& path, bool append, const std::function<int(const char* unfinished)>& write);
 
+// Reports that the C library could not write a file, and why; returns FAILED.
+int ReportUnwritten(const std::string& path);
+
 // False, with a message, when no file can be written at this path.
 bool CheckOutput(const std::string& path);
 
