@@ -185,20 +185,11 @@ uint32_t ReadOr(HGLOBAL file, uint32_t page, uint32_t number, uint32_t absent)
 
 bool SharesChroma(HGLOBAL file, uint32_t page)
 {
-    constexpr uint32_t YCBCR = 6, JPEG = 7, SUB_SAMPLING = 530, SHORT_TYPE = 3;
-    if (ReadOr(file, page, tag::PhotometricInterpretation, 0) != YCBCR ||
-        ReadOr(file, page, tag::Compression, 1) == JPEG) {
-        return false;
-    }
-    HGLOBAL values = nullptr;
-    uint32_t type = 0, count = 0;
-    GetTiffImageInfoBuffer(file, page, SUB_SAMPLING, &values, &type, &count);
-    const OwnedBlock block(values);
-    uint16_t ratios[2] = {1, 1};
-    if (type == SHORT_TYPE && count >= 2 && block.size >= sizeof ratios) {
-        memcpy(ratios, block.bytes, sizeof ratios);
-    }
-    return ratios[0] != 1 || ratios[1] != 1;
+    constexpr uint32_t YCBCR = 6, JPEG = 7, SUB_SAMPLING = 530;
+    return ReadOr(file, page, tag::PhotometricInterpretation, 0) == YCBCR &&
+           ReadOr(file, page, tag::Compression, 1) != JPEG &&
+           std::ranges::any_of(NumbersOf(file, page, SUB_SAMPLING),
+                               [](uint32_t ratio) { return ratio != 1; });
 }
 
 constexpr uint64_t depths[] = {1, 4, 8, 16, 24, 32};
@@ -222,6 +213,20 @@ bool CanDecode(const PageFacts& facts)
 }
 
 } // namespace
+
+std::vector<uint32_t> NumbersOf(HGLOBAL file, uint32_t page, uint32_t tag)
+{
+    HGLOBAL values = nullptr;
+    uint32_t type = 0, count = 0;
+    GetTiffImageInfoBuffer(file, page, tag, &values, &type, &count);
+    const OwnedBlock block(values);
+    const size_t size = type == 3 ? 2 : type == 4 ? 4 : 0;
+    std::vector<uint32_t> numbers(size == 0 ? 0 : std::min<size_t>(count, block.size / size));
+    for (size_t index = 0; index < numbers.size(); ++index) {
+        memcpy(&numbers[index], block.bytes + index * size, size);
+    }
+    return numbers;
+}
 
 PageFacts ReadPageFacts(HGLOBAL file, uint32_t page)
 {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace tifftool {
 
@@ -42,6 +43,9 @@ struct PageFacts {
     bool hasFractions; // samples that are no whole numbers
     bool sharesChroma; // YCbCr with fewer samples of colour than of light, outside JPEG
 };
+
+// Whole numbers of two or four bytes of a loaded page's tag; none without it, and of other types.
+std::vector<uint32_t> NumbersOf(HGLOBAL file, uint32_t page, uint32_t tag);
 
 // The page must be loaded.
 PageFacts ReadPageFacts(HGLOBAL file, uint32_t page);

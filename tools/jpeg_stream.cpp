@@ -2,6 +2,7 @@
 
 #include "chain.h"
 #include "commands.h"
+#include "describe.h"
 
 #include <algorithm>
 #include <cstring>
@@ -175,23 +176,6 @@ size_t EndOfScans(std::span<const uint8_t> bytes, size_t at)
     return bytes.size();
 }
 
-std::vector<uint32_t> Numbers(HGLOBAL file, uint32_t page, uint32_t tag)
-{
-    HGLOBAL block = nullptr;
-    uint32_t type = 0, count = 0;
-    if (!GetTiffImageInfoBuffer(file, page, tag, &block, &type, &count)) {
-        return {};
-    }
-    const OwnedBlock values(block);
-    const size_t size = type == 3 ? 2 : 4;
-    std::vector<uint32_t> numbers;
-    for (size_t at = 0; at < count && (at + 1) * size <= values.size; ++at) {
-        numbers.push_back(0);
-        std::memcpy(&numbers.back(), values.bytes + at * size, size);
-    }
-    return numbers;
-}
-
 std::vector<uint8_t> TablesOf(HGLOBAL file, uint32_t page)
 {
     HGLOBAL block = nullptr;
@@ -263,7 +247,7 @@ std::string DescribeSampling(const JpegStream& stream)
 
 std::vector<uint8_t> FirstStream(HGLOBAL file, const std::string& path, uint32_t page)
 {
-    const auto offsets = Numbers(file, page, 273), counts = Numbers(file, page, 279);
+    const auto offsets = NumbersOf(file, page, 273), counts = NumbersOf(file, page, 279);
     if (offsets.empty()) {
         return {};
     }

@@ -31,20 +31,6 @@ constexpr uint32_t MOST_STRIPS = 100; // more make viewers slow, and are coded a
 constexpr uint32_t USUAL_DOTS = 200;  // per inch, of pages without a resolution
 constexpr double POINTS_PER_INCH = 72, POINTS_PER_METRE = 72 / 0.0254;
 
-std::vector<uint32_t> NumbersOf(HGLOBAL file, uint32_t page, uint32_t tag)
-{
-    HGLOBAL values = nullptr;
-    uint32_t type = 0, count = 0;
-    GetTiffImageInfoBuffer(file, page, tag, &values, &type, &count);
-    const OwnedBlock block(values);
-    const size_t size = type == 3 ? 2 : type == 4 ? 4 : 0;
-    std::vector<uint32_t> numbers(size == 0 ? 0 : std::min<size_t>(count, block.size / size));
-    for (size_t index = 0; index < numbers.size(); ++index) {
-        memcpy(&numbers[index], block.bytes + index * size, size);
-    }
-    return numbers;
-}
-
 // The page's size; its strips are still to come.
 PdfPage Measure(HGLOBAL file, uint32_t page, const PageFacts& facts)
 {
